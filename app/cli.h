@@ -1,0 +1,72 @@
+// The command line of kontavo: the desk of Kontavo on Linux. Global options come first,
+//     kontavo [--home DIR] [--business B] [--json] [--yes] COMMAND [ARGS]
+// then each command takes its own words through LCliArgs. Exit status: 0 done; 1 refused or
+// failed, with the system's French message on stderr; 2 wrong usage.
+#pragma once
+
+#include <iosfwd>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+class LProfile;
+
+inline constexpr int kExitOk = 0;
+inline constexpr int kExitFailed = 1;
+inline constexpr int kExitUsage = 2;
+
+// The words of one command. Options are taken by name in any order; what is left are the
+// positional words.
+class LCliArgs {
+ public:
+  explicit LCliArgs(std::vector<std::string> words) : words_(std::move(words)) {}
+
+  // "--name VALUE" or "--name=VALUE": true and value set when present (the last one wins).
+  // A "--name" without its value is remembered as a usage error.
+  bool TakeOption(std::string_view name, std::string& value);
+  // Every occurrence, in order.
+  std::vector<std::string> TakeOptionAll(std::string_view name);
+  // A bare "--name".
+  bool TakeFlag(std::string_view name);
+  // The positional words once all options were taken; false (with error set) when an unknown
+  // option or a missing value is left.
+  bool Finish(std::vector<std::string>& positional, std::string& error);
+  bool WantsHelp() const;
+
+ private:
+  std::vector<std::string> words_;
+  std::string error_;
+};
+
+// What every command handler gets.
+class LCliContext {
+ public:
+  LCliContext(std::ostream& out, std::ostream& err);
+  ~LCliContext();
+
+  std::ostream& out;
+  std::ostream& err;
+  bool json = false;          // --json: one JSON document on stdout
+  bool yes = false;           // --yes: questions are answered yes
+  std::string business;       // --business: "0", "N" or a company name; empty: as at start-up
+  std::string commandName;    // the command being run, for usage messages
+
+  // The open business, opened on first use. Null (with the message written to err) when
+  // --business names none.
+  LProfile* Profile();
+  // Prints the usage of the current command to err and returns kExitUsage.
+  int Usage(std::string_view problem = {});
+  // Writes the message to err and returns kExitFailed.
+  int Fail(std::string_view message);
+
+ private:
+  std::unique_ptr<LProfile> profile_;
+};
+
+// Resolves --business to a data folder: "" or "0" the primary business, a number its "MultiBus"
+// folder, otherwise the business whose company name matches. false when none matches.
+bool LCliResolveBusiness(std::string_view business, std::string& folder);
+
+// Runs the command line; returns the exit status.
+int LCliMain(int argc, char** argv, std::ostream& out, std::ostream& err);

@@ -1,0 +1,25 @@
+// kontavo settings ...: the per-user settings store.
+#include <nlohmann/json.hpp>
+#include <ostream>
+
+#include "app/cli.h"
+#include "app/commands.h"
+#include "llib/gen/usersettings.h"
+
+int LCmdSettings(LCliContext& context, LCliArgs& args) {
+  std::vector<std::string> words;
+  std::string error;
+  if (!args.Finish(words, error)) return context.Usage(error);
+  if (words.size() == 3 && words[0] == "get") {
+    std::string value;
+    if (!_LUserSettingGetString(words[1], words[2], value)) return context.Fail("Réglage introuvable.");
+    if (context.json) context.out << nlohmann::json(value).dump() << "\n";
+    else context.out << value << "\n";
+    return kExitOk;
+  }
+  if (words.size() == 4 && words[0] == "set") {
+    LUserSettingSetString(words[1], words[2], words[3]);
+    return kExitOk;
+  }
+  return context.Usage();
+}

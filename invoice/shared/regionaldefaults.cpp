@@ -1,0 +1,3 @@
+#include "invoice/shared/options.h"
+
+void LOptionsSetRegionalDefaults(LProfile&, LOptions&, LRecord&, LRecord&, LRecord&) {}

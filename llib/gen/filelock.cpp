@@ -1,0 +1,54 @@
+#include "llib/gen/filelock.h"
+
+#include <sys/file.h>
+
+#include <cerrno>
+
+std::vector<unsigned> LFlockPauseSchedule(unsigned timeoutMs) {
+  std::vector<unsigned> pauses;
+  for (unsigned long long pause = timeoutMs / 32 + 1; pause < timeoutMs; pause *= 2)
+    pauses.push_back(static_cast<unsigned>(pause));
+  return pauses;
+}
+
+namespace {
+
+// One non-blocking attempt. true: locked; false with busy set: another holder has it.
+bool TryLock(int fd, int operation, bool& busy) {
+  int result;
+  do {
+    result = ::flock(fd, operation | LOCK_NB);
+  } while (result != 0 && errno == EINTR);
+  busy = result != 0 && LIoErrorFromErrno(errno) == LIoError::kLockBusy;
+  return result == 0;
+}
+
+}  // namespace
+
+bool flocktimed(int fd, int operation, unsigned timeoutMs) {
+  bool busy = false;
+  std::vector<unsigned> pauses = LFlockPauseSchedule(timeoutMs);
+  if (pauses.empty()) return TryLock(fd, operation, busy);
+  for (unsigned pause : pauses) {
+    if (TryLock(fd, operation, busy)) return true;
+    if (!busy) return false;
+    LSleepMs(pause);
+  }
+  return false;
+}
+
+LLockedFile::LLockedFile(const std::string& path, int flags, int lockOperation,
+                         unsigned timeoutMs, unsigned mode)
+    : fd_(LRobustOpen(path, flags, mode)) {
+  if (!fd_.IsOpen()) {
+    openErrno_ = errno;
+    return;
+  }
+  locked_ = flocktimed(fd_.Get(), lockOperation, timeoutMs);
+}
+
+void LLockedFile::Close() {
+  if (fd_.IsOpen() && locked_) ::flock(fd_.Get(), LOCK_UN);
+  locked_ = false;
+  fd_.Close();
+}

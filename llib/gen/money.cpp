@@ -1,0 +1,87 @@
+#include "llib/gen/money.h"
+
+#include <climits>
+
+namespace {
+
+unsigned long long Magnitude(long long amount) {
+  return amount < 0 ? 0ULL - static_cast<unsigned long long>(amount) : static_cast<unsigned long long>(amount);
+}
+
+unsigned long long PowerOfTen(int digits) {
+  unsigned long long scale = 1;
+  for (int i = 0; i < digits; ++i) scale *= 10;
+  return scale;
+}
+
+// Whole part with thousands separators, then the decimals.
+std::string Digits(unsigned long long magnitude, int digits, std::string_view decimal,
+                   std::string_view thousands) {
+  unsigned long long scale = PowerOfTen(digits);
+  std::string whole = std::to_string(magnitude / scale);
+  std::string grouped;
+  for (std::size_t i = 0; i < whole.size(); ++i) {
+    if (i > 0 && (whole.size() - i) % 3 == 0) grouped += thousands;
+    grouped.push_back(whole[i]);
+  }
+  if (digits > 0) {
+    std::string fraction = std::to_string(magnitude % scale);
+    grouped += decimal;
+    grouped.append(static_cast<std::size_t>(digits) - fraction.size(), '0');
+    grouped += fraction;
+  }
+  return grouped;
+}
+
+}  // namespace
+
+bool LParseAmount(std::string_view text, int digits, long long& out) {
+  std::size_t pos = 0;
+  bool negative = false;
+  if (pos < text.size() && (text[pos] == '-' || text[pos] == '+')) negative = text[pos++] == '-';
+  unsigned long long whole = 0;
+  std::size_t wholeDigits = 0;
+  const unsigned long long limit = static_cast<unsigned long long>(LLONG_MAX) / PowerOfTen(digits);
+  while (pos < text.size() && text[pos] >= '0' && text[pos] <= '9') {
+    whole = whole * 10 + static_cast<unsigned>(text[pos++] - '0');
+    if (whole > limit) return false;
+    ++wholeDigits;
+  }
+  unsigned long long fraction = 0;
+  int fractionDigits = 0;
+  if (pos < text.size() && text[pos] == '.') {
+    ++pos;
+    while (pos < text.size() && text[pos] >= '0' && text[pos] <= '9') {
+      if (++fractionDigits > digits) return false;
+      fraction = fraction * 10 + static_cast<unsigned>(text[pos++] - '0');
+    }
+  }
+  if (pos != text.size() || (wholeDigits == 0 && fractionDigits == 0)) return false;
+  fraction *= PowerOfTen(digits - fractionDigits);
+  long long value = static_cast<long long>(whole * PowerOfTen(digits) + fraction);
+  out = negative ? -value : value;
+  return true;
+}
+
+std::string LFormatAmountPlain(long long amount, int digits) {
+  std::string text = Digits(Magnitude(amount), digits, ".", "");
+  return amount < 0 ? "-" + text : text;
+}
+
+std::string LFormatNumber(long long amount, const LCurrencyFormat& format) {
+  std::string text = Digits(Magnitude(amount), format.digits, format.decimal, format.thousands);
+  return amount < 0 ? "-" + text : text;
+}
+
+std::string LFormatMoney(long long amount, const LCurrencyFormat& format, bool parenthesesForNegative) {
+  std::string number = Digits(Magnitude(amount), format.digits, format.decimal, format.thousands);
+  std::string text;
+  switch (format.order) {
+    case 1: text = number + format.symbol; break;
+    case 2: text = format.symbol + " " + number; break;
+    case 3: text = number + " " + format.symbol; break;
+    default: text = format.symbol + number; break;
+  }
+  if (amount >= 0) return text;
+  return parenthesesForNegative ? "(" + text + ")" : "-" + text;
+}

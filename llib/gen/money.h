@@ -1,0 +1,29 @@
+// Money: every amount is a signed 64-bit integer in minor units (cents for two currency
+// digits). This is the one place amounts turn into text and back.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+// How a business writes money: symbol and its place, separators, currency digits.
+struct LCurrencyFormat {
+  std::string symbol = "$";
+  int order = 0;          // 0 "$1.00", 1 "1.00$", 2 "$ 1.00", 3 "1.00 $"
+  int digits = 2;         // decimals of money amounts
+  std::string decimal = ".";
+  std::string thousands = ",";
+};
+
+// Decimal text in currency units with "." as decimal point ("1234.56", "-0.05", "12") to minor
+// units. false for anything else, or for more decimals than digits; out is then unchanged.
+bool LParseAmount(std::string_view text, int digits, long long& out);
+
+// Minor units as plain decimal text with digits decimals: 123456, 2 -> "1234.56".
+std::string LFormatAmountPlain(long long amount, int digits);
+
+// Minor units in the business's currency format: "1 234,56 €", "-$5.00", or "(1 234,56 €)"
+// when parentheses are asked for negatives.
+std::string LFormatMoney(long long amount, const LCurrencyFormat& format, bool parenthesesForNegative = false);
+
+// Minor units as a number with separators, without symbol: "1 234,56".
+std::string LFormatNumber(long long amount, const LCurrencyFormat& format);

@@ -1,0 +1,47 @@
+// Test support: a private application folder per test, running the real kontavo binary, and
+// the paths of the shared sample files.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+// A fresh temporary folder set as KONTAVO_HOME for the life of the object (and removed after).
+class LTempHome {
+ public:
+  LTempHome();
+  ~LTempHome();
+  const std::string& Path() const { return path_; }
+  // Path of the primary business ("Shared").
+  std::string SharedFolder() const { return path_ + "/Shared"; }
+
+ private:
+  std::string path_;
+  std::string previous_;
+  bool hadPrevious_ = false;
+};
+
+// A test whose every case runs in its own application folder.
+class LHomeTest : public ::testing::Test {
+ protected:
+  LTempHome home_;
+};
+
+struct LRunResult {
+  int exitCode = -1;  // the exit status; 128 + signal when killed
+  std::string out;
+  std::string err;
+};
+
+// Runs the kontavo binary with args (KONTAVO_HOME as set now), feeding input on stdin.
+LRunResult LRunKontavo(const std::vector<std::string>& args, const std::string& input = {});
+// Runs any program the same way.
+LRunResult LRunProgram(const std::string& program, const std::vector<std::string>& args,
+                       const std::string& input = {});
+
+// Path of a file under the shared sample data ("csv/x.csv").
+std::string LSharedDataPath(const std::string& relative);
+// Reads a whole file ("" when missing).
+std::string LReadFile(const std::string& path);
+void LWriteFile(const std::string& path, const std::string& content);
