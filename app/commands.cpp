@@ -19,6 +19,12 @@ constexpr LCliCommand kCommands[] = {
      "kontavo settings get GROUP KEY\n"
      "kontavo settings set GROUP KEY VALUE\n",
      "lit et écrit les réglages de l'utilisateur", LCmdSettings},
+    {"mail",
+     "kontavo mail config [--server HOST[:PORT]] [--user U] [--password-stdin] [--sender ADDRESS]\n"
+     "                    [--starttls on|off] [--reply-to ADDRESS] [--verify on|off] [--ca-file PEM]\n"
+     "kontavo mail send --to ADDRESSES [--subject TEXT] (--body TEXT | --body-file F) [--html-file F]\n"
+     "                  [--attach FILE]...\n",
+     "réglages des courriels et envoi d'un message", LCmdMail},
     {{}, {}, {}, nullptr},
 };
 

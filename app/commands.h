@@ -22,3 +22,4 @@ const LCliCommand* LCliFindCommand(std::string_view name);
 int LCmdInit(LCliContext& context, LCliArgs& args);
 int LCmdRecord(LCliContext& context, LCliArgs& args);
 int LCmdSettings(LCliContext& context, LCliArgs& args);
+int LCmdMail(LCliContext& context, LCliArgs& args);
