@@ -29,3 +29,4 @@ int LCmdLedger(LCliContext& context, LCliArgs& args);
 int LCmdBill(LCliContext& context, LCliArgs& args);
 int LCmdBillPayment(LCliContext& context, LCliArgs& args);
 int LCmdCheck(LCliContext& context, LCliArgs& args);
+int LCmdMail(LCliContext& context, LCliArgs& args);
