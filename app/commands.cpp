@@ -19,6 +19,12 @@ constexpr LCliCommand kCommands[] = {
      "kontavo settings get GROUP KEY\n"
      "kontavo settings set GROUP KEY VALUE\n",
      "lit et écrit les réglages de l'utilisateur", LCmdSettings},
+    {"import",
+     "kontavo import ofx FILE [--json]\n",
+     "lit un relevé bancaire OFX et affiche son compte, sa période, son solde et ses lignes", LCmdImport},
+    {"expr",
+     "kontavo expr EXPRESSION [NOM=CENTIMES]... [--json]\n",
+     "calcule une expression d'état modèle, sur des champs donnés en centimes", LCmdExpr},
     {{}, {}, {}, nullptr},
 };
 

@@ -22,3 +22,5 @@ const LCliCommand* LCliFindCommand(std::string_view name);
 int LCmdInit(LCliContext& context, LCliArgs& args);
 int LCmdRecord(LCliContext& context, LCliArgs& args);
 int LCmdSettings(LCliContext& context, LCliArgs& args);
+int LCmdImport(LCliContext& context, LCliArgs& args);
+int LCmdExpr(LCliContext& context, LCliArgs& args);
