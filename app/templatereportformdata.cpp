@@ -134,7 +134,7 @@ std::size_t SimpleExpressionSolver::ReadDoubleFromString(std::string_view text, 
 
 double SimpleExpressionSolver::Parse(std::string_view text) {
   if (text.empty() || !error_.empty()) return 0;
-  if (nesting_ >= kMaxNesting) {
+  if (nesting_ > kMaxNesting) {
     error_ = kErrorInvalid;
     return 0;
   }
