@@ -1,7 +1,8 @@
 // kontavo import ofx FILE: reads a bank or credit-card statement as the reconciliation does and
 // shows it: account, period, ledger balance, then the lines in the statement's list order (the
-// reverse of the file's). What was read is shown even when the reader reports a fault; the
-// fault's text then goes to stderr and the exit status is 1.
+// reverse of the file's). What was read is shown even when the reader reports a fault in the
+// statement's text; the fault's text then goes to stderr and the exit status is 1. A file that
+// could not be read at all shows nothing but its message.
 #include <nlohmann/json.hpp>
 #include <ostream>
 
@@ -41,6 +42,12 @@ void PrintText(LCliContext& context, const LBankStatement& statement, int curren
                 << "\t" << line->description << "\n";
 }
 
+// Whether the reader got as far as the statement: a file refused before its body was parsed
+// leaves it as it was made.
+bool HoldsAnything(const LBankStatement& statement) {
+  return !statement.accountId.empty() || statement.ledgerBalance != 0 || statement.GetFirstLine() != nullptr;
+}
+
 }  // namespace
 
 int LCmdImport(LCliContext& context, LCliArgs& args) {
@@ -53,7 +60,9 @@ int LCmdImport(LCliContext& context, LCliArgs& args) {
 
   LBankStatement statement;
   bool read = LOFXImportTransaction(*profile, nullptr, words[1], statement, error);
-  if (context.json) PrintJson(context, statement);
-  else PrintText(context, statement, profile->GetCurrencyDigits());
+  if (read || HoldsAnything(statement)) {
+    if (context.json) PrintJson(context, statement);
+    else PrintText(context, statement, profile->GetCurrencyDigits());
+  }
   return read ? kExitOk : context.Fail(error);
 }

@@ -12,6 +12,7 @@
 #include <filesystem>
 #include <string>
 
+#include "tests/support/envscope.h"
 #include "tests/support/testhome.h"
 
 namespace {
@@ -35,27 +36,6 @@ double ValueOf(std::string_view expression) {
   EXPECT_EQ(solver.GetError(), "") << expression;
   return solver.GetResult();
 }
-
-// Sets an environment variable for the life of the object, or removes it (value null).
-class LEnvScope {
- public:
-  LEnvScope(const char* name, const char* value) : name_(name) {
-    if (const char* previous = std::getenv(name)) {
-      previous_ = previous;
-      hadPrevious_ = true;
-    }
-    if (value != nullptr) ::setenv(name, value, 1);
-    else ::unsetenv(name);
-  }
-  ~LEnvScope() {
-    if (hadPrevious_) ::setenv(name_.c_str(), previous_.c_str(), 1);
-    else ::unsetenv(name_.c_str());
-  }
-
- private:
-  std::string name_, previous_;
-  bool hadPrevious_ = false;
-};
 
 // ---- Construction -----------------------------------------------------------------------------
 
