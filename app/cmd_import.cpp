@@ -16,15 +16,16 @@ namespace {
 
 // Statements come in the bank's character set (often Windows-1252); bytes that are not UTF-8
 // are shown as U+FFFD rather than refused.
-std::string JsonText(const nlohmann::json& document) {
-  return document.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
+std::string JsonText(const nlohmann::ordered_json& document) {
+  return document.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace);
 }
 
 void PrintJson(LCliContext& context, const LBankStatement& statement) {
-  nlohmann::json lines = nlohmann::json::array();
+  // Members in the order the command's documentation lists them.
+  nlohmann::ordered_json lines = nlohmann::ordered_json::array();
   for (const LBankStatementItem* line = statement.GetFirstLine(); line != nullptr; line = line->GetNext())
     lines.push_back({{"date", line->date}, {"id", line->id}, {"description", line->description}, {"amount", line->amount}});
-  nlohmann::json document = {{"account", statement.accountId},
+  nlohmann::ordered_json document = {{"account", statement.accountId},
                              {"start", statement.periodStart.GetDateTimeText()},
                              {"end", statement.periodEnd.GetDateTimeText()},
                              {"balance", statement.ledgerBalance},

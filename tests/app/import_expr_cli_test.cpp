@@ -78,7 +78,10 @@ TEST_F(ImportExprCliTest, ImportScalesAmountsByTheBusinessCurrencyDigits) {
             "Solde : -500.000\n"
             "2016-08-23\tABCDEFGHIJ\t-100.000\tVENDOR\n");
   LRunResult json = LRunKontavo({"--json", "import", "ofx", Sample("phpofx_ofxdata-credit-card.ofx")});
-  EXPECT_EQ(nlohmann::json::parse(json.out)["balance"], -500000);
+  EXPECT_EQ(json.out,
+            "{\"account\":\"1234567891234567\",\"start\":\"2016-08-23 00:00:00\",\"end\":\"2016-08-23 00:00:00\","
+            "\"balance\":-500000,\"lines\":[{\"date\":\"2016-08-23\",\"id\":\"ABCDEFGHIJ\",\"description\":\"VENDOR\","
+            "\"amount\":-100000}]}\n");
 }
 
 TEST_F(ImportExprCliTest, ImportFaultsInTheStatementShowWhatWasReadAndExitOne) {
