@@ -66,10 +66,10 @@ std::size_t Count(std::string_view text, std::string_view what) {
 LProfile& Business() {
   static const struct PrivateBusiness {
     std::string folder = [] {
-      char name[] = "/tmp/kontavo-fuzz-ofx-XXXXXX";
-      Check(::mkdtemp(name) != nullptr);
-      ::setenv("KONTAVO_HOME", name, 1);
-      return std::string(name);
+      std::string name = LFile::GetTempFolder() + "/kontavo-fuzz-ofx-XXXXXX";
+      Check(::mkdtemp(name.data()) != nullptr);
+      ::setenv("KONTAVO_HOME", name.c_str(), 1);
+      return name;
     }();
     std::unique_ptr<LProfile> profile = std::make_unique<LProfile>();
     ~PrivateBusiness() {
