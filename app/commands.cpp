@@ -124,6 +124,12 @@ constexpr LCliCommand kCommands[] = {
      "kontavo porder record KEY\n"
      "kontavo porder delete KEY\n",
      "bons de commande", LCmdPOrder},
+    {"import",
+     "kontavo import ofx FILE [--json]\n",
+     "lit un relevé bancaire OFX et affiche son compte, sa période, son solde et ses lignes", LCmdImport},
+    {"expr",
+     "kontavo expr EXPRESSION [NOM=CENTIMES]... [--json]\n",
+     "calcule une expression d'état modèle, sur des champs donnés en centimes", LCmdExpr},
     {{}, {}, {}, nullptr},
 };
 
