@@ -53,7 +53,7 @@ TEST(Socket, LineLimitsTimeLimitsAndRefusals) {
   Clock::time_point start = Clock::now();
   EXPECT_EQ(socket.ReadLine(line, 1000, 300), LNetStatus::kTimedOut);
   EXPECT_GE(MsSince(start), 300);
-  EXPECT_LT(MsSince(start), 1500);
+  EXPECT_LT(MsSince(start), 3000);
 
   LSocket refused;
   EXPECT_EQ(refused.Connect(LIPAddressWithPort("127.0.0.1", LRefusingPort()), 2000), LNetStatus::kFailed);
@@ -70,7 +70,7 @@ TEST(Socket, TheStopTestEndsAWaitWithinAFewSlices) {
   socket.SetStopTest([start] { return MsSince(start) > 150; });
   std::string line;
   EXPECT_EQ(socket.ReadLine(line, 100, 60000), LNetStatus::kStopped);
-  EXPECT_LT(MsSince(start), 600);
+  EXPECT_LT(MsSince(start), 2000);
 }
 
 class SocketTls : public LHomeTest {
