@@ -53,6 +53,8 @@ bool LIPAddressWithPort::EmailMXLookup(std::string_view domain, LIPAddressWithPo
   int failure = state.res_h_errno;
   ::res_nclose(&state);
   std::string host;
+  // A truncated answer reports its full length; only the bytes received can be read.
+  if (size > static_cast<int>(sizeof answer)) size = sizeof answer;
   if (size < 0) {
     // The domain exists but has no MX record: it receives its own mail.
     if (failure != NO_DATA) return false;

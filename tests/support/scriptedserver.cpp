@@ -4,6 +4,7 @@
 #include <fcntl.h>
 #include <netinet/in.h>
 #include <poll.h>
+#include <signal.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -129,6 +130,9 @@ bool LScriptedTcpConnection::AcceptTls(const std::string& certFile, const std::s
 // ---- Server -----------------------------------------------------------------------------------
 
 LScriptedTcpServer::LScriptedTcpServer(Script script) : script_(std::move(script)) {
+  // OpenSSL writes to the descriptor itself: a client that gave up on the handshake must not
+  // kill the test process with SIGPIPE.
+  ::signal(SIGPIPE, SIG_IGN);
   listenFd_ = ListenOnLoopback(port_);
   if (::pipe2(stopPipe_, O_CLOEXEC) != 0) return;
   thread_ = std::thread(&LScriptedTcpServer::Serve, this);

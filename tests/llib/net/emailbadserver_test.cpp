@@ -149,7 +149,7 @@ TEST_F(EmailBadServer, ASilentServerEndsAtTheReplyTimeLimit) {
   long long elapsed = MsSince(start);
   EXPECT_EQ(error_, "Le serveur de messagerie ne répond pas:  (0)");
   EXPECT_GE(elapsed, 400);
-  EXPECT_LT(elapsed, 2000);
+  EXPECT_LT(elapsed, 4000);
 }
 
 TEST_F(EmailBadServer, AReplyThatNeverEndsEndsAtTheReplyTimeLimit) {
@@ -161,7 +161,7 @@ TEST_F(EmailBadServer, AReplyThatNeverEndsEndsAtTheReplyTimeLimit) {
   Clock::time_point start = Clock::now();
   EXPECT_EQ(Send(request), kProcessFailed);
   EXPECT_EQ(error_, "Le serveur de messagerie ne répond pas:  (0)");
-  EXPECT_LT(MsSince(start), 2500);
+  EXPECT_LT(MsSince(start), 5000);
 }
 
 TEST_F(EmailBadServer, AFloodWithoutLineEndsIsCutLongBeforeTheTimeLimit) {
@@ -253,7 +253,7 @@ TEST_F(EmailBadTls, AServerAnsweringTheHandshakeInPlainText) {
 TEST_F(EmailBadTls, AServerSilentAfterItsGoAheadEndsAtTheTimeLimit) {
   Run([](LScriptedTcpConnection& c) { c.WaitForClose(10000); }, 400);
   EXPECT_GE(elapsedMs_, 400);
-  EXPECT_LT(elapsedMs_, 2500);
+  EXPECT_LT(elapsedMs_, 5000);
 }
 
 TEST_F(EmailBadTls, AServerThatOffersStartTlsAndThenRefusesIt) {
@@ -275,7 +275,7 @@ TEST_F(EmailBadServer, ACancelEndsAnyWaitQuicklyWithoutAMessage) {
   long long elapsed = MsSince(start);
   stopper.join();
   EXPECT_EQ(error_, "");
-  EXPECT_LT(elapsed, 1500);
+  EXPECT_LT(elapsed, 3000);
 }
 
 }  // namespace

@@ -148,4 +148,12 @@ TEST(MXAnswer, BrokenMessagesAreRefused) {
   EXPECT_EQ(ParseAnswer(looping, host), LMXAnswer::kBroken);
 }
 
+TEST(MXLookup, DomainsThatCannotExistFindNoExchanger) {
+  // ".invalid" never resolves (RFC 6761), with or without a reachable name server.
+  LIPAddressWithPort out("kept.fr", 25);
+  EXPECT_FALSE(LIPAddressWithPort::EmailMXLookup("", out));
+  EXPECT_FALSE(LIPAddressWithPort::EmailMXLookup("exemple.invalid", out));
+  EXPECT_EQ(out.ToText(), "kept.fr:25");
+}
+
 }  // namespace
