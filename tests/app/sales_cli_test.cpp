@@ -14,6 +14,7 @@ class SalesCli : public LHomeTest {
   void SetUp() override {
     ::setenv("KONTAVO_COUNTRY", "US", 1);
     ASSERT_EQ(Run({"init"}).exitCode, 0);
+    ASSERT_EQ(Run({"account", "defaults"}).exitCode, 0);
     ASSERT_EQ(Run({"tax", "set", "--count", "2", "--name", "1=A", "--rate", "1=10", "--name", "2=QC", "--rate",
                    "2=5/9.975/1", "--default", "1"})
                   .exitCode,
