@@ -54,6 +54,12 @@ constexpr LCliCommand kCommands[] = {
     {"check",
      "kontavo check [--fix]\n",
      "recalcule les soldes des comptes à partir du grand livre", LCmdCheck},
+    {"mail",
+     "kontavo mail config [--server HOST[:PORT]] [--user U] [--password-stdin] [--sender ADDRESS]\n"
+     "                    [--starttls on|off] [--reply-to ADDRESS] [--verify on|off] [--ca-file PEM]\n"
+     "kontavo mail send --to ADDRESSES [--subject TEXT] (--body TEXT | --body-file F) [--html-file F]\n"
+     "                  [--attach FILE]...\n",
+     "réglages des courriels et envoi d'un message", LCmdMail},
     {"tax",
      "kontavo tax show\n"
      "kontavo tax set [--count N] [--default K] [--inclusive on|off] [--track-paid on|off] [--name K=TEXT]...\n"
