@@ -32,7 +32,8 @@ TEST_F(ProfileTest, FirstOpenInitialisesOptionsAndDocumentTexts) {
 
   EXPECT_EQ(MiscFile("Invoice"),
             "NotesText=Veuillez%20nous%20contacter%20pour%20plus%20d%27informations%20sur%20les%20options%20de%20"
-            "paiement.&FooterText=Nous%20vous%20remercions%20de%20votre%20confiance.");
+            "paiement.&FooterText=Nous%20vous%20remercions%20de%20votre%20confiance."
+            "&PaymentTerms=2&PaymentTermsDays=30");  // the regional defaults' terms
   LFileStoreListBase misc = profile.List("Misc");
   struct Expected {
     const char* record;
