@@ -4,6 +4,7 @@
 #include <ostream>
 
 #include "app/commands.h"
+#include "invoice/sales/salesledger.h"
 #include "invoice/shared/profile.h"
 #include "llib/gen/file.h"
 
@@ -166,6 +167,7 @@ void PrintHelp(std::ostream& out) {
 }  // namespace
 
 int LCliMain(int argc, char** argv, std::ostream& out, std::ostream& err) {
+  LSalesLedgerInstall();  // the sales side's part in ledger deletions, checks and new charts
   LCliContext context(out, err);
   int i = 1;
   for (; i < argc; ++i) {

@@ -10,7 +10,7 @@
 #include "app/documentinput.h"
 #include "app/documentview.h"
 #include "invoice/shared/profile.h"
-#include "invoice/shared/salesbook.h"
+#include "invoice/sales/salesbook.h"
 #include "llib/gen/filestore.h"
 
 namespace {

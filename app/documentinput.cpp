@@ -55,7 +55,9 @@ bool SetTaxFields(const LTaxOptions& tax, LRecord& document, const std::string& 
   if (name.empty()) name = kTaxNameDefault;
   document.SetString(prefix + "TaxName", name);
   if (name == kTaxNameDefault || name == kTaxNameNone) {
-    document.DeleteField(prefix + "TaxRate");
+    // Tax index 0 is the document's default tax; no index and no rates is no tax.
+    if (name == kTaxNameDefault) document.SetString(prefix + "TaxRate", "0");
+    else document.DeleteField(prefix + "TaxRate");
     document.DeleteField(prefix + "CombinedTaxName");
     return true;
   }

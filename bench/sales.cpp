@@ -6,9 +6,11 @@
 #include <filesystem>
 #include <string>
 
+#include "accounts/accounts.h"
+#include "invoice/sales/salesledger.h"
 #include "invoice/shared/customer.h"
 #include "invoice/shared/profile.h"
-#include "invoice/shared/salesbook.h"
+#include "invoice/sales/salesbook.h"
 #include "llib/gen/textnum.h"
 
 namespace {
@@ -28,7 +30,9 @@ struct Business {
   Business() {
     ::setenv("KONTAVO_HOME", home.c_str(), 1);
     ::setenv("KONTAVO_COUNTRY", "FR", 1);
+    LSalesLedgerInstall();
     profile = std::make_unique<LProfile>(home + "/Shared");
+    LAccountListCreateDefault(*profile);
     for (int c = 0; c < kCustomers; ++c) {
       LCustomer customer;
       profile->MainList(kCustomersList).OpenAlways(customer, "C" + std::to_string(c));

@@ -26,19 +26,28 @@ void LCustomerChangeBalance(LProfile&, LCustomer& customer, long long delta) {
 
 namespace {
 
-long long SumField(LProfile& profile, std::string_view listName, std::string_view customer, std::string_view field) {
-  long long sum = 0;
+// Adds sign × field of every record of the list to its customer's sum.
+void AddField(LProfile& profile, std::string_view listName, std::string_view field, long long sign,
+              std::map<std::string, long long>& sums) {
   LDataStoreList<LFileStoreDataStore, LRecord> list(profile.GetDataStore(), listName);
   for (LDataStoreListIterator<LFileStoreDataStore, LRecord> it(list); it.IsValid(); it.Next())
-    if (it->GetString("Customer") == customer) sum += it->GetInt64(field, 0);
-  return sum;
+    sums[it->GetString("Customer")] += sign * it->GetInt64(field, 0);
 }
 
 }  // namespace
 
+std::map<std::string, long long> LCustomerBalancesFromDocuments(LProfile& profile) {
+  std::map<std::string, long long> sums;
+  AddField(profile, "Invoices", "Total", 1, sums);
+  AddField(profile, "CreditNotes", "Total", -1, sums);
+  AddField(profile, "Payments", "Amount", -1, sums);
+  return sums;
+}
+
 long long LCustomerBalanceFromDocuments(LProfile& profile, std::string_view customer) {
-  return SumField(profile, "Invoices", customer, "Total") - SumField(profile, "CreditNotes", customer, "Total") -
-         SumField(profile, "Payments", customer, "Amount");
+  std::map<std::string, long long> sums = LCustomerBalancesFromDocuments(profile);
+  auto found = sums.find(std::string(customer));
+  return found == sums.end() ? 0 : found->second;
 }
 
 // ---- Oldest due date --------------------------------------------------------------------------

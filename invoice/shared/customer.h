@@ -8,6 +8,7 @@
 // "OldestDue" is recomputed by a long process over the invoices.
 #pragma once
 
+#include <map>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -32,9 +33,11 @@ void LCustomerChangeBalance(LProfile& profile, std::string_view customer, long l
 void LCustomerChangeBalance(LProfile& profile, LCustomer& customer, long long delta);
 
 // The balance a customer should have according to the documents: the totals of its recorded
-// invoices, less its recorded credit notes and the amounts of its payments. Keys are compared
-// exactly. `kontavo check` compares it with the stored "Balance".
+// invoices, less its recorded credit notes and the amounts of its payments ("Payments"). Keys
+// are compared exactly. `kontavo check` compares it with the stored "Balance".
 long long LCustomerBalanceFromDocuments(LProfile& profile, std::string_view customer);
+// The same for every customer named by a document, in one walk of the lists.
+std::map<std::string, long long> LCustomerBalancesFromDocuments(LProfile& profile);
 
 // The recomputation of "OldestDue", run under a progress display:
 //     LCoreDataRetotalCustomerData data{&profile, {"C1"}};

@@ -35,7 +35,3 @@ inline constexpr int kProvinceQuebec = 9;
 // false, tax unchanged, for an unknown province.
 bool LTaxOptionsSetCanadaRates(LTaxOptions& tax, int province);
 
-// Creates the accounts that the tax options post to: for every tax whose "TaxAccountPayable<n>"
-// names a description that no account has, a liability account of that description at the
-// first free number from 2411 on. Accounts that exist are left alone.
-void LTaxOptionsCreateDefaultTaxAccounts(LProfile& profile);

@@ -14,6 +14,7 @@ class SalesCli : public LHomeTest {
   void SetUp() override {
     ::setenv("KONTAVO_COUNTRY", "US", 1);
     ASSERT_EQ(Run({"init"}).exitCode, 0);
+    ASSERT_EQ(Run({"account", "defaults"}).exitCode, 0);
     ASSERT_EQ(Run({"tax", "set", "--count", "2", "--name", "1=A", "--rate", "1=10", "--name", "2=QC", "--rate",
                    "2=5/9.975/1", "--default", "1"})
                   .exitCode,
@@ -155,6 +156,33 @@ TEST_F(SalesCli, RetotalSetsTheOldestDueDate) {
   EXPECT_EQ(list[0]["Balance"], 300);
   EXPECT_EQ(list[0]["OldestDue"], "2024-03-01 01:00:00");
   EXPECT_EQ(Run({"customer", "retotal", "Nobody"}).exitCode, 1);
+}
+
+TEST_F(SalesCli, PostingsFollowTheDocumentsAndTheCheckAgrees) {
+  ASSERT_EQ(Run({"customer", "add", "C2"}).exitCode, 0);
+  ASSERT_EQ(Run({"invoice", "new", "--customer", "C1", "--date", "2024-03-01", "--line", "|a|3|3.33|A|10"}).exitCode, 0);
+  ASSERT_EQ(Run({"invoice", "new", "--customer", "C2", "--date", "2024-03-02", "--line", "|b|1|20|QC|"}).exitCode, 0);
+  ASSERT_EQ(Run({"creditnote", "new", "--customer", "C2", "--date", "2024-03-03", "--line", "|r|1|5|Aucun|"}).exitCode, 0);
+  ASSERT_EQ(Run({"invoice", "edit", "2", "--date", "2024-03-05"}).exitCode, 0);
+  LRunResult ledger = Run({"ledger"});
+  ASSERT_EQ(ledger.exitCode, 0) << ledger.err;
+  EXPECT_NE(ledger.out.find("2024-03-05\tSLS10001\tRecettes"), std::string::npos) << ledger.out;
+  EXPECT_EQ(ledger.out.find("2024-03-02"), std::string::npos) << "the edit moved the posting";
+  LRunResult check = Run({"check"});
+  EXPECT_EQ(check.exitCode, 0) << check.out << check.err;
+
+  // Deleting the credit note's transaction from the ledger deletes the credit note.
+  ASSERT_EQ(Run({"ledger", "delete", "2024-03-03", "SLS10002"}).exitCode, 0);
+  EXPECT_EQ(Run({"creditnote", "show", "1"}).exitCode, 1);
+  // 20.00 with QC: 100, then floor(2100 × 9.975 % + 0.5) = 209 on the price plus the first tax.
+  EXPECT_EQ(Balance("C2"), 2000 + 100 + 209);
+  EXPECT_EQ(Run({"check"}).exitCode, 0);
+
+  // A balance changed behind the documents' back is found.
+  ASSERT_EQ(Run({"record", "set", "Customers", "C1", "Balance=1"}).exitCode, 0);
+  EXPECT_EQ(Run({"check"}).exitCode, 1);
+  EXPECT_EQ(Run({"check", "--fix"}).exitCode, 0);
+  EXPECT_EQ(Run({"check"}).exitCode, 0);
 }
 
 }  // namespace

@@ -1,5 +1,5 @@
 // A business for the sales tests: a private home with the primary business opened, two
-// currency digits, and a fixed set of taxes that every test of totals refers to by name:
+// currency digits, the default chart of accounts, the sales side's ledger hooks installed, and a fixed set of taxes that every test of totals refers to by name:
 //   1 "A"  10 %            (the default tax)
 //   2 "B"  5 %
 //   3 "C"  9.975 %

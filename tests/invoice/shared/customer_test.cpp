@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "invoice/shared/customer.h"
-#include "invoice/shared/salesbook.h"
+#include "invoice/sales/salesbook.h"
 #include "invoice/shared/totals.h"
 #include "llib/gen/date.h"
 #include "llib/gen/file.h"

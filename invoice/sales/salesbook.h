@@ -6,7 +6,9 @@
 //     recorded credit note takes its total off (LCoreDataCreditNoteApply);
 //   - recorded invoices and credit notes are posted to the ledger, and reposted under the same
 //     reference when edited;
-//   - drafts ("…Drafts" lists, keys "DFT<n>") touch neither balances nor the ledger.
+//   - drafts ("…Drafts" lists, keys "DFT<n>") touch neither balances nor the ledger;
+//   - invoices, drafts included, are refused while a linked account is missing
+//     (LDefAccountListNeedsUpdate), with the warning of the linked-accounts dialog.
 // Failures return false with the French message for the user in *error (when given); nothing
 // is written then.
 #pragma once
@@ -51,6 +53,13 @@ bool LSalesDocumentRecordDraft(LProfile& profile, const LSalesDocumentKind& kind
 // transaction leaves the ledger and its total leaves the customer's balance.
 bool LSalesDocumentDelete(LProfile& profile, const LSalesDocumentKind& kind, std::string_view key,
                           std::string* error);
+
+// The ledger's routes for "Recettes" and "Reçus": the invoice or credit note (or the payment in
+// "Payments") whose key is document and whose "JournalTxnRef" is reference is deleted with its
+// postings and its effect on the customer's balance (a payment's "Amount" goes back onto the
+// balance). false when there is no such document; nothing is changed then.
+bool LSalesDeleteForLedger(LProfile& profile, std::string_view document, std::string_view reference);
+bool LPaymentDeleteForLedger(LProfile& profile, std::string_view document, std::string_view reference);
 
 // The totaller of the kind (LInvoiceSumTotals, LOrderSumTotals, ...).
 LFKTotalsChange LSalesDocumentSumTotals(LProfile& profile, const LSalesDocumentKind& kind,

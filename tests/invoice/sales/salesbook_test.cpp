@@ -5,7 +5,7 @@
 #include <random>
 
 #include "invoice/shared/customer.h"
-#include "invoice/shared/salesbook.h"
+#include "invoice/sales/salesbook.h"
 #include "tests/support/salestestbusiness.h"
 
 namespace {

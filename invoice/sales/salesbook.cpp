@@ -1,11 +1,15 @@
-#include "invoice/shared/salesbook.h"
+#include "invoice/sales/salesbook.h"
 
 #include <fcntl.h>
 #include <unistd.h>
 
+#include "accounts/ledgerlock.h"
+#include "accounts/linkedaccounts.h"
+#include "invoice/sales/salesposting.h"
 #include "invoice/shared/customer.h"
 #include "invoice/shared/profile.h"
 #include "llib/gen/file.h"
+#include "llib/gen/system.h"
 
 namespace {
 
@@ -77,6 +81,25 @@ void Reopen(const LFileStoreListBase& list, LSalesDocument& document) {
   list.Open(document, key);
 }
 
+// Invoices are neither made nor changed while a linked account is missing: their postings would
+// have nowhere to go.
+bool CheckLinkedAccounts(LProfile& profile, const LSalesDocumentKind& kind, std::string* error) {
+  if (kind.type != LSalesDocumentType::kInvoice || !LDefAccountListNeedsUpdate(profile)) return true;
+  SetError(error, std::string(kNeededAccountsWarning));
+  return false;
+}
+
+// Posts a recorded invoice or credit note under its reference (a new one when it has none).
+bool Post(LProfile& profile, const LSalesDocumentKind& kind, LSalesDocument& document, std::string* error) {
+  std::string userName = LGetPostingUserName();
+  bool posted = kind.type == LSalesDocumentType::kInvoice
+                    ? LInvoiceRecordTransactions(profile, document, userName, false)
+                    : LCreditNoteRecordTransactions(profile, document, userName);
+  document.Flush();  // keeps "JournalTxnRef"
+  if (!posted) SetError(error, "Impossible d'écrire dans le grand livre.");
+  return posted;
+}
+
 }  // namespace
 
 void LCoreDataCreditNoteApply(LProfile& profile, const LSalesDocument& creditNote, int sign) {
@@ -96,6 +119,7 @@ LFKTotalsChange LSalesDocumentSumTotals(LProfile& profile, const LSalesDocumentK
 
 bool LSalesDocumentCreate(LProfile& profile, const LSalesDocumentKind& kind, const LRecord& content, bool draft,
                           std::string_view key, std::string& newKey, std::string* error) {
+  if (!CheckLinkedAccounts(profile, kind, error)) return false;
   if (!CheckParty(profile, kind, content.GetString("Customer"), error)) return false;
   if (draft && !key.empty() && !IsDraftKey(key)) {
     SetError(error, "Le numéro d'un brouillon doit commencer par DFT.");
@@ -132,6 +156,7 @@ bool LSalesDocumentCreate(LProfile& profile, const LSalesDocumentKind& kind, con
   LSalesDocumentSumTotals(profile, kind, document);
   if (!draft && kind.type == LSalesDocumentType::kCreditNote) LCoreDataCreditNoteApply(profile, document, +1);
   document.Flush();
+  if (!draft && IsPosted(kind)) return Post(profile, kind, document, error);
   return true;
 }
 
@@ -144,6 +169,7 @@ bool LSalesDocumentOpen(LProfile& profile, const LSalesDocumentKind& kind, std::
 
 bool LSalesDocumentEdit(LProfile& profile, const LSalesDocumentKind& kind, std::string_view key,
                         const std::function<void(LSalesDocument&)>& change, std::string* error) {
+  if (!CheckLinkedAccounts(profile, kind, error)) return false;
   const LFileStoreListBase& recordedList = profile.MainList(kind.recordedList);
   bool recorded = recordedList.TestRecordExists(key);
   const LFileStoreListBase& list = recorded ? recordedList : profile.MainList(kind.draftsList);
@@ -162,9 +188,14 @@ bool LSalesDocumentEdit(LProfile& profile, const LSalesDocumentKind& kind, std::
   bool inBooks = recorded && IsPosted(kind);
   std::string oldCustomer = document.GetCustomer();
   long long oldTotal = document.GetTotal();
+  std::string oldDate = document.GetDate();
+  std::string reference = document.GetString("JournalTxnRef");
   if (inBooks && kind.type == LSalesDocumentType::kCreditNote) LCoreDataCreditNoteApply(profile, document, -1);
 
   change(document);
+  // The reference belongs to the ledger: an edit posts again in the same place.
+  if (reference.empty()) document.DeleteField("JournalTxnRef");
+  else document.SetString("JournalTxnRef", reference);
   document.Flush();
   Reopen(list, document);
 
@@ -177,7 +208,12 @@ bool LSalesDocumentEdit(LProfile& profile, const LSalesDocumentKind& kind, std::
   LSalesDocumentSumTotals(profile, kind, document);
   if (inBooks && kind.type == LSalesDocumentType::kCreditNote) LCoreDataCreditNoteApply(profile, document, +1);
   document.Flush();
-  return true;
+  if (!inBooks) return true;
+  // The old transaction goes and the new one comes under one hold of the ledger, so nobody sees
+  // the document half posted.
+  LLedgerLock lock(profile);
+  LSalesDocumentRemoveTransaction(profile, document, oldDate);
+  return Post(profile, kind, document, error);
 }
 
 bool LSalesDocumentRecordDraft(LProfile& profile, const LSalesDocumentKind& kind, std::string_view draftKey,
@@ -200,6 +236,7 @@ bool LSalesDocumentDelete(LProfile& profile, const LSalesDocumentKind& kind, std
   const LFileStoreListBase& draftsList = profile.MainList(kind.draftsList);
   LSalesDocument document;
   if (recordedList.Open(document, key)) {
+    if (IsPosted(kind)) LSalesDocumentRemoveTransaction(profile, document, document.GetDate());
     if (kind.type == LSalesDocumentType::kInvoice)
       LCustomerChangeBalance(profile, document.GetCustomer(), -document.GetTotal());
     if (kind.type == LSalesDocumentType::kCreditNote) LCoreDataCreditNoteApply(profile, document, -1);
@@ -210,4 +247,28 @@ bool LSalesDocumentDelete(LProfile& profile, const LSalesDocumentKind& kind, std
   if (draftsList.Delete(key)) return true;
   SetError(error, "Document introuvable : " + std::string(key) + ".");
   return false;
+}
+
+// ---- Deletions asked by the ledger ------------------------------------------------------------
+
+bool LSalesDeleteForLedger(LProfile& profile, std::string_view document, std::string_view reference) {
+  for (LSalesDocumentType type : {LSalesDocumentType::kInvoice, LSalesDocumentType::kCreditNote}) {
+    const LSalesDocumentKind& kind = LSalesDocumentKindOf(type);
+    LSalesDocument found;
+    if (!profile.MainList(kind.recordedList).Open(found, document)) continue;
+    bool matches = found.GetString("JournalTxnRef") == reference;
+    found.DetachWithoutSave();
+    if (matches) return LSalesDocumentDelete(profile, kind, document, nullptr);
+  }
+  return false;
+}
+
+bool LPaymentDeleteForLedger(LProfile& profile, std::string_view document, std::string_view reference) {
+  const LFileStoreListBase& payments = profile.MainList(kPaymentsList);
+  LRecord payment;
+  if (!payments.Open(payment, document) || payment.GetString("JournalTxnRef") != reference) return false;
+  LSalesDocumentRemoveTransaction(profile, payment, payment.GetString("Date"));
+  LCustomerChangeBalance(profile, payment.GetString("Customer"), payment.GetInt64("Amount", 0));
+  payment.DetachWithoutSave();
+  return payments.Delete(document);
 }

@@ -1,0 +1,36 @@
+#include "invoice/sales/salesledger.h"
+
+#include <mutex>
+
+#include "accounts/accounts.h"
+#include "accounts/check.h"
+#include "accounts/ledger.h"
+#include "accounts/ledgerdelete.h"
+#include "invoice/sales/salesbook.h"
+#include "invoice/sales/taxaccounts.h"
+#include "invoice/shared/customer.h"
+#include "invoice/shared/profile.h"
+#include "llib/gen/filestore.h"
+
+void LSalesLedgerInstall() {
+  static std::once_flag installed;
+  std::call_once(installed, [] {
+    LLedgerSetDocumentDeleteRoute(kTxnTypeSales, LSalesDeleteForLedger);
+    LLedgerSetDocumentDeleteRoute(kTxnTypeReceipt, LPaymentDeleteForLedger);
+    LCheckAddBookCheck(LCheckCustomerBalances);
+    LAccountsSetTaxAccountsCreator(LTaxOptionsCreateDefaultTaxAccounts);
+  });
+}
+
+void LCheckCustomerBalances(LProfile& profile, bool fix, LCheckReport& report) {
+  std::map<std::string, long long> computed = LCustomerBalancesFromDocuments(profile);
+  const LFileStoreListBase& customers = profile.MainList(kCustomersList);
+  LCustomer customer;
+  for (LFileStoreIteratorBase it(customers, customer); customer.IsAttached(); it.Next(customer)) {
+    long long stored = customer.GetBalance();
+    long long expected = computed[customer.GetPrimaryKey()];
+    if (stored == expected) continue;
+    report.differences.push_back({std::string(kCustomersList), customer.GetPrimaryKey(), "Balance", stored, expected, fix});
+    if (fix) customer.SetInt64("Balance", expected);  // saved as the iterator moves on
+  }
+}

@@ -1,0 +1,23 @@
+// How the sales side joins the books. The ledger knows nothing of invoices; the sales side tells
+// it, once per process, what it needs to know:
+//   - deleting a "Recettes" transaction deletes its invoice or credit note, and deleting a
+//     "Reçus" transaction its payment, through the sales side (salesbook.h);
+//   - checking the books also compares every customer's "Balance" with its documents;
+//   - the default chart of a new business also receives the accounts its taxes are collected
+//     into (taxaccounts.h).
+#pragma once
+
+#include <map>
+#include <string>
+
+struct LCheckReport;
+class LProfile;
+
+// Installs the three hooks above. Call once at start-up, before any business is opened; calling
+// it again changes nothing.
+void LSalesLedgerInstall();
+
+// The check of customer balances: for each customer, the stored "Balance" against its recorded
+// invoices less its credit notes and payments. Every difference is reported; with fix the
+// computed balance is written.
+void LCheckCustomerBalances(LProfile& profile, bool fix, LCheckReport& report);
