@@ -22,3 +22,6 @@ const LCliCommand* LCliFindCommand(std::string_view name);
 int LCmdInit(LCliContext& context, LCliArgs& args);
 int LCmdRecord(LCliContext& context, LCliArgs& args);
 int LCmdSettings(LCliContext& context, LCliArgs& args);
+int LCmdServe(LCliContext& context, LCliArgs& args);
+int LCmdWeb(LCliContext& context, LCliArgs& args);
+int LCmdUser(LCliContext& context, LCliArgs& args);

@@ -205,3 +205,10 @@ class LWebDialog : public LWebPage {
   bool answerWritten_ = false;            // a handler wrote its own answer
   bool inSubmit_ = false;                 // CmOk or CmCancel is running
 };
+
+// Route adaptor of a dialog class: builds the dialog on the request and runs it.
+template <class Dialog>
+void WLWebDialogRun(LWebletForm& form) {
+  Dialog dialog(form);
+  dialog.Run();
+}

@@ -39,6 +39,9 @@ void LWebLogon::Generate() {
 }
 
 bool LWebLogon::Validate(const std::string& user, const std::string& password) {
+  LWebAccount account;
+  if (!LWebAccountList().Open(account, user) || !account.IsEnabled()) return false;
+  account.Invalidate();  // the check below opens and saves the record itself
   return LWebAccountValidateLogon(user, password) == kWebLogonOk;
 }
 
@@ -58,6 +61,7 @@ bool LWebLogon::CmOk() {
     PopupControlDataInvalid(kLogonEmailControl, kLogonFailed);
     return false;
   }
+  // Disabled between the check and now.
   LWebAccount account;
   if (!LWebAccountList().Open(account, user) || !account.IsEnabled()) {
     PopupControlDataInvalid(kLogonEmailControl, "Échec d'ouverture de session. Votre compte a été désactivé.");

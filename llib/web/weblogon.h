@@ -24,7 +24,8 @@ class LWebLogon : public LWebDialog {
 
   void Generate() override;
   bool CmOk() override;
-  // The account exists and the password is right (LWebAccountValidateLogon returned 0).
+  // The account exists, is enabled, and the password is right (LWebAccountValidateLogon
+  // returned 0, which also counts failures and applies the lock-out).
   virtual bool Validate(const std::string& user, const std::string& password);
 
  protected:

@@ -132,3 +132,11 @@ class LWebPage : public LPlainWebPage {
   bool ajaxIncluded_ = false;               // "ajax.js" already written
   std::vector<std::string> ajaxArgControls_;  // element ids whose values go with AJAX calls
 };
+
+// Route adaptor of a page class: builds the page on the request, opens it, destroys it.
+//     LWebletInstallScript("main", WLWebPageRun<LWebPageMain>);
+template <class Page>
+void WLWebPageRun(LWebletForm& form) {
+  Page page(form);
+  page.Open();
+}
