@@ -1,5 +1,8 @@
 // kontavo serve: the service engine in the foreground (web server and background e-mail), its
 // log on stderr, stopped by SIGINT or SIGTERM.
+#include <signal.h>
+
+#include <atomic>
 #include <iostream>
 #include <ostream>
 #include <thread>
@@ -7,6 +10,7 @@
 #include "app/cli.h"
 #include "app/commands.h"
 #include "app/mainengine.h"
+#include "llib/gen/file.h"
 #include "llib/gen/textnum.h"
 #include "llib/gen/usersettings.h"
 #include "llib/web/webaccount.h"
@@ -15,6 +19,7 @@
 namespace {
 
 constexpr unsigned kAnnounceWaitMs = 10000;
+constexpr unsigned kAnnouncePollMs = 10;
 
 }  // namespace
 
@@ -38,19 +43,35 @@ int LCmdServe(LCliContext& context, LCliArgs& args) {
                 << "  kontavo user add ADRESSE --name NOM --admin --password-stdin\n";
   context.out.flush();
 
+  // SIGINT and SIGTERM must reach the engine only: every thread of the process, the announcing
+  // one below included, is started with them blocked.
+  sigset_t stopSignals;
+  sigemptyset(&stopSignals);
+  sigaddset(&stopSignals, SIGINT);
+  sigaddset(&stopSignals, SIGTERM);
+  ::pthread_sigmask(SIG_BLOCK, &stopSignals, nullptr);
+
   MainEngine engine;
+  std::atomic<bool> ended{false};
   // The address is printed once the listener accepts connections, so that whoever started the
   // service (a person, a script, a test) knows when to open it.
-  std::thread announce([&engine, &context] {
+  std::thread announce([&engine, &context, &ended] {
     if (!LWebletServer::IsWebletServerEnabled()) {
       context.out << "Le serveur Web est désactivé : « kontavo web enable » le démarre.\n";
-    } else if (engine.WaitListening(kAnnounceWaitMs)) {
-      context.out << "Kontavo est ouvert à l'adresse http://127.0.0.1:" << LWebletServer::GetWebletServerPort()
-                  << "/\n";
+    } else {
+      for (unsigned waited = 0; waited < kAnnounceWaitMs && !ended; waited += kAnnouncePollMs) {
+        if (engine.IsListening()) {
+          context.out << "Kontavo est ouvert à l'adresse http://127.0.0.1:" << LWebletServer::GetWebletServerPort()
+                      << "/\n";
+          break;
+        }
+        LSleepMs(kAnnouncePollMs);
+      }
     }
     context.out.flush();
   });
   bool ran = engine.RunForeground(error);
+  ended = true;
   announce.join();
   if (!ran) return context.Fail(error);
   return kExitOk;

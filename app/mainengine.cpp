@@ -1,6 +1,5 @@
 #include "app/mainengine.h"
 
-#include "llib/gen/file.h"
 #include "llib/gen/log.h"
 #include "llib/web/weblet.h"
 #include "llib/web/webmail.h"
@@ -42,13 +41,7 @@ bool MainEngine::Control(int code, const void* data, std::size_t size) {
   return LServiceEngine::Control(code, data, size);
 }
 
-bool MainEngine::WaitListening(unsigned timeoutMs) const {
-  for (unsigned waited = 0;; waited += 10) {
-    {
-      std::lock_guard<std::mutex> lock(mutex_);
-      if (web_.IsListening()) return true;
-    }
-    if (waited >= timeoutMs) return false;
-    LSleepMs(10);
-  }
+bool MainEngine::IsListening() const {
+  std::lock_guard<std::mutex> lock(mutex_);
+  return web_.IsListening();
 }

@@ -20,8 +20,8 @@ class MainEngine : public LServiceEngine {
   bool Control(int code, const void* data, std::size_t size) override;
   // Stops the web server when it runs and starts it again when it is enabled.
   void CtlRestart();
-  // Waits up to timeoutMs for the listener to accept connections; true when it does.
-  bool WaitListening(unsigned timeoutMs) const;
+  // The web server accepts connections.
+  bool IsListening() const;
 
  private:
   void StartWebServer();
