@@ -1,5 +1,5 @@
-// The main page of the web access (routes "" and "main"): the open business's name and where
-// the user can go from here.
+// The main page of the web access (routes "" and "main"): the open business's name, what its
+// customers owe and what it owes its suppliers, and where the user can go from here.
 #pragma once
 
 #include "app/webaccess.h"

@@ -7,26 +7,6 @@
 
 // ---- Escapes ----------------------------------------------------------------------------------
 
-void LHtmlEscapeAppend(std::string_view text, std::string& out) {
-  for (char c : text) {
-    switch (c) {
-      case '&': out += "&amp;"; break;
-      case '<': out += "&lt;"; break;
-      case '>': out += "&gt;"; break;
-      case '"': out += "&quot;"; break;
-      case '\'': out += "&#39;"; break;
-      default: out.push_back(c);
-    }
-  }
-}
-
-std::string LHtmlEscape(std::string_view text) {
-  std::string out;
-  out.reserve(text.size());
-  LHtmlEscapeAppend(text, out);
-  return out;
-}
-
 std::string LJScriptEscape(std::string_view text) {
   static constexpr char kHex[] = "0123456789ABCDEF";
   std::string out;
@@ -123,7 +103,7 @@ std::string LWebFormatV(const char* format, va_list args) {
     switch (conversion) {
       case 'H': {
         const char* text = va_arg(args, const char*);
-        LHtmlEscapeAppend(text ? text : "", out);
+        out += LHtmlEscape(text ? text : "");
         break;
       }
       case 'U': {

@@ -11,13 +11,13 @@
 #include <string>
 #include <string_view>
 
+#include "llib/gen/reporttable.h"
+
 // Formats into a new text. An unknown conversion is written as it stands.
 std::string LWebFormat(const char* format, ...);
 std::string LWebFormatV(const char* format, va_list args);
 
-// & < > " ' as entities; every other byte unchanged.
-std::string LHtmlEscape(std::string_view text);
-void LHtmlEscapeAppend(std::string_view text, std::string& out);
+// LHtmlEscape (& < > " ' as entities) is the one of the report tables.
 
 // For the inside of a single- or double-quoted JavaScript string within a script element:
 // backslash, both quotes, line ends and every control byte are escaped, and '<' and '>' are

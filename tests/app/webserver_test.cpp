@@ -329,6 +329,7 @@ TEST_F(WebServerTest, LogonStartsASessionThatMainAccepts) {
   EXPECT_EQ(main.status, 200);
   EXPECT_NE(main.body.find("<td class=headeruser colspan=3>Connecté sous Alice Admin</td>"), std::string::npos);
   EXPECT_NE(main.body.find("Principale SARL"), std::string::npos);
+  EXPECT_NE(main.body.find("<td>Comptes clients</td>"), std::string::npos);
   // Logged on, the logon page goes on to the next page.
   EXPECT_EQ(LHttpGet(port_, "/logon?onok=userlist", session).raw,
             "HTTP/1.1 302 Found\r\nLocation: userlist\r\nContent-Length: 0\r\n\r\n");
