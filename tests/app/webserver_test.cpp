@@ -567,7 +567,8 @@ TEST_F(WebServerTest, PortHeldByAnotherProgramIsReported) {
   ASSERT_TRUE(first.WaitReady());
   LTempHome thirdHome;
   LServeProcess blocked(other);
-  std::this_thread::sleep_for(std::chrono::milliseconds(500));
+  for (int i = 0; i < 1000 && blocked.Log().find("Un autre programme") == std::string::npos; ++i)
+    std::this_thread::sleep_for(std::chrono::milliseconds(10));
   EXPECT_NE(blocked.Log().find("Le serveur Web ne peut se mettre en relation avec le port TCP/IP."), std::string::npos);
   EXPECT_NE(blocked.Log().find("[erreur] Un autre programme utilise peut-être le port " + std::to_string(other) + "."),
             std::string::npos);
