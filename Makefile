@@ -32,9 +32,10 @@ test-asan: build-asan
 
 test: test-plain test-asan
 
+# Opens the primary business and serves it on the web port (1098 unless set); Ctrl-C stops it.
 run: build
 	./$(BUILD)/kontavo init
-	./$(BUILD)/kontavo help
+	./$(BUILD)/kontavo serve
 
 bench: deps
 	$(CMAKE) -S . -B $(BENCH_BUILD) -DCMAKE_BUILD_TYPE=Release -DKONTAVO_BENCH=ON -DKONTAVO_TESTS=OFF

@@ -114,8 +114,8 @@ void CheckAccount(LAccount& account, const LAccountFigures& figures, bool fix, L
   std::map<int, long long> all = stored;
   for (const auto& [monthIndex, amount] : figures.buckets) all.emplace(monthIndex, 0);
   for (const auto& [monthIndex, ignored] : all) {
-    auto has = [monthIndex](const std::map<int, long long>& m) {
-      auto it = m.find(monthIndex);
+    auto has = [index = monthIndex](const std::map<int, long long>& m) {
+      auto it = m.find(index);
       return it == m.end() ? 0LL : it->second;
     };
     differ(LAccountBucketField(monthIndex), has(stored), has(figures.buckets));

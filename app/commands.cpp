@@ -130,6 +130,21 @@ constexpr LCliCommand kCommands[] = {
     {"expr",
      "kontavo expr EXPRESSION [NOM=CENTIMES]... [--json]\n",
      "calcule une expression d'état modèle, sur des champs donnés en centimes", LCmdExpr},
+    {"serve",
+     "kontavo serve [--port N]\n",
+     "lance le service (serveur Web et envoi des courriels) au premier plan", LCmdServe},
+    {"web",
+     "kontavo web status\n"
+     "kontavo web enable\n"
+     "kontavo web disable\n"
+     "kontavo web port N\n",
+     "réglages du serveur Web ; le service en cours redémarre le serveur", LCmdWeb},
+    {"user",
+     "kontavo user add EMAIL --name TEXT [--password-stdin] [--admin|--user|--viewer] [--profile NAME]...\n"
+     "kontavo user list\n"
+     "kontavo user delete EMAIL\n"
+     "kontavo user passwd EMAIL [--password-stdin]\n",
+     "comptes des utilisateurs Web", LCmdUser},
     {{}, {}, {}, nullptr},
 };
 

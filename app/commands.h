@@ -41,3 +41,6 @@ int LCmdCreditNote(LCliContext& context, LCliArgs& args);
 int LCmdPOrder(LCliContext& context, LCliArgs& args);
 int LCmdImport(LCliContext& context, LCliArgs& args);
 int LCmdExpr(LCliContext& context, LCliArgs& args);
+int LCmdServe(LCliContext& context, LCliArgs& args);
+int LCmdWeb(LCliContext& context, LCliArgs& args);
+int LCmdUser(LCliContext& context, LCliArgs& args);

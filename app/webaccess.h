@@ -1,0 +1,56 @@
+// What every web page of the application checks and shows: the businesses a web user may open
+// (each known by its company name), the access check of every page (AuthenticateEx), and the
+// page and dialog bases that run it and show the user's name in the header bar.
+//
+// Session values: "user" the account id, "profile" the data folder of the business the user
+// works in (empty: the primary business).
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "llib/web/webdialog.h"
+#include "llib/web/webpage.h"
+
+class LWebletForm;
+
+// A business as the web pages list it.
+struct LWebBusiness {
+  std::string folder;  // its data folder
+  std::string name;    // the "Name" of its "Company" record in "Misc"
+};
+
+// The company name of the business in folder ("" for the primary business).
+std::string LWebCompanyName(std::string_view folder);
+// The primary business first, then each folder of "MultiBus" in directory order.
+std::vector<LWebBusiness> LWebBusinessList();
+// The first business of that company name; false when none.
+bool LWebFindBusiness(std::string_view companyName, LWebBusiness& found);
+
+// true when the page may run. Otherwise the session (if any) is destroyed and the answer is a
+// redirect to "logon": no session; an account that is missing or disabled; a user who is not an
+// administrator and whose "Profiles" do not name the session's business.
+bool AuthenticateEx(LWebletForm& form);
+// The "Administrator" flag of the session's user.
+bool WLIsAdministator(LWebletForm& form);
+// The "DisplayName" of the session's user ("" without session).
+std::string WLSessionUserName(LWebletForm& form);
+// The data folder of the session's business.
+std::string WLSessionBusinessFolder(LWebletForm& form);
+
+// A standard page of the application: AuthenticateEx, and the header bar with the user's name.
+class LWebPageEx : public LWebPage {
+ public:
+  explicit LWebPageEx(LWebletForm& form) : LWebPage(form) {}
+  bool Authenticate() override { return AuthenticateEx(form_); }
+  void PrintHeader() override;
+};
+
+// A dialog of the application, with the same check and header.
+class LWebDialogEx : public LWebDialog {
+ public:
+  LWebDialogEx(LWebletForm& form, std::string_view routeName) : LWebDialog(form, routeName) {}
+  bool Authenticate() override { return AuthenticateEx(form_); }
+  void PrintHeader() override;
+};

@@ -1,0 +1,78 @@
+#include "app/webcontrol.h"
+
+#include <sys/stat.h>
+
+#include "app/webmain.h"
+#include "app/weblogonpages.h"
+#include "app/webuser.h"
+#include "llib/gen/file.h"
+#include "llib/gen/log.h"
+#include "llib/web/webletroutes.h"
+#include "llib/web/weblogon.h"
+
+namespace {
+
+struct LWebScript {
+  const char* name;
+  LWebletHandler handler;
+};
+
+// The routes of the pages that exist; the first row, the empty name, runs the main page.
+const LWebScript WebScriptArray[] = {
+    {"", WLWebPageRun<LWebPageMain>},
+    {"logon", WLLogon},
+    {"logoff", WLLogout},
+    {"main", WLWebPageRun<LWebPageMain>},
+    {"userlist", WLWebPageRun<LAppWebAccountsPage>},
+    {"userprop", WLWebDialogRun<LAppWebAccountDialog>},
+    {"userdelete", WLUserDelete},
+    {"chooseprofile", WLWebDialogRun<LWebSelectProfileDialog>},
+};
+
+// The routes of the logon pages, installed beside the table.
+const LWebScript kLogonScripts[] = {
+    {"changepassword", WLWebDialogRun<LWebChangePasswordDialog>},
+    {"changepasswordchanged", WLWebPageRun<LWebChangePasswordChangedPage>},
+    {"lostpassword", WLWebDialogRun<LWebLostPasswordDialog>},
+    {"lostpasswordsent", WLWebPageRun<LWebLostPasswordSentPage>},
+};
+
+long long ModifiedTime(const std::string& path) {
+  struct stat st;
+  return ::stat(path.c_str(), &st) == 0 ? static_cast<long long>(st.st_mtime) : -1;
+}
+
+}  // namespace
+
+void LWebControlInstallRoutes() {
+  for (const LWebScript& script : kLogonScripts) LWebletInstallScript(script.name, script.handler);
+  for (const LWebScript& script : WebScriptArray) LWebletInstallScript(script.name, script.handler);
+}
+
+std::string LWebStaticFilesSource() { return std::string(KONTAVO_SOURCE_DIR) + "/app/webfiles"; }
+
+int LWebInstallStaticFiles(const std::string& sourceFolder, const std::string& webFolder) {
+  int copied = 0;
+  LFile::MakeFolder(webFolder);
+  for (const std::string& name : LFile::ListFolder(sourceFolder)) {
+    std::string source = sourceFolder + "/" + name;
+    std::string target = webFolder + "/" + name;
+    if (LFile::IsFolder(source)) {
+      copied += LWebInstallStaticFiles(source, target);
+      continue;
+    }
+    if (ModifiedTime(target) >= ModifiedTime(source)) continue;
+    std::string content;
+    if (LFile::ReadAll(source, content) && LFile::WriteAllAtomic(target, content)) ++copied;
+  }
+  return copied;
+}
+
+void LWebControl::Start() {
+  LWebControlInstallRoutes();
+  LWebInstallStaticFiles(LWebStaticFilesSource(), LFile::GetUserDataFolderAppSubFolder("Web"));
+  LLogInfo("Démarrage du serveur Web (Non sécurisé)");
+  server_.StartServer(LWebletServer::GetWebletServerPort());
+}
+
+void LWebControl::Stop() { server_.StopServer(); }

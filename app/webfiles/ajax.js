@@ -1,0 +1,157 @@
+// Kontavo web access: the calls of the pages to their own routes. A dialog posts its values and
+// the pressed button by AJAX and runs the JavaScript that comes back.
+
+document.pressed = '';
+
+// LAddEventListener(window, 'onload', fn): the event name may carry its "on".
+function LAddEventListener(target, eventName, handler) {
+  var name = eventName.indexOf('on') === 0 ? eventName.substring(2) : eventName;
+  target.addEventListener(name, handler, false);
+}
+
+// POSTs params (already encoded "name=value&...") to url. onSuccess gets the answer text; onFailure
+// runs on an error answer or a broken connection; onTimeout after timeoutMs without answer.
+function SimpleAjaxCall(url, params, onSuccess, onFailure, onTimeout, timeoutMs) {
+  var request = new XMLHttpRequest();
+  var finished = false;
+  request.open('POST', url, true);
+  request.setRequestHeader('Content-Type', 'application/x-www-form-urlencoded; charset=UTF-8');
+  request.timeout = timeoutMs || 0;
+  request.onreadystatechange = function() {
+    if (request.readyState !== 4 || finished) return;
+    if (request.status === 0) return;  // left to onerror or ontimeout
+    finished = true;
+    if (request.status === 200) onSuccess(request.responseText);
+    else if (onFailure) onFailure(request.status);
+  };
+  request.onerror = function() { if (!finished) { finished = true; if (onFailure) onFailure(0); } };
+  request.ontimeout = function() { if (!finished) { finished = true; if (onTimeout) onTimeout(); } };
+  request.send(params);
+}
+
+// "name=value" of one control, encoded; '' when it sends nothing (unticked box, button, no name).
+function GetArg(element) {
+  if (!element || !element.name || element.disabled) return '';
+  var type = (element.type || '').toLowerCase();
+  if (type === 'submit' || type === 'button' || type === 'file' || type === 'reset') return '';
+  if ((type === 'checkbox' || type === 'radio') && !element.checked) return '';
+  var value = element.value;
+  if (type === 'checkbox' && !element.hasAttribute('value')) value = 'on';
+  return encodeURIComponent(element.name) + '=' + encodeURIComponent(value);
+}
+
+// Every value of the form, each followed by '&'.
+function GetParams(formId) {
+  var form = document.getElementById(formId);
+  var params = '';
+  if (!form) return params;
+  for (var i = 0; i < form.elements.length; i++) {
+    var arg = GetArg(form.elements[i]);
+    if (arg.length !== 0) params += arg + '&';
+  }
+  return params;
+}
+
+// Runs the script answer of a button press.
+function HandleAjaxJSReturn(text) {
+  document.pressed = '';
+  (new Function(text))();
+}
+
+// The red message beside a control's row, replacing an earlier one.
+function ShowControlError(controlId, message) {
+  var previous = document.getElementById('errorTag');
+  if (previous) previous.parentNode.removeChild(previous);
+  var marker = document.getElementById('invalidTag');
+  if (marker) marker.parentNode.removeChild(marker);
+  var invalid = document.querySelectorAll('.invalid');
+  for (var k = 0; k < invalid.length; k++) invalid[k].classList.remove('invalid');
+  var lines = String(message).split('\n');
+  var cell = document.createElement('td');
+  cell.colSpan = 2;
+  cell.className = 'rowerror';
+  for (var i = 0; i < lines.length; i++) {
+    if (i > 0) cell.appendChild(document.createElement('br'));
+    cell.appendChild(document.createTextNode(lines[i]));
+  }
+  var row = document.createElement('tr');
+  row.id = 'errorTag';
+  row.className = 'rowerror';
+  row.appendChild(cell);
+  var control = document.getElementById(controlId);
+  var anchor = control;
+  while (anchor && anchor.tagName !== 'TR') anchor = anchor.parentNode;
+  if (anchor) {
+    anchor.parentNode.insertBefore(row, anchor);
+  } else {
+    var table = document.getElementById('controltable');
+    if (table) table.insertBefore(row, table.firstChild);
+  }
+  if (control) {
+    control.classList.add('invalid');
+    var mark = document.createElement('span');
+    mark.id = 'invalidTag';
+    mark.className = 'rowerror';
+    mark.textContent = ' !';
+    control.parentNode.insertBefore(mark, control.nextSibling);
+    try { control.focus(); } catch (e) {}
+  }
+}
+
+// Enables or disables the controls first to last (ids).
+function EnableControlRange(first, last, enabled) {
+  for (var id = first; id <= last; id++) {
+    var element = document.getElementById(String(id));
+    if (element) element.disabled = !enabled;
+  }
+}
+
+// Replaced by dialogs whose controls depend on one another.
+function enablectls() {}
+
+function DisableSubmits(bDisable) {
+  var submits = document.getElementsByName('submit');
+  for (var i = 0; i < submits.length; i++) submits[i].disabled = bDisable;
+}
+
+// File upload into the hidden frame "uploadIFrame": its answer is script, as for AJAX.
+var uploadRunning = false;
+function startUpload() {
+  uploadRunning = true;
+  DisableSubmits(true);
+  var status = document.getElementById('uploadStatus');
+  if (status) status.textContent = 'Envoi du fichier en cours…';
+  return true;
+}
+function uploadDone() {
+  if (!uploadRunning) return;
+  uploadRunning = false;
+  var frame = document.getElementById('uploadIFrame');
+  var text = '';
+  try { text = frame.contentWindow.document.body.textContent; } catch (e) {}
+  var status = document.getElementById('uploadStatus');
+  if (status) status.textContent = '';
+  DisableSubmits(false);
+  if (text) HandleAjaxJSReturn(text);
+}
+function cancelUpload() {
+  var frame = document.getElementById('uploadIFrame');
+  uploadRunning = false;
+  if (frame) {
+    try { frame.contentWindow.stop(); } catch (e) {}
+    frame.src = 'about:blank';
+  }
+  var status = document.getElementById('uploadStatus');
+  if (status) status.textContent = 'Envoi annulé.';
+  DisableSubmits(false);
+}
+
+// The page head is fixed text without a viewport line; phones get it here so that pages are laid
+// out for their width rather than shrunk.
+(function() {
+  if (document.querySelector('meta[name=viewport]')) return;
+  var meta = document.createElement('meta');
+  meta.name = 'viewport';
+  meta.content = 'width=device-width, initial-scale=1';
+  document.head.appendChild(meta);
+})();

@@ -1,0 +1,9 @@
+// Random lower-case letters, for the generated passwords of web accounts and the letters of web
+// session ids. The letters come from the system's random source (getrandom), so two processes
+// started in the same second still get different texts.
+#pragma once
+
+#include <string>
+
+// length random letters 'a' to 'z': each a random number modulo 26 added to 'a'.
+std::string LStringGenerateRandomPassword(std::size_t length);

@@ -1,0 +1,86 @@
+// The "weblet" server: the small HTTP/1.1 server through which remote users work with the
+// business in a browser. It runs inside the service engine, not in a desk process.
+//
+// Settings, in the per-user settings group "WebServer" (texts; "1"/"0" for switches, an empty
+// value or "0" counting as off): "Enabled" (default off), "PublicEnabled" (off), "Port" (1098
+// whenever the stored value is 0 or missing), "PublicPort" (the value of "Port" when 0),
+// "AutoRouting" (off). Changing "Enabled" or "Port" tells a running service to restart the
+// server.
+//
+// LWebletServerListener is the listening thread: it binds the port on every interface, retries
+// every few seconds while another program holds it (a "bind conflict"), and hands each accepted
+// client to a detached connection thread (llib/web/webletconnection.h).
+#pragma once
+
+#include <atomic>
+#include <memory>
+
+#include "llib/gen/thread.h"
+
+class LWebletConnectionRegistry;
+
+inline constexpr int kWebletDefaultPort = 1098;
+inline constexpr unsigned kWebletBindRetryMs = 5000;
+inline constexpr unsigned kWebletStopConnectionsMs = 15000;
+
+class LWebletServerListener : public LThread {
+ public:
+  explicit LWebletServerListener(int port);
+  ~LWebletServerListener() override;
+
+  // Stops accepting, then stops every connection of this listener and waits for them.
+  void Stop();
+  bool IsListening() const { return listening_; }
+  bool HasBindConflict() const { return bindConflict_; }
+  int Port() const { return port_; }
+
+ protected:
+  void ThreadMain() override;
+
+ private:
+  void AcceptUntilStopped(int listenFd);
+
+  int port_;                                              // TCP port to bind
+  std::shared_ptr<LWebletConnectionRegistry> registry_;   // this listener's connections
+  std::atomic<bool> listening_{false};                    // bound and accepting
+  std::atomic<bool> bindConflict_{false};                 // the port is held by another program
+};
+
+class LWebletServer {
+ public:
+  // ---- Settings ----------------------------------------------------------------------------
+  static bool IsWebletServerEnabled();
+  static bool IsPublicWebletServerEnabled();
+  // "Port"; 1098 when 0 or missing.
+  static int GetWebletServerPort();
+  // "PublicPort"; "Port" when 0 or missing.
+  static int GetWebletServerPublicPort();
+  static bool IsAutoRouting();
+  // Stores the port as "%d" when it differs from the current one and tells a running service to
+  // restart. Returns true when a running service took the restart.
+  static bool SetWebletServerPort(int port);
+  // Store "1" or "0" and tell a running service to restart. true as above.
+  static bool EnableWebletServer(bool on);
+  static void EnablePublicWebletServer(bool on);
+
+  // ---- The server of this process ------------------------------------------------------------
+  LWebletServer() = default;
+  ~LWebletServer();
+  LWebletServer(const LWebletServer&) = delete;
+  LWebletServer& operator=(const LWebletServer&) = delete;
+
+  // Stops a listener that is still running (and waits for it), then listens on port.
+  void StartServer(int port);
+  // Restarts the listener on the configured port with the log line "Démarrage du serveur Web
+  // (Non sécurisé)" or "Redémarrage du serveur Web (Non sécurisé)", or stops it when the server
+  // is disabled.
+  void UpdateServerUnsecure();
+  // Stops the listener and all its connections; logs "Arrêt du serveur Web (Non sécurisé)" when
+  // one was running.
+  void StopServer();
+  bool IsRunning() const { return listener_ != nullptr; }
+  bool IsListening() const { return listener_ != nullptr && listener_->IsListening(); }
+
+ private:
+  std::unique_ptr<LWebletServerListener> listener_;  // null while stopped
+};

@@ -1,0 +1,196 @@
+#include "llib/web/webletconnection.h"
+
+#include <pthread.h>
+#include <unistd.h>
+
+#include <array>
+#include <cstring>
+#include <thread>
+
+#include "llib/gen/file.h"
+#include "llib/gen/log.h"
+#include "llib/gen/textnum.h"
+#include "llib/web/webletfile.h"
+#include "llib/web/webletform.h"
+#include "llib/web/webletrequest.h"
+#include "llib/web/webletroutes.h"
+#include "llib/web/webletsocket.h"
+
+namespace {
+
+std::atomic<int> gConnectionCount{0};  // connection threads of the process
+
+constexpr std::string_view kNotImplemented = "HTTP/1.1 501 Not Implemented\r\nConnection: close\r\n\r\n";
+constexpr std::string_view kNotFound = "HTTP/1.1 404 Not Found\r\nConnection: close\r\n\r\n";
+constexpr std::string_view kTooLong = "HTTP/1.1 500 Content Length Too Long\r\nConnection: close\r\n\r\n";
+
+std::string HeaderOr(const LWebletForm& form, std::string_view name, std::string_view def) {
+  const char* value = form.GetHeader(name);
+  return value != nullptr ? std::string(value) : std::string(def);
+}
+
+// Answers a method other than GET and POST; the connection ends after it.
+void RefuseMethod(LWebletSocket& socket, const std::string& method, const std::string& client) {
+  if (method == "OPTIONS" || method == "HEAD")
+    LLogWarning("Weblet: %s requested: %s (return error 501 Not Implemented)", method.c_str(), client.c_str());
+  else if (method != "PROPFIND")
+    LLogError("Weblet: Bad request method: %s %s", client.c_str(), method.c_str());
+  socket.Send(kNotImplemented, kWebSendHeaderMs);
+}
+
+// Reads header lines up to the empty line. false when the connection must end.
+bool ReadHeaders(LWebletSocket& socket, LHashTable& headers) {
+  std::string line, name, value;
+  for (int count = 0;; ++count) {
+    if (!socket.ReadLine(line, kWebletLineBytes, kWebletHeaderLineMs)) return false;
+    if (line.empty()) return true;
+    if (count >= kWebletMaxHeaderLines) return false;
+    if (LWebletParseHeaderLine(line, name, value)) headers.SetParm(name, value);
+  }
+}
+
+enum class Outcome { kNext, kEnd };
+
+// Runs a routed request. The form is destroyed (and its session written back) before the
+// connection goes on.
+Outcome RunRoute(LWebletSocket& socket, std::unique_ptr<LWebletForm> form, LWebletHandler rawHandler,
+                 LWebletHandler handler) {
+  LWebletSetThreadName("WEB-" + form->scriptName);
+  LWebletCookieData::LoadCookieData(HeaderOr(*form, "Cookie", ""), form->cookies);
+  if (form->scriptName != "_fault") {
+    std::string id;
+    form->cookies.GetString(kWebSessionCookie, "", id);
+    form->session.LoadSession(id);
+  }
+  form->keepAlive = false;
+  if (rawHandler != nullptr) {
+    rawHandler(*form);
+  } else {
+    if (form->kind == kWebletPost) {
+      long long length = LTextToInt64(HeaderOr(*form, "Content-Length", "0"));
+      if (length > kWebletMaxBodyBytes) {
+        LLogError("Weblet: Content too long: %s %s", form->ClientAddressText().c_str(), form->scriptName.c_str());
+        socket.Send(kTooLong, kWebSendHeaderMs);
+        return Outcome::kEnd;
+      }
+      if (length > 0) {
+        std::string body;
+        if (!socket.ReadExact(body, static_cast<std::size_t>(length),
+                              static_cast<unsigned>(length + kWebletBodyExtraMs)))
+          return Outcome::kEnd;
+        form->parameters.LoadHTTPStringUTF8(body);
+      }
+    }
+    handler(*form);
+  }
+  LWebletSetThreadName("WEBC");
+  bool again = form->keepAlive && !form->WriteFailed();
+  form.reset();
+  socket.Push();
+  return again ? Outcome::kNext : Outcome::kEnd;
+}
+
+// Reads and answers one request.
+Outcome ServeOneRequest(LWebletSocket& socket, const unsigned char clientAddress[4],
+                        const std::string& webFolder) {
+  std::string line;
+  if (!socket.ReadLine(line, kWebletLineBytes, kWebletRequestLineMs)) return Outcome::kEnd;
+  LWebletRequestLine request = LWebletParseRequestLine(line);
+  auto form = std::make_unique<LWebletForm>(&socket);
+  std::memcpy(form->clientAddress, clientAddress, 4);
+  int kind = LWebletRequestKind(request.method);
+  if (kind < 0) {
+    RefuseMethod(socket, request.method, form->ClientAddressText());
+    return Outcome::kEnd;
+  }
+  form->kind = kind;
+  std::string path;
+  LWebletSplitUri(request.uri, path, form->parameters);
+  if (path.empty() || path[0] != '/') {
+    LLogWarning("Weblet: Invalid Request URI: %s %s", form->ClientAddressText().c_str(), request.uri.c_str());
+    socket.Send(kNotFound, kWebSendHeaderMs);
+    return Outcome::kEnd;
+  }
+  form->scriptName = path.substr(1);
+  if (!ReadHeaders(socket, form->headers)) return Outcome::kEnd;
+  bool keepAlive = LWebletKeepAlive(request.version, kind, HeaderOr(*form, "Connection", ""));
+
+  LWebletHandler rawHandler = kind == kWebletPost ? LWebletFindPostScript(form->scriptName) : nullptr;
+  LWebletHandler handler = rawHandler == nullptr ? LWebletFindScript(form->scriptName) : nullptr;
+  if (rawHandler != nullptr || handler != nullptr)
+    return RunRoute(socket, std::move(form), rawHandler, handler);
+
+  if (form->scriptName.find("..") != std::string::npos) {
+    LLogWarning("Weblet: Bad request: %s %s", form->ClientAddressText().c_str(), form->scriptName.c_str());
+    socket.Send(kNotFound, kWebSendHeaderMs);
+    return Outcome::kEnd;
+  }
+  // Concatenation, not path resolution: a script name that starts with "/" still stays below
+  // the "Web" folder, and ".." was refused above.
+  std::string filePath = webFolder + "/" + form->scriptName;
+  const char* ifNoneMatch = form->GetHeader("If-None-Match");
+  const char* ifModifiedSince = form->GetHeader("If-Modified-Since");
+  bool mayStay = LWebletServeFile(socket, filePath, ifNoneMatch, ifModifiedSince, *form);
+  return mayStay && keepAlive ? Outcome::kNext : Outcome::kEnd;
+}
+
+}  // namespace
+
+void LWebletSetThreadName(const std::string& name) {
+  std::string shortName = name.substr(0, 15);
+  ::pthread_setname_np(::pthread_self(), shortName.c_str());
+}
+
+void LWebletServeConnection(LWebletSocket& socket, const unsigned char clientAddress[4],
+                            const std::string& webFolder) {
+  LWebletSetThreadName("WEBC");
+  while (ServeOneRequest(socket, clientAddress, webFolder) == Outcome::kNext) {
+  }
+}
+
+int LWebletConnectionCount() { return gConnectionCount.load(); }
+
+bool LWebletConnectionRegistry::StartConnection(const std::shared_ptr<LWebletConnectionRegistry>& registry,
+                                                int fd, const unsigned char clientAddress[4]) {
+  if (gConnectionCount.load() >= kWebletMaxConnections) {
+    ::close(fd);
+    return false;
+  }
+  auto socket = std::make_shared<LWebletSocket>(fd, &registry->StopSignal());
+  std::array<unsigned char, 4> address;
+  std::memcpy(address.data(), clientAddress, 4);
+  gConnectionCount.fetch_add(1);
+  registry->Add(socket.get());
+  std::thread([registry, socket, address] {
+    LWebletServeConnection(*socket, address.data(), registry->WebFolder());
+    registry->Remove(socket.get());
+    gConnectionCount.fetch_sub(1);
+  }).detach();
+  return true;
+}
+
+void LWebletConnectionRegistry::Add(LWebletSocket* socket) {
+  std::lock_guard<std::recursive_mutex> lock(mutex_);
+  sockets_.push_back(socket);
+}
+
+void LWebletConnectionRegistry::Remove(LWebletSocket* socket) {
+  std::lock_guard<std::recursive_mutex> lock(mutex_);
+  std::erase(sockets_, socket);
+}
+
+int LWebletConnectionRegistry::Count() const {
+  std::lock_guard<std::recursive_mutex> lock(mutex_);
+  return static_cast<int>(sockets_.size());
+}
+
+int LWebletConnectionRegistry::StopAll(unsigned timeoutMs) {
+  stop_.Set();
+  {
+    std::lock_guard<std::recursive_mutex> lock(mutex_);
+    for (LWebletSocket* socket : sockets_) socket->ShutdownNow();
+  }
+  long long deadline = LWebletNowMs() + timeoutMs;
+  while (Count() > 0 && LWebletNowMs() < deadline) LSleepMs(10);
+  return Count();
+}

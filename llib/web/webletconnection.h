@@ -1,0 +1,69 @@
+// The connections of the web server. The listener thread accepts each client and starts a
+// detached connection thread ("WEBC" while idle, "WEB-<script>" while a handler runs) that reads
+// the client's requests one after the other: the request line (30 s), the header lines (20 s
+// each), the body of a POST (its length in bytes plus 40 s, in ms), then routes the request or
+// sends a static file of the "Web" folder. The connection stays open for another request only
+// when the answer allows it (keep-alive: an HTTP/1.1 GET without "Connection: close", answered
+// by a static file or a handler that says so).
+//
+// The listener keeps its connection threads in a registry guarded by a recursive mutex; stopping
+// the server sets the registry's stop signal (every wait of every connection wakes up on it),
+// shuts every socket down, and waits until the last thread has left.
+#pragma once
+
+#include <atomic>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <vector>
+
+#include "llib/gen/signalobject.h"
+
+inline constexpr unsigned kWebletRequestLineMs = 30000;
+inline constexpr unsigned kWebletHeaderLineMs = 20000;
+inline constexpr unsigned kWebletBodyExtraMs = 40000;
+inline constexpr long long kWebletMaxBodyBytes = 3000000;
+// More header lines than this end the connection: the table of one request must stay small.
+inline constexpr int kWebletMaxHeaderLines = 200;
+// Beyond this many open connections a new client is closed at once rather than given a thread.
+inline constexpr int kWebletMaxConnections = 1000;
+
+class LWebletSocket;
+
+// Connections of one listener.
+class LWebletConnectionRegistry {
+ public:
+  explicit LWebletConnectionRegistry(std::string webFolder) : webFolder_(std::move(webFolder)) {}
+
+  // Starts a detached connection thread for an accepted socket. false (socket closed) when the
+  // limit of open connections is reached.
+  static bool StartConnection(const std::shared_ptr<LWebletConnectionRegistry>& registry, int fd,
+                              const unsigned char clientAddress[4]);
+  // Asks every connection to stop, ends their sockets, and waits up to timeoutMs for the threads
+  // to leave. Returns the number still running.
+  int StopAll(unsigned timeoutMs);
+  int Count() const;
+
+  const LSignalObject& StopSignal() const { return stop_; }
+  const std::string& WebFolder() const { return webFolder_; }
+
+ private:
+  void Add(LWebletSocket* socket);
+  void Remove(LWebletSocket* socket);
+
+  mutable std::recursive_mutex mutex_;   // guards sockets_
+  std::vector<LWebletSocket*> sockets_;  // sockets of the running connection threads (not owned)
+  LSignalObject stop_;                   // set once: the server is stopping
+  std::string webFolder_;                // the "Web" folder of the static files
+};
+
+// Open connections of the whole process.
+int LWebletConnectionCount();
+
+// Reads and answers the requests of one client until the connection ends. Used by the
+// connection threads; exposed for the fuzz target, which runs it over a socket pair.
+void LWebletServeConnection(LWebletSocket& socket, const unsigned char clientAddress[4],
+                            const std::string& webFolder);
+
+// Names the calling thread (cut to the 15 bytes the system keeps).
+void LWebletSetThreadName(const std::string& name);

@@ -1,0 +1,75 @@
+// LWebletForm: one request to the web server, from its parsing to the end of its answer. The
+// connection thread fills it (kind, parameters from the query and the body, headers, cookies,
+// the session named by the "kontavo_sess" cookie, the client's address, the script name) and
+// hands it to the route's handler, which writes its answer through it straight to the client:
+// nothing is buffered, so the status line and headers go first.
+//
+// Destroying the form writes back a session that the request changed.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "llib/gen/hashtable.h"
+#include "llib/web/websession.h"
+
+class LWebletSocket;
+
+inline constexpr unsigned kWebSendHeaderMs = 20000;   // fixed header pieces
+inline constexpr unsigned kWebSendContentMs = 600000;  // page content
+inline constexpr std::string_view kWebSessionCookie = "kontavo_sess";
+
+class LWebletForm {
+ public:
+  // socket: the client connection that every write goes to. A form without socket keeps what is
+  // written in Captured() (used to build answers before sending them, and by tests).
+  explicit LWebletForm(LWebletSocket* socket);
+  ~LWebletForm();
+  LWebletForm(const LWebletForm&) = delete;
+  LWebletForm& operator=(const LWebletForm&) = delete;
+
+  LWebletSocket* Socket() const { return socket_; }
+
+  // ---- The request ---------------------------------------------------------------------------
+  int kind = 0;                            // 0 GET, 1 POST
+  LHashTable parameters;                   // query string, then the POST body
+  LHashTable headers;                      // request headers, name as sent -> value
+  LHashTable cookies;                      // cookie name -> decoded value
+  LWebletSessionDataFileBased session;     // the session of the "kontavo_sess" cookie
+  unsigned char clientAddress[4] = {};     // IPv4 address of the client
+  std::string scriptName;                  // decoded path without its "/" and query, <= 259 bytes
+  bool keepAlive = false;                  // set by a handler whose answer allows another request
+  bool responseSent = false;               // a redirect was written: write nothing more
+
+  // "%d.%d.%d.%d" of the client's address.
+  std::string ClientAddressText() const;
+  // A header by name, compared without regard to case; null when absent.
+  const char* GetHeader(std::string_view name) const;
+  // A parameter's text; def when absent.
+  std::string GetParam(std::string_view name, std::string_view def = {}) const;
+
+  // ---- The answer ---------------------------------------------------------------------------
+  // Writes data within timeoutMs. After one failed write every later write does nothing and
+  // returns false: the connection is closed when the handler returns.
+  bool Write(std::string_view data, unsigned timeoutMs = kWebSendContentMs);
+  bool WriteHeader(std::string_view data) { return Write(data, kWebSendHeaderMs); }
+  // Formatted page content, with the writer's %H and %U (llib/web/webformat.h).
+  void wfprintf(const char* format, ...);
+  void wfprintfutf8(const char* format, ...);
+  bool WriteFailed() const { return writeFailed_; }
+  // Everything written so far by a form without socket.
+  const std::string& Captured() const { return captured_; }
+
+ private:
+  LWebletSocket* socket_;     // the client connection, not owned; null: capture
+  std::string captured_;      // what a form without socket was given
+  bool writeFailed_ = false;  // a write failed or timed out
+};
+
+// Writes "HTTP/1.1 302 Found" with location (line ends removed) and marks the response sent.
+void WLRedirect(LWebletForm& form, std::string_view location);
+
+// target when it names a page of this server (a relative address: no scheme, no "//", no quote,
+// backslash, angle bracket or control byte), else fallback. Targets taken from a request
+// ("onok", "oncancel") pass through here before they reach a Location header or a script.
+std::string LWebSafeTarget(std::string_view target, std::string_view fallback);

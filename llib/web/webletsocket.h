@@ -1,0 +1,64 @@
+// The sockets of the web server: the listening socket, and one accepted connection with the time
+// limits of every wait. A connection is read through its own buffer (request lines, header
+// lines, bodies) and written in whole pieces; every wait is also cut short when the server's
+// stop signal is set, so that stopping the server never waits for a slow client.
+//
+// Traps this layer depends on:
+//   - a send to a peer that has gone raises SIGPIPE unless MSG_NOSIGNAL is given: every send
+//     here gives it;
+//   - with Nagle's algorithm on, a small second write waits for the peer's delayed ACK (40 ms):
+//     TCP_NODELAY is set, and pieces known to be followed at once are sent with MSG_MORE so
+//     that headers and body still share packets; Push() sends what MSG_MORE held back.
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+class LSignalObject;
+
+// A listening TCP socket on every IPv4 interface of the machine (SO_REUSEADDR set, non-blocking,
+// close-on-exec). Returns the descriptor, or -1 with errno set (EADDRINUSE: the port is taken).
+int LWebletListenSocket(int port);
+
+class LWebletSocket {
+ public:
+  // Takes over fd (made non-blocking). stop may be null.
+  LWebletSocket(int fd, const LSignalObject* stop);
+  ~LWebletSocket();
+  LWebletSocket(const LWebletSocket&) = delete;
+  LWebletSocket& operator=(const LWebletSocket&) = delete;
+
+  // Reads one line ended by "\n" (a "\r" before it is dropped). At most maxKept bytes of it are
+  // kept in line; the rest of the line is read and dropped. false on end of stream, error,
+  // stop, or when the whole line did not arrive within timeoutMs; line is then unspecified.
+  bool ReadLine(std::string& line, std::size_t maxKept, unsigned timeoutMs);
+  // Appends exactly size bytes to out within timeoutMs; false as above (out then holds what
+  // arrived).
+  bool ReadExact(std::string& out, std::size_t size, unsigned timeoutMs);
+  // Sends every byte within timeoutMs. more: another piece follows at once. false on error,
+  // stop or time-out; nothing more should be sent then.
+  bool Send(std::string_view data, unsigned timeoutMs, bool more = false);
+  // Sends whatever pieces marked "more" are still held by the system.
+  void Push();
+  // Ends both directions at once, waking any thread that waits on this connection.
+  void ShutdownNow();
+  // Bytes already read from the peer but not yet taken.
+  std::size_t Buffered() const { return buffer_.size() - pos_; }
+  int Fd() const { return fd_; }
+
+ private:
+  // Waits until fd_ is ready for events (POLLIN or POLLOUT) or the deadline (steady clock, ms);
+  // false on time-out, stop or error.
+  bool WaitReady(short events, long long deadlineMs);
+  // Reads what the peer has sent into the buffer; false on end of stream, error, stop or time-out.
+  bool Fill(long long deadlineMs);
+
+  int fd_ = -1;
+  const LSignalObject* stop_ = nullptr;  // the server's stop signal (not owned), may be null
+  std::string buffer_;                   // bytes received
+  std::size_t pos_ = 0;                  // first byte of buffer_ not yet taken
+};
+
+// Milliseconds of the steady clock, for deadlines.
+long long LWebletNowMs();

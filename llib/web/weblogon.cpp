@@ -1,0 +1,125 @@
+#include "llib/web/weblogon.h"
+
+#include "llib/gen/log.h"
+#include "llib/web/webaccount.h"
+#include "llib/web/webformat.h"
+#include "llib/web/webletform.h"
+#include "llib/web/webmail.h"
+
+namespace {
+
+constexpr std::string_view kLogonFailed = "Échec de la connexion. Veuillez vérifier que le mot de passe est correct.";
+constexpr std::string_view kCookieExpiry = "; expires=Sunday, 17-Jan-2038 19:14:07 GMT";
+
+std::string Trimmed(const std::string& text) {
+  std::size_t start = 0;
+  while (start < text.size() && static_cast<unsigned char>(text[start]) < 33) ++start;
+  std::size_t end = text.size();
+  while (end > start && static_cast<unsigned char>(text[end - 1]) < 33) --end;
+  return text.substr(start, end - start);
+}
+
+}  // namespace
+
+// ---- Logon ----------------------------------------------------------------------------------------
+
+LWebLogon::LWebLogon(LWebletForm& form) : LWebDialog(form, "logon") {
+  SetTitle("Connexion");
+  SetOkText("  Connexion  ");
+  SetCancelText("");
+  AddNavLink("help/login.html", "Aide");
+  SetOkPage("main");
+  SetButtonCheckBox(kLogonRememberControl, "Mémoriser mon adresse sur cet ordinateur");
+}
+
+void LWebLogon::Generate() {
+  AddInputEmailAddress(kLogonEmailControl, "Courriel:", "", 27);
+  AddInputPassword(kLogonPasswordControl, "Mot de passe:", 27);
+  AddHyperLinkSpanRightSmall(104, "lostpassword", "Mot de passe oublié ?");
+}
+
+bool LWebLogon::Validate(const std::string& user, const std::string& password) {
+  LWebAccount account;
+  if (!LWebAccountList().Open(account, user) || !account.IsEnabled()) return false;
+  account.Invalidate();  // the check below opens and saves the record itself
+  return LWebAccountValidateLogon(user, password) == kWebLogonOk;
+}
+
+bool LWebLogon::CmOk() {
+  std::string user = Trimmed(GetText(kLogonEmailControl));
+  if (user.empty()) {
+    PopupControlDataInvalid(kLogonEmailControl, "Veuillez entrer votre adresse de courriel.");
+    return false;
+  }
+  user = LWebAccountIdFromEmail(user);
+  if (!LWebMailValidateAddress(user)) {
+    PopupControlDataInvalid(kLogonEmailControl, "Veuillez entrer une adresse de courriel valide.");
+    return false;
+  }
+  std::string password = Trimmed(GetText(kLogonPasswordControl));
+  if (!Validate(user, password)) {
+    PopupControlDataInvalid(kLogonEmailControl, kLogonFailed);
+    return false;
+  }
+  // Disabled between the check and now.
+  LWebAccount account;
+  if (!LWebAccountList().Open(account, user) || !account.IsEnabled()) {
+    PopupControlDataInvalid(kLogonEmailControl, "Échec d'ouverture de session. Votre compte a été désactivé.");
+    return false;
+  }
+  return LogonSucceeded(user, IsChecked(kLogonRememberControl));
+}
+
+void LWebLogon::StartSession(const std::string& user, bool remember) {
+  form_.session.CreateNewSession(remember);
+  form_.session.SetString("user", user);
+}
+
+void LWebLogon::AnswerCookieAndGo(bool remember, std::string_view next) {
+  std::string id = form_.session.GetSessionId();
+  WriteAnswerScript(LWebFormat("document.cookie = 'kontavo_sess=%s; path=/%s';\n", LJScriptEscape(id).c_str(),
+                               remember ? std::string(kCookieExpiry).c_str() : ""));
+  Redirect(next);
+  SetAnswerWritten();
+}
+
+bool LWebLogon::LogonSucceeded(const std::string& user, bool remember) {
+  StartSession(user, remember);
+  AnswerCookieAndGo(remember, LWebSafeTarget(form_.GetParam("onok"), "main"));
+  return true;
+}
+
+// ---- Log-off and expired sessions -----------------------------------------------------------------
+
+LWebLogOff::LWebLogOff(LWebletForm& form) : LWebPage(form) {
+  SetTitle("Déconnexion");
+  AddNavLink("logon", "Connexion");
+}
+
+void LWebLogOff::Generate() {
+  form_.Write("<center>Votre session est fermée.<p>Cliquez <a href=\"logon\">ici</a> pour ouvrir une nouvelle "
+              "session.</center>");
+}
+
+void WLWriteSessionExpiredPage(LWebletForm& form) {
+  WLStandardHeader(form, {{"logon", "Connexion"}}, "Session expirée", "", "");
+  form.Write("<div class=contenttable><center>Votre session a expiré. Veuillez <a href=\"logon\"><b>cliquer "
+             "ici</b></a> pour rouvrir une session.</center></div>");
+  WLStandardPageFooter(form);
+}
+
+bool WLValidateSession(LWebletForm& form) {
+  if (form.session.IsPresent()) return true;
+  WLWriteSessionExpiredPage(form);
+  return false;
+}
+
+void WLLogout(LWebletForm& form) {
+  if (!WLValidateSession(form)) return;
+  std::string user;
+  form.session.GetString("user", "", user);
+  LLogInfo("L'utilisateur Web \"%s\" a fermé sa session.", user.c_str());
+  form.session.DestroySession();
+  LWebLogOff page(form);
+  page.Open();
+}

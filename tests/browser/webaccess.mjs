@@ -1,0 +1,188 @@
+// Kontavo web access in a real browser: Debian's chromium, headless, driven by playwright-core,
+// against a real `kontavo serve` in a fresh application folder. A screenshot of each page goes
+// to the output folder. Usage: node webaccess.mjs KONTAVO_BINARY OUTPUT_FOLDER
+import { spawn, execFileSync } from 'node:child_process';
+import { mkdtempSync, mkdirSync, rmSync } from 'node:fs';
+import { createServer } from 'node:net';
+import { tmpdir } from 'node:os';
+import { join } from 'node:path';
+import assert from 'node:assert/strict';
+import { chromium } from 'playwright-core';
+
+const [kontavo, output] = process.argv.slice(2);
+mkdirSync(output, { recursive: true });
+const home = mkdtempSync(join(tmpdir(), 'kontavo-browser-'));
+const env = { ...process.env, KONTAVO_HOME: home };
+const run = (args, input) => execFileSync(kontavo, args, { env, input, encoding: 'utf8' });
+
+run(['record', 'set', 'Misc', 'Company', 'Name=Principale SARL']);
+mkdirSync(join(home, 'Shared', 'MultiBus', '1'), { recursive: true });
+run(['--business', '1', 'record', 'set', 'Misc', 'Company', 'Name=Autre SA']);
+run(['user', 'add', 'admin@example.fr', '--name', 'Alice Admin', '--admin', '--password-stdin'], 'secret12\n');
+
+const port = await new Promise((resolve) => {
+  const probe = createServer().listen(0, '127.0.0.1', () => {
+    const { port } = probe.address();
+    probe.close(() => resolve(port));
+  });
+});
+const server = spawn(kontavo, ['serve', '--port', String(port)], { env, stdio: ['ignore', 'pipe', 'inherit'] });
+await new Promise((resolve, reject) => {
+  let seen = '';
+  server.stdout.on('data', (chunk) => {
+    seen += chunk;
+    if (seen.includes('http://')) resolve();
+  });
+  server.on('exit', () => reject(new Error('kontavo serve ended: ' + seen)));
+});
+const base = `http://127.0.0.1:${port}/`;
+
+const browser = await chromium.launch({ executablePath: '/usr/bin/chromium', args: ['--no-sandbox'] });
+let shot = 0;
+const snap = (page, name) => page.screenshot({ path: join(output, `${String(++shot).padStart(2, '0')}-${name}.png`), fullPage: true });
+const errorText = (page) => page.locator('#errorTag').innerText();
+
+async function logon(page, email, password, { remember = false, enter = false } = {}) {
+  await page.goto(base + 'logon');
+  await page.fill('[id="101"]', email);
+  await page.fill('[id="102"]', password);
+  if (remember) await page.check('[id="103"]');
+  if (enter) await page.press('[id="102"]', 'Enter');
+  else await page.click('input[name=submit]');
+}
+
+try {
+  const context = await browser.newContext({ viewport: { width: 1280, height: 800 } });
+  const page = await context.newPage();
+  const problems = [];
+  page.on('pageerror', (error) => problems.push(error.message));
+
+  // Without a session every page leads to the logon page.
+  await page.goto(base);
+  assert.equal(new URL(page.url()).pathname, '/logon');
+  assert.equal(await page.title(), 'Kontavo - Connexion');
+  await snap(page, 'logon');
+
+  await logon(page, 'admin@example.fr', 'wrongpass');
+  await page.waitForSelector('#errorTag');
+  assert.match(await errorText(page), /Échec de la connexion\. Veuillez vérifier que le mot de passe est correct\./);
+  await snap(page, 'logon-wrong-password');
+
+  // Enter in the password field counts as the default button; the remember box makes the cookie last.
+  await logon(page, 'Admin@Example.fr', 'secret12', { remember: true, enter: true });
+  await page.waitForURL(base + 'chooseprofile');
+  const cookie = (await context.cookies()).find((c) => c.name === 'kontavo_sess');
+  assert.ok(cookie && /^l[a-z]{8}\d+$/.test(cookie.value), 'long-lived session cookie');
+  assert.ok(cookie.expires > Date.now() / 1000 + 365 * 86400, 'cookie kept for years');
+  await snap(page, 'chooseprofile');
+
+  await page.getByLabel('Autre SA').check();
+  await page.click('input[name=submit][value="  OK  "]');
+  await page.waitForURL(base + 'main');
+  assert.match(await page.locator('h1.companyname').innerText(), /Autre SA/);
+  assert.match(await page.locator('td.headeruser').innerText(), /Connecté sous Alice Admin/);
+  await snap(page, 'main');
+
+  // A new user through "userprop", with each refusal of its checks.
+  await page.goto(base + 'userlist');
+  await page.click('text=Ajouter un nouvel utilisateur');
+  await page.waitForURL(/userprop/);
+  await snap(page, 'userprop');
+  const ok = () => page.click('input[name=submit][value="  OK  "]');
+  const expectError = async (pattern) => {
+    await page.waitForFunction(() => document.getElementById('errorTag') && !document.getElementsByName('submit')[0].disabled);
+    assert.match(await errorText(page), pattern);
+  };
+  await ok();
+  await expectError(/Veuillez entrer un nom pour l'utilisateur\./);
+  await page.fill('[id="102"]', 'Bob Martin');
+  await page.fill('[id="101"]', 'bob');
+  await ok();
+  await expectError(/Adresse de courriel non valide\.\s*Veuillez entrer une adresse de courriel valide pour créer un nouveau compte\./);
+  await page.fill('[id="101"]', 'ADMIN@example.fr');
+  await ok();
+  await expectError(/Cette adresse de courriel est utilisée actuellement par un autre compte\./);
+  await page.fill('[id="101"]', 'bob@example.fr');
+  await page.fill('[id="103"]', 'abc');
+  await page.fill('[id="104"]', 'abc');
+  await ok();
+  await expectError(/Il doit contenir au moins 6 caractères\./);
+  await page.fill('[id="103"]', 'bobsecret');
+  await page.fill('[id="104"]', 'bobsecreT');
+  await ok();
+  await expectError(/Les mots de passe doivent correspondre\./);
+  await snap(page, 'userprop-error');
+  // "Administrateur" ticks and locks every business box.
+  await page.getByLabel('Administrateur').check();
+  assert.ok(await page.locator('[id="1000"]').isDisabled());
+  assert.ok(await page.locator('[id="1001"]').isChecked());
+  await page.getByLabel('Utilisateur', { exact: true }).check();
+  assert.ok(await page.locator('[id="1000"]').isEnabled());
+  await page.locator('[id="1001"]').uncheck();
+  await page.locator('[id="1000"]').check();
+  await page.fill('[id="104"]', 'bobsecret');
+  await ok();
+  await page.waitForURL(base + 'userlist');
+  await snap(page, 'userlist');
+
+  // Sorting the list by clicking its header, in the browser.
+  const firstAddress = () => page.locator('table.hltbl tbody tr:first-child td:first-child').innerText();
+  assert.equal(await firstAddress(), 'admin@example.fr');
+  await page.click('table.hltbl th:first-child');
+  assert.equal(await firstAddress(), 'bob@example.fr');
+  await page.click('table.hltbl th:first-child');
+  assert.equal(await firstAddress(), 'admin@example.fr');
+  await snap(page, 'userlist-sorted');
+
+  // Changing the password.
+  await page.goto(base + 'changepassword');
+  await page.fill('[id="101"]', 'not-it');
+  await page.fill('[id="102"]', 'newsecret');
+  await page.fill('[id="103"]', 'newsecret');
+  await ok();
+  await expectError(/Mot de passe non valide\. Veuillez réessayer\./);
+  await page.fill('[id="101"]', 'secret12');
+  await ok();
+  await page.waitForURL(base + 'changepasswordchanged');
+  assert.match(await page.content(), /Your password has been changed\./);
+  await snap(page, 'changepasswordchanged');
+
+  // Log-off, then the expired-session page.
+  await page.goto(base + 'logoff');
+  await snap(page, 'logoff');
+  await page.goto(base + 'main');
+  assert.equal(new URL(page.url()).pathname, '/logon');
+  await page.goto(base + 'logoff');
+  assert.match(await page.content(), /Votre session a expiré\./);
+  await snap(page, 'session-expired');
+
+  // Lock-out: the seventh attempt within 20 minutes fails even with the right password.
+  const other = await browser.newContext({ viewport: { width: 390, height: 844 }, isMobile: true });
+  const phone = await other.newPage();
+  for (let i = 0; i < 6; i++) {
+    await logon(phone, 'bob@example.fr', 'wrong' + i);
+    await phone.waitForSelector('#errorTag');
+  }
+  await logon(phone, 'bob@example.fr', 'bobsecret');
+  await phone.waitForFunction(() => !document.getElementsByName('submit')[0].disabled);
+  assert.equal(new URL(phone.url()).pathname, '/logon');
+  assert.match(await errorText(phone), /Échec de la connexion/);
+  await snap(phone, 'locked-out-phone');
+
+  // The user can open its one business only; the chooser offers nothing else.
+  const third = await browser.newContext();
+  const bobPage = await third.newPage();
+  execFileSync(kontavo, ['record', 'set', 'WebAccounts', 'bob@example.fr', 'LogonFailures=0', 'LogonFailTime=0'], { env });
+  await logon(bobPage, 'bob@example.fr', 'bobsecret');
+  await bobPage.waitForURL(base + 'chooseprofile');
+  assert.equal(await bobPage.locator('input[type=radio]').count(), 1);
+  await snap(bobPage, 'chooseprofile-user');
+
+  assert.deepEqual(problems, [], 'no script errors on the pages');
+  console.log(`browser test passed; screenshots in ${output}`);
+} finally {
+  await browser.close();
+  server.kill('SIGTERM');
+  await new Promise((resolve) => server.on('exit', resolve));
+  rmSync(home, { recursive: true, force: true });
+}
