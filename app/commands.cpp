@@ -124,6 +124,11 @@ constexpr LCliCommand kCommands[] = {
      "kontavo porder record KEY\n"
      "kontavo porder delete KEY\n",
      "bons de commande", LCmdPOrder},
+    {"report",
+     "kontavo report NAME [--from D] [--to D] [--date D] [--compare-from D --compare-to D] [--customer KEY]...\n"
+     "        [--consolidate B=FACTOR,...] [--format text|csv|json|html]\n"
+     "        NAME: coa, pl, pl-compare, bs (au --date), tb, cf\n",
+     "plan comptable et états financiers", LCmdReport},
     {{}, {}, {}, nullptr},
 };
 

@@ -39,3 +39,4 @@ int LCmdQuote(LCliContext& context, LCliArgs& args);
 int LCmdOrder(LCliContext& context, LCliArgs& args);
 int LCmdCreditNote(LCliContext& context, LCliArgs& args);
 int LCmdPOrder(LCliContext& context, LCliArgs& args);
+int LCmdReport(LCliContext& context, LCliArgs& args);
