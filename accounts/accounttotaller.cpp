@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <cstdlib>
 #include <memory>
 
 #include "accounts/ledgeriterator.h"
@@ -38,7 +39,7 @@ long long RecordAmount(const LAccount& account, const LAccountTotalerSplit& spli
   for (const LRecordField& field : account.Fields()) {
     int monthIndex = 0;
     if (field.deleted || !LAccountParseBucketField(field.name, monthIndex)) continue;
-    if (monthIndex >= lowest && monthIndex <= split.endIndex) amount += account.GetInt64(field.name, 0);
+    if (monthIndex >= lowest && monthIndex <= split.endIndex) amount += std::strtoll(field.text.c_str(), nullptr, 10);
   }
   return amount;
 }
