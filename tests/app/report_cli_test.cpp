@@ -110,6 +110,17 @@ TEST_F(ReportCliTest, ConsolidationOverBusinessesByNumber) {
   EXPECT_FALSE(bad.err.empty());
 }
 
+TEST_F(ReportCliTest, NegativeAmountsInParenthesesWhenTheOptionIsOn) {
+  std::vector<std::string> march = {"report", "pl", "--from", "2024-03-01", "--to", "2024-03-31"};
+  LRunResult minus = LRunKontavo(march);
+  ASSERT_EQ(minus.exitCode, 0) << minus.err;
+  EXPECT_NE(minus.out.find("-$800.00\n"), std::string::npos) << minus.out;
+  ASSERT_EQ(LRunKontavo({"record", "set", "Misc", "Options", "UseParenthesesForNegative=1"}).exitCode, 0);
+  LRunResult parentheses = LRunKontavo(march);
+  EXPECT_NE(parentheses.out.find("($800.00)\n"), std::string::npos) << parentheses.out;
+  EXPECT_EQ(parentheses.out.find("-$"), std::string::npos);
+}
+
 TEST_F(ReportCliTest, WrongUsageExitsTwo) {
   EXPECT_EQ(LRunKontavo({"report"}).exitCode, 2);
   EXPECT_EQ(LRunKontavo({"report", "nothing"}).exitCode, 2);
