@@ -145,6 +145,11 @@ constexpr LCliCommand kCommands[] = {
      "kontavo user delete EMAIL\n"
      "kontavo user passwd EMAIL [--password-stdin]\n",
      "comptes des utilisateurs Web", LCmdUser},
+    {"report",
+     "kontavo report NAME [--from D] [--to D] [--date D] [--compare-from D --compare-to D] [--customer KEY]...\n"
+     "        [--consolidate B=FACTOR,...] [--format text|csv|json|html]\n"
+     "        NAME: coa, pl, pl-compare, bs (au --date), tb, cf\n",
+     "plan comptable et états financiers", LCmdReport},
     {{}, {}, {}, nullptr},
 };
 

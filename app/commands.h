@@ -44,3 +44,4 @@ int LCmdExpr(LCliContext& context, LCliArgs& args);
 int LCmdServe(LCliContext& context, LCliArgs& args);
 int LCmdWeb(LCliContext& context, LCliArgs& args);
 int LCmdUser(LCliContext& context, LCliArgs& args);
+int LCmdReport(LCliContext& context, LCliArgs& args);

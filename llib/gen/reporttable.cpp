@@ -11,8 +11,12 @@ LReportRow& LReportTable::AddHeading(std::string_view label, int indent) {
 
 LReportRow& LReportTable::AddRow(LReportRowKind kind, std::string_view label,
                                  std::vector<std::optional<long long>> values, int indent) {
-  rows.push_back(LReportRow{std::string(label), std::move(values), kind, indent});
+  rows.push_back(LReportRow{std::string(label), std::move(values), kind, indent, {}});
   return rows.back();
+}
+
+bool LReportTable::HasDetails() const {
+  return std::any_of(rows.begin(), rows.end(), [](const LReportRow& row) { return !row.detail.empty(); });
 }
 
 std::string_view LReportRowKindName(LReportRowKind kind) {
@@ -56,27 +60,30 @@ std::string IndentedLabel(const LReportRow& row) { return std::string(static_cas
 
 std::string LReportWriteText(const LReportTable& table, const LReportStyle& style) {
   std::size_t labelWidth = 0;
+  std::size_t detailWidth = 0;
   std::vector<std::size_t> widths(table.columns.size(), 0);
   for (std::size_t c = 0; c < table.columns.size(); ++c) widths[c] = DisplayWidth(table.columns[c]);
   for (const auto& row : table.rows) {
     labelWidth = std::max(labelWidth, DisplayWidth(IndentedLabel(row)));
+    detailWidth = std::max(detailWidth, DisplayWidth(row.detail));
     for (std::size_t c = 0; c < widths.size(); ++c) widths[c] = std::max(widths[c], DisplayWidth(Cell(row, c, style)));
   }
   std::string out = table.title + "\n";
   if (!table.subtitle.empty()) out += table.subtitle + "\n";
   out += "\n";
   if (!table.columns.empty()) {
-    std::string line = PadRight("", labelWidth);
+    std::string line = PadRight("", labelWidth + (detailWidth > 0 ? detailWidth + 2 : 0));
     for (std::size_t c = 0; c < widths.size(); ++c) line += "  " + PadLeft(table.columns[c], widths[c]);
     out += line + "\n";
   }
   for (const auto& row : table.rows) {
     std::string line = PadRight(IndentedLabel(row), labelWidth);
+    if (detailWidth > 0) line += "  " + PadRight(row.detail, detailWidth);
     if (row.kind != LReportRowKind::kHeading)
       for (std::size_t c = 0; c < widths.size(); ++c) line += "  " + PadLeft(Cell(row, c, style), widths[c]);
     while (!line.empty() && line.back() == ' ') line.pop_back();
     if (row.kind == LReportRowKind::kTotal || row.kind == LReportRowKind::kResult) {
-      std::size_t ruleWidth = labelWidth;
+      std::size_t ruleWidth = labelWidth + (detailWidth > 0 ? detailWidth + 2 : 0);
       for (std::size_t w : widths) ruleWidth += 2 + w;
       out += std::string(ruleWidth, '-') + "\n";
     }
@@ -87,13 +94,16 @@ std::string LReportWriteText(const LReportTable& table, const LReportStyle& styl
 
 std::string LReportWriteCsv(const LReportTable& table, const LReportStyle& style) {
   std::string out;
+  bool details = table.HasDetails();
   LCSVWriterRow heading;
   heading.AddCol("");
+  if (details) heading.AddCol("");
   for (const auto& column : table.columns) heading.AddCol(column);
   out += heading.GetText() + "\r\n";
   for (const auto& row : table.rows) {
     LCSVWriterRow line;
     line.AddCol(row.label);
+    if (details) line.AddCol(row.detail);
     for (std::size_t c = 0; c < table.columns.size(); ++c) {
       bool present = c < row.values.size() && row.values[c].has_value();
       line.AddCol(present ? LFormatAmountPlain(*row.values[c], style.currency.digits) : std::string());
@@ -114,7 +124,9 @@ std::string LReportWriteJson(const LReportTable& table) {
       if (c < row.values.size() && row.values[c]) values.push_back(*row.values[c]);
       else values.push_back(nullptr);
     }
-    rows.push_back({{"label", row.label}, {"values", values}, {"kind", LReportRowKindName(row.kind)}});
+    nlohmann::ordered_json entry = {{"label", row.label}, {"values", values}, {"kind", LReportRowKindName(row.kind)}};
+    if (!row.detail.empty()) entry["detail"] = row.detail;
+    rows.push_back(entry);
   }
   document["rows"] = rows;
   return document.dump();
@@ -137,11 +149,12 @@ std::string LHtmlEscape(std::string_view text) {
 }
 
 std::string LReportWriteHtml(const LReportTable& table, const LReportStyle& style) {
+  bool details = table.HasDetails();
   std::string out = "<table class=\"report\">\n<caption>" + LHtmlEscape(table.title);
   if (!table.subtitle.empty()) out += "<br><span class=\"subtitle\">" + LHtmlEscape(table.subtitle) + "</span>";
   out += "</caption>\n";
   if (!table.columns.empty()) {
-    out += "<thead><tr><th></th>";
+    out += details ? "<thead><tr><th></th><th></th>" : "<thead><tr><th></th>";
     for (const auto& column : table.columns) out += "<th class=\"amount\">" + LHtmlEscape(column) + "</th>";
     out += "</tr></thead>\n";
   }
@@ -149,6 +162,7 @@ std::string LReportWriteHtml(const LReportTable& table, const LReportStyle& styl
   for (const auto& row : table.rows) {
     out += "<tr class=\"" + std::string(LReportRowKindName(row.kind)) + "\"><td class=\"label indent" +
            std::to_string(row.indent) + "\">" + LHtmlEscape(row.label) + "</td>";
+    if (details) out += "<td class=\"detail\">" + LHtmlEscape(row.detail) + "</td>";
     for (std::size_t c = 0; c < table.columns.size(); ++c) {
       std::string cell = row.kind == LReportRowKind::kHeading ? std::string() : Cell(row, c, style);
       bool negative = c < row.values.size() && row.values[c] && *row.values[c] < 0;

@@ -18,6 +18,7 @@ struct LReportRow {
   std::vector<std::optional<long long>> values;  // minor units, one per column; nullopt: empty
   LReportRowKind kind = LReportRowKind::kAccount;
   int indent = 0;                                // nesting level of the label
+  std::string detail;                            // short text after the label ("Débit"); usually empty
 };
 
 class LReportTable {
@@ -26,6 +27,9 @@ class LReportTable {
   std::string subtitle;              // period or date line under the title
   std::vector<std::string> columns;  // headings of the amount columns
   std::vector<LReportRow> rows;
+
+  // Whether some row carries a detail text: the writers then give it a column after the label.
+  bool HasDetails() const;
 
   LReportRow& AddHeading(std::string_view label, int indent = 0);
   LReportRow& AddRow(LReportRowKind kind, std::string_view label, std::vector<std::optional<long long>> values,
@@ -42,9 +46,11 @@ std::string_view LReportRowKindName(LReportRowKind kind);  // "heading", "accoun
 
 // Aligned text for a terminal: title, subtitle, column headings, one line a row.
 std::string LReportWriteText(const LReportTable& table, const LReportStyle& style);
-// CSV: a heading row ("", columns...), then label and plain amounts ("1234.56") per row.
+// CSV: a heading row ("", columns...), then label and plain amounts ("1234.56") per row; with
+// details, a second column holds them.
 std::string LReportWriteCsv(const LReportTable& table, const LReportStyle& style);
-// {"title":..., "columns":[...], "rows":[{"label":..., "values":[cents or null...], "kind":...}]}
+// {"title":..., "columns":[...], "rows":[{"label":..., "values":[cents or null...], "kind":...}]};
+// a row with a detail also has "detail":...
 std::string LReportWriteJson(const LReportTable& table);
 // An HTML fragment: a <table class="report"> with a caption; rows carry their kind as class.
 std::string LReportWriteHtml(const LReportTable& table, const LReportStyle& style);

@@ -1,0 +1,129 @@
+// The reports of "kontavo report": each name and the builder that fills its table from the
+// command's period options. Periods not given default to the calendar year of the end date
+// (profit and loss, cash flow) or to everything up to it (trial balance); the end date
+// defaults to --date, itself today by default.
+#include <cstdlib>
+
+#include "accounts/accounttotaller.h"
+#include "accounts/balancesheet.h"
+#include "accounts/cfstmt.h"
+#include "accounts/chartofaccounts.h"
+#include "accounts/profitandloss.h"
+#include "accounts/trialbalance.h"
+#include "app/cli.h"
+#include "app/reportcommand.h"
+
+namespace {
+
+std::string EndDate(const LReportRequest& request) {
+  return (request.to.IsValid() ? request.to : request.date).ToText();
+}
+
+// --from, or the first of January of the end date's year.
+LDTPeriod YearPeriod(const LReportRequest& request) {
+  LDate end = request.to.IsValid() ? request.to : request.date;
+  LDate from = request.from.IsValid() ? request.from : LDate(end.year, 1, 1);
+  return {from.ToText(), end.ToText()};
+}
+
+// --consolidate B=FACTOR,...: businesses as --business names them, factors as decimals.
+bool Businesses(const LReportRequest& request, std::vector<LProfilesAndRates>& out, std::string& error) {
+  std::string_view rest = request.consolidate;
+  while (!rest.empty()) {
+    std::size_t comma = rest.find(',');
+    std::string_view part = rest.substr(0, comma);
+    rest = comma == std::string_view::npos ? std::string_view() : rest.substr(comma + 1);
+    std::size_t equals = part.rfind('=');
+    std::string factorText(equals == std::string_view::npos ? std::string_view() : part.substr(equals + 1));
+    char* end = nullptr;
+    double factor = std::strtod(factorText.c_str(), &end);
+    LProfilesAndRates business;
+    if (equals == std::string_view::npos || factorText.empty() || *end != '\0' ||
+        !LCliResolveBusiness(part.substr(0, equals), business.databaseName)) {
+      error = "Entreprise ou taux de conversion invalide : " + std::string(part);
+      return false;
+    }
+    business.factor = factor;
+    out.push_back(business);
+  }
+  return true;
+}
+
+constexpr std::string_view kBadPeriod = "Période invalide.";
+
+bool BuildChart(LCliContext&, LProfile& profile, const LReportRequest&, LReportTable& table, std::string&) {
+  LChartOfAccounts(profile).GenerateReport(table);
+  return true;
+}
+
+bool BuildProfitAndLoss(LCliContext&, LProfile& profile, const LReportRequest& request, LReportTable& table,
+                        std::string& error) {
+  std::vector<LProfilesAndRates> businesses;
+  if (!Businesses(request, businesses, error)) return false;
+  if (LProfitAndLoss(profile, YearPeriod(request), businesses, table)) return true;
+  error = kBadPeriod;
+  return false;
+}
+
+// The compared period defaults to the same dates one year earlier.
+bool BuildProfitAndLossCompare(LCliContext&, LProfile& profile, const LReportRequest& request, LReportTable& table,
+                               std::string& error) {
+  std::vector<LProfilesAndRates> businesses;
+  if (!Businesses(request, businesses, error)) return false;
+  LDTPeriod period = YearPeriod(request);
+  LDate from, to;
+  LDate::Parse(period.from, from);
+  LDate::Parse(period.to, to);
+  auto yearBefore = [](LDate date) {
+    date.year -= 1;
+    date.day = std::min(date.day, LDaysInMonth(date.year, date.month));
+    return date;
+  };
+  LDTPeriod compared{(request.compareFrom.IsValid() ? request.compareFrom : yearBefore(from)).ToText(),
+                     (request.compareTo.IsValid() ? request.compareTo : yearBefore(to)).ToText()};
+  if (LProfitAndLossCompare(profile, period, compared, businesses, table)) return true;
+  error = kBadPeriod;
+  return false;
+}
+
+bool BuildBalanceSheet(LCliContext&, LProfile& profile, const LReportRequest& request, LReportTable& table,
+                       std::string& error) {
+  std::vector<LProfilesAndRates> businesses;
+  if (!Businesses(request, businesses, error)) return false;
+  if (LBalanceSheet(profile, request.date.ToText(), businesses, table)) return true;
+  error = kBadPeriod;
+  return false;
+}
+
+bool BuildTrialBalance(LCliContext&, LProfile& profile, const LReportRequest& request, LReportTable& table,
+                       std::string& error) {
+  std::vector<LProfilesAndRates> businesses;
+  if (!Businesses(request, businesses, error)) return false;
+  LDTPeriod period{request.from.IsValid() ? request.from.ToText() : std::string(), EndDate(request)};
+  if (LTrialBalance(profile, period, businesses, table)) return true;
+  error = kBadPeriod;
+  return false;
+}
+
+bool BuildCashFlow(LCliContext&, LProfile& profile, const LReportRequest& request, LReportTable& table,
+                   std::string& error) {
+  std::vector<LProfilesAndRates> businesses;
+  if (!Businesses(request, businesses, error)) return false;
+  if (LCashFlowStatement(profile, YearPeriod(request), businesses, table)) return true;
+  error = kBadPeriod;
+  return false;
+}
+
+constexpr LReportEntry kReports[] = {
+    {"coa", BuildChart},
+    {"pl", BuildProfitAndLoss},
+    {"pl-compare", BuildProfitAndLossCompare},
+    {"bs", BuildBalanceSheet},
+    {"tb", BuildTrialBalance},
+    {"cf", BuildCashFlow},
+    {{}, nullptr},
+};
+
+}  // namespace
+
+const LReportEntry* LReportEntries() { return kReports; }
