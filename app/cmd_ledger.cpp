@@ -102,9 +102,11 @@ int LCmdCheck(LCliContext& context, LCliArgs& args) {
     for (const auto& d : report.differences)
       context.out << d.list << "/" << d.key << "\t" << d.field << "\tenregistré " << d.stored << "\tcalculé "
                   << d.computed << (d.fixed ? "\tcorrigé" : "") << "\n";
-    for (const auto& p : report.problems)
-      context.out << p.file << (p.row > 0 ? ":" + std::to_string(p.row) : std::string()) << "\t" << p.message
-                  << "\t" << p.text << "\n";
+    for (const auto& p : report.problems) {
+      context.out << p.file;
+      if (p.row > 0) context.out << ":" << p.row;
+      context.out << "\t" << p.message << "\t" << p.text << "\n";
+    }
   }
   if (report.HasUnresolved()) return context.Fail("Le contrôle des livres a trouvé des écarts non corrigés.");
   return kExitOk;
