@@ -2,7 +2,7 @@
 
 #include "llib/gen/log.h"
 #include "llib/web/weblet.h"
-#include "llib/web/webmail.h"
+#include "llib/net/emailsendbg.h"
 
 void MainEngine::StartWebServer() {
   if (!LWebletServer::IsWebletServerEnabled()) return;
@@ -20,9 +20,9 @@ void MainEngine::Start() {
 void MainEngine::Stop() {
   std::lock_guard<std::mutex> lock(mutex_);
   LLogInfo("Arrêt du moteur du serveur");
-  LWebMailStopSoon();
+  LSendEmailBackgroundStopSoon();
   web_.Stop();
-  LWebMailStopNow();
+  LSendEmailBackgroundStopNow();
 }
 
 void MainEngine::CtlRestart() {

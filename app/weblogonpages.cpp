@@ -3,7 +3,7 @@
 #include "llib/web/webaccount.h"
 #include "llib/web/webformat.h"
 #include "llib/web/webletform.h"
-#include "llib/web/webmail.h"
+#include "llib/net/emailaddress.h"
 
 namespace {
 
@@ -191,7 +191,7 @@ bool LWebLostPasswordDialog::CmOk() {
     return false;
   }
   std::string id = LWebAccountIdFromEmail(email);
-  if (!LWebMailValidateAddress(id)) {
+  if (!LEmail::ValidateAddress(id)) {
     PopupControlDataInvalid(kLostEmailControl, "Cette adresse de courriel n'est pas valide. Veuillez réessayer.");
     return false;
   }

@@ -5,7 +5,7 @@
 #include "llib/web/webletform.h"
 #include "llib/web/weblist.h"
 #include "llib/web/weblogon.h"
-#include "llib/web/webmail.h"
+#include "llib/net/emailaddress.h"
 
 namespace {
 
@@ -33,7 +33,7 @@ bool AdministratorOnly(LWebletForm& form) {
 
 std::string LAppWebAccountCheck(const LAppWebAccountInput& input) {
   if (input.displayName.empty()) return "Veuillez entrer un nom pour l'utilisateur.";
-  if (input.email.empty() || !LWebMailValidateAddress(input.email))
+  if (input.email.empty() || !LEmail::ValidateAddress(input.email))
     return "Adresse de courriel non valide.\nVeuillez entrer une adresse de courriel valide pour créer un nouveau "
            "compte.";
   std::string id = LWebAccountIdFromEmail(input.email);

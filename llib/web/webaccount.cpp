@@ -3,7 +3,7 @@
 #include "llib/gen/file.h"
 #include "llib/gen/randomtext.h"
 #include "llib/web/webformat.h"
-#include "llib/web/webmail.h"
+#include "llib/net/emailsendbg.h"
 #include "llib/web/webrouting.h"
 
 bool LWebAccount::HasProfile(std::string_view companyName) const {
@@ -75,5 +75,5 @@ void LWebAccountSendPassword(std::string_view id, std::string_view password) {
       "    Kontavo Serveur: %s (sur Internet)\n    Kontavo Serveur: %s (sur le réseau local)\n"
       "    Courriel: %s\n    Mot de passe: %s\n\n",
       LWebRoutingPublicAddress().c_str(), LWebRoutingLocalAddress().c_str(), email.c_str(), secret.c_str());
-  LWebMailSendBackground(email, "Kontavo - Logiciel de comptabilité: Détails de connexion", text);
+  LSendEmailBackground(email, "", "Kontavo - Logiciel de comptabilité: Détails de connexion", text, {}, false);
 }

@@ -83,5 +83,5 @@ int LWebAccountCount();
 // account; newPassword then unchanged.
 bool LWebAccountForgotPassword(std::string_view id, std::string& newPassword);
 // Mails the account its logon details (server addresses, address, password) through the
-// background sender.
+// background sender of the service.
 void LWebAccountSendPassword(std::string_view id, std::string_view password);

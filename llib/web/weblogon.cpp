@@ -4,7 +4,7 @@
 #include "llib/web/webaccount.h"
 #include "llib/web/webformat.h"
 #include "llib/web/webletform.h"
-#include "llib/web/webmail.h"
+#include "llib/net/emailaddress.h"
 
 namespace {
 
@@ -52,7 +52,7 @@ bool LWebLogon::CmOk() {
     return false;
   }
   user = LWebAccountIdFromEmail(user);
-  if (!LWebMailValidateAddress(user)) {
+  if (!LEmail::ValidateAddress(user)) {
     PopupControlDataInvalid(kLogonEmailControl, "Veuillez entrer une adresse de courriel valide.");
     return false;
   }
