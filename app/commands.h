@@ -22,3 +22,6 @@ const LCliCommand* LCliFindCommand(std::string_view name);
 int LCmdInit(LCliContext& context, LCliArgs& args);
 int LCmdRecord(LCliContext& context, LCliArgs& args);
 int LCmdSettings(LCliContext& context, LCliArgs& args);
+int LCmdBusiness(LCliContext& context, LCliArgs& args);
+int LCmdBackup(LCliContext& context, LCliArgs& args);
+int LCmdRestore(LCliContext& context, LCliArgs& args);
