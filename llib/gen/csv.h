@@ -16,10 +16,12 @@
 #pragma once
 
 #include <cstddef>
+#include <initializer_list>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "llib/gen/filelock.h"
 #include "llib/gen/text.h"
 
 inline constexpr std::size_t kCsvLineBytes = 8192;  // line buffer; 8,191 bytes of a line are kept
@@ -35,7 +37,10 @@ class LCSVFileReader {
   LCSVFileReader& operator=(const LCSVFileReader&) = delete;
 
   // Closes any open file (deleting its temporary copy), then opens path as the constructor does.
+  // true when the file was opened (it may still hold no row); false when it could not be, or
+  // when a UTF-16 file could not be converted: the reader then has no rows.
   bool Open(const std::string& path, unsigned lockTimeoutMs);
+  // Releases the lock, closes the file and deletes its temporary copy; the reader has no row.
   void Close();
   // Reads the next non-empty line. false at the end of the file (the current line is empty).
   bool Next();
@@ -49,16 +54,18 @@ class LCSVFileReader {
   virtual bool ConvertTabsInUtf16() const { return false; }
 
  private:
-  // (implementation members: descriptor, 8 KB read buffer, position and fill, temporary path)
-  int fd_ = -1;
-  bool locked_ = false;
-  char buffer_[kCsvLineBytes];
-  std::size_t bufferPos_ = 0;
-  std::size_t bufferFill_ = 0;
-  std::string line_;      // current row, at most 8,191 bytes
-  std::string tempPath_;  // converted UTF-8 copy of a UTF-16 file; empty when none
+  LLockedFile file_;            // the file read (or the UTF-8 copy), with its lock
+  char buffer_[kCsvLineBytes];  // read buffer
+  std::size_t bufferPos_ = 0;   // next unread byte in buffer_
+  std::size_t bufferFill_ = 0;  // bytes of buffer_ holding file data
+  std::string line_;            // current row, at most 8,191 bytes
+  std::string tempPath_;        // converted UTF-8 copy of a UTF-16 file; empty when none
+
+  bool OpenFile(const std::string& path, int flags, int lockOperation, unsigned lockTimeoutMs,
+                bool checkByteOrderMark);
   bool CheckByteOrderMark();
   bool ConvertUtf16ToTemp();
+  bool FillBuffer();
   bool ReadLine();
   friend class LCSVFileEditor;
 };
@@ -91,14 +98,19 @@ class LCSVReaderRow {
   bool AtEnd() const { return atEnd_; }
 
  private:
-  std::string_view text_;
-  std::size_t pos_ = 0;
-  std::string column_;  // current column's value
-  bool atEnd_ = false;
+  std::string_view text_;  // the row, owned by the caller
+  std::size_t pos_ = 0;    // start of the column after the current one
+  std::string column_;     // current column's value
+  bool atEnd_ = false;     // the current column lies past the row's end
   void ParseColumn();
+  void ParseQuoted();
+  void ParseUnquoted();
+  void CopyCol(char* out, std::size_t outSize);
+  friend void LCSVGetCols(LCSVReaderRow& row, std::initializer_list<char*> buffers);
 };
 
-// Fills each buffer with one column, in order; columns beyond the row's end are empty.
+// Fills each buffer (260 bytes, kTextBufferSize) with one column, in order, cut at 259 bytes;
+// columns beyond the row's end are empty.
 void LCSVGetCols(LCSVReaderRow& row, std::initializer_list<char*> buffers);
 
 class LCSVWriterRow {
@@ -140,7 +152,8 @@ class LCSVFileEditor {
   void RowAccept();
 
  private:
-  LCSVFileReader reader_;   // opened read-write with the exclusive lock
-  std::string tempPath_;    // temporary output in the temporary folder
-  int tempFd_ = -1;
+  LCSVFileReader reader_;  // opened read-write with the exclusive lock
+  std::string tempPath_;   // temporary output in the temporary folder; empty when not created
+  LLockedFile tempFile_;   // the temporary output, exclusively locked
+  std::string rowOut_;     // scratch: one accepted row and its LF, written in one call
 };

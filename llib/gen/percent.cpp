@@ -63,6 +63,7 @@ std::string LPercentEncode(std::string_view text) {
 }
 
 std::string LPercentDecode(std::string_view text) {
+  text = text.substr(0, text.find('\0'));
   std::string out;
   DecodeUntil(text, 0, {}, out);
   return out;
@@ -70,6 +71,7 @@ std::string LPercentDecode(std::string_view text) {
 
 void LParseHTTPString(std::string_view text,
                       const std::function<void(std::string&& name, std::string&& value)>& onPair) {
+  text = text.substr(0, text.find('\0'));  // the text has always ended at a raw NUL byte
   std::size_t pos = 0;
   while (pos < text.size()) {
     std::string name;

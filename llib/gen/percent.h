@@ -3,7 +3,8 @@
 //   - letters, digits and "!", "-", ".", "_", "~" are kept; every other byte, each byte of a
 //     multi-byte UTF-8 character alone, becomes "%" and two upper-case hexadecimal digits;
 //   - decoding reads "+" as a blank and "%XY" as the byte XY, a non-hexadecimal digit counting
-//     as 0; a decoded NUL is dropped; a "%" with fewer than two characters after it ends the text.
+//     as 0; a decoded NUL is dropped; a "%" with fewer than two characters after it, or a raw
+//     NUL byte, ends the text.
 // Encoding never writes "+", so a literal "+" is always stored as "%2B".
 #pragma once
 

@@ -121,3 +121,46 @@ void LWriteFile(const std::string& path, const std::string& content) {
   std::ofstream out(path, std::ios::binary | std::ios::trunc);
   out << content;
 }
+
+LChildProcess::LChildProcess(const std::string& program, const std::vector<std::string>& args) {
+  int outPipe[2];
+  if (::pipe2(outPipe, O_CLOEXEC) != 0) return;
+  posix_spawn_file_actions_t actions;
+  posix_spawn_file_actions_init(&actions);
+  posix_spawn_file_actions_adddup2(&actions, outPipe[1], 1);
+  std::vector<char*> argv;
+  argv.push_back(const_cast<char*>(program.c_str()));
+  for (const auto& arg : args) argv.push_back(const_cast<char*>(arg.c_str()));
+  argv.push_back(nullptr);
+  pid_t pid = -1;
+  if (::posix_spawn(&pid, program.c_str(), &actions, nullptr, argv.data(), environ) == 0) pid_ = pid;
+  posix_spawn_file_actions_destroy(&actions);
+  ::close(outPipe[1]);
+  outFd_ = outPipe[0];
+}
+
+LChildProcess::~LChildProcess() {
+  if (pid_ > 0 && status_ < 0) {
+    ::kill(pid_, SIGKILL);
+    Wait();
+  }
+  if (outFd_ >= 0) ::close(outFd_);
+}
+
+std::string LChildProcess::ReadLine() {
+  std::string line;
+  char c;
+  while (::read(outFd_, &c, 1) == 1) {
+    if (c == '\n') break;
+    line.push_back(c);
+  }
+  return line;
+}
+
+int LChildProcess::Wait() {
+  if (status_ >= 0 || pid_ <= 0) return status_;
+  int status = 0;
+  ::waitpid(pid_, &status, 0);
+  status_ = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+  return status_;
+}

@@ -45,3 +45,22 @@ std::string LSharedDataPath(const std::string& relative);
 // Reads a whole file ("" when missing).
 std::string LReadFile(const std::string& path);
 void LWriteFile(const std::string& path, const std::string& content);
+
+// A program started in the background; its stdout can be read line by line.
+class LChildProcess {
+ public:
+  LChildProcess(const std::string& program, const std::vector<std::string>& args);
+  ~LChildProcess();
+  LChildProcess(const LChildProcess&) = delete;
+  LChildProcess& operator=(const LChildProcess&) = delete;
+  bool Started() const { return pid_ > 0; }
+  // Reads one line of the child's stdout (without the line end); "" at the end.
+  std::string ReadLine();
+  // Waits for the child; its exit status (128 + signal when killed).
+  int Wait();
+
+ private:
+  int pid_ = -1;
+  int outFd_ = -1;
+  int status_ = -1;
+};

@@ -1,0 +1,93 @@
+// Record store throughput: saves and loads in a list of 10,000 records, and the cost of a new
+// key when the first free number is found by probing from 1.
+#include <benchmark/benchmark.h>
+#include <stdlib.h>
+
+#include <filesystem>
+#include <string>
+
+#include "llib/gen/filestore.h"
+
+namespace {
+
+constexpr int kRecords = 10000;
+
+std::string MakeTempFolder() {
+  std::string pattern = std::filesystem::temp_directory_path().string() + "/kontavo-bench-XXXXXX";
+  return mkdtemp(pattern.data());
+}
+
+// A business folder whose "Customers" list holds kRecords records.
+struct Fixture {
+  std::string folder = MakeTempFolder();
+  LFileStoreDataStore store{folder};
+  LFileStoreListBase list{store, "Customers"};
+  Fixture() {
+    for (int i = 1; i <= kRecords; ++i) {
+      LRecord record;
+      list.CreateNewRecord(record, std::to_string(i));
+      record.SetString("Name", "Client " + std::to_string(i));
+      record.SetString("Address", "12 rue de la Paix, 75002 Paris");
+      record.SetInt64("Balance", i * 100LL);
+    }
+  }
+  ~Fixture() { std::filesystem::remove_all(folder); }
+};
+
+Fixture& Shared() {
+  static Fixture fixture;
+  return fixture;
+}
+
+void BM_SaveRecord(benchmark::State& state) {
+  Fixture& f = Shared();
+  int i = 0;
+  for (auto _ : state) {
+    LRecord record;
+    f.list.OpenAlways(record, std::to_string(i++ % kRecords + 1));
+    record.SetInt64("Balance", i);
+    benchmark::DoNotOptimize(record.Flush());
+  }
+  state.SetItemsProcessed(state.iterations());
+}
+BENCHMARK(BM_SaveRecord);
+
+void BM_LoadRecord(benchmark::State& state) {
+  Fixture& f = Shared();
+  int i = 0;
+  for (auto _ : state) {
+    LRecord record;
+    benchmark::DoNotOptimize(f.list.Open(record, std::to_string(i++ % kRecords + 1)));
+  }
+  state.SetItemsProcessed(state.iterations());
+}
+BENCHMARK(BM_LoadRecord);
+
+void BM_IterateList(benchmark::State& state) {
+  Fixture& f = Shared();
+  for (auto _ : state) {
+    LRecord record;
+    int n = 0;
+    for (LFileStoreIteratorBase it(f.list, record); record.IsAttached(); it.Next(record)) ++n;
+    benchmark::DoNotOptimize(n);
+  }
+  state.SetItemsProcessed(state.iterations() * kRecords);
+}
+BENCHMARK(BM_IterateList)->Unit(benchmark::kMillisecond);
+
+// Every new key probes 1, 2, ... until a free number: one failed exclusive create per record.
+void BM_NewKeyInFullList(benchmark::State& state) {
+  Fixture& f = Shared();
+  for (auto _ : state) {
+    LRecord record;
+    f.list.CreateNewRecord(record);
+    record.SetString("Name", "x");
+    record.Flush();
+    state.PauseTiming();
+    f.list.Delete(record.GetPrimaryKey());
+    state.ResumeTiming();
+  }
+}
+BENCHMARK(BM_NewKeyInFullList)->Unit(benchmark::kMillisecond);
+
+}  // namespace
