@@ -44,6 +44,8 @@ bool MakeFirstFreeBusinessFolder(std::string& id, std::string& folder) {
 std::string LMultipleBusinessRoot() { return LFile::MakeFilePath(LFile::GetSharedDataFolderApp(), kMultiBusFolder); }
 
 std::string LBusinessGetName(const std::string& folder) {
+  // Reading a name must not create the list folder in what may not be a business at all.
+  if (!LFile::IsFolder(LFile::MakeFilePath(folder, kMiscList))) return {};
   LFileStoreListBase misc(LFileStoreDataStore(folder), kMiscList);
   LRecord company;
   if (!misc.Open(company, "Company")) return {};

@@ -4,7 +4,7 @@
 #include <cstdio>
 
 #include "app/multiplebusiness.h"
-#include "app/startwizardhooks.h"
+#include "app/startwizardledger.h"
 #include "invoice/shared/options.h"
 #include "invoice/shared/profile.h"
 #include "llib/gen/locale.h"
@@ -12,8 +12,6 @@
 
 namespace {
 
-constexpr std::string_view kCheckingAccount = "1110";
-constexpr std::string_view kCreditCardAccount = "2110";
 constexpr std::string_view kServicesUsage = "services";
 constexpr std::string_view kProductsUsage = "products";
 
@@ -146,8 +144,7 @@ void LStartWizardCountryPage::Write(LProfile& profile, const LStartWizardAnswers
     options.OpenFrom(profile);
     options.SetString("CountryCode", answers.country);
   }
-  auto setRates = LStartWizardGetHooks().setProvinceTaxRates;
-  if (answers.province > 0 && setRates != nullptr) setRates(profile, answers.province);
+  if (answers.province > 0) LStartWizardSetProvinceTaxRates(profile, answers.province);
 }
 
 // ---- Company details ---------------------------------------------------------------------------
@@ -190,8 +187,14 @@ void LStartWizardPageCompanyInfo::Write(LProfile& profile, const LStartWizardAns
     company.SetInt("FiscalYearEnd", month);
     company.SetInt("FiscalYearEndDay", day);
   }
-  auto setDefaults = LStartWizardGetHooks().setDefaultOptions;
-  if (setDefaults != nullptr) setDefaults(profile, answers.country);
+  // The country's default options, on the records as the pages before left them.
+  LOptions options;
+  options.OpenFrom(profile);
+  LRecord tax, invoice, order;
+  OpenMisc(profile, tax, "Tax");
+  OpenMisc(profile, invoice, "Invoice");
+  OpenMisc(profile, order, "Order");
+  LOptionsSetRegionalDefaults(profile, options, tax, invoice, order);
 }
 
 // ---- Currency ------------------------------------------------------------------------------------
@@ -250,15 +253,13 @@ void LStartWizardPageAccounting::Write(LProfile& profile, const LStartWizardAnsw
     OpenMisc(profile, company, "Company");
     company.SetString("ManualCreateAccounts", answers.manualAccounts ? "1" : "0");
   }
-  const LStartWizardHooks& hooks = LStartWizardGetHooks();
   // The opening balances go on accounts of the default chart: it comes first.
-  if (hooks.createDefaultAccounts != nullptr) hooks.createDefaultAccounts(profile);
-  if (hooks.setOpeningBalance == nullptr) return;
+  LStartWizardCreateDefaultAccounts(profile);
   long long amountCents;
   if (ParseOpening(answers.openingChecking, profile, amountCents))
-    hooks.setOpeningBalance(profile, kCheckingAccount, amountCents);
+    LStartWizardSetOpeningBalance(profile, kStartWizardCheckingAccount, amountCents);
   if (ParseOpening(answers.openingCreditCard, profile, amountCents))
-    hooks.setOpeningBalance(profile, kCreditCardAccount, amountCents);
+    LStartWizardSetOpeningBalance(profile, kStartWizardCreditCardAccount, amountCents);
 }
 
 // ---- Business usage ------------------------------------------------------------------------------
