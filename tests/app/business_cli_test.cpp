@@ -132,7 +132,7 @@ TEST_F(BusinessCliTest, RefusedWizardLeavesNoFolderWithThePagesMessage) {
   EXPECT_EQ(ghost.out, "2\n");
 }
 
-TEST_F(BusinessCliTest, AbandonedInteractiveWizardLeavesNothing) {
+TEST_F(BusinessCliTest, UnfitAnswersAreRefusedWithoutAFolder) {
   // Standard input is no terminal here, so nothing is asked: the answers given are all there is.
   LRunResult refused = LRunKontavo({"business", "add", "--country", "CA", "--province", "14"}, "Nom\n");
   EXPECT_EQ(refused.exitCode, 1);
