@@ -121,5 +121,5 @@ TEST_F(TerminalCliTest, ConfirmationsAreAskedWithTheirButtons) {
   // The copy drew its progress bar, titled, up to the end.
   EXPECT_NE(restored.out.find("Restaurer les fichiers\r\n\r["), std::string::npos) << restored.out;
   EXPECT_NE(restored.out.find("[##############################] 100 %"), std::string::npos) << restored.out;
-  EXPECT_EQ(LTreeSnapshot(home_.SharedFolder()), LTreeSnapshot(home_.Path() + "/backup"));
+  EXPECT_TREES_EQ(LTreeSnapshot(home_.SharedFolder()), LTreeSnapshot(home_.Path() + "/backup"));
 }

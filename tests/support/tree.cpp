@@ -52,6 +52,22 @@ std::map<std::string, LTreeEntry> LTreeSnapshot(const std::string& root) {
   return tree;
 }
 
+std::string LTreeDifferences(const std::map<std::string, LTreeEntry>& actual,
+                             const std::map<std::string, LTreeEntry>& expected) {
+  std::string differences;
+  for (const auto& [path, entry] : expected) {
+    auto found = actual.find(path);
+    if (found == actual.end()) differences += "missing: " + path + "\n";
+    else if (found->second.kind != entry.kind) differences += "kind: " + path + "\n";
+    else if (found->second.mode != entry.mode) differences += "mode: " + path + "\n";
+    else if (found->second.content != entry.content) differences += "content: " + path + "\n";
+    else if (found->second.mtimeNs != entry.mtimeNs) differences += "time: " + path + "\n";
+  }
+  for (const auto& [path, entry] : actual)
+    if (expected.count(path) == 0) differences += "extra: " + path + "\n";
+  return differences;
+}
+
 void LTreeWriteSampleBusiness(const std::string& folder) {
   Write(folder + "/Misc/Options.dat", "Init=1&CurrencySymbol=%E2%82%AC");
   Write(folder + "/Misc/Company.dat", "Name=Boulangerie%20Martin");

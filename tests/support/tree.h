@@ -18,6 +18,12 @@ struct LTreeEntry {
 // Every entry below root, by its path relative to root. Empty when root cannot be read.
 std::map<std::string, LTreeEntry> LTreeSnapshot(const std::string& root);
 
+// The paths where two snapshots differ, one a line with what differs ("" when they are equal):
+// readable where a failed comparison of whole trees would print every entry.
+std::string LTreeDifferences(const std::map<std::string, LTreeEntry>& actual,
+                             const std::map<std::string, LTreeEntry>& expected);
+#define EXPECT_TREES_EQ(actual, expected) EXPECT_EQ(LTreeDifferences((actual), (expected)), "")
+
 // Writes a small business tree into folder (created): a "Misc/Options.dat", a few customers
 // and ledger day files, a nested "MultiBus/1" business, a link, an empty folder and a
 // read-only file.

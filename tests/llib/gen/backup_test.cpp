@@ -81,7 +81,7 @@ TEST(CopyFolder, CopiesContentModesTimesAndLinksAndSkipsPipes) {
   EXPECT_EQ(Process(process, data), kProcessFinished);
   auto expected = LTreeSnapshot(temp / "from");
   expected.erase("pipe");
-  EXPECT_EQ(LTreeSnapshot(temp / "to"), expected);
+  EXPECT_TREES_EQ(LTreeSnapshot(temp / "to"), expected);
   EXPECT_EQ(data.nFiles, 12);  // 11 files and one link
   EXPECT_EQ(process.GetError(), "");
 }
@@ -128,7 +128,7 @@ TEST(MoveFolder, RenamesOnOneFileSystemAndCopiesAcrossTwo) {
   std::string error;
   ASSERT_TRUE(LMoveFolder(temp / "moved", far / "data", &error)) << error;
   EXPECT_FALSE(LFile::Exists(temp / "moved"));
-  EXPECT_EQ(LTreeSnapshot(far / "data"), before);
+  EXPECT_TREES_EQ(LTreeSnapshot(far / "data"), before);
 }
 
 TEST(MoveFolder, RefusesAnExistingDestinationAndLeavesTheSource) {
@@ -158,8 +158,8 @@ TEST(Backup, CopiesTheWholeDataRootIntoANewFolderEachTime) {
   ASSERT_EQ(LBackupFolder(copier, temp / "Shared", temp / "drive", when, second, error), kProcessFinished) << error;
   EXPECT_EQ(first, temp / "drive/" + LBackupFolderName(when));
   EXPECT_EQ(second, first + "-2");
-  EXPECT_EQ(LTreeSnapshot(first), LTreeSnapshot(temp / "Shared"));
-  EXPECT_EQ(LTreeSnapshot(second), LTreeSnapshot(temp / "Shared"));
+  EXPECT_TREES_EQ(LTreeSnapshot(first), LTreeSnapshot(temp / "Shared"));
+  EXPECT_TREES_EQ(LTreeSnapshot(second), LTreeSnapshot(temp / "Shared"));
   EXPECT_TRUE(LBackupIsUsable(first));
   EXPECT_FALSE(LBackupIsUsable(temp / "drive"));
 }
@@ -217,7 +217,7 @@ TEST(Restore, ReplacesTheDataRootAndDeletesTheSetAsideFolder) {
                            error),
             kProcessFinished)
       << error;
-  EXPECT_EQ(LTreeSnapshot(temp / "home/Shared"), LTreeSnapshot(backupTemp / "backup"));
+  EXPECT_TREES_EQ(LTreeSnapshot(temp / "home/Shared"), LTreeSnapshot(backupTemp / "backup"));
   EXPECT_EQ(LFile::ListFolder(temp / "home"), std::vector<std::string>{"Shared"});
   EXPECT_EQ(service.calls, "off;on;");
 }
@@ -243,7 +243,7 @@ TEST(Restore, FailedCopyPutsTheOldDataBackByteForByte) {
             kProcessFailed);
   EXPECT_EQ(error, kRestoreFailedMessage);
   EXPECT_NE(detail.find("espace disque insuffisant"), std::string::npos) << detail;
-  EXPECT_EQ(LTreeSnapshot(shared), before);
+  EXPECT_TREES_EQ(LTreeSnapshot(shared), before);
   EXPECT_EQ(InodeOf(shared + "/Misc/Options.dat"), inode);  // the very files, moved back
   EXPECT_EQ(LFile::ListFolder(small.Path()), std::vector<std::string>{"Shared"});
   EXPECT_EQ(service.calls, "off;on;");
@@ -262,7 +262,7 @@ TEST(Restore, CancelledCopyAlsoPutsTheOldDataBack) {
   EXPECT_EQ(LRestoreFolder(copier, temp / "home/Shared", temp / "home", backupTemp / "backup", 1700000000,
                            &notRunning, error),
             kProcessFailed);
-  EXPECT_EQ(LTreeSnapshot(temp / "home/Shared"), before);
+  EXPECT_TREES_EQ(LTreeSnapshot(temp / "home/Shared"), before);
   EXPECT_EQ(notRunning.calls, "off;");  // not running: nothing to start again
 }
 
@@ -283,7 +283,7 @@ TEST(Restore, AcrossTwoFileSystemsTheOldDataIsMovedByCopying) {
   EXPECT_EQ(LRestoreFolder(cancelled, home / "Shared", aside.Path(), backupTemp / "backup", 1700000000, nullptr,
                            error, &detail),
             kProcessFailed);
-  EXPECT_EQ(LTreeSnapshot(home / "Shared"), before) << detail;
+  EXPECT_TREES_EQ(LTreeSnapshot(home / "Shared"), before) << detail;
   EXPECT_EQ(CountEntries(aside.Path()), 0u);
 
   LProcessInterfaceVoid silent;
@@ -292,6 +292,6 @@ TEST(Restore, AcrossTwoFileSystemsTheOldDataIsMovedByCopying) {
                            &detail),
             kProcessFinished)
       << detail;
-  EXPECT_EQ(LTreeSnapshot(home / "Shared"), LTreeSnapshot(backupTemp / "backup"));
+  EXPECT_TREES_EQ(LTreeSnapshot(home / "Shared"), LTreeSnapshot(backupTemp / "backup"));
   EXPECT_EQ(CountEntries(aside.Path()), 0u);
 }
