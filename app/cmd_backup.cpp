@@ -1,6 +1,8 @@
 // kontavo backup DEST and kontavo restore SRC: the data root ("Shared", every business) copied
 // into a new backup folder, or replaced by a backup's content. The copies run in a worker
 // process with a progress bar on the terminal; Ctrl-C cancels them cleanly.
+#include <signal.h>
+
 #include <ctime>
 #include <filesystem>
 #include <nlohmann/json.hpp>
@@ -45,6 +47,25 @@ bool IsUsableBackup(const std::string& folder) {
   return LBackupIsUsable(folder) && !LPathIsInside(folder, LFile::GetSharedDataFolderApp());
 }
 
+// Ctrl-C is ignored for the life of the object. A restore is stopped only while it copies (its
+// progress display then turns Ctrl-C into a cancel); a process killed while it moves the data
+// root aside or back could leave it in two halves.
+class IgnoreInterrupts {
+ public:
+  IgnoreInterrupts() {
+    struct sigaction ignore {};
+    ignore.sa_handler = SIG_IGN;
+    sigemptyset(&ignore.sa_mask);
+    ::sigaction(SIGINT, &ignore, &previous_);
+  }
+  ~IgnoreInterrupts() { ::sigaction(SIGINT, &previous_, nullptr); }
+  IgnoreInterrupts(const IgnoreInterrupts&) = delete;
+  IgnoreInterrupts& operator=(const IgnoreInterrupts&) = delete;
+
+ private:
+  struct sigaction previous_;
+};
+
 }  // namespace
 
 int LCmdBackup(LCliContext& context, LCliArgs& args) {
@@ -76,6 +97,7 @@ int LCmdRestore(LCliContext& context, LCliArgs& args) {
   }
   LFolderCopierWorker copier;
   std::string error, detail;
+  IgnoreInterrupts untilRestored;
   LProcessResult result = LRestoreFolder(copier, LFile::GetSharedDataFolderApp(), LFile::GetUserDataFolderApp(),
                                          backup, std::time(nullptr), LGetRestoreServiceSwitch(), error, &detail);
   if (result != kProcessFinished) return context.Fail(detail.empty() ? error : error + "\n" + detail);
