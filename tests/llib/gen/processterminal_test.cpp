@@ -23,7 +23,37 @@ std::string ReadAvailable(int fd) {
   return bytes;
 }
 
+// A long operation over its data: counts up to a limit, failing at a given number.
+struct CountUp {
+  int limit = 0;
+  int failAt = -1;
+  int reached = 0;
+};
+
+LProcessResult Process(LProcessInterface& process, CountUp& data) {
+  for (data.reached = 0; data.reached < data.limit; ++data.reached) {
+    if (process.IsToStop()) return kProcessCancelled;
+    if (data.reached == data.failAt) {
+      process.SetErrorF("échec à %d", data.reached);
+      return kProcessFailed;
+    }
+    process.SetProgress(static_cast<double>(data.reached) / data.limit);
+  }
+  return kProcessFinished;
+}
+
 }  // namespace
+
+TEST(ProcessTerminal, RunsAProcessAndHandsItsErrorBack) {
+  CountUp whole{10};
+  std::string error = "unchanged";
+  EXPECT_EQ(LProcessRunOnTerminal("Calcul", whole, &error), kProcessFinished);
+  EXPECT_EQ(whole.reached, 10);
+  EXPECT_EQ(error, "");
+  CountUp failing{10, 4};
+  EXPECT_EQ(LProcessRunOnTerminal("Calcul", failing, &error), kProcessFailed);
+  EXPECT_EQ(error, "échec à 4");
+}
 
 TEST(ProcessTerminal, CtrlCCancelsWhileTheDisplayLivesThenTheOldHandlingIsBack) {
   struct sigaction mine {}, previous {}, now {};
