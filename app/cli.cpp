@@ -75,6 +75,13 @@ bool LCliArgs::TakeFlag(std::string_view name) {
   return found;
 }
 
+std::string LCliArgs::TakeVerb() {
+  if (words_.empty() || IsOptionWord(words_.front())) return {};
+  std::string verb = std::move(words_.front());
+  words_.erase(words_.begin());
+  return verb;
+}
+
 bool LCliArgs::WantsHelp() const {
   for (const auto& word : words_)
     if (word == "--help") return true;

@@ -29,6 +29,9 @@ class LCliArgs {
   std::vector<std::string> TakeOptionAll(std::string_view name);
   // A bare "--name".
   bool TakeFlag(std::string_view name);
+  // The first word when it is not an option ("account add ..." gives "add"): taken out and
+  // returned; empty otherwise. For command groups whose verbs take different options.
+  std::string TakeVerb();
   // The positional words once all options were taken; false (with error set) when an unknown
   // option or a missing value is left.
   bool Finish(std::vector<std::string>& positional, std::string& error);

@@ -34,6 +34,117 @@ constexpr LCliCommand kCommands[] = {
      "kontavo settings get GROUP KEY\n"
      "kontavo settings set GROUP KEY VALUE\n",
      "lit et écrit les réglages de l'utilisateur", LCmdSettings},
+    {"account",
+     "kontavo account list [--all]\n"
+     "kontavo account add NUMBER --name TEXT --type asset|liability|equity|income|expense [--subclass N] [--header]\n"
+     "        [--cash] [--class N] [--tax-included] [--opening AMOUNT] [--linked SLOT]\n"
+     "kontavo account edit NUMBER [--number NEW] [--name TEXT] [--header on|off] [--cash on|off]\n"
+     "        [--tax-included on|off] [--subclass N] [--class N] [--opening AMOUNT] [--linked SLOT] [--yes]\n"
+     "kontavo account delete NUMBER... [--yes]\n"
+     "kontavo account restore NUMBER\n"
+     "kontavo account linked [SLOT=NUMBER[:DESCRIPTION]...]\n"
+     "kontavo account defaults\n",
+     "le plan comptable et les comptes associés", LCmdAccount},
+    {"journal",
+     "kontavo journal add [--date D] [--type N] --ref REF --desc TEXT LINE...\n"
+     "kontavo journal edit DATE REF [--date D] [--type N] [--ref REF] [--desc TEXT] [LINE...]\n"
+     "        LINE: dr:ACCOUNT:AMOUNT or cr:ACCOUNT:AMOUNT; N: 0 Paiements, 1 Reçus, 2 Recettes, 3 Achats, 4 General\n"
+     "        a REF containing \"[\" takes the next number of the type's counter (GJ[auto])\n",
+     "saisit ou modifie une écriture de journal", LCmdJournal},
+    {"transfer",
+     "kontavo transfer --from ACCOUNT --to ACCOUNT --amount AMOUNT [--date D]\n",
+     "transfère un montant d'un compte à un autre", LCmdTransfer},
+    {"ledger",
+     "kontavo ledger [--from D] [--to D] [--account NUMBER]\n"
+     "kontavo ledger delete DATE REF\n",
+     "affiche les lignes du grand livre ou supprime une transaction", LCmdLedger},
+    {"bill",
+     "kontavo bill add --supplier S [--date D] [--notes TEXT] [--account NUMBER] [--ref REF] LINE... [--tax K=AMOUNT]...\n"
+     "        LINE: ACCOUNT:AMOUNT[:TAXTEXT]\n",
+     "enregistre et impute une facture fournisseur", LCmdBill},
+    {"billpayment",
+     "kontavo billpayment add --supplier S --amount AMOUNT [--date D] [--account DESCRIPTION] [--notes TEXT]\n"
+     "        [--method TEXT]\n",
+     "enregistre et impute un paiement fournisseur", LCmdBillPayment},
+    {"check",
+     "kontavo check [--fix]\n",
+     "recalcule les soldes des comptes à partir du grand livre", LCmdCheck},
+    {"mail",
+     "kontavo mail config [--server HOST[:PORT]] [--user U] [--password-stdin] [--sender ADDRESS]\n"
+     "                    [--starttls on|off] [--reply-to ADDRESS] [--verify on|off] [--ca-file PEM]\n"
+     "kontavo mail send --to ADDRESSES [--subject TEXT] (--body TEXT | --body-file F) [--html-file F]\n"
+     "                  [--attach FILE]...\n",
+     "réglages des courriels et envoi d'un message", LCmdMail},
+    {"tax",
+     "kontavo tax show\n"
+     "kontavo tax set [--count N] [--default K] [--inclusive on|off] [--track-paid on|off] [--name K=TEXT]...\n"
+     "    [--rate K=RATE|K=R1/R2/C]... [--zero K=on|off]... [--account K=DESCRIPTION]... [--combined K=A+B]...\n",
+     "affiche et règle les taxes", LCmdTax},
+    {"customer",
+     "kontavo customer add KEY [FIELD=VALUE...]\n"
+     "kontavo customer list\n"
+     "kontavo customer show KEY\n"
+     "kontavo customer retotal [KEY]\n",
+     "clients, leur solde et leur plus ancienne échéance", LCmdCustomer},
+    {"supplier", "kontavo supplier add KEY [FIELD=VALUE...]\n", "ajoute un fournisseur", LCmdSupplier},
+    {"item", "kontavo item add CODE [--description TEXT] [--price AMOUNT] [--account DESCRIPTION]\n",
+     "ajoute un article", LCmdItem},
+    {"invoice",
+     "kontavo invoice new [--draft] [--number KEY] (--file DOC.json | --customer C [--date D] [--terms now|DAYS]\n"
+     "    [--line 'CODE|DESCRIPTION|QTY|UNIT PRICE|TAX NAME|DISCOUNT %']... [--shipping AMOUNT --shipping-tax NAME]\n"
+     "    [--untaxed] [--notes TEXT])\n"
+     "kontavo invoice show KEY\n"
+     "kontavo invoice list [--from D] [--to D] [--customer C] [--drafts]\n"
+     "kontavo invoice edit KEY (les mêmes options que new)\n"
+     "kontavo invoice record KEY\n"
+     "kontavo invoice delete KEY\n",
+     "factures", LCmdInvoice},
+    {"quote",
+     "kontavo quote new [--draft] [--number KEY] (--file DOC.json | --customer C [--date D] [--terms now|DAYS]\n"
+     "    [--line 'CODE|DESCRIPTION|QTY|UNIT PRICE|TAX NAME|DISCOUNT %']... [--shipping AMOUNT --shipping-tax NAME]\n"
+     "    [--untaxed] [--notes TEXT])\n"
+     "kontavo quote show KEY\n"
+     "kontavo quote list [--from D] [--to D] [--customer C] [--drafts]\n"
+     "kontavo quote edit KEY (les mêmes options que new)\n"
+     "kontavo quote record KEY\n"
+     "kontavo quote delete KEY\n",
+     "devis", LCmdQuote},
+    {"order",
+     "kontavo order new [--draft] [--number KEY] (--file DOC.json | --customer C [--date D] [--terms now|DAYS]\n"
+     "    [--line 'CODE|DESCRIPTION|QTY|UNIT PRICE|TAX NAME|DISCOUNT %']... [--shipping AMOUNT --shipping-tax NAME]\n"
+     "    [--untaxed] [--notes TEXT])\n"
+     "kontavo order show KEY\n"
+     "kontavo order list [--from D] [--to D] [--customer C] [--drafts]\n"
+     "kontavo order edit KEY (les mêmes options que new)\n"
+     "kontavo order record KEY\n"
+     "kontavo order delete KEY\n",
+     "commandes clients", LCmdOrder},
+    {"creditnote",
+     "kontavo creditnote new [--draft] [--number KEY] (--file DOC.json | --customer C [--date D] [--terms now|DAYS]\n"
+     "    [--line 'CODE|DESCRIPTION|QTY|UNIT PRICE|TAX NAME|DISCOUNT %']... [--shipping AMOUNT --shipping-tax NAME]\n"
+     "    [--untaxed] [--notes TEXT])\n"
+     "kontavo creditnote show KEY\n"
+     "kontavo creditnote list [--from D] [--to D] [--customer C] [--drafts]\n"
+     "kontavo creditnote edit KEY (les mêmes options que new)\n"
+     "kontavo creditnote record KEY\n"
+     "kontavo creditnote delete KEY\n",
+     "avoirs", LCmdCreditNote},
+    {"porder",
+     "kontavo porder new [--draft] [--number KEY] (--file DOC.json | --customer C [--date D] [--terms now|DAYS]\n"
+     "    [--line 'CODE|DESCRIPTION|QTY|UNIT PRICE|TAX NAME|DISCOUNT %']... [--shipping AMOUNT --shipping-tax NAME]\n"
+     "    [--untaxed] [--notes TEXT])\n"
+     "kontavo porder show KEY\n"
+     "kontavo porder list [--from D] [--to D] [--customer C] [--drafts]\n"
+     "kontavo porder edit KEY (les mêmes options que new)\n"
+     "kontavo porder record KEY\n"
+     "kontavo porder delete KEY\n",
+     "bons de commande", LCmdPOrder},
+    {"import",
+     "kontavo import ofx FILE [--json]\n",
+     "lit un relevé bancaire OFX et affiche son compte, sa période, son solde et ses lignes", LCmdImport},
+    {"expr",
+     "kontavo expr EXPRESSION [NOM=CENTIMES]... [--json]\n",
+     "calcule une expression d'état modèle, sur des champs donnés en centimes", LCmdExpr},
     {{}, {}, {}, nullptr},
 };
 

@@ -57,15 +57,6 @@ void LStartWizardPrompter::Show(std::string_view message) { out_ << message << "
 
 // ---- Rules of the pages --------------------------------------------------------------------------
 
-const std::vector<std::string_view>& LStartWizardProvinces() {
-  static const std::vector<std::string_view> provinces = {
-      "Alberta",          "Colombie-Britannique", "Île-du-Prince-Édouard", "Manitoba",
-      "Nouveau-Brunswick", "Nouvelle-Écosse",     "Nunavut",               "Ontario",
-      "Québec",           "Saskatchewan",         "Terre-Neuve-et-Labrador", "Territoires du Nord-Ouest",
-      "Yukon"};
-  return provinces;
-}
-
 void LStartWizardFiscalYearEnd(std::string_view country, int& month, int& day) {
   if (country == "AU") {
     month = 6, day = 30;

@@ -31,7 +31,7 @@ inline constexpr std::string_view kWizardAbandonedMessage = "Création de l'entr
 struct LStartWizardAnswers {
   // Country page.
   std::string country;                           // ISO 3166 code; "" the system locale's
-  int province = 0;                              // Canada: position in LStartWizardProvinces() + 1; 0 none
+  int province = 0;                              // Canada: 1 to 13 (LCanadaProvinceName); 0 none
   // Company details page.
   std::string name;
   std::string address;
@@ -67,8 +67,6 @@ class LStartWizardPrompter {
   std::ostream& out_;
 };
 
-// The provinces and territories of Canada, in the order of the country page's list.
-const std::vector<std::string_view>& LStartWizardProvinces();
 // The default end of the fiscal year in a country: AU 30 June; CA, NZ, ZA 31 March; GB 5 April;
 // every other country 31 December.
 void LStartWizardFiscalYearEnd(std::string_view country, int& month, int& day);

@@ -1,9 +1,14 @@
 #include "app/startwizardledger.h"
 
-// The ledger and tax modules are not part of this build yet: nothing to hand over to.
+#include "accounts/accounts.h"
 
-void LStartWizardCreateDefaultAccounts(LProfile&) {}
+void LStartWizardCreateDefaultAccounts(LProfile& profile) { LAccountListCreateDefault(profile); }
 
-void LStartWizardSetOpeningBalance(LProfile&, std::string_view, long long) {}
-
-void LStartWizardSetProvinceTaxRates(LProfile&, int) {}
+bool LStartWizardSetOpeningBalance(LProfile& profile, std::string_view accountNumber, long long amountCents) {
+  if (!LAccountIsLive(profile, accountNumber)) return false;
+  LAccountList accounts(profile);
+  LAccount account;
+  if (!accounts.Open(account, accountNumber)) return false;
+  account.UpdateOpeningBalance(profile, amountCents);
+  return true;
+}

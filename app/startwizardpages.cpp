@@ -7,6 +7,8 @@
 #include "app/startwizardledger.h"
 #include "invoice/shared/options.h"
 #include "invoice/shared/profile.h"
+#include "invoice/shared/regionaldefaults.h"
+#include "invoice/shared/taxoptions.h"
 #include "llib/gen/locale.h"
 #include "llib/gen/money.h"
 
@@ -113,9 +115,8 @@ bool LStartWizardCountryPage::Ask(LStartWizardPrompter& prompter, const LProfile
     answers.province = 0;
     return true;
   }
-  const auto& provinces = LStartWizardProvinces();
-  for (std::size_t i = 0; i < provinces.size(); ++i)
-    prompter.Show(std::to_string(i + 1) + ". " + std::string(provinces[i]));
+  for (int province = 1; province <= kCanadaProvinceCount; ++province)
+    prompter.Show(std::to_string(province) + ". " + std::string(LCanadaProvinceName(province)));
   std::string province;
   if (!prompter.Ask("Province (numéro)", answers.province > 0 ? std::to_string(answers.province) : "", province))
     return false;
@@ -130,8 +131,7 @@ bool LStartWizardCountryPage::Check(const LProfile&, const LStartWizardAnswers& 
     message = "Veuillez entrer le code du pays en deux lettres (par exemple FR).";
     return false;
   }
-  int nProvinces = static_cast<int>(LStartWizardProvinces().size());
-  if (answers.province != 0 && (country != "CA" || answers.province < 1 || answers.province > nProvinces)) {
+  if (answers.province != 0 && (country != "CA" || LCanadaProvinceName(answers.province).empty())) {
     message = "Veuillez choisir une province du Canada dans la liste.";
     return false;
   }
@@ -144,7 +144,11 @@ void LStartWizardCountryPage::Write(LProfile& profile, const LStartWizardAnswers
     options.OpenFrom(profile);
     options.SetString("CountryCode", answers.country);
   }
-  if (answers.province > 0) LStartWizardSetProvinceTaxRates(profile, answers.province);
+  if (answers.province > 0) {
+    LTaxOptions tax;
+    tax.OpenFrom(profile);
+    LTaxOptionsSetCanadaRates(tax, answers.province);
+  }
 }
 
 // ---- Company details ---------------------------------------------------------------------------
@@ -190,11 +194,14 @@ void LStartWizardPageCompanyInfo::Write(LProfile& profile, const LStartWizardAns
   // The country's default options, on the records as the pages before left them.
   LOptions options;
   options.OpenFrom(profile);
-  LRecord tax, invoice, order;
-  OpenMisc(profile, tax, "Tax");
+  LTaxOptions tax;
+  tax.OpenFrom(profile);
+  LRecord invoice, order;
   OpenMisc(profile, invoice, "Invoice");
   OpenMisc(profile, order, "Order");
   LOptionsSetRegionalDefaults(profile, options, tax, invoice, order);
+  // Canada's defaults take the locale's province: the one chosen on the country page stays.
+  if (answers.province > 0) LTaxOptionsSetCanadaRates(tax, answers.province);
 }
 
 // ---- Currency ------------------------------------------------------------------------------------

@@ -13,6 +13,7 @@
 #include "llib/gen/record.h"
 
 class LProfile;
+class LTaxOptions;
 
 inline constexpr std::string_view kMiscList = "Misc";
 inline constexpr int kDefAccountSlots = 9;
@@ -39,7 +40,7 @@ class LOptions : public LRecord {
   char GetPrintedDateSeparator() const;
 };
 
-// Fills the regional defaults of a new business for its country: options, tax options and the
-// invoice and order options.
-void LOptionsSetRegionalDefaults(LProfile& profile, LOptions& options, LRecord& tax, LRecord& invoice,
+// Fills the regional defaults of a new business for the country of its "CountryCode": tax
+// options, and the invoice and order options (regionaldefaults.h lists them).
+void LOptionsSetRegionalDefaults(LProfile& profile, LOptions& options, LTaxOptions& tax, LRecord& invoice,
                                  LRecord& order);

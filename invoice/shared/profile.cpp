@@ -1,6 +1,7 @@
 #include "invoice/shared/profile.h"
 
 #include "invoice/shared/options.h"
+#include "invoice/shared/taxoptions.h"
 #include "llib/gen/file.h"
 #include "llib/gen/locale.h"
 
@@ -119,7 +120,7 @@ void LProfile::Reload() {
     options.SetString("ThousandsSymbol", currency_.thousands);
     options.SetInt("MeasurementUnits", locale.metric ? 0 : 1);
     options.SetString("CountryCode", locale.countryCode);
-    LRecord tax;
+    LTaxOptions tax;
     LRecord invoice;
     LRecord order;
     misc.OpenAlways(tax, "Tax");

@@ -63,6 +63,9 @@ TEST_F(BusinessCliTest, AddTakesTheFirstFreeNumberAndWritesEveryPage) {
   EXPECT_EQ(Field("2", "InvoiceStyle", "TextBlockBottomRight"), "0\n");
   EXPECT_EQ(Field("2", "Invoice", "QuantityColumnTitle"), "Hres\n");
   EXPECT_EQ(Field("2", "Invoice", "ItemcodeColumnTitle"), "Code taux\n");
+  // The default chart of accounts, with the opening balance on the checking account.
+  EXPECT_EQ(LRunKontavo({"--business", "2", "record", "get", "Accounts", "1110", "OpeningBalance"}).out, "150025\n");
+  EXPECT_EQ(LRunKontavo({"--business", "2", "record", "get", "Accounts", "2110", "OpeningBalance"}).out, "0\n");
 
   // The next one takes 4, and a business selling products keeps the usual layout.
   LRunResult next = LRunKontavo({"business", "add", "--name", "Épicerie"});
@@ -72,6 +75,19 @@ TEST_F(BusinessCliTest, AddTakesTheFirstFreeNumberAndWritesEveryPage) {
   EXPECT_EQ(LRunKontavo({"--business", "4", "record", "get", "Misc", "InvoiceStyle"}).exitCode, 1);
   // Adding does not change the business opened at start-up.
   EXPECT_EQ(LRunKontavo({"init"}).out, home_.SharedFolder() + "\n");
+}
+
+TEST_F(BusinessCliTest, CanadianProvinceChosenOnTheCountryPageKeepsItsTaxes) {
+  ScopedEnv country("KONTAVO_COUNTRY", "CA");
+  LRunResult added = LRunKontavo({"business", "add", "--name", "Vancouver", "--country", "CA", "--province", "2",
+                                  "--opening-credit-card", "200"});
+  ASSERT_EQ(added.exitCode, 0) << added.err;
+  EXPECT_EQ(Field("1", "Tax", "TaxSystem"), "3\n");  // TPS, TVP and their combination
+  EXPECT_EQ(LRunKontavo({"--business", "1", "record", "get", "Accounts", "2110", "OpeningBalance"}).out, "-20000\n");
+  ASSERT_EQ(LRunKontavo({"business", "add", "--name", "Montréal", "--country", "CA", "--province", "9"}).exitCode, 0);
+  EXPECT_EQ(Field("2", "Tax", "TaxSystem"), "3\n");
+  EXPECT_NE(LRunKontavo({"--business", "2", "tax", "show"}).out.find("TVQ"), std::string::npos);
+  EXPECT_EQ(LRunKontavo({"--business", "1", "tax", "show"}).out.find("TVQ"), std::string::npos);
 }
 
 TEST_F(BusinessCliTest, FiscalYearEndFollowsTheCountry) {

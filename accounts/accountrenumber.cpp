@@ -1,0 +1,118 @@
+#include "accounts/accountrenumber.h"
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdio>
+
+#include "accounts/accounts.h"
+#include "accounts/bills.h"
+#include "accounts/ledger.h"
+#include "accounts/ledgerlock.h"
+#include "invoice/shared/options.h"
+#include "invoice/shared/profile.h"
+#include "llib/gen/csv.h"
+#include "llib/gen/file.h"
+#include "llib/gen/filelock.h"
+
+namespace {
+
+// Rewrites the rows of one day file that name the old number; the other rows keep their text.
+// The file stays locked (exclusively) from the read to the last byte written. Returns the rows
+// changed.
+long RenumberDayFile(const std::string& path, const LAccountRenumberProcess& data) {
+  LLockedFile file(path, O_RDWR, LOCK_EX, kLedgerLockTimeoutMs);
+  if (!file.IsOpen()) return 0;
+  // Our own exclusive lock stands in for the reader's shared one: it tries once and goes on.
+  LCSVFileReader reader(path, 0);
+  std::string content;
+  long nChanged = 0;
+  LLedgerJournalLine line;
+  for (; reader.HasRow(); reader.Next()) {
+    line.LoadFromCSVRow(reader.GetLine());
+    if (line.account == data.oldNumber) {
+      line.account = data.newNumber;
+      content += line.BuildCSVRow();
+      ++nChanged;
+    } else {
+      content += reader.GetLine();
+      content += "\r\n";
+    }
+  }
+  reader.Close();
+  if (nChanged == 0) return 0;
+  ::lseek(file.Get(), 0, SEEK_SET);
+  LRobustWrite(file.Get(), content.data(), content.size());
+  while (::ftruncate(file.Get(), static_cast<off_t>(content.size())) != 0 && errno == EINTR) {
+  }
+  return nChanged;
+}
+
+void RenumberBills(const LProfile& profile, const LAccountRenumberProcess& data) {
+  for (std::string_view listName : {kBillsList, kBillsDraftsList}) {
+    LFileStoreListBase list = profile.List(listName);
+    LBill bill;
+    for (LFileStoreIteratorBase it(list, bill); bill.IsAttached(); it.Next(bill)) {
+      if (bill.GetString("DepositAccount") == data.oldNumber) bill.SetString("DepositAccount", data.newNumber);
+      for (int line = 1; line <= bill.GetItemCount(); ++line) {
+        char field[32];
+        std::snprintf(field, sizeof field, "Item%dAccount", line);
+        if (bill.GetString(field) == data.oldNumber) bill.SetString(field, data.newNumber);
+      }
+    }
+  }
+}
+
+void RenumberOptions(const LProfile& profile, const LAccountRenumberProcess& data) {
+  LOptions options;
+  options.OpenFrom(profile);
+  for (int slot = 1; slot <= kDefAccountSlots; ++slot)
+    if (options.GetDefAccountNumber(profile, slot) == data.oldNumber) options.SetDefAccountNumber(slot, data.newNumber);
+  if (options.GetString("LastAccountJournalApplied") == data.oldNumber)
+    options.SetString("LastAccountJournalApplied", data.newNumber);
+  options.Flush();
+}
+
+}  // namespace
+
+LProcessResult Process(LProcessInterface& process, LAccountRenumberProcess& data) {
+  LProfile& profile = *data.profile;
+  LLedgerLock lock(profile);
+  process.SetStatus("Modifier le numéro de compte", 0);
+
+  LTextBuffer folder;
+  LLegderGetBaseFolder(profile, folder);
+  std::vector<std::string> names = LFile::ListFolder(folder);
+  std::sort(names.begin(), names.end());
+  for (std::size_t i = 0; i < names.size(); ++i) {
+    const std::string& name = names[i];
+    if (name.size() < 5 || name.compare(name.size() - 4, 4, ".csv") != 0) continue;
+    long nChanged = RenumberDayFile(LFile::MakeFilePath(folder, name), data);
+    data.nRowsChanged += nChanged;
+    if (nChanged > 0) ++data.nDayFilesChanged;
+    process.SetProgress(static_cast<double>(i + 1) / static_cast<double>(names.size()));
+  }
+
+  LTextBuffer oldReconcile, newReconcile;
+  LReconcileGetCSVFilePath(profile, oldReconcile, data.oldNumber);
+  LReconcileGetCSVFilePath(profile, newReconcile, data.newNumber);
+  if (LFile::Exists(oldReconcile) && !LFile::Exists(newReconcile)) ::rename(oldReconcile, newReconcile);
+
+  RenumberOptions(profile, data);
+  RenumberBills(profile, data);
+
+  LAccountList accounts(profile);
+  LAccount account;
+  if (!accounts.Open(account, data.oldNumber)) return kProcessFinished;
+  account.SetPrimaryKey(data.newNumber);
+  account.Flush();
+  process.SetProgress(1.0);
+  if (account.GetStoredKey() != data.newNumber) {
+    process.SetError(kRenumberFailedMessage);
+    return kProcessFailed;
+  }
+  return kProcessFinished;
+}

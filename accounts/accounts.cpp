@@ -1,0 +1,229 @@
+#include "accounts/accounts.h"
+
+#include <algorithm>
+#include <cstdio>
+
+#include "accounts/ledgerlock.h"
+#include "invoice/shared/options.h"
+#include "invoice/shared/profile.h"
+#include "llib/gen/textnum.h"
+
+// ---- Names ------------------------------------------------------------------------------------
+
+std::string_view LAccountTypeName(int type) {
+  switch (type) {
+    case kAccountAsset: return "Actif";
+    case kAccountLiability: return "Passif";
+    case kAccountEquity: return "Capitaux propres";
+    case kAccountIncome: return "Recettes";
+    case kAccountExpense: return "Dépenses";
+    default: return {};
+  }
+}
+
+std::string_view LAccountNormalSideName(int type) {
+  switch (type) {
+    case kAccountAsset:
+    case kAccountExpense: return "Débit";
+    case kAccountLiability:
+    case kAccountEquity:
+    case kAccountIncome: return "Crédit";
+    default: return {};
+  }
+}
+
+std::string_view LAccountClassificationName(int classification) {
+  switch (classification) {
+    case kClassificationOperating: return "Exploitation";
+    case kClassificationInvesting: return "Investissements";
+    case kClassificationFinancing: return "Finance";
+    default: return {};
+  }
+}
+
+// ---- The record -------------------------------------------------------------------------------
+
+int LAccount::GetSubClass() const {
+  if (TestFieldExists("SubClass")) return GetInt("SubClass", 0);
+  std::string number = GetNumber();
+  auto startsWith = [&number](std::string_view prefix) { return number.compare(0, prefix.size(), prefix) == 0; };
+  switch (GetType()) {
+    case kAccountExpense: return startsWith("61") ? 0 : startsWith("69") ? 2 : 1;
+    case kAccountIncome: return startsWith("49") ? 1 : 0;
+    default: return 0;
+  }
+}
+
+std::string LAccountBucketField(int monthIndex) {
+  char name[32];
+  std::snprintf(name, sizeof name, "Balance%d", monthIndex);
+  return name;
+}
+
+bool LAccountParseBucketField(std::string_view name, int& monthIndex) {
+  constexpr std::string_view kPrefix = "Balance";
+  if (name.size() <= kPrefix.size() || name.substr(0, kPrefix.size()) != kPrefix) return false;
+  std::string_view digits = name.substr(kPrefix.size());
+  if (digits.size() > 9) return false;
+  int value = 0;
+  for (char c : digits) {
+    if (c < '0' || c > '9') return false;
+    value = value * 10 + (c - '0');
+  }
+  monthIndex = value;
+  return true;
+}
+
+namespace {
+
+void MarkUsed(LAccount& account) {
+  if (!account.GetBool("IsAccountUsed", false)) account.SetBool("IsAccountUsed", true);
+}
+
+}  // namespace
+
+void LAccount::AddBalance(int year, int month, long long amount) {
+  int monthIndex = year * 12 + month - 1;
+  std::string field = LAccountBucketField(monthIndex);
+  SetInt64(field, GetInt64(field, 0) + amount);
+  if (!TestFieldExists("BalanceFirst") || GetInt("BalanceFirst", 0) > monthIndex) SetInt("BalanceFirst", monthIndex);
+  MarkUsed(*this);
+  Flush();
+}
+
+void LAccount::IncrementTotalBalance(long long amount) {
+  SetInt64("TotalBalance", GetTotalBalance() + amount);
+  MarkUsed(*this);
+  Flush();
+}
+
+void LAccount::ResetTotalBalance() { SetInt64("TotalBalance", GetOpeningBalance()); }
+
+long long LAccount::GetBalanceAtEndOfMonth(int year, int month) const {
+  long long balance = GetOpeningBalance();
+  int last = year * 12 + month - 1;
+  if (!TestFieldExists("BalanceFirst")) return balance;
+  for (int index = GetInt("BalanceFirst", 0); index <= last; ++index)
+    balance += GetInt64(LAccountBucketField(index), 0);
+  return balance;
+}
+
+std::vector<std::pair<int, long long>> LAccount::GetMonthBuckets() const {
+  std::vector<std::pair<int, long long>> buckets;
+  for (const auto& field : Fields()) {
+    int monthIndex = 0;
+    if (field.deleted || !LAccountParseBucketField(field.name, monthIndex)) continue;
+    buckets.emplace_back(monthIndex, LTextToInt64(field.text));
+  }
+  std::sort(buckets.begin(), buckets.end());
+  return buckets;
+}
+
+void LAccount::UpdateOpeningBalance(LProfile& profile, long long amount) {
+  LAccountList accounts(profile);
+  std::string number = GetNumber();
+  LLedgerLock lock(profile);
+  // Read again under the lock: a posting may have moved the total since this record was opened.
+  if (!accounts.Open(*this, number)) return;
+  int type = GetType();
+  long long stored = (type == kAccountLiability || type == kAccountEquity || type == kAccountIncome) ? -amount : amount;
+  long long change = stored - GetOpeningBalance();
+  if (change == 0) return;
+  SetInt64("OpeningBalance", stored);
+  SetInt64("TotalBalance", GetTotalBalance() + change);
+  MarkUsed(*this);
+  Flush();
+  std::string historical;
+  LGetAccountNumberUsingName(accounts, kHistoricalBalanceDescription, historical);
+  if (historical.empty()) return;
+  LAccount balancing;
+  if (historical == number) {
+    SetInt64("OpeningBalance", GetOpeningBalance() - change);
+    SetInt64("TotalBalance", GetTotalBalance() - change);
+    Flush();
+  } else if (accounts.Open(balancing, historical)) {
+    balancing.SetInt64("OpeningBalance", balancing.GetOpeningBalance() - change);
+    balancing.SetInt64("TotalBalance", balancing.GetTotalBalance() - change);
+    balancing.Flush();
+  }
+}
+
+// ---- The list ---------------------------------------------------------------------------------
+
+LAccountList::LAccountList(const LProfile& profile)
+    : LDataStoreList<LFileStoreDataStore, LAccount>(profile.GetDataStore(), kAccountsList) {}
+
+std::vector<std::string> LAccountList::GetNumbers() const {
+  std::vector<std::string> numbers;
+  for (LDataStoreListIterator<LFileStoreDataStore, LAccount> it(*this); it.IsValid(); it.Next())
+    numbers.push_back(it->GetPrimaryKey());
+  std::sort(numbers.begin(), numbers.end());
+  return numbers;
+}
+
+std::string LAccountNotInChartMessage(std::string_view number) {
+  return "Le compte " + std::string(number) + " n'existe pas dans le plan comptable.";
+}
+
+bool LAccountIsLive(const LProfile& profile, std::string_view number) {
+  LAccount account;
+  return !number.empty() && LAccountList(profile).Open(account, number) && !account.IsDeleted();
+}
+
+int LAccountGetNumberOfDigits(const LProfile& profile) {
+  LRecord company;
+  profile.List(kMiscList).Open(company, "Company");
+  int digits = company.GetInt("NumberOfDigits", kDefaultAccountDigits);
+  return digits > 0 ? digits : kDefaultAccountDigits;
+}
+
+void LGetAccountNumberUsingName(LAccountList& list, std::string_view description, std::string& numberOut) {
+  numberOut.clear();
+  // Number order, not the folder's: the same name must always find the same account.
+  for (LDataStoreListIterator<LFileStoreDataStore, LAccount> it(list); it.IsValid(); it.Next()) {
+    if (it->GetDescription() != description) continue;
+    if (numberOut.empty() || it->GetPrimaryKey() < numberOut) numberOut = it->GetPrimaryKey();
+  }
+}
+
+std::string LGetAccountNumberUsingDescription(const LProfile& profile, std::string_view description) {
+  LAccountList list(profile);
+  std::string number;
+  LGetAccountNumberUsingName(list, description, number);
+  return number;
+}
+
+void LCreateAccount(LProfile& profile, std::string_view number, std::string_view description, AccountType type,
+                    bool cash, int subClass, AccountClassification classification) {
+  LAccountList accounts(profile);
+  LAccount account;
+  if (accounts.Open(account, number)) {
+    if (account.IsDeleted()) account.SetBool("Deleted", false);
+    return;
+  }
+  accounts.CreateNewRecord(account, number);
+  account.SetString("Description", description);
+  account.SetInt("Type", type);
+  account.SetBool("Cash", cash);
+  account.SetInt("SubClass", subClass);
+  account.SetInt("Classification", classification);
+  account.SetBool("Header", false);
+}
+
+// ---- Totals of the sales side -----------------------------------------------------------------
+
+namespace {
+
+long long SumOfBalances(const LProfile& profile, std::string_view listName) {
+  long long total = 0;
+  LRecord record;
+  LFileStoreListBase list = profile.List(listName);
+  for (LFileStoreIteratorBase it(list, record); record.IsAttached(); it.Next(record))
+    total += record.GetInt64("Balance", 0);
+  return total;
+}
+
+}  // namespace
+
+long long LGetTotalAccountsReceivable(const LProfile& profile) { return SumOfBalances(profile, "Customers"); }
+long long LGetTotalAccountsPayable(const LProfile& profile) { return SumOfBalances(profile, "Suppliers"); }

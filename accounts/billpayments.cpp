@@ -1,0 +1,44 @@
+#include "accounts/billpayments.h"
+
+#include "accounts/accounts.h"
+#include "accounts/bills.h"
+#include "accounts/ledger.h"
+#include "accounts/ledgerdelete.h"
+#include "accounts/ledgerlock.h"
+#include "accounts/references.h"
+#include "invoice/shared/profile.h"
+
+bool LBillPaymentRecordTransactions(LProfile& profile, LBillPayment& payment, std::string_view userName) {
+  std::string reference = payment.GetString("JournalTxnRef");
+  if (reference.empty())
+    reference = LFormatReference(LReferencePrefix(profile, kBillPaymentCounter),
+                                 LTakeReferenceNumber(profile, kBillPaymentCounter));
+  std::string description = payment.GetString("Notes");
+  if (description.empty()) {
+    description = "Paiements; " + payment.GetString("Supplier");
+    payment.SetString("Notes", description);
+  }
+  LBillOptions billOptions;
+  billOptions.OpenFrom(profile);
+  std::string payable = LGetAccountNumberUsingDescription(profile, billOptions.GetAccountsPayable(profile));
+  std::string paying = LGetAccountNumberUsingDescription(profile, payment.GetString("DepositAccount", kDefaultPaymentAccount));
+  long long amount = payment.GetInt64("Amount", 0);
+  std::string document = payment.GetPrimaryKey();
+  LLedgerTransaction txn(payment.GetString("Date"), reference, kTxnTypeBillPayment);
+  txn.AddLine(payable, description, amount, userName, "", document);
+  txn.AddLine(paying, description, -amount, userName, "", document);
+  bool recorded = LAccountTransactionRecord(profile, txn);
+  payment.SetString("JournalTxnRef", reference);
+  return recorded;
+}
+
+bool LBillPaymentDeleteForLedger(LProfile& profile, std::string_view document, std::string_view reference) {
+  LFileStoreListBase payments = profile.List(kBillPaymentsList);
+  LBillPayment payment;
+  if (!payments.Open(payment, document) || payment.GetString("JournalTxnRef") != reference) return false;
+  std::string date = payment.GetString("Date");
+  payment.DetachWithoutSave();
+  LLedgerLock lock(profile);
+  LAccountTransactionDelete(profile, date, reference);
+  return payments.Delete(document);
+}

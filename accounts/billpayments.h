@@ -1,0 +1,30 @@
+// Bill payments: money paid to a supplier, posted as one "Paiements" transaction under a "PMT"
+// reference: the payable account debited, the paying account credited, both lines carrying the
+// payment's identifier (its key in the "BillPayments" list) as their document.
+//
+// Fields used: "Amount" (cents), "Date", "JournalTxnRef", "Notes", "Supplier", "DepositAccount"
+// (the paying account's description, default "Compte-chèque"), "BillPaymentMethod". Unlike a
+// bill, which stores its payable account as a number, a bill payment names its paying account
+// by description.
+#pragma once
+
+#include <string_view>
+
+#include "llib/gen/record.h"
+
+class LProfile;
+
+inline constexpr std::string_view kBillPaymentsList = "BillPayments";
+inline constexpr std::string_view kDefaultPaymentAccount = "Compte-chèque";
+
+class LBillPayment : public LRecord {};
+
+// Posts the payment (the record must already have its key). Reference: "JournalTxnRef" when set,
+// otherwise the next bill-payment number (taken at once). Without notes the description is
+// "Paiements; " and the supplier, saved into "Notes" as well. Afterwards "JournalTxnRef" holds
+// the reference (the caller saves the record). false when the ledger could not be written.
+bool LBillPaymentRecordTransactions(LProfile& profile, LBillPayment& payment, std::string_view userName);
+
+// The ledger's route for "Paiements": the bill payment document, when its "JournalTxnRef" is
+// reference, is deleted with its postings. false when there is no such payment.
+bool LBillPaymentDeleteForLedger(LProfile& profile, std::string_view document, std::string_view reference);

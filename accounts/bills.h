@@ -1,0 +1,63 @@
+// Bills: a supplier's invoice, posted to the ledger as one "Achats" transaction under a "PRC"
+// reference that is also the bill's identifier (its key in the "Bills" list). The payable account
+// is credited with the total, each item line's account debited with the line's amount, and each
+// tax's paid account debited with the tax amount.
+//
+// Fields used: "JournalTxnRef", "Date", "Notes", "Supplier", "Total" (cents, tax included),
+// "DepositAccount" (the payable account's number; empty: linked slot 7), "TaxAmount%d" (cents,
+// for each tax 1 to "TaxSystem" of the tax options), and the item lines "ItemCount",
+// "Item%dAccount", "Item%dQty", "Item%dUnitValue", "Item%dUnitValueDigits", "Item%dTaxName".
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "llib/gen/record.h"
+
+class LProfile;
+
+inline constexpr std::string_view kBillsList = "Bills";
+inline constexpr std::string_view kBillsDraftsList = "BillsDrafts";
+
+class LBill : public LRecord {
+ public:
+  // "DepositAccount", or the account of linked slot 7 ("Comptes fournisseurs") when empty.
+  std::string GetAccount(const LProfile& profile) const;
+  int GetItemCount() const { return GetInt("ItemCount", 0); }
+  std::string GetItemAccount(int line) const;
+  std::string GetItemTaxName(int line) const;
+  // Quantity times unit value, the unit value scaled from its own digits to the currency's,
+  // rounded half up. line counts from 1.
+  long long GetItemAmount(const LProfile& profile, int line) const;
+  long long GetTaxAmount(int tax) const;
+  // Appends an item line of quantity 1 (stored in the currency's digits).
+  void AddItemLine(std::string_view account, long long amount, std::string_view taxName);
+};
+
+// The "Bill" option record.
+class LBillOptions : public LRecord {
+ public:
+  void OpenFrom(const LProfile& profile);
+  // The description of the account bill payments are owed from: "AccountsPayable", or the
+  // description of linked slot 7's account when empty.
+  std::string GetAccountsPayable(const LProfile& profile) const;
+};
+
+// The number of taxes defined ("TaxSystem" of the "Tax" option record).
+int LBillTaxCount(const LProfile& profile);
+// The account into which tax k paid is posted: the account described by "TaxAccountPaid%d" of
+// the tax options; when that is empty or names no account, linked slot 6 ("Taxe à la vente
+// versée").
+std::string LBillTaxPaidAccountNumber(const LProfile& profile, int tax);
+
+// Posts the bill. Reference: "JournalTxnRef" when set (no number used); otherwise the next
+// purchases number not already a bill's identifier (the counter then stands one past it). The
+// tax lines carry the reference in their tax value and leave the document column empty, unlike
+// the other lines: that is how they have always been written. Afterwards the bill's key and
+// "JournalTxnRef" are the reference (the caller saves the bill). false when the ledger could
+// not be written.
+bool LBillRecordTransactions(LProfile& profile, LBill& bill, std::string_view userName);
+
+// The ledger's route for "Achats": the bill document, when its "JournalTxnRef" is reference, is
+// deleted with its postings. false when there is no such bill.
+bool LBillDeleteForLedger(LProfile& profile, std::string_view document, std::string_view reference);

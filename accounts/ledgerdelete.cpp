@@ -1,0 +1,94 @@
+#include "accounts/ledgerdelete.h"
+
+#include <strings.h>
+
+#include <map>
+#include <mutex>
+#include <string>
+
+#include "accounts/billpayments.h"
+#include "accounts/bills.h"
+#include "accounts/ledger.h"
+#include "accounts/ledgerlock.h"
+#include "llib/gen/csv.h"
+#include "llib/gen/file.h"
+
+namespace {
+
+bool SameText(std::string_view a, std::string_view b) {
+  return a.size() == b.size() && ::strncasecmp(a.data(), b.data(), a.size()) == 0;
+}
+
+// Drops the reconciliation rows of one removed line: same date and reference (any letter case)
+// and the same amount.
+void RemoveReconciledRow(const LProfile& profile, const LLedgerJournalLine& line, std::string_view reference) {
+  LTextBuffer path;
+  LReconcileGetCSVFilePath(profile, path, line.account);
+  if (!LFile::Exists(path)) return;
+  LCSVFileEditor editor(path, kLedgerLockTimeoutMs);
+  for (; editor.HasRow(); editor.Next()) {
+    LCSVReaderRow row(editor.GetLine());
+    LTextBuffer date, ref, amount;
+    row.GetCol(date);
+    row.GetCol(ref);
+    row.GetCol(amount);
+    bool isLine = SameText(date, line.date) && SameText(ref, reference) &&
+                  LLedgerReadAmountFromTheLedger(amount) == line.amount;
+    if (!isLine) editor.RowAccept();
+  }
+}
+
+struct LRouteTable {
+  std::mutex mutex;
+  std::map<std::string, LDocumentDeleteRoute, std::less<>> routes{
+      {std::string(kTxnTypePurchase), LBillDeleteForLedger},
+      {std::string(kTxnTypeBillPayment), LBillPaymentDeleteForLedger},
+  };
+};
+
+LRouteTable& Routes() {
+  static LRouteTable table;
+  return table;
+}
+
+LDocumentDeleteRoute FindRoute(std::string_view type) {
+  LRouteTable& table = Routes();
+  std::lock_guard<std::mutex> guard(table.mutex);
+  auto it = table.routes.find(type);
+  return it == table.routes.end() ? nullptr : it->second;
+}
+
+}  // namespace
+
+bool LAccountTransactionDelete(LProfile& profile, std::string_view date, std::string_view reference) {
+  LLedgerLock lock(profile);
+  LLedgerTransaction txn;
+  if (!LLedgerTransactionLoadAndReverse(profile, txn, date, reference)) return false;
+  for (const auto& line : txn.Lines()) RemoveReconciledRow(profile, line, reference);
+  _LAccountTransactionRecord(profile, txn, -1);
+  return true;
+}
+
+void LLedgerSetDocumentDeleteRoute(std::string_view type, LDocumentDeleteRoute route) {
+  LRouteTable& table = Routes();
+  std::lock_guard<std::mutex> guard(table.mutex);
+  if (route == nullptr) table.routes.erase(std::string(type));
+  else table.routes[std::string(type)] = route;
+}
+
+bool LedgerTransactionDelete(LProfile& profile, std::string_view date, std::string_view reference) {
+  LLedgerTransaction txn;
+  if (!LLedgerTransactionLoad(profile, txn, date, reference)) return false;
+  std::string document;
+  for (const auto& line : txn.Lines()) {
+    if (!line.document.empty()) {
+      document = line.document;
+      break;
+    }
+  }
+  if (!document.empty()) {
+    if (LDocumentDeleteRoute route = FindRoute(txn.GetType()); route != nullptr && route(profile, document, reference))
+      return true;
+  }
+  return LAccountTransactionDelete(profile, date, reference);
+}

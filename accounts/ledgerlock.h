@@ -1,0 +1,37 @@
+// The ledger lock of a business: one exclusive file lock ("Ledger/Ledger.lock") that keeps the
+// day files and the balances cached in the account records in step. Whoever appends or removes
+// journal rows together with their balance changes, or takes a reference number from a counter,
+// or reads the whole ledger to compare it with the balances, holds it; so a posting is seen
+// either whole (rows and balances) or not at all, and two processes adding to the same account
+// never lose one another's amount.
+//
+// Lock order: ledger lock, then a day file's lock, then a record file's lock. Nothing that holds
+// a day-file or record lock asks for the ledger lock.
+//
+// The lock is re-entrant within one thread (a posting inside a journal-entry save takes it
+// again without waiting on itself). Between threads and processes it excludes: every holder opens
+// its own descriptor, and flock locks belong to the open file description. Like every lock of
+// the system it is bounded: after 10,000 ms the holder proceeds without it.
+#pragma once
+
+#include <string>
+
+#include "llib/gen/filelock.h"
+
+class LProfile;
+
+class LLedgerLock {
+ public:
+  explicit LLedgerLock(const LProfile& profile);
+  ~LLedgerLock();
+  LLedgerLock(const LLedgerLock&) = delete;
+  LLedgerLock& operator=(const LLedgerLock&) = delete;
+
+  // true when this thread holds the lock (also when an outer LLedgerLock took it).
+  bool Locked() const { return locked_; }
+
+ private:
+  std::string path_;   // the lock file
+  LLockedFile file_;   // open only in the outermost holder of this thread
+  bool locked_ = false;
+};

@@ -1,0 +1,41 @@
+#include "accounts/references.h"
+
+#include <cstdio>
+
+#include "accounts/ledgerlock.h"
+#include "invoice/shared/options.h"
+#include "invoice/shared/profile.h"
+
+std::string LFormatReference(std::string_view prefix, int number) {
+  char digits[16];
+  std::snprintf(digits, sizeof digits, "%d", number);
+  return std::string(prefix) + digits;
+}
+
+std::string LReferencePrefix(const LProfile& profile, const LReferenceCounter& counter) {
+  LOptions options;
+  options.OpenFrom(profile);
+  std::string prefix = options.GetString(counter.prefixField);
+  return prefix.empty() ? std::string(counter.defaultPrefix) : prefix;
+}
+
+int LPeekReferenceNumber(const LProfile& profile, const LReferenceCounter& counter) {
+  LOptions options;
+  options.OpenFrom(profile);
+  return options.GetInt(counter.numberField, kFirstReferenceNumber);
+}
+
+void LStoreReferenceNumber(const LProfile& profile, const LReferenceCounter& counter, int next) {
+  LOptions options;
+  options.OpenFrom(profile);
+  options.SetInt(counter.numberField, next);
+  options.Flush();
+}
+
+int LTakeReferenceNumber(LProfile& profile, const LReferenceCounter& counter, const std::function<bool(int)>& isTaken) {
+  LLedgerLock lock(profile);
+  int number = LPeekReferenceNumber(profile, counter);
+  while (isTaken && isTaken(number)) ++number;
+  LStoreReferenceNumber(profile, counter, number + 1);
+  return number;
+}

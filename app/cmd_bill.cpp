@@ -1,0 +1,166 @@
+// kontavo bill add and kontavo billpayment add: supplier bills and the payments made on them,
+// saved in "Bills" and "BillPayments" and posted to the ledger.
+#include <nlohmann/json.hpp>
+#include <ostream>
+
+#include "accounts/accounts.h"
+#include "accounts/billpayments.h"
+#include "accounts/bills.h"
+#include "accounts/ledgerdelete.h"
+#include "accounts/linkedaccounts.h"
+#include "accounts/transactiondate.h"
+#include "app/cli.h"
+#include "app/cliasker.h"
+#include "app/commands.h"
+#include "invoice/shared/profile.h"
+#include "llib/gen/system.h"
+
+namespace {
+
+constexpr std::string_view kNotWritten = "Impossible d'écrire la transaction dans le grand livre.";
+
+// What every purchase posting checks first: the linked accounts, then the date guard.
+bool CanPost(LCliContext& context, LProfile& profile, const LDate& date, std::string& message) {
+  if (LDefAccountListNeedsUpdate(profile)) {
+    message = kNeededAccountsWarning;
+    return false;
+  }
+  LCliAsker asker(context);
+  return LCheckTransactionDate(profile, asker, date, &message);
+}
+
+int PrintReference(LCliContext& context, const std::string& reference) {
+  if (context.json) context.out << nlohmann::json({{"reference", reference}}).dump() << "\n";
+  else context.out << reference << "\n";
+  return kExitOk;
+}
+
+// "ACCOUNT:AMOUNT[:TAXTEXT]" into a bill's item line.
+bool ParseItem(const LProfile& profile, const std::string& word, std::string& account, long long& amount,
+               std::string& taxText) {
+  std::size_t first = word.find(':');
+  if (first == std::string::npos) return false;
+  std::size_t second = word.find(':', first + 1);
+  account = word.substr(0, first);
+  taxText = second == std::string::npos ? std::string() : word.substr(second + 1);
+  std::string amountText = word.substr(first + 1, second == std::string::npos ? std::string::npos : second - first - 1);
+  return LCliParseAmount(profile, amountText, amount);
+}
+
+}  // namespace
+
+int LCmdBill(LCliContext& context, LCliArgs& args) {
+  if (args.TakeVerb() != "add") return context.Usage();
+  std::string supplier, dateText, notes, account, reference;
+  bool supplierGiven = args.TakeOption("--supplier", supplier);
+  bool dateGiven = args.TakeOption("--date", dateText);
+  args.TakeOption("--notes", notes);
+  bool accountGiven = args.TakeOption("--account", account);
+  bool referenceGiven = args.TakeOption("--ref", reference);
+  std::vector<std::string> taxes = args.TakeOptionAll("--tax");
+  std::vector<std::string> words;
+  std::string error;
+  if (!args.Finish(words, error)) return context.Usage(error);
+  if (!supplierGiven || words.empty()) return context.Usage();
+  LProfile* profile = context.Profile();
+  if (profile == nullptr) return kExitFailed;
+
+  LBill bill;  // detached until it has its reference
+  bill.SetString("Supplier", supplier);
+  bill.SetString("Notes", notes);
+  long long total = 0;
+  for (const std::string& word : words) {
+    std::string itemAccount, taxText;
+    long long amount = 0;
+    if (!ParseItem(*profile, word, itemAccount, amount, taxText))
+      return context.Usage("ligne attendue sous la forme COMPTE:MONTANT[:TAXE] : " + word);
+    if (!LAccountIsLive(*profile, itemAccount)) return context.Fail(LAccountNotInChartMessage(itemAccount));
+    bill.AddItemLine(itemAccount, amount, taxText);
+    total += amount;
+  }
+  int nTaxes = LBillTaxCount(*profile);
+  for (const std::string& tax : taxes) {
+    std::size_t equals = tax.find('=');
+    int number = equals == 1 && tax[0] >= '1' && tax[0] <= '9' ? tax[0] - '0' : 0;
+    long long amount = 0;
+    if (number == 0 || !LCliParseAmount(*profile, tax.substr(equals + 1), amount))
+      return context.Usage("taxe attendue sous la forme K=MONTANT : " + tax);
+    if (number > nTaxes) return context.Fail("La taxe " + std::to_string(number) + " n'est pas définie.");
+    bill.SetInt64("TaxAmount" + std::to_string(number), amount);
+    total += amount;
+  }
+  bill.SetInt64("Total", total);
+  if (accountGiven) {
+    if (!LAccountIsLive(*profile, account)) return context.Fail(LAccountNotInChartMessage(account));
+    bill.SetString("DepositAccount", account);
+  }
+  LDate date;
+  if (!LCliParseDate(dateGiven, dateText, date)) return context.Fail(LCliBadDateMessage(dateText));
+  bill.SetString("Date", date.ToText());
+  std::string message;
+  if (!CanPost(context, *profile, date, message)) return context.Fail(message);
+
+  LFileStoreListBase bills = profile->List(kBillsList);
+  if (referenceGiven) {
+    // A bill posted again under its reference replaces its previous posting.
+    LBill previous;
+    if (bills.Open(previous, reference)) {
+      std::string previousDate = previous.GetString("Date");
+      previous.DetachWithoutSave();
+      LAccountTransactionDelete(*profile, previousDate, reference);
+    }
+    bill.SetString("JournalTxnRef", reference);
+  }
+  bool recorded = LBillRecordTransactions(*profile, bill, LGetPostingUserName());
+  if (!recorded) return context.Fail(kNotWritten);
+  LBill stored;
+  bills.OpenAlways(stored, bill.GetPrimaryKey());
+  stored.CopyRecord(bill);
+  stored.Flush();
+  return PrintReference(context, bill.GetPrimaryKey());
+}
+
+int LCmdBillPayment(LCliContext& context, LCliArgs& args) {
+  if (args.TakeVerb() != "add") return context.Usage();
+  std::string supplier, amountText, dateText, account, notes, method;
+  bool supplierGiven = args.TakeOption("--supplier", supplier);
+  bool amountGiven = args.TakeOption("--amount", amountText);
+  bool dateGiven = args.TakeOption("--date", dateText);
+  bool accountGiven = args.TakeOption("--account", account);
+  args.TakeOption("--notes", notes);
+  bool methodGiven = args.TakeOption("--method", method);
+  std::vector<std::string> words;
+  std::string error;
+  if (!args.Finish(words, error)) return context.Usage(error);
+  if (!supplierGiven || !amountGiven || !words.empty()) return context.Usage();
+  LProfile* profile = context.Profile();
+  if (profile == nullptr) return kExitFailed;
+  long long amount = 0;
+  if (!LCliParseAmount(*profile, amountText, amount)) return context.Usage("montant invalide : " + amountText);
+  LDate date;
+  if (!LCliParseDate(dateGiven, dateText, date)) return context.Fail(LCliBadDateMessage(dateText));
+  std::string paying = accountGiven ? account : std::string(kDefaultPaymentAccount);
+  if (LGetAccountNumberUsingDescription(*profile, paying).empty())
+    return context.Fail("Le compte \"" + paying + "\" n'existe pas dans le plan comptable.");
+  std::string message;
+  if (!CanPost(context, *profile, date, message)) return context.Fail(message);
+
+  LBillPayment payment;
+  profile->List(kBillPaymentsList).CreateNewRecord(payment);
+  payment.SetString("Supplier", supplier);
+  payment.SetInt64("Amount", amount);
+  payment.SetString("Date", date.ToText());
+  payment.SetString("Notes", notes);
+  if (accountGiven) payment.SetString("DepositAccount", account);
+  if (methodGiven) payment.SetString("BillPaymentMethod", method);
+  // The payment's key is its identifier in the ledger: it is taken before posting.
+  if (!payment.Flush()) return context.Fail("Impossible de créer la fiche.");
+  if (!LBillPaymentRecordTransactions(*profile, payment, LGetPostingUserName())) {
+    std::string key = payment.GetPrimaryKey();
+    payment.DetachWithoutSave();
+    profile->List(kBillPaymentsList).Delete(key);
+    return context.Fail(kNotWritten);
+  }
+  payment.Flush();
+  return PrintReference(context, payment.GetString("JournalTxnRef"));
+}

@@ -1,0 +1,179 @@
+// kontavo invoice|quote|order|creditnote|porder new|show|list|edit|record|delete: the sales-side
+// documents. Every kind takes the same words; the kind decides the lists and whether recording
+// posts to the ledger and moves the customer's balance (invoices and credit notes).
+#include <algorithm>
+#include <nlohmann/json.hpp>
+#include <ostream>
+
+#include "app/cli.h"
+#include "app/commands.h"
+#include "app/documentinput.h"
+#include "app/documentview.h"
+#include "invoice/shared/profile.h"
+#include "invoice/shared/salesbook.h"
+#include "llib/gen/filestore.h"
+
+namespace {
+
+constexpr std::string_view kDocumentMissing = "Document introuvable : ";
+
+// Numbers in number order, then other keys in byte order.
+bool KeyLess(const std::string& a, const std::string& b) {
+  bool aNumber = !a.empty() && a.find_first_not_of("0123456789") == std::string::npos;
+  bool bNumber = !b.empty() && b.find_first_not_of("0123456789") == std::string::npos;
+  if (aNumber != bNumber) return aNumber;
+  if (aNumber && a.size() != b.size()) return a.size() < b.size();
+  return a < b;
+}
+
+int New(LCliContext& context, const LSalesDocumentKind& kind, LCliArgs& args) {
+  bool draft = args.TakeFlag("--draft");
+  std::string number;
+  args.TakeOption("--number", number);
+  LDocumentInput input;
+  input.TakeFrom(args);
+  std::vector<std::string> words;
+  std::string error;
+  if (!args.Finish(words, error)) return context.Usage(error);
+  if (words.size() != 1) return context.Usage();
+  if (input.file.empty() && input.customer.empty()) return context.Usage("donnez --file ou --customer");
+  if (!input.file.empty() && input.HasFieldOptions()) return context.Usage("--file exclut les autres options");
+  LProfile* profile = context.Profile();
+  if (profile == nullptr) return kExitFailed;
+
+  LSalesDocument content;
+  if (!LApplyDocumentInput(*profile, kind, input, true, content, error)) return context.Fail(error);
+  std::string key;
+  if (!LSalesDocumentCreate(*profile, kind, content, draft, number, key, &error)) return context.Fail(error);
+  if (context.json) context.out << nlohmann::json({{"key", key}}).dump() << "\n";
+  else context.out << key << "\n";
+  return kExitOk;
+}
+
+int Show(LCliContext& context, const LSalesDocumentKind& kind, const std::string& key) {
+  LProfile* profile = context.Profile();
+  if (profile == nullptr) return kExitFailed;
+  LSalesDocument document;
+  if (!LSalesDocumentOpen(*profile, kind, key, document)) return context.Fail(std::string(kDocumentMissing) + key + ".");
+  if (context.json) context.out << LDocumentToJson(*profile, kind, document).dump() << "\n";
+  else LPrintDocument(*profile, kind, document, context.out);
+  return kExitOk;
+}
+
+int List(LCliContext& context, const LSalesDocumentKind& kind, LCliArgs& args) {
+  std::string from, to, customer;
+  args.TakeOption("--from", from);
+  args.TakeOption("--to", to);
+  args.TakeOption("--customer", customer);
+  bool drafts = args.TakeFlag("--drafts");
+  std::vector<std::string> words;
+  std::string error;
+  if (!args.Finish(words, error)) return context.Usage(error);
+  if (words.size() != 1) return context.Usage();
+  LProfile* profile = context.Profile();
+  if (profile == nullptr) return kExitFailed;
+
+  const LFileStoreListBase& list = profile->MainList(drafts ? kind.draftsList : kind.recordedList);
+  std::vector<std::string> keys;
+  LSalesDocument document;
+  for (LFileStoreIteratorBase it(list, document); document.IsAttached(); it.Next(document)) {
+    std::string date = document.GetDate();
+    if ((!from.empty() && date < from) || (!to.empty() && date > to)) continue;
+    if (!customer.empty() && document.GetCustomer() != customer) continue;
+    keys.push_back(document.GetPrimaryKey());
+  }
+  std::sort(keys.begin(), keys.end(), KeyLess);
+  nlohmann::ordered_json all = nlohmann::ordered_json::array();
+  for (const auto& key : keys) {
+    LSalesDocument one;
+    if (!list.Open(one, key)) continue;
+    if (context.json) all.push_back(LDocumentToJson(*profile, kind, one));
+    else LPrintDocumentSummary(*profile, kind, one, context.out);
+  }
+  if (context.json) context.out << all.dump() << "\n";
+  return kExitOk;
+}
+
+int Edit(LCliContext& context, const LSalesDocumentKind& kind, LCliArgs& args) {
+  LDocumentInput input;
+  input.TakeFrom(args);
+  std::vector<std::string> words;
+  std::string error;
+  if (!args.Finish(words, error)) return context.Usage(error);
+  if (words.size() != 2) return context.Usage();
+  if (!input.file.empty() && input.HasFieldOptions()) return context.Usage("--file exclut les autres options");
+  LProfile* profile = context.Profile();
+  if (profile == nullptr) return kExitFailed;
+  const std::string& key = words[1];
+
+  // The options are read once on a copy so that a bad value refuses the edit before anything
+  // is written; the edit then applies them again for real.
+  LSalesDocument trial;
+  if (!LSalesDocumentOpen(*profile, kind, key, trial)) return context.Fail(std::string(kDocumentMissing) + key + ".");
+  LSalesDocument copy;
+  copy.CopyRecord(trial);
+  trial.Invalidate();
+  if (!LApplyDocumentInput(*profile, kind, input, false, copy, error)) return context.Fail(error);
+  auto change = [&](LSalesDocument& document) {
+    std::string ignored;
+    (void)LApplyDocumentInput(*profile, kind, input, false, document, ignored);
+  };
+  if (!LSalesDocumentEdit(*profile, kind, key, change, &error)) return context.Fail(error);
+  return kExitOk;
+}
+
+int Record(LCliContext& context, const LSalesDocumentKind& kind, const std::string& key) {
+  LProfile* profile = context.Profile();
+  if (profile == nullptr) return kExitFailed;
+  std::string newKey, error;
+  if (!LSalesDocumentRecordDraft(*profile, kind, key, newKey, &error)) return context.Fail(error);
+  if (context.json) context.out << nlohmann::json({{"key", newKey}}).dump() << "\n";
+  else context.out << newKey << "\n";
+  return kExitOk;
+}
+
+int Delete(LCliContext& context, const LSalesDocumentKind& kind, const std::string& key) {
+  LProfile* profile = context.Profile();
+  if (profile == nullptr) return kExitFailed;
+  std::string error;
+  if (!LSalesDocumentDelete(*profile, kind, key, &error)) return context.Fail(error);
+  return kExitOk;
+}
+
+int RunDocumentCommand(LCliContext& context, LCliArgs& args, LSalesDocumentType type) {
+  const LSalesDocumentKind& kind = LSalesDocumentKindOf(type);
+  // The verb decides which options exist.
+  std::string verb = LCliPeekVerb(args,
+                                  {"--number", "--file", "--customer", "--date", "--terms", "--line", "--shipping",
+                                   "--shipping-tax", "--notes", "--from", "--to"},
+                                  {"--draft", "--untaxed", "--drafts"});
+  if (verb == "new") return New(context, kind, args);
+  if (verb == "list") return List(context, kind, args);
+  if (verb == "edit") return Edit(context, kind, args);
+  std::vector<std::string> words;
+  std::string error;
+  if (!args.Finish(words, error)) return context.Usage(error);
+  if (words.size() != 2) return context.Usage();
+  if (verb == "show") return Show(context, kind, words[1]);
+  if (verb == "record") return Record(context, kind, words[1]);
+  if (verb == "delete") return Delete(context, kind, words[1]);
+  return context.Usage();
+}
+
+}  // namespace
+
+int LCmdInvoice(LCliContext& context, LCliArgs& args) {
+  return RunDocumentCommand(context, args, LSalesDocumentType::kInvoice);
+}
+int LCmdQuote(LCliContext& context, LCliArgs& args) {
+  return RunDocumentCommand(context, args, LSalesDocumentType::kQuote);
+}
+int LCmdOrder(LCliContext& context, LCliArgs& args) {
+  return RunDocumentCommand(context, args, LSalesDocumentType::kOrder);
+}
+int LCmdCreditNote(LCliContext& context, LCliArgs& args) {
+  return RunDocumentCommand(context, args, LSalesDocumentType::kCreditNote);
+}
+int LCmdPOrder(LCliContext& context, LCliArgs& args) {
+  return RunDocumentCommand(context, args, LSalesDocumentType::kPOrder);
+}

@@ -1,0 +1,133 @@
+// kontavo journal ... and kontavo transfer: general transactions typed in by the user, saved
+// with the checks of the journal-entry window, and transfers between two accounts.
+#include <nlohmann/json.hpp>
+#include <ostream>
+
+#include "accounts/journalentry.h"
+#include "accounts/ledger.h"
+#include "accounts/transfer.h"
+#include "app/cli.h"
+#include "app/cliasker.h"
+#include "app/commands.h"
+#include "invoice/shared/profile.h"
+
+namespace {
+
+// "dr:ACCOUNT:AMOUNT" or "cr:ACCOUNT:AMOUNT" into a line; false with problem set otherwise.
+bool ParseLine(const LProfile& profile, std::string_view word, LJournalEntryLine& line, std::string& problem) {
+  std::size_t first = word.find(':');
+  std::size_t last = word.rfind(':');
+  std::string_view side = word.substr(0, first);
+  if (first == std::string_view::npos || first == last || (side != "dr" && side != "cr")) {
+    problem = "ligne attendue sous la forme dr:COMPTE:MONTANT ou cr:COMPTE:MONTANT : " + std::string(word);
+    return false;
+  }
+  std::string_view amount = word.substr(last + 1);
+  if (!LCliParseAmount(profile, amount, line.amount)) {
+    problem = "montant invalide : " + std::string(amount);
+    return false;
+  }
+  line.side = side == "cr" ? "CR" : "DR";
+  line.account = LJournalEntryAccountFromColumn(word.substr(first + 1, last - first - 1));
+  return true;
+}
+
+// The type index of a stored transaction's type text; the general journal's for other texts.
+int TypeIndexOf(std::string_view type) {
+  for (std::size_t i = 0; i < kJournalEntryTypes.size(); ++i)
+    if (kJournalEntryTypes[i] == type) return static_cast<int>(i);
+  return kJournalEntryGeneralType;
+}
+
+// journal add / journal edit: the options of the entry, then CmOk.
+int Save(LCliContext& context, LProfile& profile, LCliArgs& args, bool editing) {
+  std::string date, type, reference, description;
+  bool dateGiven = args.TakeOption("--date", date);
+  bool typeGiven = args.TakeOption("--type", type);
+  bool referenceGiven = args.TakeOption("--ref", reference);
+  bool descriptionGiven = args.TakeOption("--desc", description);
+  std::vector<std::string> words;
+  std::string error;
+  if (!args.Finish(words, error)) return context.Usage(error);
+  if (editing && words.size() < 2) return context.Usage();
+
+  LCliAsker asker(context);
+  LJournalEntryDlg dialog(profile, asker);
+  std::size_t firstLine = 0;
+  if (editing) {
+    // The stored entry fills in whatever the command leaves out.
+    LLedgerTransaction stored;
+    if (!LLedgerTransactionLoad(profile, stored, words[0], words[1]))
+      return context.Fail("La transaction " + words[1] + " du " + words[0] + " n'existe pas dans le grand livre.");
+    dialog.existing = true;
+    dialog.storedDate = stored.GetDate();
+    dialog.storedReference = stored.GetReference();
+    LDate::Parse(stored.GetDate(), dialog.date);
+    dialog.typeIndex = TypeIndexOf(stored.GetType());
+    dialog.reference = stored.GetReference();
+    dialog.description = stored.Lines().front().description;
+    for (const auto& line : stored.Lines())
+      dialog.lines.push_back({line.account, line.amount < 0 ? -line.amount : line.amount, line.amount < 0 ? "CR" : "DR"});
+    firstLine = 2;
+  } else {
+    dialog.date = LDate::Today();
+  }
+  if (dateGiven && !LDate::Parse(date, dialog.date)) return context.Fail(LCliBadDateMessage(date));
+  if (typeGiven) {
+    if (type.size() != 1 || type[0] < '0' || type[0] > '4') return context.Usage("--type attend 0 à 4");
+    dialog.typeIndex = type[0] - '0';
+  }
+  if (referenceGiven) dialog.reference = reference;
+  if (descriptionGiven) dialog.description = description;
+  if (words.size() > firstLine) {
+    dialog.lines.clear();
+    for (std::size_t i = firstLine; i < words.size(); ++i) {
+      LJournalEntryLine line;
+      std::string problem;
+      if (!ParseLine(profile, words[i], line, problem)) return context.Usage(problem);
+      dialog.lines.push_back(std::move(line));
+    }
+  }
+  std::string message;
+  if (!dialog.CmOk(&message)) return context.Fail(message);
+  if (context.json)
+    context.out << nlohmann::json({{"reference", dialog.GetSavedReference()}, {"written", dialog.WroteLedger()}}).dump()
+                << "\n";
+  else
+    context.out << dialog.GetSavedReference() << "\n";
+  return kExitOk;
+}
+
+}  // namespace
+
+int LCmdJournal(LCliContext& context, LCliArgs& args) {
+  std::string verb = args.TakeVerb();
+  if (verb != "add" && verb != "edit") return context.Usage();
+  LProfile* profile = context.Profile();
+  if (profile == nullptr) return kExitFailed;
+  return Save(context, *profile, args, verb == "edit");
+}
+
+int LCmdTransfer(LCliContext& context, LCliArgs& args) {
+  std::string from, to, amountText, dateText;
+  args.TakeOption("--from", from);
+  args.TakeOption("--to", to);
+  bool amountGiven = args.TakeOption("--amount", amountText);
+  bool dateGiven = args.TakeOption("--date", dateText);
+  std::vector<std::string> words;
+  std::string error;
+  if (!args.Finish(words, error)) return context.Usage(error);
+  if (!words.empty() || !amountGiven) return context.Usage();
+  LProfile* profile = context.Profile();
+  if (profile == nullptr) return kExitFailed;
+  long long amount = 0;
+  if (!LCliParseAmount(*profile, amountText, amount)) return context.Usage("montant invalide : " + amountText);
+  LDate date;
+  if (!LCliParseDate(dateGiven, dateText, date)) return context.Fail(LCliBadDateMessage(dateText));
+  LCliAsker asker(context);
+  std::string reference, message;
+  if (!LAccountTransfer(*profile, asker, from, to, amount, date, &reference, &message)) return context.Fail(message);
+  if (context.json) context.out << nlohmann::json({{"reference", reference}}).dump() << "\n";
+  else context.out << reference << "\n";
+  return kExitOk;
+}

@@ -1,0 +1,194 @@
+// kontavo mail ...: the user's e-mail settings and sending one message with them.
+#include <unistd.h>
+
+#include <filesystem>
+#include <nlohmann/json.hpp>
+#include <optional>
+#include <ostream>
+
+#include "app/cli.h"
+#include "app/commands.h"
+#include "llib/gen/file.h"
+#include "llib/gen/process.h"
+#include "llib/gen/system.h"
+#include "llib/net/email.h"
+#include "llib/net/emailaddress.h"
+#include "llib/net/emailsettings.h"
+
+namespace {
+
+// Progress of a send drawn on one terminal line: a bar, the percentage and the status text.
+class TerminalProgress : public LProcessInterfaceRecorder {
+ public:
+  explicit TerminalProgress(std::ostream& out) : out_(out) {}
+  ~TerminalProgress() override {
+    if (drawn_) out_ << "\n" << std::flush;
+  }
+  void SetStatus(std::string_view text, int line) override {
+    LProcessInterfaceRecorder::SetStatus(text, line);
+    if (line == 0) Draw();
+  }
+  void SetProgress(double fraction) override {
+    fraction_ = fraction < 0 ? 0 : fraction > 1 ? 1 : fraction;
+    Draw();
+  }
+
+ private:
+  static constexpr int kBarWidth = 30;
+  void Draw() {
+    int filled = static_cast<int>(fraction_ * kBarWidth + 0.5);
+    out_ << "\r\033[K[" << std::string(static_cast<std::size_t>(filled), '#')
+         << std::string(static_cast<std::size_t>(kBarWidth - filled), '.') << "] "
+         << static_cast<int>(fraction_ * 100 + 0.5) << " % " << GetStatus(0) << std::flush;
+    drawn_ = true;
+  }
+
+  std::ostream& out_;
+  double fraction_ = 0;
+  bool drawn_ = false;
+};
+
+bool ParseOnOff(const std::string& word, bool& value) {
+  if (word != "on" && word != "off") return false;
+  value = word == "on";
+  return true;
+}
+
+void PrintSettings(LCliContext& context, const LEmailSettings& settings) {
+  if (context.json) {
+    nlohmann::json json = {
+        {"server", settings.server},         {"user", settings.user},
+        {"passwordSet", !settings.password.empty()}, {"sender", settings.sender},
+        {"replyTo", settings.replyTo},       {"starttls", settings.useEncryption},
+        {"verify", settings.verifyCertificate},      {"caFile", settings.caFile},
+    };
+    context.out << json.dump() << "\n";
+    return;
+  }
+  context.out << "server=" << settings.server << "\n"
+              << "user=" << settings.user << "\n"
+              << "password=" << (settings.password.empty() ? "" : "********") << "\n"
+              << "sender=" << settings.sender << "\n"
+              << "reply-to=" << settings.replyTo << "\n"
+              << "starttls=" << (settings.useEncryption ? "on" : "off") << "\n"
+              << "verify=" << (settings.verifyCertificate ? "on" : "off") << "\n"
+              << "ca-file=" << settings.caFile << "\n";
+}
+
+std::string ReadStandardInput() {
+  std::string text;
+  char buffer[4096];
+  for (;;) {
+    long long count = LRobustRead(STDIN_FILENO, buffer, sizeof buffer);
+    if (count <= 0) break;
+    text.append(buffer, static_cast<std::size_t>(count));
+  }
+  return text;
+}
+
+// The options of both actions, taken before the action word is known (LCliArgs hands out the
+// positional words only once every option is taken).
+struct MailOptions {
+  std::optional<std::string> server, user, sender, replyTo, starttls, verify, caFile;
+  bool passwordStdin = false;
+  std::optional<std::string> to, subject, body, bodyFile, htmlFile;
+  std::vector<std::string> attachments;
+
+  void Take(LCliArgs& args) {
+    for (auto [name, value] : {std::pair{"--server", &server}, {"--user", &user}, {"--sender", &sender},
+                               {"--reply-to", &replyTo}, {"--starttls", &starttls}, {"--verify", &verify},
+                               {"--ca-file", &caFile}, {"--to", &to}, {"--subject", &subject}, {"--body", &body},
+                               {"--body-file", &bodyFile}, {"--html-file", &htmlFile}}) {
+      std::string text;
+      if (args.TakeOption(name, text)) *value = text;
+    }
+    passwordStdin = args.TakeFlag("--password-stdin");
+    attachments = args.TakeOptionAll("--attach");
+  }
+  bool HasConfigOptions() const {
+    return server || user || sender || replyTo || starttls || verify || caFile || passwordStdin;
+  }
+  bool HasSendOptions() const { return to || subject || body || bodyFile || htmlFile || !attachments.empty(); }
+};
+
+int MailConfig(LCliContext& context, const MailOptions& options) {
+  LEmailSettings settings = LEmailSettingsLoad();
+  if (options.server) {
+    LIPAddressWithPort parsed;
+    if (!options.server->empty() && !LIPAddressWithPort::Parse(*options.server, 587, parsed))
+      return context.Fail("Serveur de messagerie non valide : " + *options.server);
+    settings.server = *options.server;
+  }
+  if (options.user) settings.user = *options.user;
+  if (options.passwordStdin) {
+    std::string password = ReadStandardInput();
+    if (password.ends_with('\n')) password.pop_back();
+    if (password.ends_with('\r')) password.pop_back();
+    settings.password = password;
+  }
+  for (auto [address, setting] : {std::pair{&options.sender, &settings.sender}, {&options.replyTo, &settings.replyTo}}) {
+    if (!*address) continue;
+    if (!(*address)->empty() && !LEmail::ValidateAddressSingle(**address))
+      return context.Fail("Adresse de courriel non valide : " + **address);
+    *setting = **address;
+  }
+  if (options.starttls && !ParseOnOff(*options.starttls, settings.useEncryption))
+    return context.Usage("--starttls attend on ou off");
+  if (options.verify && !ParseOnOff(*options.verify, settings.verifyCertificate))
+    return context.Usage("--verify attend on ou off");
+  if (options.caFile) {
+    std::string content;
+    if (!options.caFile->empty() && !LFile::ReadAll(*options.caFile, content))
+      return context.Fail("Fichier de certificats illisible : " + *options.caFile);
+    // Kept absolute: the service reads it later from another working folder.
+    std::error_code error;
+    settings.caFile = options.caFile->empty() ? std::string() : std::filesystem::absolute(*options.caFile, error).string();
+  }
+  if (options.HasConfigOptions()) LEmailSettingsSave(settings);
+  PrintSettings(context, settings);
+  return kExitOk;
+}
+
+int MailSend(LCliContext& context, const MailOptions& options) {
+  if (!options.to || options.body.has_value() == options.bodyFile.has_value()) return context.Usage();
+  EmailSMTPSendProcess request;
+  LEmailSettingsFillRequest(LEmailSettingsLoad(), request);
+  request.recipients = *options.to;
+  request.subject = options.subject.value_or("");
+  if (options.body) request.text = *options.body;
+  if (options.bodyFile && !LFile::ReadAll(*options.bodyFile, request.text))
+    return context.Fail("Impossible de lire le fichier : " + *options.bodyFile);
+  if (options.htmlFile && !LFile::ReadAll(*options.htmlFile, request.html))
+    return context.Fail("Impossible de lire le fichier : " + *options.htmlFile);
+  request.attachments = options.attachments;
+
+  LProcessResult result;
+  std::string error;
+  if (LIsTerminal(STDERR_FILENO)) {
+    TerminalProgress progress(context.err);
+    result = Process(progress, request);
+    error = progress.GetError();
+  } else {
+    LProcessInterfaceRecorder silent;
+    result = Process(silent, request);
+    error = silent.GetError();
+  }
+  if (result == kProcessCancelled) return context.Fail("Envoi annulé.");
+  if (result != kProcessFinished) return context.Fail(error);
+  if (context.json) context.out << nlohmann::json({{"sent", true}}).dump() << "\n";
+  return kExitOk;
+}
+
+}  // namespace
+
+int LCmdMail(LCliContext& context, LCliArgs& args) {
+  MailOptions options;
+  options.Take(args);
+  std::vector<std::string> words;
+  std::string problem;
+  if (!args.Finish(words, problem)) return context.Usage(problem);
+  if (words.size() != 1) return context.Usage();
+  if (words[0] == "config" && !options.HasSendOptions()) return MailConfig(context, options);
+  if (words[0] == "send" && !options.HasConfigOptions()) return MailSend(context, options);
+  return context.Usage();
+}

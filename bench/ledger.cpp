@@ -1,0 +1,141 @@
+// Posting and checking throughput.
+//   - Balanced two-line transactions posted per second through LAccountTransactionRecord into a
+//     business with the default chart: each posting takes the ledger lock, appends two rows to a
+//     day file under its lock, and reads, changes and rewrites two account records.
+//   - The bare file work of one posting, in the same run: an append of two rows under flock, and
+//     a read-rewrite-truncate of two small files. The ratio of the two rates is the cost of
+//     everything else (paths, parsing, record merging, the ledger lock).
+//   - The time of `kontavo check` over 1,000,000 journal lines spread over ten years of day
+//     files (generated once, in a temporary folder).
+#include <benchmark/benchmark.h>
+#include <fcntl.h>
+#include <sys/file.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <string>
+
+#include "accounts/accounts.h"
+#include "accounts/ledger.h"
+#include "invoice/shared/options.h"
+#include "invoice/shared/profile.h"
+#include "llib/gen/date.h"
+#include "llib/gen/file.h"
+
+namespace {
+
+// A temporary application folder for one benchmark, removed afterwards.
+class BenchHome {
+ public:
+  BenchHome() {
+    std::string pattern = LFile::GetTempFolder() + "/kontavo-bench-ledger-XXXXXX";
+    if (::mkdtemp(pattern.data()) != nullptr) path_ = pattern;
+    ::setenv("KONTAVO_HOME", path_.c_str(), 1);
+  }
+  ~BenchHome() {
+    if (!path_.empty()) LFile::RemoveTree(path_);
+  }
+  const std::string& Path() const { return path_; }
+  std::string Business() const { return path_ + "/Shared"; }
+
+ private:
+  std::string path_;
+};
+
+void BM_PostBalancedTransaction(benchmark::State& state) {
+  BenchHome home;
+  LProfile profile(home.Business());
+  LAccountListCreateDefault(profile);
+  LDate first(2024, 1, 1);
+  long i = 0;
+  for (auto _ : state) {
+    LLedgerTransaction txn(first.AddDays(i % 365).ToText(), "GJ" + std::to_string(10000 + i), "General");
+    txn.AddLine("6410", "Loyer", 12345, "bench", "", "");
+    txn.AddLine("1110", "Loyer", -12345, "bench", "", "");
+    if (!LAccountTransactionRecord(profile, txn)) state.SkipWithError("posting failed");
+    ++i;
+  }
+  state.SetItemsProcessed(state.iterations());
+}
+BENCHMARK(BM_PostBalancedTransaction)->Unit(benchmark::kMicrosecond);
+
+void RewriteSmallFile(const std::string& path) {
+  int fd = ::open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0666);
+  ::flock(fd, LOCK_EX);
+  char buffer[4096];
+  ssize_t n = ::read(fd, buffer, sizeof buffer);
+  std::string text(buffer, n > 0 ? static_cast<std::size_t>(n) : 0);
+  text += "x";
+  if (text.size() > 600) text.resize(300);
+  ::lseek(fd, 0, SEEK_SET);
+  if (::write(fd, text.data(), text.size()) < 0) std::abort();
+  if (::ftruncate(fd, static_cast<off_t>(text.size())) != 0) std::abort();
+  ::close(fd);
+}
+
+void BM_BareFileOperations(benchmark::State& state) {
+  BenchHome home;
+  LProfile profile(home.Business());
+  LTextBuffer folder;
+  LLegderGetBaseFolder(profile, folder);
+  std::string day = LFile::MakeFilePath(folder, "2024-01-01.csv");
+  std::string first = home.Path() + "/a.dat", second = home.Path() + "/b.dat";
+  const std::string rows =
+      "\"2024-01-01\",\"GJ10000\",\"General\",\"6410\",\"\",\"Loyer\",\"+123.45\",\"Tax=&UserName=bench\",\"\"\r\n"
+      "\"2024-01-01\",\"GJ10000\",\"General\",\"1110\",\"\",\"Loyer\",\"-123.45\",\"Tax=&UserName=bench\",\"\"\r\n";
+  for (auto _ : state) {
+    int fd = ::open(day.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0666);
+    ::flock(fd, LOCK_EX);
+    ::lseek(fd, 0, SEEK_END);
+    if (::write(fd, rows.data(), rows.size()) < 0) std::abort();
+    ::close(fd);
+    RewriteSmallFile(first);
+    RewriteSmallFile(second);
+  }
+  state.SetItemsProcessed(state.iterations());
+}
+BENCHMARK(BM_BareFileOperations)->Unit(benchmark::kMicrosecond);
+
+// Ten years of day files, 1,000,000 lines in all, posted to eight accounts; the balances are
+// then fixed once so that the timed check finds nothing to report.
+void BM_CheckOneMillionLines(benchmark::State& state) {
+  BenchHome home;
+  {
+    LProfile profile(home.Business());
+    LAccountListCreateDefault(profile);
+    LTextBuffer folder;
+    LLegderGetBaseFolder(profile, folder);
+    const char* accounts[] = {"1110", "1120", "1210", "2210", "4110", "6110", "6410", "6420"};
+    constexpr long kLines = 1000000;
+    LDate first(2015, 1, 1);
+    long nDays = LDate(2025, 1, 1).DayNumber() - first.DayNumber();
+    long perDay = kLines / nDays + 1;
+    long written = 0;
+    for (long d = 0; d < nDays && written < kLines; ++d) {
+      std::string date = first.AddDays(d).ToText();
+      std::string text;
+      for (long j = 0; j + 1 < perDay + 1 && written < kLines; j += 2) {
+        LLedgerTransaction txn(date, "GJ" + std::to_string(written), "General");
+        long long amount = 100 + written % 9999;
+        txn.AddLine(accounts[written % 8], "Écriture", amount, "bench", "", "");
+        txn.AddLine(accounts[(written + 3) % 8], "Écriture", -amount, "bench", "", "");
+        for (const auto& line : txn.Lines()) text += line.BuildCSVRow();
+        written += 2;
+      }
+      int fd = ::open(LFile::MakeFilePath(folder, date + ".csv").c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0666);
+      if (::write(fd, text.data(), text.size()) < 0) std::abort();
+      ::close(fd);
+    }
+    state.counters["lines"] = static_cast<double>(written);
+  }
+  std::string fixCommand = std::string(KONTAVO_BIN) + " --home " + home.Path() + " check --fix >/dev/null";
+  if (std::system(fixCommand.c_str()) != 0) state.SkipWithError("check --fix failed");
+  std::string checkCommand = std::string(KONTAVO_BIN) + " --home " + home.Path() + " check";
+  for (auto _ : state) {
+    int status = std::system(checkCommand.c_str());
+    if (status != 0) state.SkipWithError("check found differences");
+  }
+}
+BENCHMARK(BM_CheckOneMillionLines)->Unit(benchmark::kSecond)->Iterations(1)->UseRealTime();
+
+}  // namespace

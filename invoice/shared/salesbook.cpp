@@ -1,0 +1,213 @@
+#include "invoice/shared/salesbook.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include "invoice/shared/customer.h"
+#include "invoice/shared/profile.h"
+#include "llib/gen/file.h"
+
+namespace {
+
+constexpr std::string_view kSuppliersList = "Suppliers";
+
+void SetError(std::string* error, std::string message) {
+  if (error != nullptr) *error = std::move(message);
+}
+
+bool IsPosted(const LSalesDocumentKind& kind) {
+  return kind.type == LSalesDocumentType::kInvoice || kind.type == LSalesDocumentType::kCreditNote;
+}
+
+bool IsDraftKey(std::string_view key) { return key.compare(0, kDraftKeyPrefix.size(), kDraftKeyPrefix) == 0; }
+
+// The party of a document must exist: a customer, or a supplier for a purchase order.
+bool CheckParty(LProfile& profile, const LSalesDocumentKind& kind, const std::string& party, std::string* error) {
+  bool purchase = kind.type == LSalesDocumentType::kPOrder;
+  if (party.empty()) {
+    SetError(error, purchase ? "Veuillez sélectionner un fournisseur." : "Veuillez sélectionner un client.");
+    return false;
+  }
+  if (!profile.MainList(purchase ? kSuppliersList : kCustomersList).TestRecordExists(party)) {
+    SetError(error, (purchase ? "Le fournisseur « " : "Le client « ") + party + " » n'existe pas.");
+    return false;
+  }
+  return true;
+}
+
+// Takes key in list by creating its file exclusively; false when it exists already.
+bool ReserveKey(const LFileStoreListBase& list, const std::string& key) {
+  int fd = LRobustOpen(list.MakeRecordPath(key), O_RDWR | O_CREAT | O_EXCL, 0666);
+  if (fd < 0) return false;
+  ::close(fd);
+  return true;
+}
+
+// The first free "DFT<n>" of the drafts list, taken.
+std::string ReserveDraftKey(const LFileStoreListBase& list) {
+  for (long number = 1;; ++number) {
+    std::string key = std::string(kDraftKeyPrefix) + std::to_string(number);
+    if (ReserveKey(list, key)) return key;
+    if (!list.TestRecordExists(key)) return {};  // the folder cannot be written
+  }
+}
+
+// Attaches document to list under key (reserved now), or under the first free number when key
+// is empty (taken by the first save). false when key is taken.
+bool AttachNew(const LFileStoreListBase& list, std::string_view key, LSalesDocument& document) {
+  if (key.empty()) {
+    list.CreateNewRecord(document);
+    return true;
+  }
+  if (!ReserveKey(list, std::string(key))) return false;
+  return list.Open(document, key);
+}
+
+// Fields a new document never takes from its content: the totaller recomputes the total (and
+// moves the balance from 0), the posting takes a new reference, and recording ends the draft.
+bool IsCarriedToNewDocument(std::string_view field) {
+  return field != "Total" && field != "IsDraft" && field != "JournalTxnRef";
+}
+
+// Reopens document from its list so that fields deleted by the last save are gone for good
+// (a deleted field would come back on a second save of the same object).
+void Reopen(const LFileStoreListBase& list, LSalesDocument& document) {
+  std::string key = document.GetPrimaryKey();
+  document.Invalidate();
+  list.Open(document, key);
+}
+
+}  // namespace
+
+void LCoreDataCreditNoteApply(LProfile& profile, const LSalesDocument& creditNote, int sign) {
+  LCustomerChangeBalance(profile, creditNote.GetCustomer(), -sign * creditNote.GetTotal());
+}
+
+LFKTotalsChange LSalesDocumentSumTotals(LProfile& profile, const LSalesDocumentKind& kind, LSalesDocument& document) {
+  switch (kind.type) {
+    case LSalesDocumentType::kInvoice: return LInvoiceSumTotals(profile, document);
+    case LSalesDocumentType::kOrder: return LOrderSumTotals(profile, document);
+    case LSalesDocumentType::kQuote: return LQuoteSumTotals(profile, document);
+    case LSalesDocumentType::kCreditNote: return LCreditNoteSumTotals(profile, document);
+    case LSalesDocumentType::kPOrder: return LPOrderSumTotals(profile, document);
+  }
+  return {};
+}
+
+bool LSalesDocumentCreate(LProfile& profile, const LSalesDocumentKind& kind, const LRecord& content, bool draft,
+                          std::string_view key, std::string& newKey, std::string* error) {
+  if (!CheckParty(profile, kind, content.GetString("Customer"), error)) return false;
+  if (draft && !key.empty() && !IsDraftKey(key)) {
+    SetError(error, "Le numéro d'un brouillon doit commencer par DFT.");
+    return false;
+  }
+  if (!draft && IsDraftKey(key)) {
+    SetError(error, "Le numéro DFT… est réservé aux brouillons.");
+    return false;
+  }
+  const LFileStoreListBase& list = profile.MainList(draft ? kind.draftsList : kind.recordedList);
+  std::string takenKey(key);
+  if (draft && key.empty()) {
+    takenKey = ReserveDraftKey(list);
+    if (takenKey.empty()) {
+      SetError(error, "Impossible d'enregistrer le document.");
+      return false;
+    }
+  }
+  LSalesDocument document;
+  if (draft && key.empty()) {
+    list.Open(document, takenKey);
+  } else if (!AttachNew(list, takenKey, document)) {
+    SetError(error, "Un document porte déjà le numéro " + takenKey + ".");
+    return false;
+  }
+  for (const auto& field : content.Fields())
+    if (!field.deleted && IsCarriedToNewDocument(field.name)) document.SetString(field.name, field.text);
+  document.SetDirty(true);  // an empty document still takes its key
+  if (!document.Flush()) {
+    SetError(error, "Impossible d'enregistrer le document.");
+    return false;
+  }
+  newKey = document.GetPrimaryKey();
+  LSalesDocumentSumTotals(profile, kind, document);
+  if (!draft && kind.type == LSalesDocumentType::kCreditNote) LCoreDataCreditNoteApply(profile, document, +1);
+  document.Flush();
+  return true;
+}
+
+bool LSalesDocumentOpen(LProfile& profile, const LSalesDocumentKind& kind, std::string_view key,
+                        LSalesDocument& document) {
+  if (key.empty()) return false;
+  if (profile.MainList(kind.recordedList).Open(document, key)) return true;
+  return profile.MainList(kind.draftsList).Open(document, key);
+}
+
+bool LSalesDocumentEdit(LProfile& profile, const LSalesDocumentKind& kind, std::string_view key,
+                        const std::function<void(LSalesDocument&)>& change, std::string* error) {
+  const LFileStoreListBase& recordedList = profile.MainList(kind.recordedList);
+  bool recorded = recordedList.TestRecordExists(key);
+  const LFileStoreListBase& list = recorded ? recordedList : profile.MainList(kind.draftsList);
+  LSalesDocument document;
+  if (!list.Open(document, key)) {
+    SetError(error, "Document introuvable : " + std::string(key) + ".");
+    return false;
+  }
+  {
+    // The change is tried on a copy first so that a refusal writes nothing.
+    LSalesDocument trial;
+    trial.CopyRecord(document);
+    change(trial);
+    if (!CheckParty(profile, kind, trial.GetCustomer(), error)) return false;
+  }
+  bool inBooks = recorded && IsPosted(kind);
+  std::string oldCustomer = document.GetCustomer();
+  long long oldTotal = document.GetTotal();
+  if (inBooks && kind.type == LSalesDocumentType::kCreditNote) LCoreDataCreditNoteApply(profile, document, -1);
+
+  change(document);
+  document.Flush();
+  Reopen(list, document);
+
+  // The totaller moves an invoice's balance by the change of its total, on the customer it names
+  // now; a change of customer first carries the old total across.
+  if (inBooks && kind.type == LSalesDocumentType::kInvoice && document.GetCustomer() != oldCustomer) {
+    LCustomerChangeBalance(profile, oldCustomer, -oldTotal);
+    LCustomerChangeBalance(profile, document.GetCustomer(), oldTotal);
+  }
+  LSalesDocumentSumTotals(profile, kind, document);
+  if (inBooks && kind.type == LSalesDocumentType::kCreditNote) LCoreDataCreditNoteApply(profile, document, +1);
+  document.Flush();
+  return true;
+}
+
+bool LSalesDocumentRecordDraft(LProfile& profile, const LSalesDocumentKind& kind, std::string_view draftKey,
+                               std::string& newKey, std::string* error) {
+  const LFileStoreListBase& drafts = profile.MainList(kind.draftsList);
+  LSalesDocument draft;
+  if (!drafts.Open(draft, draftKey)) {
+    SetError(error, "Brouillon introuvable : " + std::string(draftKey) + ".");
+    return false;
+  }
+  if (!LSalesDocumentCreate(profile, kind, draft, false, {}, newKey, error)) return false;
+  draft.Invalidate();
+  drafts.Delete(draftKey);
+  return true;
+}
+
+bool LSalesDocumentDelete(LProfile& profile, const LSalesDocumentKind& kind, std::string_view key,
+                          std::string* error) {
+  const LFileStoreListBase& recordedList = profile.MainList(kind.recordedList);
+  const LFileStoreListBase& draftsList = profile.MainList(kind.draftsList);
+  LSalesDocument document;
+  if (recordedList.Open(document, key)) {
+    if (kind.type == LSalesDocumentType::kInvoice)
+      LCustomerChangeBalance(profile, document.GetCustomer(), -document.GetTotal());
+    if (kind.type == LSalesDocumentType::kCreditNote) LCoreDataCreditNoteApply(profile, document, -1);
+    document.Invalidate();
+    recordedList.Delete(key);
+    return true;
+  }
+  if (draftsList.Delete(key)) return true;
+  SetError(error, "Document introuvable : " + std::string(key) + ".");
+  return false;
+}

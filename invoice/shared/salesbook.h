@@ -1,0 +1,57 @@
+// The life of a sales-side document: created (as a draft or recorded), edited, recorded from a
+// draft, deleted. Each operation keeps the totals, the customer's balance and the ledger in
+// step:
+//   - every save re-totals the document (totals.h);
+//   - a recorded invoice adds its total to its customer's "Balance" (through the totaller), a
+//     recorded credit note takes its total off (LCoreDataCreditNoteApply);
+//   - recorded invoices and credit notes are posted to the ledger, and reposted under the same
+//     reference when edited;
+//   - drafts ("…Drafts" lists, keys "DFT<n>") touch neither balances nor the ledger.
+// Failures return false with the French message for the user in *error (when given); nothing
+// is written then.
+#pragma once
+
+#include <functional>
+#include <string>
+#include <string_view>
+
+#include "invoice/shared/salesdocument.h"
+#include "invoice/shared/totals.h"
+
+class LProfile;
+
+// Moves the customer's balance by -sign × "Total" of the credit note: +1 when a credit note is
+// recorded, -1 when it is taken back.
+void LCoreDataCreditNoteApply(LProfile& profile, const LSalesDocument& creditNote, int sign);
+
+// Creates a document from content (a detached record holding the header fields and lines).
+// draft: into the drafts list under "DFT<n>" (or key, which must then begin with "DFT");
+// otherwise into the recorded list under the first free number (or key). Any "Total" in content
+// is recomputed. newKey receives the key.
+bool LSalesDocumentCreate(LProfile& profile, const LSalesDocumentKind& kind, const LRecord& content, bool draft,
+                          std::string_view key, std::string& newKey, std::string* error);
+
+// Opens the document key of that kind from its recorded list, else from its drafts list.
+// false when neither holds it; document is then detached and empty.
+bool LSalesDocumentOpen(LProfile& profile, const LSalesDocumentKind& kind, std::string_view key,
+                        LSalesDocument& document);
+
+// Applies change to the document key (which must not fail: check inputs before), then
+// re-totals, moves balances by what changed (customer and total) and reposts under the
+// document's reference.
+bool LSalesDocumentEdit(LProfile& profile, const LSalesDocumentKind& kind, std::string_view key,
+                        const std::function<void(LSalesDocument&)>& change, std::string* error);
+
+// Moves the draft draftKey into the recorded list under the first free number, then totals,
+// moves the balance and posts as a new recorded document would. newKey receives the key.
+bool LSalesDocumentRecordDraft(LProfile& profile, const LSalesDocumentKind& kind, std::string_view draftKey,
+                               std::string& newKey, std::string* error);
+
+// Deletes the document (recorded or draft): for a recorded invoice or credit note its
+// transaction leaves the ledger and its total leaves the customer's balance.
+bool LSalesDocumentDelete(LProfile& profile, const LSalesDocumentKind& kind, std::string_view key,
+                          std::string* error);
+
+// The totaller of the kind (LInvoiceSumTotals, LOrderSumTotals, ...).
+LFKTotalsChange LSalesDocumentSumTotals(LProfile& profile, const LSalesDocumentKind& kind,
+                                        LSalesDocument& document);

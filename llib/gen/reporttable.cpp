@@ -1,0 +1,161 @@
+#include "llib/gen/reporttable.h"
+
+#include <algorithm>
+#include <nlohmann/json.hpp>
+
+#include "llib/gen/csv.h"
+
+LReportRow& LReportTable::AddHeading(std::string_view label, int indent) {
+  return AddRow(LReportRowKind::kHeading, label, {}, indent);
+}
+
+LReportRow& LReportTable::AddRow(LReportRowKind kind, std::string_view label,
+                                 std::vector<std::optional<long long>> values, int indent) {
+  rows.push_back(LReportRow{std::string(label), std::move(values), kind, indent});
+  return rows.back();
+}
+
+std::string_view LReportRowKindName(LReportRowKind kind) {
+  switch (kind) {
+    case LReportRowKind::kHeading: return "heading";
+    case LReportRowKind::kTotal: return "total";
+    case LReportRowKind::kResult: return "result";
+    case LReportRowKind::kAccount: break;
+  }
+  return "account";
+}
+
+namespace {
+
+// Width in characters of UTF-8 text (continuation bytes do not count).
+std::size_t DisplayWidth(std::string_view text) {
+  return static_cast<std::size_t>(std::count_if(text.begin(), text.end(), [](char c) {
+    return (static_cast<unsigned char>(c) & 0xC0) != 0x80;
+  }));
+}
+
+std::string PadRight(std::string text, std::size_t width) {
+  std::size_t shown = DisplayWidth(text);
+  if (shown < width) text.append(width - shown, ' ');
+  return text;
+}
+
+std::string PadLeft(const std::string& text, std::size_t width) {
+  std::size_t shown = DisplayWidth(text);
+  return shown < width ? std::string(width - shown, ' ') + text : text;
+}
+
+std::string Cell(const LReportRow& row, std::size_t column, const LReportStyle& style) {
+  if (column >= row.values.size() || !row.values[column]) return {};
+  return LFormatMoney(*row.values[column], style.currency, style.parenthesesForNegative);
+}
+
+std::string IndentedLabel(const LReportRow& row) { return std::string(static_cast<std::size_t>(row.indent) * 2, ' ') + row.label; }
+
+}  // namespace
+
+std::string LReportWriteText(const LReportTable& table, const LReportStyle& style) {
+  std::size_t labelWidth = 0;
+  std::vector<std::size_t> widths(table.columns.size(), 0);
+  for (std::size_t c = 0; c < table.columns.size(); ++c) widths[c] = DisplayWidth(table.columns[c]);
+  for (const auto& row : table.rows) {
+    labelWidth = std::max(labelWidth, DisplayWidth(IndentedLabel(row)));
+    for (std::size_t c = 0; c < widths.size(); ++c) widths[c] = std::max(widths[c], DisplayWidth(Cell(row, c, style)));
+  }
+  std::string out = table.title + "\n";
+  if (!table.subtitle.empty()) out += table.subtitle + "\n";
+  out += "\n";
+  if (!table.columns.empty()) {
+    std::string line = PadRight("", labelWidth);
+    for (std::size_t c = 0; c < widths.size(); ++c) line += "  " + PadLeft(table.columns[c], widths[c]);
+    out += line + "\n";
+  }
+  for (const auto& row : table.rows) {
+    std::string line = PadRight(IndentedLabel(row), labelWidth);
+    if (row.kind != LReportRowKind::kHeading)
+      for (std::size_t c = 0; c < widths.size(); ++c) line += "  " + PadLeft(Cell(row, c, style), widths[c]);
+    while (!line.empty() && line.back() == ' ') line.pop_back();
+    if (row.kind == LReportRowKind::kTotal || row.kind == LReportRowKind::kResult) {
+      std::size_t ruleWidth = labelWidth;
+      for (std::size_t w : widths) ruleWidth += 2 + w;
+      out += std::string(ruleWidth, '-') + "\n";
+    }
+    out += line + "\n";
+  }
+  return out;
+}
+
+std::string LReportWriteCsv(const LReportTable& table, const LReportStyle& style) {
+  std::string out;
+  LCSVWriterRow heading;
+  heading.AddCol("");
+  for (const auto& column : table.columns) heading.AddCol(column);
+  out += heading.GetText() + "\r\n";
+  for (const auto& row : table.rows) {
+    LCSVWriterRow line;
+    line.AddCol(row.label);
+    for (std::size_t c = 0; c < table.columns.size(); ++c) {
+      bool present = c < row.values.size() && row.values[c].has_value();
+      line.AddCol(present ? LFormatAmountPlain(*row.values[c], style.currency.digits) : std::string());
+    }
+    out += line.GetText() + "\r\n";
+  }
+  return out;
+}
+
+std::string LReportWriteJson(const LReportTable& table) {
+  nlohmann::ordered_json document;
+  document["title"] = table.title;
+  document["columns"] = table.columns;
+  nlohmann::ordered_json rows = nlohmann::ordered_json::array();
+  for (const auto& row : table.rows) {
+    nlohmann::ordered_json values = nlohmann::ordered_json::array();
+    for (std::size_t c = 0; c < table.columns.size(); ++c) {
+      if (c < row.values.size() && row.values[c]) values.push_back(*row.values[c]);
+      else values.push_back(nullptr);
+    }
+    rows.push_back({{"label", row.label}, {"values", values}, {"kind", LReportRowKindName(row.kind)}});
+  }
+  document["rows"] = rows;
+  return document.dump();
+}
+
+std::string LHtmlEscape(std::string_view text) {
+  std::string out;
+  out.reserve(text.size());
+  for (char c : text) {
+    switch (c) {
+      case '&': out += "&amp;"; break;
+      case '<': out += "&lt;"; break;
+      case '>': out += "&gt;"; break;
+      case '"': out += "&quot;"; break;
+      case '\'': out += "&#39;"; break;
+      default: out.push_back(c);
+    }
+  }
+  return out;
+}
+
+std::string LReportWriteHtml(const LReportTable& table, const LReportStyle& style) {
+  std::string out = "<table class=\"report\">\n<caption>" + LHtmlEscape(table.title);
+  if (!table.subtitle.empty()) out += "<br><span class=\"subtitle\">" + LHtmlEscape(table.subtitle) + "</span>";
+  out += "</caption>\n";
+  if (!table.columns.empty()) {
+    out += "<thead><tr><th></th>";
+    for (const auto& column : table.columns) out += "<th class=\"amount\">" + LHtmlEscape(column) + "</th>";
+    out += "</tr></thead>\n";
+  }
+  out += "<tbody>\n";
+  for (const auto& row : table.rows) {
+    out += "<tr class=\"" + std::string(LReportRowKindName(row.kind)) + "\"><td class=\"label indent" +
+           std::to_string(row.indent) + "\">" + LHtmlEscape(row.label) + "</td>";
+    for (std::size_t c = 0; c < table.columns.size(); ++c) {
+      std::string cell = row.kind == LReportRowKind::kHeading ? std::string() : Cell(row, c, style);
+      bool negative = c < row.values.size() && row.values[c] && *row.values[c] < 0;
+      out += std::string("<td class=\"amount") + (negative ? " negative" : "") + "\">" + LHtmlEscape(cell) + "</td>";
+    }
+    out += "</tr>\n";
+  }
+  out += "</tbody>\n</table>\n";
+  return out;
+}

@@ -1,0 +1,74 @@
+#include "llib/net/emailsettings.h"
+
+#include <string_view>
+
+#include "llib/gen/usersettings.h"
+#include "llib/net/email.h"
+
+namespace {
+
+constexpr std::string_view kGroup = "Email";
+constexpr std::string_view kServer = "SMTPServer";
+constexpr std::string_view kUser = "SMTPUser";
+constexpr std::string_view kSender = "SenderEmail";
+constexpr std::string_view kReplyTo = "ReplyToEmail";
+constexpr std::string_view kUseEncryption = "UseEncryption";
+constexpr std::string_view kVerifyCertificate = "VerifyCertificate";
+constexpr std::string_view kCAFile = "CAFile";
+constexpr std::string_view kPasswordKey = "SMTPPassword";
+
+std::string_view FlagText(bool on) { return on ? "1" : "0"; }
+
+}  // namespace
+
+void LEmailSettingsCreateDefaults() {
+  const LEmailSettings defaults;
+  const std::pair<std::string_view, std::string_view> keys[] = {
+      {kServer, defaults.server},
+      {kUser, defaults.user},
+      {kSender, defaults.sender},
+      {kReplyTo, defaults.replyTo},
+      {kUseEncryption, FlagText(defaults.useEncryption)},
+      {kVerifyCertificate, FlagText(defaults.verifyCertificate)},
+      {kCAFile, defaults.caFile},
+  };
+  for (const auto& [key, value] : keys)
+    if (!LUserSettingTestExists(kGroup, key)) LUserSettingSetString(kGroup, key, value);
+}
+
+LEmailSettings LEmailSettingsLoad() {
+  LEmailSettingsCreateDefaults();
+  LEmailSettings settings;
+  settings.server = LUserSettingGetString(kGroup, kServer);
+  settings.user = LUserSettingGetString(kGroup, kUser);
+  settings.sender = LUserSettingGetString(kGroup, kSender);
+  settings.replyTo = LUserSettingGetString(kGroup, kReplyTo);
+  settings.useEncryption = LUserSettingGetString(kGroup, kUseEncryption) != "0";
+  settings.verifyCertificate = LUserSettingGetString(kGroup, kVerifyCertificate) != "0";
+  settings.caFile = LUserSettingGetString(kGroup, kCAFile);
+  LUserSettingGetPassword(kGroup, kPasswordKey, settings.password);
+  return settings;
+}
+
+void LEmailSettingsSave(const LEmailSettings& settings) {
+  LUserSettingSetString(kGroup, kServer, settings.server);
+  LUserSettingSetString(kGroup, kUser, settings.user);
+  LUserSettingSetString(kGroup, kSender, settings.sender);
+  LUserSettingSetString(kGroup, kReplyTo, settings.replyTo);
+  LUserSettingSetString(kGroup, kUseEncryption, FlagText(settings.useEncryption));
+  LUserSettingSetString(kGroup, kVerifyCertificate, FlagText(settings.verifyCertificate));
+  LUserSettingSetString(kGroup, kCAFile, settings.caFile);
+  if (settings.password.empty()) LUserSettingDeletePassword(kGroup, kPasswordKey);
+  else LUserSettingSetPassword(kGroup, kPasswordKey, settings.password);
+}
+
+void LEmailSettingsFillRequest(const LEmailSettings& settings, EmailSMTPSendProcess& request) {
+  request.server = settings.server;
+  request.user = settings.user;
+  request.password = settings.password;
+  request.sender = settings.sender;
+  request.replyTo = settings.replyTo;
+  request.useEncryption = settings.useEncryption;
+  request.verifyCertificate = settings.verifyCertificate;
+  request.caFile = settings.caFile;
+}

@@ -1,0 +1,37 @@
+#include "llib/gen/base64.h"
+
+#include <gtest/gtest.h>
+#include <openssl/evp.h>
+
+#include <random>
+
+namespace {
+
+TEST(Base64, KnownVectors) {
+  // RFC 4648, section 10.
+  EXPECT_EQ(LBase64Encode(""), "");
+  EXPECT_EQ(LBase64Encode("f"), "Zg==");
+  EXPECT_EQ(LBase64Encode("fo"), "Zm8=");
+  EXPECT_EQ(LBase64Encode("foo"), "Zm9v");
+  EXPECT_EQ(LBase64Encode("foob"), "Zm9vYg==");
+  EXPECT_EQ(LBase64Encode("fooba"), "Zm9vYmE=");
+  EXPECT_EQ(LBase64Encode("foobar"), "Zm9vYmFy");
+  EXPECT_EQ(LBase64Encode(std::string("\xff\xfe\x00", 3)), "//4A");
+}
+
+TEST(Base64, AgreesWithOpenSslOnEveryLengthAndAppends) {
+  std::mt19937 random(7);
+  for (std::size_t size = 0; size < 200; ++size) {
+    std::string data(size, '\0');
+    for (char& c : data) c = static_cast<char>(random());
+    std::string expected(LBase64EncodedSize(size) + 1, '\0');
+    int written = EVP_EncodeBlock(reinterpret_cast<unsigned char*>(expected.data()),
+                                  reinterpret_cast<const unsigned char*>(data.data()), static_cast<int>(size));
+    expected.resize(static_cast<std::size_t>(written));
+    std::string out = "prefix:";
+    LBase64EncodeAppend(data, out);
+    ASSERT_EQ(out, "prefix:" + expected) << "size " << size;
+  }
+}
+
+}  // namespace

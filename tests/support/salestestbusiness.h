@@ -1,0 +1,39 @@
+// A business for the sales tests: a private home with the primary business opened, two
+// currency digits, and a fixed set of taxes that every test of totals refers to by name:
+//   1 "A"  10 %            (the default tax)
+//   2 "B"  5 %
+//   3 "C"  9.975 %
+//   4 "AB" combined "A+B" (rate 10/5/0)
+//   5 "BC" combined "*B+C", compound (rate 5/9.975/1)
+//   6 "Z"  0 %, zero-rated
+//   7 "T"  two rates 10/5/0 without a combination
+// A line refers to tax n by "Item<k>TaxRate" = n + 1 ("2" is A, "6" is BC).
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "invoice/shared/profile.h"
+#include "invoice/shared/salesdocument.h"
+#include "tests/support/testhome.h"
+
+class LSalesTestBusiness : public LHomeTest {
+ protected:
+  void SetUp() override;
+  LProfile& Profile() { return *profile_; }
+
+  // Prices include tax / line discounts count, business-wide.
+  void SetTaxInclusive(bool inclusive);
+  void SetDiscountsShown(bool shown);
+
+  void AddCustomer(const std::string& key);
+
+ public:
+  // Appends a line to document: unit value (stored integer), its digits (-1: currency),
+  // quantity, discount %, tax rate text and tax name.
+  static void AddLine(LRecord& document, long long unitValue, int digits, double qty, double discount,
+                      const std::string& taxRate, const std::string& taxName);
+
+ private:
+  std::unique_ptr<LProfile> profile_;
+};
