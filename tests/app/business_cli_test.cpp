@@ -65,7 +65,8 @@ TEST_F(BusinessCliTest, AddTakesTheFirstFreeNumberAndWritesEveryPage) {
   EXPECT_EQ(Field("2", "Invoice", "ItemcodeColumnTitle"), "Code taux\n");
   // The default chart of accounts, with the opening balance on the checking account.
   EXPECT_EQ(LRunKontavo({"--business", "2", "record", "get", "Accounts", "1110", "OpeningBalance"}).out, "150025\n");
-  EXPECT_EQ(LRunKontavo({"--business", "2", "record", "get", "Accounts", "2110", "OpeningBalance"}).out, "0\n");
+  EXPECT_EQ(LRunKontavo({"--business", "2", "record", "get", "Accounts", "2110", "Description"}).out, "Carte de crédit\n");
+  EXPECT_EQ(LRunKontavo({"--business", "2", "record", "get", "Accounts", "2110", "OpeningBalance"}).exitCode, 1);
 
   // The next one takes 4, and a business selling products keeps the usual layout.
   LRunResult next = LRunKontavo({"business", "add", "--name", "Épicerie"});
