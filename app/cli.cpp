@@ -4,6 +4,9 @@
 #include <ostream>
 
 #include "app/commands.h"
+#include "app/maindialog.h"
+#include "app/multiplebusiness.h"
+#include "app/worker.h"
 #include "invoice/sales/salesledger.h"
 #include "invoice/shared/profile.h"
 #include "llib/gen/file.h"
@@ -112,25 +115,26 @@ LCliContext::LCliContext(std::ostream& out, std::ostream& err) : out(out), err(e
 LCliContext::~LCliContext() = default;
 
 bool LCliResolveBusiness(std::string_view business, std::string& folder) {
-  if (business.empty() || business == "0") {
-    folder = LFile::GetSharedDataFolderApp();
-    return true;
-  }
-  if (business.find_first_not_of("0123456789") == std::string_view::npos) {
-    folder = LFile::GetSharedDataFolderApp() + "/MultiBus/" + std::string(business);
-    return LFile::IsFolder(folder);
-  }
-  return false;
+  LBusinessEntry entry;
+  if (!LMultipleBusinessResolve(business, entry)) return false;
+  folder = entry.folder;
+  return true;
 }
 
 LProfile* LCliContext::Profile() {
   if (!profile_) {
-    std::string folder;
-    if (!LCliResolveBusiness(business, folder)) {
-      err << "Entreprise introuvable : " << business << "\n";
-      return nullptr;
+    if (business.empty()) {
+      // Start-up: the primary business, then the remembered working folder when it still exists.
+      profile_ = std::make_unique<LProfile>();
+      MainDialog::InitDialog(*profile_);
+    } else {
+      std::string folder;
+      if (!LCliResolveBusiness(business, folder)) {
+        err << "Entreprise introuvable : " << business << "\n";
+        return nullptr;
+      }
+      profile_ = std::make_unique<LProfile>(folder);
     }
-    profile_ = std::make_unique<LProfile>(folder);
   }
   return profile_.get();
 }
@@ -168,6 +172,8 @@ void PrintHelp(std::ostream& out) {
 
 int LCliMain(int argc, char** argv, std::ostream& out, std::ostream& err) {
   LSalesLedgerInstall();  // the sales side's part in ledger deletions, checks and new charts
+  // kontavo started by itself to run a long operation (app/worker.h).
+  if (argc >= 2 && std::string_view(argv[1]) == "--worker") return LCliWorkerMain(argc - 2, argv + 2);
   LCliContext context(out, err);
   int i = 1;
   for (; i < argc; ++i) {

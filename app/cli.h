@@ -55,8 +55,9 @@ class LCliContext {
   std::string business;       // --business: "0", "N" or a company name; empty: as at start-up
   std::string commandName;    // the command being run, for usage messages
 
-  // The open business, opened on first use. Null (with the message written to err) when
-  // --business names none.
+  // The open business, opened on first use: the one --business names, else the start-up
+  // choice (MainDialog::InitDialog). Null (with the message written to err) when --business
+  // names none.
   LProfile* Profile();
   // Prints the usage of the current command to err and returns kExitUsage.
   int Usage(std::string_view problem = {});
@@ -68,7 +69,8 @@ class LCliContext {
 };
 
 // Resolves --business to a data folder: "" or "0" the primary business, a number its "MultiBus"
-// folder, otherwise the business whose company name matches. false when none matches.
+// folder (which must exist), otherwise the business whose company name is exactly that text.
+// false when none matches.
 bool LCliResolveBusiness(std::string_view business, std::string& folder);
 
 // Runs the command line; returns the exit status.

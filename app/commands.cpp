@@ -1,11 +1,26 @@
 #include "app/commands.h"
 
+#include "app/startwizardoptions.h"
+
 namespace {
 
 constexpr LCliCommand kCommands[] = {
     {"init",
-     "kontavo init [WIZARD OPTIONS]\n",
+     "kontavo init [WIZARD OPTIONS]\n"
+     "  WIZARD OPTIONS (the start wizard, run when the business has no company name yet):\n"
+     KONTAVO_START_WIZARD_OPTIONS_USAGE,
      "ouvre l'entreprise (l'initialise au premier usage) et affiche son dossier", LCmdInit},
+    {"business",
+     "kontavo business list\n"
+     "kontavo business add [WIZARD OPTIONS]\n"
+     "kontavo business use B\n"
+     "kontavo business delete B [--yes]\n"
+     "  WIZARD OPTIONS (without --name on a terminal, every question is asked):\n"
+     KONTAVO_START_WIZARD_OPTIONS_USAGE,
+     "liste, ajoute, choisit et supprime les entreprises", LCmdBusiness},
+    {"backup", "kontavo backup DEST\n", "sauvegarde toutes les entreprises dans un nouveau dossier de DEST", LCmdBackup},
+    {"restore", "kontavo restore SRC [--yes]\n", "restaure les données depuis le dossier de sauvegarde SRC",
+     LCmdRestore},
     {"record",
      "kontavo record list LIST\n"
      "kontavo record get LIST KEY [FIELD]\n"

@@ -1,0 +1,19 @@
+// Where the start wizard hands over to the ledger: the new business's default chart of
+// accounts and the opening balances entered on the accounting page. The wizard calls these two
+// functions and nothing else of the chart of accounts, so they are the one place joining them.
+#pragma once
+
+#include <string_view>
+
+class LProfile;
+
+inline constexpr std::string_view kStartWizardCheckingAccount = "1110";    // the checking account
+inline constexpr std::string_view kStartWizardCreditCardAccount = "2110";  // the credit card
+
+// The default chart of accounts of the business (LAccountListCreateDefault).
+void LStartWizardCreateDefaultAccounts(LProfile& profile);
+
+// The opening balance of the account numbered accountNumber, entered on its natural side, in
+// cents (LAccount::UpdateOpeningBalance). false, nothing written, when the chart has no live
+// account of that number (a country whose default chart leaves it out).
+bool LStartWizardSetOpeningBalance(LProfile& profile, std::string_view accountNumber, long long amountCents);

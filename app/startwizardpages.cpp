@@ -1,0 +1,297 @@
+#include "app/startwizardpages.h"
+
+#include <cctype>
+#include <cstdio>
+
+#include "app/multiplebusiness.h"
+#include "app/startwizardledger.h"
+#include "invoice/shared/options.h"
+#include "invoice/shared/profile.h"
+#include "invoice/shared/regionaldefaults.h"
+#include "invoice/shared/taxoptions.h"
+#include "llib/gen/locale.h"
+#include "llib/gen/money.h"
+
+namespace {
+
+constexpr std::string_view kServicesUsage = "services";
+constexpr std::string_view kProductsUsage = "products";
+
+// Opens (always) a record of the business's "Misc" list; written when it goes out of scope.
+void OpenMisc(const LProfile& profile, LRecord& record, std::string_view key) {
+  profile.List(kMiscList).OpenAlways(record, key);
+}
+
+std::string TwoDigits(int value) {
+  char text[8];
+  std::snprintf(text, sizeof text, "%02d", value);
+  return text;
+}
+
+// "MM-DD" of a day that exists in some year (29 February included). false otherwise.
+bool ParseMonthDay(std::string_view text, int& month, int& day) {
+  if (text.size() != 5 || text[2] != '-') return false;
+  for (std::size_t i : {0u, 1u, 3u, 4u})
+    if (!std::isdigit(static_cast<unsigned char>(text[i]))) return false;
+  month = (text[0] - '0') * 10 + (text[1] - '0');
+  day = (text[3] - '0') * 10 + (text[4] - '0');
+  static constexpr int kLongestMonth[] = {31, 29, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
+  return month >= 1 && month <= 12 && day >= 1 && day <= kLongestMonth[month - 1];
+}
+
+std::string FiscalYearEndOf(const LStartWizardAnswers& answers) {
+  if (!answers.fiscalYearEnd.empty()) return answers.fiscalYearEnd;
+  int month, day;
+  LStartWizardFiscalYearEnd(answers.country, month, day);
+  return TwoDigits(month) + "-" + TwoDigits(day);
+}
+
+// The name and the name of the hundredth of a currency, for the currency page's defaults.
+struct CurrencyNames {
+  std::string_view code;
+  std::string_view name;
+  std::string_view subunit;
+};
+
+constexpr CurrencyNames kCurrencyNames[] = {
+    {"EUR", "Euro", "Centime"},
+    {"USD", "Dollar américain", "Cent"},
+    {"CAD", "Dollar canadien", "Cent"},
+    {"AUD", "Dollar australien", "Cent"},
+    {"NZD", "Dollar néo-zélandais", "Cent"},
+    {"GBP", "Livre sterling", "Penny"},
+    {"ZAR", "Rand", "Cent"},
+    {"CHF", "Franc suisse", "Centime"},
+};
+
+// The currency page's answers with the country's currency where none was given.
+void CurrencyDefaults(const LStartWizardAnswers& answers, std::string& symbol, std::string& name,
+                      std::string& subunit) {
+  std::string code;
+  int digits = 2;
+  LCurrencyOfCountry(answers.country, code, symbol, digits);
+  name = code;
+  subunit.clear();
+  for (const CurrencyNames& names : kCurrencyNames) {
+    if (names.code == code) {
+      name = names.name;
+      subunit = names.subunit;
+    }
+  }
+  if (!answers.currencySymbol.empty()) symbol = answers.currencySymbol;
+  if (!answers.currencyName.empty()) name = answers.currencyName;
+  if (!answers.currencySubunit.empty()) subunit = answers.currencySubunit;
+}
+
+bool ParseOpening(const std::optional<std::string>& text, const LProfile& profile, long long& amountCents) {
+  return text.has_value() && LParseAmount(*text, profile.GetCurrencyDigits(), amountCents);
+}
+
+// Asks whether the business has an account, then its opening balance.
+bool AskOpening(LStartWizardPrompter& prompter, std::string_view hasPrompt, std::string_view balancePrompt,
+                std::optional<std::string>& balance) {
+  bool has = balance.has_value();
+  if (!prompter.AskYesNo(hasPrompt, has, has)) return false;
+  if (!has) {
+    balance.reset();
+    return true;
+  }
+  std::string text;
+  if (!prompter.Ask(balancePrompt, balance.value_or(""), text)) return false;
+  balance = text;
+  return true;
+}
+
+}  // namespace
+
+// ---- Country -----------------------------------------------------------------------------------
+
+bool LStartWizardCountryPage::Ask(LStartWizardPrompter& prompter, const LProfile&, LStartWizardAnswers& answers) {
+  std::string country;
+  if (!prompter.Ask("Pays (code à deux lettres)", answers.country, country)) return false;
+  for (char& c : country) c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
+  answers.country = country;
+  if (country != "CA") {
+    answers.province = 0;
+    return true;
+  }
+  for (int province = 1; province <= kCanadaProvinceCount; ++province)
+    prompter.Show(std::to_string(province) + ". " + std::string(LCanadaProvinceName(province)));
+  std::string province;
+  if (!prompter.Ask("Province (numéro)", answers.province > 0 ? std::to_string(answers.province) : "", province))
+    return false;
+  answers.province = province.empty() ? 0 : std::atoi(province.c_str());
+  return true;
+}
+
+bool LStartWizardCountryPage::Check(const LProfile&, const LStartWizardAnswers& answers, std::string& message) {
+  const std::string& country = answers.country;
+  if (country.size() != 2 || !std::isupper(static_cast<unsigned char>(country[0])) ||
+      !std::isupper(static_cast<unsigned char>(country[1]))) {
+    message = "Veuillez entrer le code du pays en deux lettres (par exemple FR).";
+    return false;
+  }
+  if (answers.province != 0 && (country != "CA" || LCanadaProvinceName(answers.province).empty())) {
+    message = "Veuillez choisir une province du Canada dans la liste.";
+    return false;
+  }
+  return true;
+}
+
+void LStartWizardCountryPage::Write(LProfile& profile, const LStartWizardAnswers& answers) {
+  {
+    LOptions options;
+    options.OpenFrom(profile);
+    options.SetString("CountryCode", answers.country);
+  }
+  if (answers.province > 0) {
+    LTaxOptions tax;
+    tax.OpenFrom(profile);
+    LTaxOptionsSetCanadaRates(tax, answers.province);
+  }
+}
+
+// ---- Company details ---------------------------------------------------------------------------
+
+bool LStartWizardPageCompanyInfo::Ask(LStartWizardPrompter& prompter, const LProfile&, LStartWizardAnswers& answers) {
+  std::string fiscalYearEnd = FiscalYearEndOf(answers);
+  return prompter.Ask("Nom de l'entreprise", answers.name, answers.name) &&
+         prompter.Ask("Adresse", answers.address, answers.address) &&
+         prompter.Ask("Contact", answers.contact, answers.contact) &&
+         prompter.Ask("Fin de l'exercice (MM-JJ)", fiscalYearEnd, answers.fiscalYearEnd);
+}
+
+bool LStartWizardPageCompanyInfo::Check(const LProfile& profile, const LStartWizardAnswers& answers,
+                                        std::string& message) {
+  if (answers.name.empty()) {
+    message = kWizardEmptyNameMessage;
+    return false;
+  }
+  if (LMultipleBusinessNameExists(answers.name, profile.GetDatabaseName())) {
+    message = kWizardDuplicateNameMessage;
+    return false;
+  }
+  int month, day;
+  if (!ParseMonthDay(FiscalYearEndOf(answers), month, day)) {
+    message = "Veuillez entrer une fin d'exercice valide (MM-JJ).";
+    return false;
+  }
+  return true;
+}
+
+void LStartWizardPageCompanyInfo::Write(LProfile& profile, const LStartWizardAnswers& answers) {
+  int month = 12, day = 31;
+  ParseMonthDay(FiscalYearEndOf(answers), month, day);
+  {
+    LRecord company;
+    OpenMisc(profile, company, "Company");
+    company.SetString("Name", answers.name);
+    company.SetString("Address", answers.address);
+    company.SetString("Contact", answers.contact);
+    company.SetInt("FiscalYearEnd", month);
+    company.SetInt("FiscalYearEndDay", day);
+  }
+  // The country's default options, on the records as the pages before left them.
+  LOptions options;
+  options.OpenFrom(profile);
+  LTaxOptions tax;
+  tax.OpenFrom(profile);
+  LRecord invoice, order;
+  OpenMisc(profile, invoice, "Invoice");
+  OpenMisc(profile, order, "Order");
+  LOptionsSetRegionalDefaults(profile, options, tax, invoice, order);
+  // Canada's defaults take the locale's province: the one chosen on the country page stays.
+  if (answers.province > 0) LTaxOptionsSetCanadaRates(tax, answers.province);
+}
+
+// ---- Currency ------------------------------------------------------------------------------------
+
+bool LStartWizardPageCurrencySettings::Ask(LStartWizardPrompter& prompter, const LProfile&,
+                                           LStartWizardAnswers& answers) {
+  std::string symbol, name, subunit;
+  CurrencyDefaults(answers, symbol, name, subunit);
+  return prompter.Ask("Symbole monétaire", symbol, answers.currencySymbol) &&
+         prompter.Ask("Nom de la devise", name, answers.currencyName) &&
+         prompter.Ask("Nom de la subdivision (centimes)", subunit, answers.currencySubunit);
+}
+
+bool LStartWizardPageCurrencySettings::Check(const LProfile&, const LStartWizardAnswers&, std::string&) {
+  return true;  // every answer has a default
+}
+
+void LStartWizardPageCurrencySettings::Write(LProfile& profile, const LStartWizardAnswers& answers) {
+  std::string symbol, name, subunit;
+  CurrencyDefaults(answers, symbol, name, subunit);
+  LOptions options;
+  options.OpenFrom(profile);
+  options.SetString("CurrencySymbol", symbol);
+  options.SetString("CurrencyName", name);
+  options.SetString("CurrencySubunit", subunit);
+}
+
+// ---- Accounting ----------------------------------------------------------------------------------
+
+bool LStartWizardPageAccounting::Ask(LStartWizardPrompter& prompter, const LProfile&, LStartWizardAnswers& answers) {
+  return prompter.AskYesNo("Créer vous-même les comptes du plan comptable ?", answers.manualAccounts,
+                           answers.manualAccounts) &&
+         AskOpening(prompter, "L'entreprise a-t-elle un compte-chèque ?", "Solde initial du compte-chèque",
+                    answers.openingChecking) &&
+         AskOpening(prompter, "L'entreprise a-t-elle une carte de crédit ?", "Solde du compte de carte de crédit",
+                    answers.openingCreditCard);
+}
+
+bool LStartWizardPageAccounting::Check(const LProfile& profile, const LStartWizardAnswers& answers,
+                                       std::string& message) {
+  long long amountCents;
+  if (answers.openingChecking.has_value() && !ParseOpening(answers.openingChecking, profile, amountCents)) {
+    message = kWizardCheckingMessage;
+    return false;
+  }
+  if (answers.openingCreditCard.has_value() && !ParseOpening(answers.openingCreditCard, profile, amountCents)) {
+    message = kWizardCreditCardMessage;
+    return false;
+  }
+  return true;
+}
+
+void LStartWizardPageAccounting::Write(LProfile& profile, const LStartWizardAnswers& answers) {
+  {
+    LRecord company;
+    OpenMisc(profile, company, "Company");
+    company.SetString("ManualCreateAccounts", answers.manualAccounts ? "1" : "0");
+  }
+  // The opening balances go on accounts of the default chart: it comes first.
+  LStartWizardCreateDefaultAccounts(profile);
+  long long amountCents;
+  if (ParseOpening(answers.openingChecking, profile, amountCents))
+    LStartWizardSetOpeningBalance(profile, kStartWizardCheckingAccount, amountCents);
+  if (ParseOpening(answers.openingCreditCard, profile, amountCents))
+    LStartWizardSetOpeningBalance(profile, kStartWizardCreditCardAccount, amountCents);
+}
+
+// ---- Business usage ------------------------------------------------------------------------------
+
+bool LStartWizardPageBusinessUsage::Ask(LStartWizardPrompter& prompter, const LProfile&,
+                                        LStartWizardAnswers& answers) {
+  bool services = answers.usage == kServicesUsage;
+  if (!prompter.AskYesNo("Facturez-vous des services à l'heure ?", services, services)) return false;
+  answers.usage = services ? kServicesUsage : kProductsUsage;
+  return true;
+}
+
+bool LStartWizardPageBusinessUsage::Check(const LProfile&, const LStartWizardAnswers& answers, std::string& message) {
+  if (answers.usage.empty() || answers.usage == kProductsUsage || answers.usage == kServicesUsage) return true;
+  message = "Veuillez choisir l'utilisation de l'entreprise : products ou services.";
+  return false;
+}
+
+void LStartWizardPageBusinessUsage::Write(LProfile& profile, const LStartWizardAnswers& answers) {
+  if (answers.usage != kServicesUsage) return;
+  LRecord style;
+  OpenMisc(profile, style, "InvoiceStyle");
+  style.SetInt("TextBlockBottomRight", 0);
+  LRecord invoice;
+  OpenMisc(profile, invoice, "Invoice");
+  invoice.SetString("QuantityColumnTitle", "Hres");
+  invoice.SetString("ItemcodeColumnTitle", "Code taux");
+}
