@@ -1,7 +1,8 @@
 // The report table: what every report (financial statements, sales reports, VAT obligations)
 // fills, and what the writers render for a terminal, a CSV file, a JSON document or a web page.
 // A row is a label and one amount per column (minor units; an empty cell has no value), of one
-// kind: a heading, an account (or any detail line), a total, or a result.
+// kind: a heading, an account (or any detail line), a total, or a result. A column may hold
+// text instead (dates, statuses): a row's text cell is shown where it has no amount.
 #pragma once
 
 #include <optional>
@@ -18,6 +19,7 @@ struct LReportRow {
   std::vector<std::optional<long long>> values;  // minor units, one per column; nullopt: empty
   LReportRowKind kind = LReportRowKind::kAccount;
   int indent = 0;                                // nesting level of the label
+  std::vector<std::string> texts;                // text cells, one per column; shown where no amount is
 };
 
 class LReportTable {
@@ -44,7 +46,7 @@ std::string_view LReportRowKindName(LReportRowKind kind);  // "heading", "accoun
 std::string LReportWriteText(const LReportTable& table, const LReportStyle& style);
 // CSV: a heading row ("", columns...), then label and plain amounts ("1234.56") per row.
 std::string LReportWriteCsv(const LReportTable& table, const LReportStyle& style);
-// {"title":..., "columns":[...], "rows":[{"label":..., "values":[cents or null...], "kind":...}]}
+// {"title":..., "columns":[...], "rows":[{"label":..., "values":[cents, text or null...], "kind":...}]}
 std::string LReportWriteJson(const LReportTable& table);
 // An HTML fragment: a <table class="report"> with a caption; rows carry their kind as class.
 std::string LReportWriteHtml(const LReportTable& table, const LReportStyle& style);
