@@ -300,7 +300,8 @@ bool FKMTDforVATDlg::Authorize(std::string_view code) {
   LUserSettingDeletePassword(kMTDPasswordSection, "RefreshToken");
   if (OAuthAccessTokenRequest(process_, FKMTDOAuthClient())) return true;
   // A refused code leaves the tokens as they were.
-  LUserSettingSetPassword(kMTDPasswordSection, "AuthorizationCode", oldCode);
+  if (oldCode.empty()) LUserSettingDeletePassword(kMTDPasswordSection, "AuthorizationCode");
+  else LUserSettingSetPassword(kMTDPasswordSection, "AuthorizationCode", oldCode);
   if (!oldAccess.empty()) LUserSettingSetPassword(kMTDPasswordSection, "AccessToken", oldAccess);
   if (!oldRefresh.empty()) LUserSettingSetPassword(kMTDPasswordSection, "RefreshToken", oldRefresh);
   if (process_.IsToStop()) return Fail(kCancelled, kAuthorizationFailed);
