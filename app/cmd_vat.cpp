@@ -125,19 +125,17 @@ int VatAuth(LCliContext& context, LCliArgs& args) {
   std::string problem;
   if (!args.Finish(words, problem)) return context.Usage(problem);
   if (!words.empty()) return context.Usage();
-  LProfile* profile = context.Profile();
-  if (!profile) return kExitFailed;
 
-  std::string url = FKMTDAuthorizeUrl();
+  LCliProgress progress(context.err, LIsTerminal(STDERR_FILENO));
+  FKMTDforVATAuthDlg dialog(progress);
+  std::string url = dialog.AuthorizeUrl();
   if (!hasCode) {
-    context.err << "Autorisation en cours\n";
+    context.err << FKMTDforVATAuthDlg::kTitle << "\n";
     context.out << url << "\n" << std::flush;
     OpenInBrowser(url);
     if (LIsTerminal(STDIN_FILENO)) context.err << "Code d'autorisation : " << std::flush;
     std::getline(std::cin, code);
   }
-  LCliProgress progress(context.err, LIsTerminal(STDERR_FILENO));
-  FKMTDforVATDlg dialog(*profile, progress);
   if (!dialog.Authorize(code)) return FailAlert(context, dialog.Alert());
   if (context.json) context.out << nlohmann::json({{"authorized", true}}).dump() << "\n";
   return kExitOk;

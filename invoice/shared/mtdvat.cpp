@@ -286,10 +286,13 @@ bool FKMTDforVATDlg::ViewVatReturn(std::string_view periodKey, FKVatReturns& vat
   return true;
 }
 
-bool FKMTDforVATDlg::Authorize(std::string_view code) {
+bool FKMTDforVATAuthDlg::Authorize(std::string_view pasted) {
   alert_ = {};
-  std::string parsed = OAuthParamsParseFromRedirectURL(code);
-  if (parsed.empty()) return Fail(kConnectFailed, kAuthorizationFailed);
+  std::string parsed = OAuthParamsParseFromRedirectURL(pasted);
+  if (parsed.empty()) {
+    alert_ = {std::string(kConnectFailed), std::string(kAuthorizationFailed)};
+    return false;
+  }
   // A new code starts a new grant: the old tokens would otherwise be refreshed instead.
   std::string oldCode, oldAccess, oldRefresh;
   LUserSettingGetPassword(kMTDPasswordSection, "AuthorizationCode", oldCode);
@@ -304,6 +307,6 @@ bool FKMTDforVATDlg::Authorize(std::string_view code) {
   else LUserSettingSetPassword(kMTDPasswordSection, "AuthorizationCode", oldCode);
   if (!oldAccess.empty()) LUserSettingSetPassword(kMTDPasswordSection, "AccessToken", oldAccess);
   if (!oldRefresh.empty()) LUserSettingSetPassword(kMTDPasswordSection, "RefreshToken", oldRefresh);
-  if (process_.IsToStop()) return Fail(kCancelled, kAuthorizationFailed);
-  return Fail(kConnectFailed, kAuthorizationFailed);
+  alert_ = {std::string(process_.IsToStop() ? kCancelled : kConnectFailed), std::string(kAuthorizationFailed)};
+  return false;
 }

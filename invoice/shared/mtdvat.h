@@ -93,6 +93,26 @@ struct FKVatAlert {
   std::string caption;
 };
 
+// Obtaining the authorization: the user opens the authorize page, signs in at HMRC and pastes
+// back the code the page shows (its title "Success code=..."); the tokens are then requested.
+class FKMTDforVATAuthDlg {
+ public:
+  static constexpr std::string_view kTitle = "Autorisation en cours";
+
+  explicit FKMTDforVATAuthDlg(LProcessInterface& process) : process_(process) {}
+  // The page to open in the user's browser.
+  std::string AuthorizeUrl() const { return FKMTDAuthorizeUrl(); }
+  // Takes the code out of what the user pasted (OAuthParamsParseFromRedirectURL), stores it as
+  // "AuthorizationCode" and requests new tokens by it. On failure the code and tokens stored
+  // before are put back and the alert says why.
+  bool Authorize(std::string_view pasted);
+  const FKVatAlert& Alert() const { return alert_; }
+
+ private:
+  LProcessInterface& process_;
+  FKVatAlert alert_;
+};
+
 class FKMTDforVATDlg {
  public:
   FKMTDforVATDlg(LProfile& profile, LProcessInterface& process);
@@ -108,9 +128,6 @@ class FKMTDforVATDlg {
   bool SubmitVatReturns(const FKVatReturns& vatReturn, std::string* receipt = nullptr);
   // Reads a submitted return of the period.
   bool ViewVatReturn(std::string_view periodKey, FKVatReturns& vatReturn);
-  // Stores the authorization code, then requests the tokens.
-  bool Authorize(std::string_view code);
-
   const FKVatAlert& Alert() const { return alert_; }
 
  private:
