@@ -3,6 +3,8 @@
 #include <arpa/inet.h>
 #include <ifaddrs.h>
 #include <net/if.h>
+#include <pwd.h>
+#include <unistd.h>
 #include <netinet/in.h>
 #include <sys/utsname.h>
 
@@ -89,7 +91,7 @@ std::string UtcTimestampMs() {
   int ms = static_cast<int>(std::chrono::duration_cast<std::chrono::milliseconds>(now.time_since_epoch()).count() % 1000);
   std::tm utc{};
   ::gmtime_r(&seconds, &utc);
-  char text[32];
+  char text[80];
   std::snprintf(text, sizeof text, "%04d-%02d-%02dT%02d:%02d:%02d.%03dZ", utc.tm_year + 1900, utc.tm_mon + 1,
                 utc.tm_mday, utc.tm_hour, utc.tm_min, utc.tm_sec, ms);
   return text;
@@ -102,7 +104,7 @@ std::string Timezone() {
   long offset = local.tm_gmtoff;
   char sign = offset < 0 ? '-' : '+';
   if (offset < 0) offset = -offset;
-  char text[16];
+  char text[48];
   std::snprintf(text, sizeof text, "UTC%c%02ld:%02ld", sign, offset / 3600, (offset % 3600) / 60);
   return text;
 }
@@ -131,6 +133,10 @@ std::string FKMTDFraudPreventionHeaders() {
   AddHeader(headers, "Gov-Client-Timezone", Timezone());
   AddHeader(headers, "Gov-Client-User-Agent", UserAgent());
   std::string user = LGetPostingUserName();
+  if (user.empty()) {
+    // A session without LOGNAME or USER (a service, a container) still has a login name.
+    if (const passwd* entry = ::getpwuid(::getuid())) user = entry->pw_name;
+  }
   AddHeader(headers, "Gov-Client-User-IDs", user.empty() ? std::string() : "os=" + LPercentEncode(user));
   AddHeader(headers, "Gov-Vendor-Product-Name", LPercentEncode(kKontavoProductName));
   AddHeader(headers, "Gov-Vendor-Version",

@@ -8,7 +8,7 @@
 //   Gov-Client-MAC-Addresses        the hardware addresses of the network interfaces
 //   Gov-Client-Timezone             "UTC+hh:mm"
 //   Gov-Client-User-Agent           operating system, its version, the machine's maker and model
-//   Gov-Client-User-IDs             "os=" the login name
+//   Gov-Client-User-IDs             "os=" the login name (of the environment, else of the account)
 //   Gov-Vendor-Product-Name, Gov-Vendor-Version
 // Not sent, because the command line has no value for them: Gov-Client-Screens and
 // Gov-Client-Window-Size (no window), Gov-Client-Multi-Factor (no sign-in of its own),

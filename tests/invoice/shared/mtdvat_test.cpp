@@ -204,6 +204,7 @@ TEST_F(MtdVatTest, ObligationsUseTheFixedYear2000QueryHeadersAndReplaceTheWholeL
                                std::regex("[0-9a-f]{8}-[0-9a-f]{4}-4[0-9a-f]{3}-[89ab][0-9a-f]{3}-[0-9a-f]{12}")));
   EXPECT_TRUE(std::regex_match(headers["Gov-Client-Timezone"].get<std::string>(), std::regex("UTC[+-][0-9]{2}:[0-9]{2}")));
   EXPECT_EQ(headers["Gov-Client-User-Agent"].get<std::string>().rfind("os-family=Linux&os-version=", 0), 0u);
+  EXPECT_EQ(headers["Gov-Client-User-IDs"].get<std::string>().rfind("os=", 0), 0u);
   EXPECT_EQ(headers["Gov-Vendor-Product-Name"], "Kontavo");
   EXPECT_EQ(headers["Gov-Vendor-Version"], "Kontavo=1.0");
   if (headers.contains("Gov-Client-Local-IPs")) {
