@@ -8,9 +8,9 @@
 //   - the API base address: user setting "MTDForVAT"/"ApiBaseURL", HMRC's sandbox when absent;
 //   - the obligations: the list "VATObligations", one record per period, keyed by period key.
 //
-// Every operation of FKMTDforVATDlg ends with an alert (message and caption, the texts that
-// the user sees) and leaves stored tokens and obligations as they were when it fails; only a
-// successful obligations answer replaces the whole "VATObligations" list.
+// Every failure of FKMTDforVATDlg ends with an alert (message and caption, the texts that the
+// user sees), as does a successful submission, and leaves stored tokens and obligations as they
+// were; only a successful obligations answer replaces the whole "VATObligations" list.
 #pragma once
 
 #include <string>
