@@ -75,6 +75,16 @@ constexpr LCliCommand kCommands[] = {
      "kontavo mail send --to ADDRESSES [--subject TEXT] (--body TEXT | --body-file F) [--html-file F]\n"
      "                  [--attach FILE]...\n",
      "réglages des courriels et envoi d'un message", LCmdMail},
+    {"vat",
+     "kontavo vat config [--vrn NUMBER] [--api URL|sandbox|production] [--ca-file PEM] [--timeout SECONDS]\n"
+     "kontavo vat auth [--code CODE]\n"
+     "kontavo vat obligations [--from D --to D]\n"
+     "kontavo vat submit PERIODKEY [--FIGURE VALUE]...\n"
+     "        FIGURE: vatDueSales, vatDueAcquisitions, totalVatDue, vatReclaimedCurrPeriod, netVatDue (pounds),\n"
+     "        totalValueSalesExVAT, totalValuePurchasesExVAT, totalValueGoodsSuppliedExVAT, totalAcquisitionsExVAT\n"
+     "        (whole pounds); boxes 1, 6 and 8 default to the running figures\n"
+     "kontavo vat view PERIODKEY\n",
+     "déclaration de TVA britannique auprès de HMRC", LCmdVat},
     {"tax",
      "kontavo tax show\n"
      "kontavo tax set [--count N] [--default K] [--inclusive on|off] [--track-paid on|off] [--name K=TEXT]...\n"

@@ -33,6 +33,7 @@ int LCmdBill(LCliContext& context, LCliArgs& args);
 int LCmdBillPayment(LCliContext& context, LCliArgs& args);
 int LCmdCheck(LCliContext& context, LCliArgs& args);
 int LCmdMail(LCliContext& context, LCliArgs& args);
+int LCmdVat(LCliContext& context, LCliArgs& args);
 int LCmdTax(LCliContext& context, LCliArgs& args);
 int LCmdCustomer(LCliContext& context, LCliArgs& args);
 int LCmdSupplier(LCliContext& context, LCliArgs& args);

@@ -11,6 +11,7 @@
 #include "invoice/shared/salesdocument.h"
 #include "invoice/shared/taxcalc.h"
 #include "invoice/shared/taxoptions.h"
+#include "invoice/shared/vatfigures.h"
 
 namespace {
 
@@ -121,8 +122,11 @@ LFKTotalsChange SumTotals(LProfile& profile, LSalesDocument& document, bool isIn
     document.SetInt64("Total", total);
     document.Flush();
     const std::string& key = document.GetPrimaryKey();
-    if (isInvoice && !key.empty() && profile.MainList("Invoices").TestRecordExists(key))
+    if (isInvoice && !key.empty() && profile.MainList("Invoices").TestRecordExists(key)) {
       LCustomerChangeBalance(profile, document.GetCustomer(), change.newTotal - change.oldTotal);
+      FKAdjustVatRunningFigures(profile, document.GetTaxTotal() - change.oldTaxTotal,
+                                document.GetSubTotal() - change.oldSubTotal);
+    }
   }
   change.newTaxTotal = document.GetTaxTotal();
   change.newSubTotal = document.GetSubTotal();

@@ -49,7 +49,14 @@ std::string PadLeft(const std::string& text, std::size_t width) {
   return shown < width ? std::string(width - shown, ' ') + text : text;
 }
 
+// The text cell of a column without an amount; null when the row has none.
+const std::string* TextCell(const LReportRow& row, std::size_t column) {
+  bool hasAmount = column < row.values.size() && row.values[column];
+  return !hasAmount && column < row.texts.size() ? &row.texts[column] : nullptr;
+}
+
 std::string Cell(const LReportRow& row, std::size_t column, const LReportStyle& style) {
+  if (const std::string* text = TextCell(row, column)) return *text;
   if (column >= row.values.size() || !row.values[column]) return {};
   return LFormatMoney(*row.values[column], style.currency, style.parenthesesForNegative);
 }
@@ -106,7 +113,8 @@ std::string LReportWriteCsv(const LReportTable& table, const LReportStyle& style
     if (details) line.AddCol(row.detail);
     for (std::size_t c = 0; c < table.columns.size(); ++c) {
       bool present = c < row.values.size() && row.values[c].has_value();
-      line.AddCol(present ? LFormatAmountPlain(*row.values[c], style.currency.digits) : std::string());
+      const std::string* text = TextCell(row, c);
+      line.AddCol(present ? LFormatAmountPlain(*row.values[c], style.currency.digits) : text ? *text : std::string());
     }
     out += line.GetText() + "\r\n";
   }
@@ -122,6 +130,7 @@ std::string LReportWriteJson(const LReportTable& table) {
     nlohmann::ordered_json values = nlohmann::ordered_json::array();
     for (std::size_t c = 0; c < table.columns.size(); ++c) {
       if (c < row.values.size() && row.values[c]) values.push_back(*row.values[c]);
+      else if (const std::string* text = TextCell(row, c)) values.push_back(*text);
       else values.push_back(nullptr);
     }
     nlohmann::ordered_json entry = {{"label", row.label}, {"values", values}, {"kind", LReportRowKindName(row.kind)}};

@@ -1,7 +1,8 @@
 // The report table: what every report (financial statements, sales reports, VAT obligations)
 // fills, and what the writers render for a terminal, a CSV file, a JSON document or a web page.
 // A row is a label and one amount per column (minor units; an empty cell has no value), of one
-// kind: a heading, an account (or any detail line), a total, or a result.
+// kind: a heading, an account (or any detail line), a total, or a result. A column may hold
+// text instead (dates, statuses): a row's text cell is shown where it has no amount.
 #pragma once
 
 #include <optional>
@@ -19,6 +20,7 @@ struct LReportRow {
   LReportRowKind kind = LReportRowKind::kAccount;
   int indent = 0;                                // nesting level of the label
   std::string detail;                            // short text after the label ("Débit"); usually empty
+  std::vector<std::string> texts;                // text cells, one per column; shown where no amount is
 };
 
 class LReportTable {
@@ -49,7 +51,7 @@ std::string LReportWriteText(const LReportTable& table, const LReportStyle& styl
 // CSV: a heading row ("", columns...), then label and plain amounts ("1234.56") per row; with
 // details, a second column holds them.
 std::string LReportWriteCsv(const LReportTable& table, const LReportStyle& style);
-// {"title":..., "columns":[...], "rows":[{"label":..., "values":[cents or null...], "kind":...}]};
+// {"title":..., "columns":[...], "rows":[{"label":..., "values":[cents, text or null...], "kind":...}]};
 // a row with a detail also has "detail":...
 std::string LReportWriteJson(const LReportTable& table);
 // An HTML fragment: a <table class="report"> with a caption; rows carry their kind as class.

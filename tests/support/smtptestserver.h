@@ -51,6 +51,41 @@ inline int RunQuietly(const std::vector<std::string>& argv) {
   return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
 }
 
+// Starts a test server (argv[0] is its path) with stdout on a pipe and stderr into errorLog, and
+// waits up to 10 s for the "PORT n" line it prints once it listens. The port (0 when the server
+// did not start or said nothing); pid is the child's (-1 when it could not be started).
+inline int SpawnServer(const std::vector<std::string>& argv, const std::string& errorLog, pid_t& pid) {
+  pid = -1;
+  int out[2];
+  if (::pipe2(out, O_CLOEXEC) != 0) return 0;
+  posix_spawn_file_actions_t actions;
+  posix_spawn_file_actions_init(&actions);
+  posix_spawn_file_actions_adddup2(&actions, out[1], 1);
+  posix_spawn_file_actions_addopen(&actions, 2, errorLog.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
+  std::vector<char*> args;
+  for (const auto& arg : argv) args.push_back(const_cast<char*>(arg.c_str()));
+  args.push_back(nullptr);
+  int spawned = ::posix_spawn(&pid, args[0], &actions, nullptr, args.data(), environ);
+  posix_spawn_file_actions_destroy(&actions);
+  ::close(out[1]);
+  if (spawned != 0) {
+    pid = -1;
+    ::close(out[0]);
+    return 0;
+  }
+  // Python and its servers start in well under 10 s.
+  std::string line;
+  pollfd entry{out[0], POLLIN, 0};
+  while (line.find('\n') == std::string::npos && ::poll(&entry, 1, 10000) > 0) {
+    char buffer[64];
+    ssize_t count = ::read(out[0], buffer, sizeof buffer);
+    if (count <= 0) break;
+    line.append(buffer, static_cast<std::size_t>(count));
+  }
+  ::close(out[0]);
+  return line.rfind("PORT ", 0) == 0 ? std::atoi(line.c_str() + 5) : 0;
+}
+
 }  // namespace ltest
 
 // A self-signed certificate (EC P-256) naming commonName, with "localhost" and 127.0.0.1 as
@@ -126,37 +161,7 @@ class LSmtpTestServer {
   }
 
  private:
-  void Start(const std::vector<std::string>& argv) {
-    int out[2];
-    if (::pipe2(out, O_CLOEXEC) != 0) return;
-    posix_spawn_file_actions_t actions;
-    posix_spawn_file_actions_init(&actions);
-    posix_spawn_file_actions_adddup2(&actions, out[1], 1);
-    std::string errorLog = folder_ + "/server.err";
-    posix_spawn_file_actions_addopen(&actions, 2, errorLog.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
-    std::vector<char*> args;
-    for (const auto& arg : argv) args.push_back(const_cast<char*>(arg.c_str()));
-    args.push_back(nullptr);
-    int spawned = ::posix_spawn(&pid_, args[0], &actions, nullptr, args.data(), environ);
-    posix_spawn_file_actions_destroy(&actions);
-    ::close(out[1]);
-    if (spawned != 0) {
-      pid_ = -1;
-      ::close(out[0]);
-      return;
-    }
-    // The server prints "PORT n" once it listens; Python and aiosmtpd start in well under 10 s.
-    std::string line;
-    pollfd entry{out[0], POLLIN, 0};
-    while (line.find('\n') == std::string::npos && ::poll(&entry, 1, 10000) > 0) {
-      char buffer[64];
-      ssize_t count = ::read(out[0], buffer, sizeof buffer);
-      if (count <= 0) break;
-      line.append(buffer, static_cast<std::size_t>(count));
-    }
-    ::close(out[0]);
-    if (line.rfind("PORT ", 0) == 0) port_ = std::atoi(line.c_str() + 5);
-  }
+  void Start(const std::vector<std::string>& argv) { port_ = ltest::SpawnServer(argv, folder_ + "/server.err", pid_); }
 
   std::string folder_;
   std::string certFile_;

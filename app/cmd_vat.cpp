@@ -1,0 +1,304 @@
+// kontavo vat ...: the UK VAT return through HMRC (configuration, authorization, obligations,
+// submission, viewing). The texts of HMRC's side are the system's own English ones.
+#include <spawn.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <iostream>
+#include <nlohmann/json.hpp>
+#include <optional>
+#include <ostream>
+
+#include "app/cli.h"
+#include "app/cliprogress.h"
+#include "app/commands.h"
+#include "invoice/shared/mtdvat.h"
+#include "invoice/shared/options.h"
+#include "invoice/shared/profile.h"
+#include "invoice/shared/vatfigures.h"
+#include "invoice/shared/vatobligationsreport.h"
+#include "invoice/shared/vatreturnreport.h"
+#include "llib/gen/date.h"
+#include "llib/gen/file.h"
+#include "llib/gen/money.h"
+#include "llib/gen/reporttable.h"
+#include "llib/gen/system.h"
+#include "llib/gen/usersettings.h"
+
+extern char** environ;
+
+namespace {
+
+int FailAlert(LCliContext& context, const FKVatAlert& alert) {
+  return context.Fail(alert.caption + "\n" + alert.message);
+}
+
+void PrintTable(LCliContext& context, LProfile& profile, const LReportTable& table) {
+  if (context.json) {
+    context.out << LReportWriteJson(table) << "\n";
+    return;
+  }
+  LReportStyle style;
+  style.currency = profile.GetCurrencyFormat();
+  context.out << LReportWriteText(table, style);
+}
+
+int VatConfig(LCliContext& context, LCliArgs& args) {
+  std::string vrn, api, caFile, timeout;
+  bool setVrn = args.TakeOption("--vrn", vrn), setApi = args.TakeOption("--api", api);
+  bool setCa = args.TakeOption("--ca-file", caFile), setTimeout = args.TakeOption("--timeout", timeout);
+  std::vector<std::string> words;
+  std::string problem;
+  if (!args.Finish(words, problem)) return context.Usage(problem);
+  if (!words.empty()) return context.Usage();
+  LProfile* profile = context.Profile();
+  if (!profile) return kExitFailed;
+
+  if (setApi) {
+    if (api == "sandbox") api = kMTDSandboxApi;
+    if (api == "production") api = kMTDProductionApi;
+    std::string host, target;
+    int port = 0;
+    if (!LHttpSplitUrl(api, host, port, target)) return context.Fail("Adresse non valide : " + api);
+  }
+  if (setCa && !caFile.empty()) {
+    std::string content;
+    if (!LFile::ReadAll(caFile, content)) return context.Fail("Fichier de certificats illisible : " + caFile);
+    std::error_code error;
+    caFile = std::filesystem::absolute(caFile, error).string();
+  }
+  long seconds = setTimeout ? std::atol(timeout.c_str()) : 0;
+  if (setTimeout && (seconds < 1 || seconds > 3599 || timeout.find_first_not_of("0123456789") != std::string::npos))
+    return context.Usage("--timeout attend un nombre de secondes de 1 à 3599");
+
+  if (setVrn) {
+    LOptions options;
+    options.OpenFrom(*profile);
+    options.SetString(kVATRegistrationField, vrn);
+    options.Flush();
+  }
+  if (setApi) LUserSettingSetString(kMTDSettingsGroup, "ApiBaseURL", api);
+  if (setCa) LUserSettingSetString("HTTPS", "CAFile", caFile);
+  if (setTimeout) LUserSettingSetString("HTTPS", "TimeoutSeconds", std::to_string(seconds));
+
+  LOptions options;
+  options.OpenFrom(*profile);
+  std::string token;
+  bool authorized = LUserSettingGetPassword(kMTDPasswordSection, "AccessToken", token) && !token.empty();
+  LHttpOptions http = LOAuthHttpOptions();
+  if (context.json) {
+    context.out << nlohmann::json({{"vrn", options.GetString(kVATRegistrationField)}, {"api", FKMTDApiBaseUrl()},
+                                   {"caFile", http.caFile}, {"timeoutSeconds", http.timeoutMs / 1000},
+                                   {"authorized", authorized}})
+                       .dump()
+                << "\n";
+    return kExitOk;
+  }
+  context.out << "vrn=" << options.GetString(kVATRegistrationField) << "\n"
+              << "api=" << FKMTDApiBaseUrl() << "\n"
+              << "ca-file=" << http.caFile << "\n"
+              << "timeout=" << http.timeoutMs / 1000 << "\n"
+              << "authorized=" << (authorized ? "yes" : "no") << "\n";
+  return kExitOk;
+}
+
+// Opens the page in the user's browser when there is a display; never waits for the browser.
+void OpenInBrowser(const std::string& url) {
+  if (!std::getenv("DISPLAY") && !std::getenv("WAYLAND_DISPLAY")) return;
+  pid_t pid = -1;
+  const char* argv[] = {"xdg-open", url.c_str(), nullptr};
+  posix_spawn_file_actions_t actions;
+  posix_spawn_file_actions_init(&actions);
+  posix_spawn_file_actions_addopen(&actions, 1, "/dev/null", 1, 0);
+  posix_spawn_file_actions_addopen(&actions, 2, "/dev/null", 1, 0);
+  if (posix_spawnp(&pid, "xdg-open", &actions, nullptr, const_cast<char**>(argv), environ) == 0)
+    ::waitpid(pid, nullptr, WNOHANG);
+  posix_spawn_file_actions_destroy(&actions);
+}
+
+int VatAuth(LCliContext& context, LCliArgs& args) {
+  std::string code;
+  bool hasCode = args.TakeOption("--code", code);
+  std::vector<std::string> words;
+  std::string problem;
+  if (!args.Finish(words, problem)) return context.Usage(problem);
+  if (!words.empty()) return context.Usage();
+
+  LCliProgress progress(context.err, LIsTerminal(STDERR_FILENO));
+  FKMTDforVATAuthDlg dialog(progress);
+  std::string url = dialog.AuthorizeUrl();
+  if (!hasCode) {
+    context.err << FKMTDforVATAuthDlg::kTitle << "\n";
+    context.out << url << "\n" << std::flush;
+    OpenInBrowser(url);
+    if (LIsTerminal(STDIN_FILENO)) context.err << "Code d'autorisation : " << std::flush;
+    std::getline(std::cin, code);
+  }
+  if (!dialog.Authorize(code)) return FailAlert(context, dialog.Alert());
+  if (context.json) context.out << nlohmann::json({{"authorized", true}}).dump() << "\n";
+  return kExitOk;
+}
+
+int VatObligations(LCliContext& context, LCliArgs& args) {
+  std::string from, to;
+  bool hasFrom = args.TakeOption("--from", from), hasTo = args.TakeOption("--to", to);
+  std::vector<std::string> words;
+  std::string problem;
+  if (!args.Finish(words, problem)) return context.Usage(problem);
+  if (!words.empty() || hasFrom != hasTo) return context.Usage();
+  LDate start, end;
+  if (hasFrom && (!LDate::Parse(from, start) || !LDate::Parse(to, end)))
+    return context.Usage("--from et --to attendent des dates AAAA-MM-JJ");
+  LProfile* profile = context.Profile();
+  if (!profile) return kExitFailed;
+
+  LCliProgress progress(context.err, LIsTerminal(STDERR_FILENO));
+  FKMTDforVATDlg dialog(*profile, progress);
+  if (hasFrom) dialog.SetObligationsRange(from, to);
+  if (!dialog.RetrieveVatObligations(true)) return FailAlert(context, dialog.Alert());
+  LReportTable table;
+  LReportVatObligations(*profile, table);
+  PrintTable(context, *profile, table);
+  return kExitOk;
+}
+
+// The stored obligation of that period with the wanted status; the alert of the period choice
+// when there is none.
+bool ChoosePeriod(LProfile& profile, const std::string& periodKey, bool fulfilled, std::string& refusal) {
+  if (periodKey.empty()) {
+    refusal = "Empty period key";
+    return false;
+  }
+  bool any = false;
+  for (const auto& obligation : LVATObligationsLoad(profile)) {
+    if (obligation->IsFulfilled() != fulfilled) continue;
+    any = true;
+    if (obligation->GetPeriodKey() == periodKey) return true;
+  }
+  refusal = !any ? (fulfilled ? "No fulfilled obligations found" : "No open obligations found")
+                 : (fulfilled ? "Aucune obligation remplie pour la période " : "Aucune obligation ouverte pour la période ") +
+                       periodKey;
+  return false;
+}
+
+// The figures of "vat submit": the options given, the running figures for boxes 1, 6 and 8
+// otherwise, box 3 = box 1 + box 2 and box 5 = |box 3 - box 4| unless given, the rest 0.
+struct SubmitFigures {
+  FKVatReturns vatReturn;
+  FKVatRunningFigures used;  // what the running figures gave, taken out after the submission
+};
+
+bool TakeFigures(LCliArgs& args, const FKVatRunningFigures& running, SubmitFigures& figures, std::string& problem) {
+  FKVatReturns& r = figures.vatReturn;
+  std::optional<long long> money[5];
+  const char* moneyNames[5] = {"--vatDueSales", "--vatDueAcquisitions", "--totalVatDue", "--vatReclaimedCurrPeriod",
+                               "--netVatDue"};
+  for (int i = 0; i < 5; ++i) {
+    std::string text;
+    if (!args.TakeOption(moneyNames[i], text)) continue;
+    long long pence = 0;
+    if (!LParseAmount(text, 2, pence)) {
+      problem = std::string(moneyNames[i]) + " : montant non valide";
+      return false;
+    }
+    money[i] = pence;
+  }
+  std::optional<long long> pounds[4];
+  const char* poundNames[4] = {"--totalValueSalesExVAT", "--totalValuePurchasesExVAT",
+                               "--totalValueGoodsSuppliedExVAT", "--totalAcquisitionsExVAT"};
+  for (int i = 0; i < 4; ++i) {
+    std::string text;
+    if (!args.TakeOption(poundNames[i], text)) continue;
+    long long value = 0;
+    if (!LParseAmount(text, 0, value)) {
+      problem = std::string(poundNames[i]) + " : nombre entier de livres attendu";
+      return false;
+    }
+    pounds[i] = value;
+  }
+  if (!money[0]) figures.used.outputTax = running.outputTax;
+  if (!pounds[0]) figures.used.salesExVat = running.salesExVat / 100 * 100;
+  if (!pounds[2]) figures.used.goodsSuppliedExVat = running.goodsSuppliedExVat / 100 * 100;
+  long long box1 = money[0].value_or(running.outputTax), box2 = money[1].value_or(0);
+  long long box3 = money[2].value_or(box1 + box2), box4 = money[3].value_or(0);
+  long long box5 = money[4].value_or(box3 >= box4 ? box3 - box4 : box4 - box3);
+  r.vatDueSales = box1 / 100.0;
+  r.vatDueAcquisitions = box2 / 100.0;
+  r.totalVatDue = box3 / 100.0;
+  r.vatReclaimedCurrPeriod = box4 / 100.0;
+  r.netVatDue = box5 / 100.0;
+  r.totalValueSalesExVAT = pounds[0].value_or(running.salesExVat / 100);
+  r.totalValuePurchasesExVAT = pounds[1].value_or(0);
+  r.totalValueGoodsSuppliedExVAT = pounds[2].value_or(running.goodsSuppliedExVat / 100);
+  r.totalAcquisitionsExVAT = pounds[3].value_or(0);
+  return true;
+}
+
+int VatSubmit(LCliContext& context, LCliArgs& args) {
+  LProfile* profile = context.Profile();
+  if (!profile) return kExitFailed;
+  SubmitFigures figures;
+  std::string problem;
+  if (!TakeFigures(args, FKVatRunningFiguresLoad(*profile), figures, problem)) return context.Usage(problem);
+  std::vector<std::string> words;
+  if (!args.Finish(words, problem)) return context.Usage(problem);
+  if (words.size() != 1) return context.Usage();
+  figures.vatReturn.periodKey = words[0];
+  std::string refusal;
+  if (!ChoosePeriod(*profile, words[0], false, refusal)) return context.Fail(refusal);
+
+  LCliProgress progress(context.err, LIsTerminal(STDERR_FILENO));
+  FKMTDforVATDlg dialog(*profile, progress);
+  std::string receipt;
+  if (!dialog.SubmitVatReturns(figures.vatReturn, &receipt)) return FailAlert(context, dialog.Alert());
+  FKAdjustOutputTax(*profile, -figures.used.outputTax);
+  FKAdjustTotalValueSalesExVat(*profile, -figures.used.salesExVat);
+  FKAdjustTotalValueGoodsSuppliedExVat(*profile, -figures.used.goodsSuppliedExVat);
+
+  nlohmann::json answer = nlohmann::json::parse(receipt, nullptr, false);
+  if (!answer.is_object()) answer = nlohmann::json::object();
+  if (context.json) {
+    context.out << nlohmann::json({{"message", dialog.Alert().message}, {"receipt", answer}}).dump() << "\n";
+    return kExitOk;
+  }
+  context.out << dialog.Alert().caption << "\n" << dialog.Alert().message << "\n";
+  for (const char* field : {"processingDate", "formBundleNumber", "paymentIndicator", "chargeRefNumber"}) {
+    auto found = answer.find(field);
+    if (found != answer.end() && found->is_string()) context.out << field << "=" << found->get<std::string>() << "\n";
+  }
+  return kExitOk;
+}
+
+int VatView(LCliContext& context, LCliArgs& args) {
+  std::vector<std::string> words;
+  std::string problem;
+  if (!args.Finish(words, problem)) return context.Usage(problem);
+  if (words.size() != 1) return context.Usage();
+  LProfile* profile = context.Profile();
+  if (!profile) return kExitFailed;
+  std::string refusal;
+  if (!ChoosePeriod(*profile, words[0], true, refusal)) return context.Fail(refusal);
+
+  LCliProgress progress(context.err, LIsTerminal(STDERR_FILENO));
+  FKMTDforVATDlg dialog(*profile, progress);
+  FKVatReturns vatReturn;
+  if (!dialog.ViewVatReturn(words[0], vatReturn)) return FailAlert(context, dialog.Alert());
+  LReportTable table;
+  FKReportVatReturn(vatReturn, table);
+  PrintTable(context, *profile, table);
+  return kExitOk;
+}
+
+}  // namespace
+
+int LCmdVat(LCliContext& context, LCliArgs& args) {
+  std::string verb = args.TakeVerb();
+  if (verb == "config") return VatConfig(context, args);
+  if (verb == "auth") return VatAuth(context, args);
+  if (verb == "obligations") return VatObligations(context, args);
+  if (verb == "submit") return VatSubmit(context, args);
+  if (verb == "view") return VatView(context, args);
+  return context.Usage();
+}

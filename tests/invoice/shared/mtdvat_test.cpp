@@ -1,0 +1,414 @@
+// The VAT submission against the HMRC stand-in (hmrcserver.py over HTTPS on loopback): tokens,
+// obligations, submission, viewing, the refresh-and-retry rule and the failures that must leave
+// tokens and obligations alone.
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <chrono>
+#include <memory>
+#include <regex>
+#include <thread>
+
+#include "invoice/shared/mtdvat.h"
+#include "invoice/shared/options.h"
+#include "invoice/shared/profile.h"
+#include "invoice/shared/vatobligationsreport.h"
+#include "llib/gen/reporttable.h"
+#include "llib/gen/usersettings.h"
+#include "llib/net/oauth.h"
+#include "tests/support/hmrctestserver.h"
+#include "tests/support/testhome.h"
+
+namespace {
+
+constexpr const char* kBodyStart =
+    "client_secret=d3b07384-5e1f-4c2a-9a7b-0f6e8d2c4b1a&client_id=Qz4kLmP8vRt2_WnY6hJd3sXa9BcE";
+
+// Stops once the given time has passed, as a user pressing Cancel would.
+class CancelAfter : public LProcessInterfaceRecorder {
+ public:
+  explicit CancelAfter(int ms) : until_(std::chrono::steady_clock::now() + std::chrono::milliseconds(ms)) {}
+  bool IsToStop() override { return std::chrono::steady_clock::now() >= until_; }
+
+ private:
+  std::chrono::steady_clock::time_point until_;
+};
+
+class MtdVatTest : public LHomeTest {
+ protected:
+  void SetUp() override {
+    profile_ = std::make_unique<LProfile>();
+    LOptions options;
+    options.OpenFrom(*profile_);
+    options.SetString(kVATRegistrationField, "123456789");
+    options.Flush();
+  }
+  void StartServer(const std::vector<std::string>& options = {}) {
+    server_ = std::make_unique<LHmrcTestServer>(home_.Path() + "/hmrc", options);
+    ASSERT_TRUE(server_->IsRunning());
+    LUserSettingSetString(kMTDSettingsGroup, "ApiBaseURL", server_->BaseUrl());
+    LUserSettingSetString("HTTPS", "CAFile", server_->CertFile());
+    LUserSettingSetString("HTTPS", "TimeoutSeconds", "20");
+  }
+  static void SetTokens(const std::string& access, const std::string& refresh, const std::string& code = {}) {
+    for (auto [key, value] : {std::pair{"AccessToken", access}, {"RefreshToken", refresh}, {"AuthorizationCode", code}}) {
+      if (value.empty()) LUserSettingDeletePassword(kMTDPasswordSection, key);
+      else LUserSettingSetPassword(kMTDPasswordSection, key, value);
+    }
+  }
+  static std::string Password(const char* key) {
+    std::string value;
+    LUserSettingGetPassword(kMTDPasswordSection, key, value);
+    return value;
+  }
+  std::vector<std::string> StoredPeriods() {
+    std::vector<std::string> keys;
+    for (const auto& obligation : LVATObligationsLoad(*profile_)) keys.push_back(obligation->GetPeriodKey());
+    return keys;
+  }
+  void StoreObligation(const std::string& key) {
+    LVATObligation obligation;
+    profile_->List(kVATObligationsList).OpenAlways(obligation, key);
+    obligation.SetString("Status", "O");
+    obligation.Flush();
+  }
+  std::vector<std::string> RequestLines() {
+    std::vector<std::string> lines;
+    for (const auto& request : server_->Requests())
+      lines.push_back(request["method"].get<std::string>() + " " + request["path"].get<std::string>());
+    return lines;
+  }
+
+  std::unique_ptr<LProfile> profile_;
+  std::unique_ptr<LHmrcTestServer> server_;
+  LProcessInterfaceRecorder process_;
+};
+
+TEST(OAuthCodeTest, CodeEncodingKeepsTheExclamationMarkAndIsCutAt259) {
+  EXPECT_EQ(OAuthEncodeCode("ab/c!d e-._~"), "ab%2Fc!d%20e-._~");
+  EXPECT_EQ(OAuthEncodeCode(std::string(100, '/')).size(), 259u);
+  EXPECT_EQ(OAuthEncodeCode(std::string(300, 'a')), std::string(259, 'a'));
+}
+
+TEST(OAuthCodeTest, CodeIsFoundInTheSuccessTitleARedirectOrPlainText) {
+  EXPECT_EQ(OAuthParamsParseFromRedirectURL("Success code=abc123"), "abc123");
+  EXPECT_EQ(OAuthParamsParseFromRedirectURL("http://localhost:9/cb?state=s&code=x%2Fy"), "x/y");
+  EXPECT_EQ(OAuthParamsParseFromRedirectURL("  plain \n"), "plain");
+  EXPECT_EQ(OAuthParamsParseFromRedirectURL(" \n"), "");
+}
+
+TEST(VatReturnTest, SubmissionBodyIsInBoxOrderWithPercentFNumbers) {
+  FKVatReturns r;
+  r.periodKey = "#001";
+  r.vatDueSales = 105.5;
+  r.vatDueAcquisitions = -100.45;
+  r.totalVatDue = 5.05;
+  r.vatReclaimedCurrPeriod = 105.15;
+  r.netVatDue = 100.1;
+  r.totalValueSalesExVAT = 300;
+  r.totalValuePurchasesExVAT = -300;
+  r.totalValueGoodsSuppliedExVAT = 3000;
+  r.totalAcquisitionsExVAT = 0;
+  EXPECT_EQ(FKVatReturnsToJson(r),
+            "{\"periodKey\":\"#001\",\"vatDueSales\":105.500000,\"vatDueAcquisitions\":-100.450000,"
+            "\"totalVatDue\":5.050000,\"vatReclaimedCurrPeriod\":105.150000,\"netVatDue\":100.100000,"
+            "\"totalValueSalesExVAT\":300,\"totalValuePurchasesExVAT\":-300,\"totalValueGoodsSuppliedExVAT\":3000,"
+            "\"totalAcquisitionsExVAT\":0,\"finalised\":true}");
+  FKVatReturns back;
+  ASSERT_TRUE(FKVatReturnsFromJson(FKVatReturnsToJson(r), back));
+  EXPECT_EQ(back.periodKey, "#001");
+  EXPECT_DOUBLE_EQ(back.vatDueAcquisitions, -100.45);
+  EXPECT_EQ(back.totalValuePurchasesExVAT, -300);
+  EXPECT_FALSE(FKVatReturnsFromJson("{\"periodKey\":\"A\",\"vatDueSales\":\"1\"}", back));
+  EXPECT_FALSE(FKVatReturnsFromJson("[1,2]", back));
+  EXPECT_EQ(back.periodKey, "#001");
+}
+
+TEST(VatReturnTest, ErrorAnswersGiveCodeMessageAndWrappedErrors) {
+  LMTDError error;
+  ASSERT_TRUE(ParseErrorResponse(
+      R"({"code":"BUSINESS_ERROR","message":"Business validation error","errors":[{"code":"DUPLICATE_SUBMISSION","message":"Already"}]})",
+      error));
+  EXPECT_EQ(error.code, "BUSINESS_ERROR");
+  EXPECT_EQ(error.message, "Business validation error");
+  ASSERT_EQ(error.details.size(), 1u);
+  EXPECT_EQ(error.details[0], "DUPLICATE_SUBMISSION: Already");
+  EXPECT_FALSE(ParseErrorResponse("{\"obligations\":[]}", error));
+  EXPECT_FALSE(ParseErrorResponse("not json", error));
+  EXPECT_FALSE(ParseErrorResponse("{\"code\":12}", error));
+}
+
+TEST_F(MtdVatTest, TokenFromCodeSendsTheEncodedCodeAndStoresBothTokens) {
+  StartServer();
+  SetTokens("", "", "ab/c!d e");
+  ASSERT_TRUE(OAuthAccessTokenRequest(process_, FKMTDOAuthClient())) << process_.GetError();
+  auto requests = server_->Requests();
+  ASSERT_EQ(requests.size(), 1u);
+  EXPECT_EQ(requests[0]["path"], "/oauth/token");
+  EXPECT_EQ(requests[0]["headers"]["Content-Type"], "application/x-www-form-urlencoded");
+  EXPECT_EQ(requests[0]["body"], std::string(kBodyStart) +
+                                     "&grant_type=authorization_code&redirect_uri=urn:ietf:wg:oauth:2.0:oob&code=ab%2Fc!d%20e");
+  EXPECT_EQ(Password("AccessToken"), "acc-1");
+  EXPECT_EQ(Password("RefreshToken"), "ref-1");
+}
+
+TEST_F(MtdVatTest, BothTokensMeanARefreshAndAnAccessTokenAloneMeansTheCode) {
+  StartServer();
+  SetTokens("acc-0", "ref-0", "code1");
+  ASSERT_TRUE(OAuthAccessTokenRequest(process_, FKMTDOAuthClient()));
+  SetTokens("acc-1", "", "code2");
+  ASSERT_TRUE(OAuthAccessTokenRequest(process_, FKMTDOAuthClient()));
+  auto requests = server_->Requests();
+  ASSERT_EQ(requests.size(), 2u);
+  EXPECT_EQ(requests[0]["body"], std::string(kBodyStart) + "&grant_type=refresh_token&refresh_token=ref-0");
+  EXPECT_EQ(requests[1]["body"], std::string(kBodyStart) +
+                                     "&grant_type=authorization_code&redirect_uri=urn:ietf:wg:oauth:2.0:oob&code=code2");
+  EXPECT_EQ(Password("AccessToken"), "acc-2");
+  EXPECT_EQ(Password("RefreshToken"), "ref-2");
+}
+
+TEST_F(MtdVatTest, TokenRequestWithNothingStoredAsksNothing) {
+  StartServer();
+  SetTokens("", "", "");
+  EXPECT_FALSE(OAuthAccessTokenRequest(process_, FKMTDOAuthClient()));
+  EXPECT_TRUE(server_->Requests().empty());
+}
+
+TEST_F(MtdVatTest, RefusedOrIncompleteTokenAnswersLeaveTheOldTokens) {
+  for (const char* option : {"--token-error", "--token-no-refresh"}) {
+    StartServer({option});
+    SetTokens("acc-0", "ref-0", "code");
+    EXPECT_FALSE(OAuthAccessTokenRequest(process_, FKMTDOAuthClient())) << option;
+    EXPECT_EQ(Password("AccessToken"), "acc-0") << option;
+    EXPECT_EQ(Password("RefreshToken"), "ref-0") << option;
+    server_.reset();
+    std::filesystem::remove_all(home_.Path() + "/hmrc");
+  }
+}
+
+TEST_F(MtdVatTest, ObligationsUseTheFixedYear2000QueryHeadersAndReplaceTheWholeList) {
+  StartServer();
+  SetTokens("acc-0", "ref-0");
+  StoreObligation("OLD1");
+  FKMTDforVATDlg dialog(*profile_, process_);
+  ASSERT_TRUE(dialog.RetrieveVatObligations(true)) << dialog.Alert().message;
+  auto requests = server_->Requests();
+  ASSERT_EQ(requests.size(), 1u);
+  EXPECT_EQ(requests[0]["path"], "/organisations/vat/123456789/obligations");
+  EXPECT_EQ(requests[0]["query"], "from=2000-01-01&to=2000-12-31");
+  const auto& headers = requests[0]["headers"];
+  EXPECT_EQ(headers["Accept"], "application/vnd.hmrc.1.0+json");
+  EXPECT_EQ(headers["Authorization"], "Bearer acc-0");
+  EXPECT_EQ(headers["Gov-Client-Connection-Method"], "DESKTOP_APP_DIRECT");
+  EXPECT_TRUE(std::regex_match(headers["Gov-Client-Device-ID"].get<std::string>(),
+                               std::regex("[0-9a-f]{8}-[0-9a-f]{4}-4[0-9a-f]{3}-[89ab][0-9a-f]{3}-[0-9a-f]{12}")));
+  EXPECT_TRUE(std::regex_match(headers["Gov-Client-Timezone"].get<std::string>(), std::regex("UTC[+-][0-9]{2}:[0-9]{2}")));
+  EXPECT_EQ(headers["Gov-Client-User-Agent"].get<std::string>().rfind("os-family=Linux&os-version=", 0), 0u);
+  EXPECT_EQ(headers["Gov-Client-User-IDs"].get<std::string>().rfind("os=", 0), 0u);
+  EXPECT_EQ(headers["Gov-Vendor-Product-Name"], "Kontavo");
+  EXPECT_EQ(headers["Gov-Vendor-Version"], "Kontavo=1.0");
+  if (headers.contains("Gov-Client-Local-IPs")) {
+    EXPECT_TRUE(std::regex_match(headers["Gov-Client-Local-IPs-Timestamp"].get<std::string>(),
+                                 std::regex("\\d{4}-\\d\\d-\\d\\dT\\d\\d:\\d\\d:\\d\\d\\.\\d{3}Z")));
+  }
+
+  EXPECT_EQ(StoredPeriods(), (std::vector<std::string>{"00A1", "00A2", "#001"}));
+  auto stored = LVATObligationsLoad(*profile_);
+  EXPECT_EQ(stored[0]->GetString("StartDate"), "2000-01-01");
+  EXPECT_EQ(stored[0]->GetString("EndDate"), "2000-03-31");
+  EXPECT_EQ(stored[0]->GetString("DueDate"), "2000-05-07");
+  EXPECT_EQ(stored[0]->GetString("ReceivedDate"), "2000-05-06");
+  EXPECT_TRUE(stored[0]->IsFulfilled());
+  EXPECT_FALSE(stored[1]->IsFulfilled());
+  EXPECT_EQ(stored[1]->GetString("ReceivedDate"), "");
+
+  // The device keeps its identifier from one call to the next.
+  ASSERT_TRUE(dialog.RetrieveVatObligations(true));
+  EXPECT_EQ(server_->Requests()[1]["headers"]["Gov-Client-Device-ID"], headers["Gov-Client-Device-ID"]);
+
+  LReportTable table;
+  LReportVatObligations(*profile_, table);
+  EXPECT_EQ(table.title, "VAT Obligations");
+  EXPECT_EQ(table.columns, (std::vector<std::string>{"Start Date", "End Date", "Due Date", "Status", "Received Date"}));
+  ASSERT_EQ(table.rows.size(), 3u);
+  EXPECT_EQ(table.rows[0].label, "00A1");
+  EXPECT_EQ(table.rows[0].texts, (std::vector<std::string>{"2000-01-01", "2000-03-31", "2000-05-07", "F", "2000-05-06"}));
+  EXPECT_EQ(LReportWriteJson(table).find("\"values\":[\"2000-01-01\",\"2000-03-31\",\"2000-05-07\",\"F\",\"2000-05-06\"]") !=
+                std::string::npos,
+            true);
+}
+
+TEST_F(MtdVatTest, ARangeOfTheUsersReplacesTheFixedQuery) {
+  StartServer();
+  SetTokens("acc-0", "ref-0");
+  FKMTDforVATDlg dialog(*profile_, process_);
+  dialog.SetObligationsRange("2017-01-01", "2017-12-31");
+  ASSERT_TRUE(dialog.RetrieveVatObligations(true)) << dialog.Alert().message;
+  EXPECT_EQ(server_->Requests()[0]["query"], "from=2017-01-01&to=2017-12-31");
+  EXPECT_EQ(StoredPeriods(), (std::vector<std::string>{"17A1"}));
+}
+
+TEST_F(MtdVatTest, AnExpiredTokenGetsExactlyOneRefreshAndOneRetry) {
+  StartServer({"--expired"});
+  SetTokens("acc-0", "ref-0");
+  FKMTDforVATDlg dialog(*profile_, process_);
+  ASSERT_TRUE(dialog.RetrieveVatObligations(true)) << dialog.Alert().message;
+  EXPECT_EQ(RequestLines(), (std::vector<std::string>{"GET /organisations/vat/123456789/obligations", "POST /oauth/token",
+                                                      "GET /organisations/vat/123456789/obligations"}));
+  EXPECT_EQ(server_->Requests()[2]["headers"]["Authorization"], "Bearer acc-1");
+  EXPECT_EQ(Password("AccessToken"), "acc-1");
+  EXPECT_EQ(StoredPeriods().size(), 3u);
+}
+
+TEST_F(MtdVatTest, ASecond401IsReportedAndTheListKept) {
+  StartServer({"--always-invalid"});
+  SetTokens("acc-0", "ref-0");
+  StoreObligation("OLD1");
+  FKMTDforVATDlg dialog(*profile_, process_);
+  EXPECT_FALSE(dialog.RetrieveVatObligations(true));
+  EXPECT_EQ(RequestLines().size(), 3u);
+  EXPECT_EQ(dialog.Alert().message, "Invalid authentication information provided");
+  EXPECT_EQ(dialog.Alert().caption, "VAT Obligations Retrieval Failed");
+  EXPECT_EQ(StoredPeriods(), (std::vector<std::string>{"OLD1"}));
+
+  // Without the retry flag the first 401 is the answer.
+  FKMTDforVATDlg once(*profile_, process_);
+  EXPECT_FALSE(once.RetrieveVatObligations(false));
+  EXPECT_EQ(RequestLines().size(), 4u);
+}
+
+TEST_F(MtdVatTest, ARefreshThatFailsAfterA401IsAnAuthorizationFailure) {
+  StartServer({"--expired", "--token-error"});
+  SetTokens("acc-0", "ref-0");
+  FKMTDforVATDlg dialog(*profile_, process_);
+  EXPECT_FALSE(dialog.RetrieveVatObligations(true));
+  EXPECT_EQ(dialog.Alert().message, "Failed to connect to HMRC");
+  EXPECT_EQ(dialog.Alert().caption, "Authorization Failed");
+  EXPECT_EQ(Password("AccessToken"), "acc-0");
+  EXPECT_EQ(Password("RefreshToken"), "ref-0");
+}
+
+TEST_F(MtdVatTest, NoTokenOrNoVatNumberIsRefusedBeforeAnyCall) {
+  StartServer();
+  SetTokens("", "ref-0");
+  FKMTDforVATDlg dialog(*profile_, process_);
+  EXPECT_FALSE(dialog.RetrieveVatObligations(true));
+  EXPECT_EQ(dialog.Alert().message, "Please authorize application to connect to HMRC");
+  EXPECT_EQ(dialog.Alert().caption, "VAT Obligations Retrieval Failed");
+  FKVatReturns r;
+  r.periodKey = "00A2";
+  EXPECT_FALSE(dialog.SubmitVatReturns(r));
+  EXPECT_EQ(dialog.Alert().message, "Please authorize application to connect to HMRC");
+  EXPECT_EQ(dialog.Alert().caption, "Failed Submission");
+
+  SetTokens("acc-0", "ref-0");
+  LOptions options;
+  options.OpenFrom(*profile_);
+  options.SetString(kVATRegistrationField, "");
+  options.Flush();
+  FKMTDforVATDlg withoutNumber(*profile_, process_);
+  EXPECT_FALSE(withoutNumber.RetrieveVatObligations(true));
+  EXPECT_EQ(withoutNumber.Alert().message, "Please enter your VAT registration number in Options to proceed.");
+  EXPECT_TRUE(server_->Requests().empty());
+}
+
+TEST_F(MtdVatTest, MalformedOrIncompleteObligationsLeaveTheListAlone) {
+  for (const char* body : {"{\"obligations\":[", "{\"obligations\":[{\"start\":\"2000-01-01\"}]}", "{\"other\":1}",
+                           "[]", "{\"obligations\":[\"00A1\"]}"}) {
+    StartServer({"--obligations-body", body});
+    SetTokens("acc-0", "ref-0");
+    StoreObligation("OLD1");
+    FKMTDforVATDlg dialog(*profile_, process_);
+    EXPECT_FALSE(dialog.RetrieveVatObligations(true)) << body;
+    EXPECT_EQ(dialog.Alert().caption, "VAT Obligations Retrieval Failed") << body;
+    EXPECT_EQ(StoredPeriods(), (std::vector<std::string>{"OLD1"})) << body;
+    EXPECT_EQ(Password("AccessToken"), "acc-0");
+    server_.reset();
+    std::filesystem::remove_all(home_.Path() + "/hmrc");
+  }
+}
+
+TEST_F(MtdVatTest, SubmissionSendsTheBodyAsBuiltThenADuplicateIsRefused) {
+  StartServer();
+  SetTokens("acc-0", "ref-0");
+  FKVatReturns r;
+  r.periodKey = "00A2";
+  r.vatDueSales = 20;
+  r.totalVatDue = 20;
+  r.netVatDue = 20;
+  r.totalValueSalesExVAT = 100;
+  r.totalValueGoodsSuppliedExVAT = 100;
+  FKMTDforVATDlg dialog(*profile_, process_);
+  std::string receipt;
+  ASSERT_TRUE(dialog.SubmitVatReturns(r, &receipt)) << dialog.Alert().message;
+  EXPECT_EQ(dialog.Alert().message, "VAT Returns has been submitted successfully");
+  EXPECT_EQ(dialog.Alert().caption, "Successful Submission");
+  EXPECT_NE(receipt.find("\"formBundleNumber\": \"123456789012\""), std::string::npos) << receipt;
+  auto requests = server_->Requests();
+  ASSERT_EQ(requests.size(), 1u);
+  EXPECT_EQ(requests[0]["path"], "/organisations/vat/123456789/returns");
+  EXPECT_EQ(requests[0]["headers"]["Content-Type"], "application/json");
+  EXPECT_EQ(requests[0]["headers"]["Authorization"], "Bearer acc-0");
+  EXPECT_EQ(requests[0]["body"], FKVatReturnsToJson(r));
+
+  EXPECT_FALSE(dialog.SubmitVatReturns(r));
+  EXPECT_EQ(dialog.Alert().message,
+            "Business validation error\nDUPLICATE_SUBMISSION: The VAT return was already submitted for the given period");
+  EXPECT_EQ(dialog.Alert().caption, "Failed Submission");
+
+  FKVatReturns viewed;
+  ASSERT_TRUE(dialog.ViewVatReturn("00A2", viewed)) << dialog.Alert().message;
+  EXPECT_EQ(viewed.periodKey, "00A2");
+  EXPECT_DOUBLE_EQ(viewed.vatDueSales, 20);
+  EXPECT_EQ(viewed.totalValueSalesExVAT, 100);
+  EXPECT_FALSE(dialog.ViewVatReturn("00A1", viewed));
+  EXPECT_EQ(dialog.Alert().message, "The requested resource could not be found");
+  EXPECT_EQ(dialog.Alert().caption, "Viewing VAT Return Failed");
+  EXPECT_FALSE(dialog.ViewVatReturn("", viewed));
+  EXPECT_EQ(dialog.Alert().message, "Empty period key");
+}
+
+TEST_F(MtdVatTest, APeriodKeyWithAHashIsEncodedInThePath) {
+  StartServer();
+  SetTokens("acc-0", "ref-0");
+  FKMTDforVATDlg dialog(*profile_, process_);
+  FKVatReturns viewed;
+  EXPECT_FALSE(dialog.ViewVatReturn("#001", viewed));
+  EXPECT_EQ(server_->Requests()[0]["path"], "/organisations/vat/123456789/returns/%23001");
+}
+
+TEST_F(MtdVatTest, AReplyThatNeverEndsTimesOutAndACancelEndsItAtOnce) {
+  StartServer({"--hang"});
+  SetTokens("acc-0", "ref-0");
+  StoreObligation("OLD1");
+  LUserSettingSetString("HTTPS", "TimeoutSeconds", "1");
+  FKMTDforVATDlg dialog(*profile_, process_);
+  EXPECT_FALSE(dialog.RetrieveVatObligations(true));
+  EXPECT_EQ(dialog.Alert().message, "Failed to connect to HMRC");
+
+  LUserSettingSetString("HTTPS", "TimeoutSeconds", "30");
+  CancelAfter cancel(300);
+  FKMTDforVATDlg cancelled(*profile_, cancel);
+  auto start = std::chrono::steady_clock::now();
+  EXPECT_FALSE(cancelled.RetrieveVatObligations(true));
+  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(5));
+  EXPECT_EQ(cancelled.Alert().message, "User has cancelled the operation");
+  EXPECT_EQ(StoredPeriods(), (std::vector<std::string>{"OLD1"}));
+  EXPECT_EQ(Password("AccessToken"), "acc-0");
+}
+
+TEST_F(MtdVatTest, AServerWithAnUntrustedCertificateIsRefused) {
+  StartServer();
+  LUserSettingDelete("HTTPS", "CAFile");
+  SetTokens("acc-0", "ref-0");
+  StoreObligation("OLD1");
+  FKMTDforVATDlg dialog(*profile_, process_);
+  EXPECT_FALSE(dialog.RetrieveVatObligations(true));
+  EXPECT_EQ(dialog.Alert().message, "Failed to connect to HMRC");
+  EXPECT_FALSE(process_.GetError().empty());
+  EXPECT_TRUE(server_->Requests().empty());
+  EXPECT_EQ(StoredPeriods(), (std::vector<std::string>{"OLD1"}));
+  EXPECT_EQ(Password("AccessToken"), "acc-0");
+}
+
+}  // namespace
