@@ -173,8 +173,8 @@ constexpr LCliCommand kCommands[] = {
     {"report",
      "kontavo report NAME [--from D] [--to D] [--date D] [--compare-from D --compare-to D] [--customer KEY]...\n"
      "        [--consolidate B=FACTOR,...] [--format text|csv|json|html]\n"
-     "        NAME: coa, pl, pl-compare, bs (au --date), tb, cf\n",
-     "plan comptable et états financiers", LCmdReport},
+     "        NAME: coa, pl, pl-compare, bs (au --date), tb, cf, vat-obligations\n",
+     "plan comptable, états financiers et obligations de TVA", LCmdReport},
     {{}, {}, {}, nullptr},
 };
 

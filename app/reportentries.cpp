@@ -12,6 +12,7 @@
 #include "accounts/trialbalance.h"
 #include "app/cli.h"
 #include "app/reportcommand.h"
+#include "invoice/shared/vatobligationsreport.h"
 
 namespace {
 
@@ -114,6 +115,13 @@ bool BuildCashFlow(LCliContext&, LProfile& profile, const LReportRequest& reques
   return false;
 }
 
+// The periods of the last successful retrieval from HMRC; nothing to ask of the command line.
+bool BuildVatObligations(LCliContext&, LProfile& profile, const LReportRequest&, LReportTable& table,
+                         std::string&) {
+  LReportVatObligations(profile, table);
+  return true;
+}
+
 constexpr LReportEntry kReports[] = {
     {"coa", BuildChart},
     {"pl", BuildProfitAndLoss},
@@ -121,6 +129,7 @@ constexpr LReportEntry kReports[] = {
     {"bs", BuildBalanceSheet},
     {"tb", BuildTrialBalance},
     {"cf", BuildCashFlow},
+    {"vat-obligations", BuildVatObligations},
     {{}, nullptr},
 };
 

@@ -16,6 +16,7 @@ class VatCli : public LHomeTest {
   void SetUp() override {
     ::setenv("KONTAVO_COUNTRY", "GB", 1);
     ASSERT_EQ(Run({"init"}).exitCode, 0);
+    ASSERT_EQ(Run({"account", "defaults"}).exitCode, 0);  // invoices need the linked accounts
   }
   void StartServer(const std::vector<std::string>& options = {}) {
     server_ = std::make_unique<LHmrcTestServer>(home_.Path() + "/hmrc", options);
@@ -93,6 +94,10 @@ TEST_F(VatCli, ObligationsAreFetchedStoredAndShownAsTheReport) {
   EXPECT_EQ(json["rows"][0]["label"], "17A1");
   EXPECT_EQ(json["rows"][0]["values"][3], "O");
   EXPECT_EQ(Run({"record", "list", "VATObligations"}).out, "17A1\n");
+  // The stored periods are a report like any other, without asking HMRC again.
+  LRunResult csv = Run({"report", "vat-obligations", "--format", "csv"});
+  ASSERT_EQ(csv.exitCode, 0) << csv.err;
+  EXPECT_NE(csv.out.find("\"17A1\",\"2017-01-01\""), std::string::npos) << csv.out;
 
   // HMRC refuses a range longer than 366 days; its message is shown and the list kept.
   LRunResult tooLong = Run({"vat", "obligations", "--from", "2017-01-01", "--to", "2018-12-31"});
