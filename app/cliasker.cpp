@@ -1,23 +1,17 @@
 #include "app/cliasker.h"
 
-#include <cstdio>
-#include <iostream>
-
 #include "app/cli.h"
+#include "app/cliask.h"
 #include "invoice/shared/profile.h"
 #include "llib/gen/money.h"
-#include "llib/gen/system.h"
 
-LCliAsker::LCliAsker(const LCliContext& context) : context_(context) {}
+LCliAsker::LCliAsker(LCliContext& context) : context_(context) {}
 
 LAnswer LCliAsker::Ask(const LQuestion& question) {
   if (context_.yes) return {true, false};
-  if (!LIsTerminal(0) || !LIsTerminal(2)) return {false, false};
-  context_.err << question.text << "\n[" << question.confirm << " (o) / " << question.cancel << " (n)] " << std::flush;
-  std::string reply;
-  if (!std::getline(std::cin, reply)) return {false, false};
-  bool confirmed = reply == "o" || reply == "O" || reply == "oui" || reply == question.confirm;
-  return {confirmed, false};
+  // Without a terminal the command itself reports the question's text as its refusal.
+  if (!LCliCanAsk()) return {false, false};
+  return {LCliConfirm(context_, question.title, question.text, question.confirm, question.cancel), false};
 }
 
 bool LCliParseAmount(const LProfile& profile, std::string_view text, long long& amount) {

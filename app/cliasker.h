@@ -17,11 +17,11 @@ class LProfile;
 
 class LCliAsker : public LAsker {
  public:
-  explicit LCliAsker(const LCliContext& context);
+  explicit LCliAsker(LCliContext& context);
   LAnswer Ask(const LQuestion& question) override;
 
  private:
-  const LCliContext& context_;
+  LCliContext& context_;
 };
 
 // "1234.56", "-0.05", "12" in the business's currency digits; false for anything else.

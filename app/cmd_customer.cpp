@@ -5,14 +5,13 @@
 #include <ostream>
 
 #include "app/cli.h"
-#include "app/cliprogress.h"
 #include "app/commands.h"
 #include "app/documentinput.h"
 #include "invoice/shared/customer.h"
 #include "invoice/shared/profile.h"
 #include "llib/gen/filestore.h"
 #include "llib/gen/money.h"
-#include "llib/gen/system.h"
+#include "llib/gen/processterminal.h"
 
 namespace {
 
@@ -84,7 +83,7 @@ int Retotal(LCliContext& context, LProfile& profile, const std::vector<std::stri
       return context.Fail("Client introuvable : " + words[1] + ".");
     data.customers.push_back(words[1]);
   }
-  LCliProgress progress(context.err, LIsTerminal(2));
+  LProcessTerminal progress("Recalcul des soldes des clients");
   if (Process(progress, data) != kProcessFinished) return context.Fail(progress.GetError());
   return kExitOk;
 }

@@ -12,7 +12,6 @@
 #include <ostream>
 
 #include "app/cli.h"
-#include "app/cliprogress.h"
 #include "app/commands.h"
 #include "invoice/shared/mtdvat.h"
 #include "invoice/shared/options.h"
@@ -23,6 +22,7 @@
 #include "llib/gen/date.h"
 #include "llib/gen/file.h"
 #include "llib/gen/money.h"
+#include "llib/gen/processterminal.h"
 #include "llib/gen/reporttable.h"
 #include "llib/gen/system.h"
 #include "llib/gen/usersettings.h"
@@ -126,7 +126,7 @@ int VatAuth(LCliContext& context, LCliArgs& args) {
   if (!args.Finish(words, problem)) return context.Usage(problem);
   if (!words.empty()) return context.Usage();
 
-  LCliProgress progress(context.err, LIsTerminal(STDERR_FILENO));
+  LProcessTerminal progress("HMRC");
   FKMTDforVATAuthDlg dialog(progress);
   std::string url = dialog.AuthorizeUrl();
   if (!hasCode) {
@@ -154,7 +154,7 @@ int VatObligations(LCliContext& context, LCliArgs& args) {
   LProfile* profile = context.Profile();
   if (!profile) return kExitFailed;
 
-  LCliProgress progress(context.err, LIsTerminal(STDERR_FILENO));
+  LProcessTerminal progress("HMRC");
   FKMTDforVATDlg dialog(*profile, progress);
   if (hasFrom) dialog.SetObligationsRange(from, to);
   if (!dialog.RetrieveVatObligations(true)) return FailAlert(context, dialog.Alert());
@@ -249,7 +249,7 @@ int VatSubmit(LCliContext& context, LCliArgs& args) {
   std::string refusal;
   if (!ChoosePeriod(*profile, words[0], false, refusal)) return context.Fail(refusal);
 
-  LCliProgress progress(context.err, LIsTerminal(STDERR_FILENO));
+  LProcessTerminal progress("HMRC");
   FKMTDforVATDlg dialog(*profile, progress);
   std::string receipt;
   if (!dialog.SubmitVatReturns(figures.vatReturn, &receipt)) return FailAlert(context, dialog.Alert());
@@ -281,7 +281,7 @@ int VatView(LCliContext& context, LCliArgs& args) {
   std::string refusal;
   if (!ChoosePeriod(*profile, words[0], true, refusal)) return context.Fail(refusal);
 
-  LCliProgress progress(context.err, LIsTerminal(STDERR_FILENO));
+  LProcessTerminal progress("HMRC");
   FKMTDforVATDlg dialog(*profile, progress);
   FKVatReturns vatReturn;
   if (!dialog.ViewVatReturn(words[0], vatReturn)) return FailAlert(context, dialog.Alert());
