@@ -41,16 +41,16 @@ std::string LJScriptEscape(std::string_view text) {
 
 namespace {
 
-void AppendOne(std::string& out, const std::string& spec, auto value) {
+void AppendOne(std::string& out, const std::string& directive, auto value) {
   char small[128];
-  int n = std::snprintf(small, sizeof small, spec.c_str(), value);
+  int n = std::snprintf(small, sizeof small, directive.c_str(), value);
   if (n < 0) return;
   if (static_cast<std::size_t>(n) < sizeof small) {
     out.append(small, static_cast<std::size_t>(n));
     return;
   }
   std::string big(static_cast<std::size_t>(n) + 1, '\0');
-  std::snprintf(big.data(), big.size(), spec.c_str(), value);
+  std::snprintf(big.data(), big.size(), directive.c_str(), value);
   out.append(big.data(), static_cast<std::size_t>(n));
 }
 
@@ -73,21 +73,21 @@ std::string LWebFormatV(const char* format, va_list args) {
       ++p;
       continue;
     }
-    std::string spec = "%";
-    while (*p != '\0' && std::strchr("-+ #0'", *p) != nullptr) spec.push_back(*p++);
+    std::string directive = "%";
+    while (*p != '\0' && std::strchr("-+ #0'", *p) != nullptr) directive.push_back(*p++);
     if (*p == '*') {
-      spec += std::to_string(va_arg(args, int));
+      directive += std::to_string(va_arg(args, int));
       ++p;
     } else {
-      while (*p >= '0' && *p <= '9') spec.push_back(*p++);
+      while (*p >= '0' && *p <= '9') directive.push_back(*p++);
     }
     if (*p == '.') {
-      spec.push_back(*p++);
+      directive.push_back(*p++);
       if (*p == '*') {
-        spec += std::to_string(va_arg(args, int));
+        directive += std::to_string(va_arg(args, int));
         ++p;
       } else {
-        while (*p >= '0' && *p <= '9') spec.push_back(*p++);
+        while (*p >= '0' && *p <= '9') directive.push_back(*p++);
       }
     }
     std::string length;
@@ -98,8 +98,8 @@ std::string LWebFormatV(const char* format, va_list args) {
       break;
     }
     ++p;
-    spec += length;
-    spec.push_back(conversion);
+    directive += length;
+    directive.push_back(conversion);
     switch (conversion) {
       case 'H': {
         const char* text = va_arg(args, const char*);
@@ -112,30 +112,30 @@ std::string LWebFormatV(const char* format, va_list args) {
         break;
       }
       case 'd': case 'i':
-        if (length == "ll" || length == "q" || length == "j") AppendOne(out, spec, va_arg(args, long long));
-        else if (length == "l" || length == "z" || length == "t") AppendOne(out, spec, va_arg(args, long));
-        else AppendOne(out, spec, va_arg(args, int));
+        if (length == "ll" || length == "q" || length == "j") AppendOne(out, directive, va_arg(args, long long));
+        else if (length == "l" || length == "z" || length == "t") AppendOne(out, directive, va_arg(args, long));
+        else AppendOne(out, directive, va_arg(args, int));
         break;
       case 'u': case 'o': case 'x': case 'X':
-        if (length == "ll" || length == "q" || length == "j") AppendOne(out, spec, va_arg(args, unsigned long long));
-        else if (length == "l" || length == "z" || length == "t") AppendOne(out, spec, va_arg(args, unsigned long));
-        else AppendOne(out, spec, va_arg(args, unsigned));
+        if (length == "ll" || length == "q" || length == "j") AppendOne(out, directive, va_arg(args, unsigned long long));
+        else if (length == "l" || length == "z" || length == "t") AppendOne(out, directive, va_arg(args, unsigned long));
+        else AppendOne(out, directive, va_arg(args, unsigned));
         break;
       case 'c':
-        AppendOne(out, spec, va_arg(args, int));
+        AppendOne(out, directive, va_arg(args, int));
         break;
       case 'f': case 'F': case 'e': case 'E': case 'g': case 'G': case 'a': case 'A':
-        if (length == "L") AppendOne(out, spec, va_arg(args, long double));
-        else AppendOne(out, spec, va_arg(args, double));
+        if (length == "L") AppendOne(out, directive, va_arg(args, long double));
+        else AppendOne(out, directive, va_arg(args, double));
         break;
       case 's': {
         const char* text = va_arg(args, const char*);
-        if (spec == "%s") out.append(text ? text : "(null)");  // the common case, without a copy
-        else AppendOne(out, spec, text ? text : "(null)");
+        if (directive == "%s") out.append(text ? text : "(null)");  // the common case, without a copy
+        else AppendOne(out, directive, text ? text : "(null)");
         break;
       }
       case 'p':
-        AppendOne(out, spec, va_arg(args, void*));
+        AppendOne(out, directive, va_arg(args, void*));
         break;
       default:
         out.append(start, static_cast<std::size_t>(p - start));

@@ -85,11 +85,11 @@ std::string LWebletEntityTag(std::time_t modified, std::size_t size) {
 bool LWebletParseRange(std::string_view header, long long size, long long& start, long long& end) {
   constexpr std::string_view kPrefix = "bytes=";
   if (header.substr(0, kPrefix.size()) != kPrefix) return false;
-  std::string_view spec = header.substr(kPrefix.size());
-  std::size_t dash = spec.find('-');
+  std::string_view range = header.substr(kPrefix.size());
+  std::size_t dash = range.find('-');
   if (dash == std::string_view::npos) return false;
-  std::string_view first = spec.substr(0, dash);
-  std::string_view second = spec.substr(dash + 1);
+  std::string_view first = range.substr(0, dash);
+  std::string_view second = range.substr(dash + 1);
   if (first.find_first_not_of(" ") == std::string_view::npos) {
     long long count = LTextToInt64(second);
     start = count <= size ? size - count : 0;
