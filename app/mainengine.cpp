@@ -1,8 +1,13 @@
 #include "app/mainengine.h"
 
+#include "llib/gen/file.h"
 #include "llib/gen/log.h"
 #include "llib/web/weblet.h"
 #include "llib/net/emailsendbg.h"
+
+namespace {
+constexpr unsigned kRestartListenWaitMs = 3000;
+}  // namespace
 
 void MainEngine::StartWebServer() {
   if (!LWebletServer::IsWebletServerEnabled()) return;
@@ -31,6 +36,9 @@ void MainEngine::CtlRestart() {
   if (!LWebletServer::IsWebletServerEnabled()) return;
   LLogInfo("Redémarrage du serveur Web");
   StartWebServer();
+  // The command that asked for the restart hears back once the new listener accepts, so the
+  // address it prints works at once; a port held by another program does not hold it longer.
+  for (unsigned waited = 0; !web_.IsListening() && waited < kRestartListenWaitMs; waited += 10) LSleepMs(10);
 }
 
 bool MainEngine::Control(int code, const void* data, std::size_t size) {
