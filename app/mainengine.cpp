@@ -46,6 +46,11 @@ bool MainEngine::Control(int code, const void* data, std::size_t size) {
     CtlRestart();
     return true;
   }
+  if (code == kServiceControlWebOff) {
+    std::lock_guard<std::mutex> lock(mutex_);
+    web_.Stop();
+    return true;
+  }
   return LServiceEngine::Control(code, data, size);
 }
 

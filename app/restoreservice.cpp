@@ -1,11 +1,19 @@
 #include "app/restoreservice.h"
 
+#include "llib/gen/serviceengine.h"
+
 namespace {
 
-LRestoreServiceSwitch* gService = nullptr;  // the running service's switch, once registered
+class LServiceControlSwitch : public LRestoreServiceSwitch {
+ public:
+  // false when no service answers: there is then nothing to start again.
+  bool SwitchOff() override { return LServiceEngineSendControl(kServiceControlWebOff); }
+  void SwitchOn() override { LServiceEngineSendControl(kServiceControlRestart); }
+};
 
 }  // namespace
 
-void LSetRestoreServiceSwitch(LRestoreServiceSwitch* service) { gService = service; }
-
-LRestoreServiceSwitch* LGetRestoreServiceSwitch() { return gService; }
+LRestoreServiceSwitch* LGetRestoreServiceSwitch() {
+  static LServiceControlSwitch service;
+  return &service;
+}

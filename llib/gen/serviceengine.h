@@ -14,6 +14,7 @@
 #include <string>
 
 inline constexpr int kServiceControlRestart = 1;
+inline constexpr int kServiceControlWebOff = 2;  // until the next restart (a restore runs)
 inline constexpr unsigned kServiceControlReadMs = 5000;      // a client's request must arrive by then
 inline constexpr unsigned kServiceControlAnswerMs = 120000;  // a restart waits for connections
 

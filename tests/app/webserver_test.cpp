@@ -538,6 +538,22 @@ TEST_F(WebServerTest, WebCommandsRestartTheRunningServer) {
   EXPECT_EQ(LRunKontavo({"web", "port", "0x50"}).exitCode, 1);
 }
 
+TEST_F(WebServerTest, RestoreSwitchesTheWebServerOffForItsDuration) {
+  std::string backups = home_.Path() + "-sauvegardes";
+  ASSERT_TRUE(LFile::MakeFolder(backups));
+  LRunResult backup = LRunKontavo({"backup", backups});
+  ASSERT_EQ(backup.exitCode, 0) << backup.err;
+  std::string folder = backup.out.substr(0, backup.out.find('\n'));
+  LRunResult restore = LRunKontavo({"restore", folder, "--yes"});
+  EXPECT_EQ(restore.exitCode, 0) << restore.err;
+  std::string log = server_->Log();
+  std::size_t off = log.find("Arrêt du serveur Web (Non sécurisé)");
+  ASSERT_NE(off, std::string::npos) << log;
+  EXPECT_NE(log.find("Redémarrage du serveur Web", off), std::string::npos) << log;
+  EXPECT_EQ(LHttpGet(port_, "/s.css").status, 200);
+  LFile::RemoveTree(backups);
+}
+
 TEST_F(WebServerTest, SignalsStopTheServiceCleanly) {
   int fd = LConnectLoopback(port_);  // an idle connection must not hold the stop back
   ASSERT_GE(fd, 0);
