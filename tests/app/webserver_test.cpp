@@ -12,6 +12,7 @@
 #include <regex>
 #include <thread>
 
+#include "llib/gen/date.h"
 #include "llib/gen/file.h"
 #include "tests/support/testhome.h"
 #include "tests/support/webclient.h"
@@ -330,6 +331,12 @@ TEST_F(WebServerTest, LogonStartsASessionThatMainAccepts) {
   EXPECT_NE(main.body.find("<td class=headeruser colspan=3>Connecté sous Alice Admin</td>"), std::string::npos);
   EXPECT_NE(main.body.find("Principale SARL"), std::string::npos);
   EXPECT_NE(main.body.find("<td>Comptes clients</td>"), std::string::npos);
+  // Without a fiscal-year end of its own, the business's year is the calendar year.
+  std::string year = std::to_string(LDate::Today().year);
+  EXPECT_NE(main.body.find("<caption>Exercice du " + year + "-01-01 au " + year + "-12-31</caption>"),
+            std::string::npos) << main.body;
+  for (const char* row : {"<td>Recettes</td>", "<td>Dépenses</td>", "<td>Bénéfice</td>", "<td>Actif</td>"})
+    EXPECT_NE(main.body.find(row), std::string::npos) << row;
   // Logged on, the logon page goes on to the next page.
   EXPECT_EQ(LHttpGet(port_, "/logon?onok=userlist", session).raw,
             "HTTP/1.1 302 Found\r\nLocation: userlist\r\nContent-Length: 0\r\n\r\n");
