@@ -30,7 +30,7 @@ long long NowMs() {
 }
 
 // The session id of a logon answer ("document.cookie = 'kontavo_sess=ID; path=/...").
-std::string SessionOf(const LHttpResponse& response) {
+std::string SessionOf(const LWebResponse& response) {
   std::smatch match;
   static const std::regex cookie("kontavo_sess=([a-z0-9]+);");
   return std::regex_search(response.body, match, cookie) ? match[1].str() : "";
@@ -76,13 +76,13 @@ class WebServerTest : public LHomeTest {
 // ---- Methods, paths and the request line ----------------------------------------------------------
 
 TEST_F(WebServerTest, RootWithoutSessionGoesToLogon) {
-  LHttpResponse response = LHttpGet(port_, "/");
+  LWebResponse response = LHttpGet(port_, "/");
   EXPECT_EQ(response.raw, "HTTP/1.1 302 Found\r\nLocation: logon\r\nContent-Length: 0\r\n\r\n");
 }
 
 TEST_F(WebServerTest, MethodsOtherThanGetAndPostAnswer501AndClose) {
   for (const char* method : {"HEAD", "OPTIONS", "PROPFIND", "DELETE", "get"}) {
-    LHttpResponse response = LHttpExchange(port_, std::string(method) + " /main HTTP/1.1\r\nHost: x\r\n\r\n", 5000);
+    LWebResponse response = LHttpExchange(port_, std::string(method) + " /main HTTP/1.1\r\nHost: x\r\n\r\n", 5000);
     EXPECT_EQ(response.raw, kNotImplemented) << method;
   }
   std::string log = server_->Log();
@@ -96,7 +96,7 @@ TEST_F(WebServerTest, PathsThatLeaveTheWebFolderAnswer404) {
   LWriteFile(home_.Path() + "/secret.txt", "secret");
   for (const char* path : {"/../secret.txt", "/%2e%2e/secret.txt", "/%2E%2E%2Fsecret.txt", "/..\\secret.txt",
                            "/help/../../secret.txt", "/s.css%00/../../secret.txt"}) {
-    LHttpResponse response = LHttpGet(port_, path);
+    LWebResponse response = LHttpGet(port_, path);
     EXPECT_EQ(response.raw, kNotFound) << path;
   }
   EXPECT_EQ(LHttpExchange(port_, "GET main HTTP/1.1\r\n\r\n").raw, kNotFound);
@@ -108,9 +108,9 @@ TEST_F(WebServerTest, PathsThatLeaveTheWebFolderAnswer404) {
 TEST_F(WebServerTest, NulAndBackslashesStayInsideTheWebFolder) {
   WriteWebFile("a.txt", "inside");
   // A decoded NUL ends the file name at the system boundary: still the "Web" folder's file.
-  LHttpResponse nul = LHttpGet(port_, "/a.txt%00.png");
+  LWebResponse nul = LHttpGet(port_, "/a.txt%00.png");
   EXPECT_EQ(nul.status, 404);
-  LHttpResponse backslash = LHttpGet(port_, "/help\\login.html");
+  LWebResponse backslash = LHttpGet(port_, "/help\\login.html");
   EXPECT_EQ(backslash.status, 404);
 }
 
@@ -120,7 +120,7 @@ TEST_F(WebServerTest, StaticFilesKeepHttp11ConnectionsOpenWithCachingHeaders) {
   int fd = LConnectLoopback(port_);
   ASSERT_GE(fd, 0);
   ASSERT_TRUE(LSendAll(fd, "GET /s.css HTTP/1.1\r\nHost: x\r\n\r\n"));
-  LHttpResponse first = LReadResponse(fd);
+  LWebResponse first = LReadResponse(fd);
   ASSERT_TRUE(first.complete);
   EXPECT_EQ(first.status, 200);
   EXPECT_EQ(first.headers["content-type"], "text/css");
@@ -134,14 +134,14 @@ TEST_F(WebServerTest, StaticFilesKeepHttp11ConnectionsOpenWithCachingHeaders) {
 
   // The same connection carries the next requests: the conditional ones answer 304.
   ASSERT_TRUE(LSendAll(fd, "GET /s.css HTTP/1.1\r\nIf-None-Match: " + etag + "\r\n\r\n"));
-  LHttpResponse notModified = LReadResponse(fd);
+  LWebResponse notModified = LReadResponse(fd);
   EXPECT_EQ(notModified.raw, "HTTP/1.1 304 Not Modified\r\n\r\n");
   std::string lower = modified;
   for (char& c : lower) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
   ASSERT_TRUE(LSendAll(fd, "GET /s.css HTTP/1.1\r\nIf-Modified-Since: " + lower + "\r\n\r\n"));
   EXPECT_EQ(LReadResponse(fd).raw, "HTTP/1.1 304 Not Modified\r\n\r\n");
   ASSERT_TRUE(LSendAll(fd, "GET /ajax.js HTTP/1.1\r\nIf-Modified-Since: Mon, 01 Jan 2001 00:00:00 GMT\r\n\r\n"));
-  LHttpResponse script = LReadResponse(fd);
+  LWebResponse script = LReadResponse(fd);
   EXPECT_EQ(script.status, 200);
   EXPECT_EQ(script.headers["content-type"], "text/javascript");
   ::close(fd);
@@ -167,7 +167,7 @@ TEST_F(WebServerTest, RangesAnswer206Or416) {
   auto get = [&](const std::string& range) {
     return LHttpExchange(port_, "GET /data.bin HTTP/1.1\r\nConnection: close\r\nRange: " + range + "\r\n\r\n");
   };
-  LHttpResponse last = get("bytes=-100");
+  LWebResponse last = get("bytes=-100");
   EXPECT_EQ(last.statusLine, "HTTP/1.1 206 Partial Content");
   EXPECT_EQ(last.headers["content-range"], "bytes 900-999/1000");
   EXPECT_EQ(last.headers["content-length"], "100");
@@ -175,17 +175,17 @@ TEST_F(WebServerTest, RangesAnswer206Or416) {
   EXPECT_EQ(last.headers["cache-control"], "max-age=0");
   EXPECT_EQ(last.headers["content-disposition"], "attachment; filename=\"data.bin\"; filename*=UTF-8''data.bin");
   EXPECT_EQ(last.body, content.substr(900));
-  LHttpResponse middle = get("bytes=10-19");
+  LWebResponse middle = get("bytes=10-19");
   EXPECT_EQ(middle.headers["content-range"], "bytes 10-19/1000");
   EXPECT_EQ(middle.body, content.substr(10, 10));
-  LHttpResponse open = get("bytes=990-");
+  LWebResponse open = get("bytes=990-");
   EXPECT_EQ(open.headers["content-range"], "bytes 990-999/1000");
   EXPECT_EQ(get("bytes=500-400").raw, "HTTP/1.1 416 Requested Range Not Satisfiable\r\n\r\n");
   EXPECT_EQ(get("bytes=2000-").raw, "HTTP/1.1 416 Requested Range Not Satisfiable\r\n\r\n");
 }
 
 TEST_F(WebServerTest, MissingFileAnswers404AndIsLogged) {
-  LHttpResponse response = LHttpGet(port_, "/nothing.png");
+  LWebResponse response = LHttpGet(port_, "/nothing.png");
   EXPECT_EQ(response.raw, "HTTP/1.1 404 Not Found\r\nContent-Length: 0\r\n\r\n");
   std::string log = server_->Log();
   EXPECT_NE(log.find("[erreur] Weblet: File not found: " + home_.Path() + "/Web/nothing.png for connection 127.0.0.1"),
@@ -199,7 +199,7 @@ TEST_F(WebServerTest, LargeFileArrivesWhole) {
   std::string content(300000, 'x');
   for (std::size_t i = 0; i < content.size(); i += 7) content[i] = static_cast<char>(i % 251);
   WriteWebFile("big.pdf", content);
-  LHttpResponse response = LHttpGet(port_, "/big.pdf");
+  LWebResponse response = LHttpGet(port_, "/big.pdf");
   EXPECT_EQ(response.headers["content-type"], "application/pdf");
   EXPECT_EQ(response.body, content);
 }
@@ -207,14 +207,14 @@ TEST_F(WebServerTest, LargeFileArrivesWhole) {
 // ---- Limits and bad clients -----------------------------------------------------------------------
 
 TEST_F(WebServerTest, BodyAboveThreeMillionBytesIsRefusedUnread) {
-  LHttpResponse refused = LHttpExchange(
+  LWebResponse refused = LHttpExchange(
       port_, "POST /logon HTTP/1.1\r\nContent-Length: 3000001\r\n\r\n101=a", 5000);
   EXPECT_EQ(refused.raw, "HTTP/1.1 500 Content Length Too Long\r\nConnection: close\r\n\r\n");
   EXPECT_NE(server_->Log().find("Weblet: Content too long: 127.0.0.1 logon"), std::string::npos);
 
   std::string body = "101=&submit=++Connexion++&pad=";
   body.append(3000000 - body.size(), 'z');
-  LHttpResponse accepted = LHttpPost(port_, "/logon", body);
+  LWebResponse accepted = LHttpPost(port_, "/logon", body);
   EXPECT_EQ(accepted.status, 200);
   EXPECT_NE(accepted.body.find("Veuillez entrer votre adresse de courriel."), std::string::npos);
 }
@@ -233,11 +233,11 @@ TEST_F(WebServerTest, LongLinesAreCutAndManyHeadersEndTheConnection) {
   std::string longPath = "/s.css?" + std::string(5000, 'q');
   EXPECT_EQ(LHttpExchange(port_, "GET " + longPath + " HTTP/1.1\r\nConnection: close\r\n\r\n").status, 200);
   std::string longHeader = "X-Long: " + std::string(100000, 'h');
-  LHttpResponse cut = LHttpExchange(port_, "GET /s.css HTTP/1.1\r\n" + longHeader + "\r\nConnection: close\r\n\r\n");
+  LWebResponse cut = LHttpExchange(port_, "GET /s.css HTTP/1.1\r\n" + longHeader + "\r\nConnection: close\r\n\r\n");
   EXPECT_EQ(cut.status, 200);
   std::string many;
   for (int i = 0; i < 1000; ++i) many += "X-H" + std::to_string(i) + ": v\r\n";
-  LHttpResponse tooMany = LHttpExchange(port_, "GET /s.css HTTP/1.1\r\n" + many + "\r\n");
+  LWebResponse tooMany = LHttpExchange(port_, "GET /s.css HTTP/1.1\r\n" + many + "\r\n");
   EXPECT_EQ(tooMany.raw, "");
   // The server is still there.
   EXPECT_EQ(LHttpGet(port_, "/s.css").status, 200);
@@ -269,7 +269,7 @@ TEST_F(WebServerTest, ConcurrentClientsAllGetWholeAnswers) {
       for (int r = 0; r < 10; ++r) {
         std::string path = (i + r) % 3 == 0 ? "/logon" : "/s.css";
         LSendAll(fd, "GET " + path + " HTTP/1.1\r\nHost: x\r\n\r\n");
-        LHttpResponse response = LReadResponse(fd);
+        LWebResponse response = LReadResponse(fd);
         if (path == "/logon") {
           // Pages close the connection: read to the end, then reconnect.
           std::string rest = LReadUntilClose(fd, 5000);
@@ -305,14 +305,14 @@ TEST_F(WebServerTest, SilentClientIsDroppedAfterThirtySeconds) {
 // ---- Logon, sessions and access -------------------------------------------------------------------
 
 TEST_F(WebServerTest, LogonStartsASessionThatMainAccepts) {
-  LHttpResponse wrong = LHttpPost(port_, "/logon", LogonBody(kAdmin, "nope"));
+  LWebResponse wrong = LHttpPost(port_, "/logon", LogonBody(kAdmin, "nope"));
   EXPECT_EQ(wrong.headers["content-type"], "text/plain");
   EXPECT_NE(wrong.body.find("Échec de la connexion. Veuillez vérifier que le mot de passe est correct."),
             std::string::npos);
   EXPECT_NE(wrong.body.find("DisableSubmits(false)"), std::string::npos);
   EXPECT_EQ(SessionOf(wrong), "");
 
-  LHttpResponse good = LHttpPost(port_, "/logon", LogonBody("Admin%40Example.FR", kAdminPassword));
+  LWebResponse good = LHttpPost(port_, "/logon", LogonBody("Admin%40Example.FR", kAdminPassword));
   std::string session = SessionOf(good);
   ASSERT_TRUE(std::regex_match(session, std::regex("s[a-z]{8}[0-9]+"))) << good.body;
   EXPECT_NE(good.body.find("document.cookie = 'kontavo_sess=" + session + "; path=/';\n"), std::string::npos);
@@ -321,12 +321,12 @@ TEST_F(WebServerTest, LogonStartsASessionThatMainAccepts) {
   EXPECT_TRUE(LFile::Exists(SessionFile(session)));
   EXPECT_NE(LReadFile(SessionFile(session)).find("user=admin%40example.fr"), std::string::npos);
 
-  LHttpResponse chooser = LHttpGet(port_, "/chooseprofile", session);
+  LWebResponse chooser = LHttpGet(port_, "/chooseprofile", session);
   EXPECT_NE(chooser.body.find("Principale SARL"), std::string::npos);
-  LHttpResponse chosen = LHttpPost(port_, "/chooseprofile", "rbg3=301&submit=++OK++", session);
+  LWebResponse chosen = LHttpPost(port_, "/chooseprofile", "rbg3=301&submit=++OK++", session);
   EXPECT_NE(chosen.body.find("window.location = 'main';"), std::string::npos) << chosen.body;
 
-  LHttpResponse main = LHttpGet(port_, "/main", session);
+  LWebResponse main = LHttpGet(port_, "/main", session);
   EXPECT_EQ(main.status, 200);
   EXPECT_NE(main.body.find("<td class=headeruser colspan=3>Connecté sous Alice Admin</td>"), std::string::npos);
   EXPECT_NE(main.body.find("Principale SARL"), std::string::npos);
@@ -342,7 +342,7 @@ TEST_F(WebServerTest, LogonStartsASessionThatMainAccepts) {
             "HTTP/1.1 302 Found\r\nLocation: userlist\r\nContent-Length: 0\r\n\r\n");
 
   // The next logon remembers the business, and the remember box makes a long-lived session.
-  LHttpResponse again = LHttpPost(port_, "/logon", LogonBody(kAdmin, kAdminPassword, true));
+  LWebResponse again = LHttpPost(port_, "/logon", LogonBody(kAdmin, kAdminPassword, true));
   EXPECT_TRUE(std::regex_match(SessionOf(again), std::regex("l[a-z]{8}[0-9]+")));
   EXPECT_NE(again.body.find("; path=/; expires=Sunday, 17-Jan-2038 19:14:07 GMT';"), std::string::npos);
   EXPECT_NE(again.body.find("window.location = 'main';"), std::string::npos);
@@ -351,13 +351,13 @@ TEST_F(WebServerTest, LogonStartsASessionThatMainAccepts) {
 TEST_F(WebServerTest, LogoffEndsTheSession) {
   std::string session = Logon();
   ASSERT_FALSE(session.empty());
-  LHttpResponse off = LHttpGet(port_, "/logoff", session);
+  LWebResponse off = LHttpGet(port_, "/logoff", session);
   EXPECT_EQ(off.status, 200);
   EXPECT_FALSE(LFile::Exists(SessionFile(session)));
   EXPECT_NE(server_->Log().find("L'utilisateur Web \"admin@example.fr\" a fermé sa session."), std::string::npos);
   EXPECT_EQ(LHttpGet(port_, "/main", session).headers["location"], "logon");
   // Without a session the action routes show the expired-session page.
-  LHttpResponse expired = LHttpGet(port_, "/logoff", session);
+  LWebResponse expired = LHttpGet(port_, "/logoff", session);
   EXPECT_NE(expired.body.find("<center>Votre session a expiré. Veuillez <a href=\"logon\"><b>cliquer ici</b></a> pour "
                               "rouvrir une session.</center>"),
             std::string::npos);
@@ -366,7 +366,7 @@ TEST_F(WebServerTest, LogoffEndsTheSession) {
 TEST_F(WebServerTest, SeventhFailureLocksTheAccountForTwentyMinutes) {
   for (int i = 0; i < 6; ++i) EXPECT_EQ(Logon(kAdmin, "wrongpass"), "");
   // The seventh attempt is refused even with the right password.
-  LHttpResponse locked = LHttpPost(port_, "/logon", LogonBody(kAdmin, kAdminPassword));
+  LWebResponse locked = LHttpPost(port_, "/logon", LogonBody(kAdmin, kAdminPassword));
   EXPECT_EQ(SessionOf(locked), "");
   EXPECT_NE(locked.body.find("Échec de la connexion."), std::string::npos);
   LRunResult failures = LRunKontavo({"record", "get", "WebAccounts", kAdmin, "LogonFailures"});
@@ -384,7 +384,7 @@ TEST_F(WebServerTest, CookiesWithPathsNeverReachTheFileSystem) {
   LWriteFile(home_.Path() + "/forged.sess", "user=admin%40example.fr");
   LWriteFile(home_.Path() + "/SessionData/..%2fforged.sess", "user=admin%40example.fr");
   for (const char* cookie : {"../forged", "..%2Fforged", "..%5Cforged", "/etc/passwd", "..\\forged"}) {
-    LHttpResponse response = LHttpGet(port_, "/main", cookie);
+    LWebResponse response = LHttpGet(port_, "/main", cookie);
     EXPECT_EQ(response.headers["location"], "logon") << cookie;
   }
   EXPECT_TRUE(LFile::Exists(home_.Path() + "/forged.sess"));
@@ -411,7 +411,7 @@ TEST_F(WebServerTest, UserNeverOpensABusinessOutsideItsProfiles) {
             0);
   std::string session = Logon("bob@example.fr", "bobsecret");
   ASSERT_FALSE(session.empty());
-  LHttpResponse chooser = LHttpGet(port_, "/chooseprofile", session);
+  LWebResponse chooser = LHttpGet(port_, "/chooseprofile", session);
   EXPECT_NE(chooser.body.find("Principale SARL"), std::string::npos);
   EXPECT_EQ(chooser.body.find("Autre SA"), std::string::npos);
   // Choosing an id beyond the list is refused.
@@ -431,7 +431,7 @@ TEST_F(WebServerTest, UserWithoutProfilesCannotLogOnToItsLastBusiness) {
   ASSERT_EQ(LRunKontavo({"user", "add", "eve@example.fr", "--name", "Eve", "--password-stdin"}, "evesecret\n").exitCode,
             0);
   ASSERT_EQ(LRunKontavo({"record", "set", "WebAccounts", "eve@example.fr", "LastUsedProfiles=Principale SARL"}).exitCode, 0);
-  LHttpResponse response = LHttpPost(port_, "/logon", LogonBody("eve@example.fr", "evesecret"));
+  LWebResponse response = LHttpPost(port_, "/logon", LogonBody("eve@example.fr", "evesecret"));
   EXPECT_NE(response.body.find("L\\'utilisateur n\\'a pas de profils de société autorisés"), std::string::npos);
   EXPECT_EQ(SessionOf(response), "");
 }
@@ -462,7 +462,7 @@ TEST_F(WebServerTest, StaleSessionFilesAreCleanedUpByAge) {
 TEST_F(WebServerTest, UserDialogChecksEachFieldInOrder) {
   std::string session = Logon();
   ASSERT_EQ(LHttpPost(port_, "/chooseprofile", "rbg3=301&submit=++OK++", session).status, 200);
-  LHttpResponse page = LHttpGet(port_, "/userprop?onok=userlist&oncancel=userlist", session);
+  LWebResponse page = LHttpGet(port_, "/userprop?onok=userlist&oncancel=userlist", session);
   EXPECT_NE(page.body.find("Mot de passe d&#39;accès Web :"), std::string::npos) << page.raw;
   EXPECT_NE(page.body.find("name=rbg3 id=301 value=301"), std::string::npos);
   auto press = [&](const std::string& fields) {
@@ -483,7 +483,7 @@ TEST_F(WebServerTest, UserDialogChecksEachFieldInOrder) {
   EXPECT_EQ(LRunKontavo({"record", "get", "WebAccounts", "bob@example.fr", "Profiles"}).out, "Principale SARL\n");
   EXPECT_EQ(LRunKontavo({"record", "get", "WebAccounts", "bob@example.fr", "Priviligies"}).out, "2\n");
   EXPECT_NE(server_->Log().find("Le compte a été activé pour bob@example.fr"), std::string::npos);
-  LHttpResponse list = LHttpGet(port_, "/userlist", session);
+  LWebResponse list = LHttpGet(port_, "/userlist", session);
   EXPECT_NE(list.body.find("bob@example.fr"), std::string::npos);
   EXPECT_NE(list.body.find("Ajouter un nouvel utilisateur"), std::string::npos);
   // A POST without "submit" or "submitdef" shows the dialog afresh; Enter counts as OK.

@@ -29,7 +29,7 @@ std::string HomeFolder() {
 }
 
 // Parses the head of an answer in raw; false while it is not complete.
-bool ParseHead(const std::string& raw, LHttpResponse& response, std::size_t& bodyStart) {
+bool ParseHead(const std::string& raw, LWebResponse& response, std::size_t& bodyStart) {
   std::size_t end = raw.find("\r\n\r\n");
   if (end == std::string::npos) return false;
   bodyStart = end + 4;
@@ -167,8 +167,8 @@ std::string LReadUntilClose(int fd, int timeoutMs, bool* closed) {
   }
 }
 
-LHttpResponse LReadResponse(int fd, int timeoutMs) {
-  LHttpResponse response;
+LWebResponse LReadResponse(int fd, int timeoutMs) {
+  LWebResponse response;
   long long deadline = NowMs() + timeoutMs;
   std::size_t bodyStart = 0;
   bool headParsed = false;
@@ -204,8 +204,8 @@ LHttpResponse LReadResponse(int fd, int timeoutMs) {
   }
 }
 
-LHttpResponse LHttpExchange(int port, const std::string& request, int timeoutMs) {
-  LHttpResponse response;
+LWebResponse LHttpExchange(int port, const std::string& request, int timeoutMs) {
+  LWebResponse response;
   int fd = LConnectLoopback(port);
   if (fd < 0) return response;
   if (LSendAll(fd, request)) {
@@ -221,13 +221,13 @@ LHttpResponse LHttpExchange(int port, const std::string& request, int timeoutMs)
   return response;
 }
 
-LHttpResponse LHttpGet(int port, const std::string& path, const std::string& session) {
+LWebResponse LHttpGet(int port, const std::string& path, const std::string& session) {
   std::string request = "GET " + path + " HTTP/1.1\r\nHost: 127.0.0.1\r\nConnection: close\r\n";
   if (!session.empty()) request += "Cookie: kontavo_sess=" + session + "\r\n";
   return LHttpExchange(port, request + "\r\n");
 }
 
-LHttpResponse LHttpPost(int port, const std::string& path, const std::string& body, const std::string& session) {
+LWebResponse LHttpPost(int port, const std::string& path, const std::string& body, const std::string& session) {
   std::string request = "POST " + path + " HTTP/1.1\r\nHost: 127.0.0.1\r\nContent-Type: application/x-www-form-urlencoded\r\n";
   if (!session.empty()) request += "Cookie: theme=clair; kontavo_sess=" + session + "\r\n";
   request += "Content-Length: " + std::to_string(body.size()) + "\r\n\r\n" + body;

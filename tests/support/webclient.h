@@ -41,7 +41,7 @@ bool LSendAll(int fd, const std::string& data);
 // Reads until the peer closes or timeoutMs pass; closed tells which.
 std::string LReadUntilClose(int fd, int timeoutMs, bool* closed = nullptr);
 
-struct LHttpResponse {
+struct LWebResponse {
   bool complete = false;                       // status line, headers and the whole body arrived
   int status = 0;
   std::string statusLine;
@@ -51,9 +51,9 @@ struct LHttpResponse {
 };
 // Reads one answer: headers, then Content-Length bytes, or everything until close when there is
 // no length.
-LHttpResponse LReadResponse(int fd, int timeoutMs = 10000);
+LWebResponse LReadResponse(int fd, int timeoutMs = 10000);
 // Sends request on a new connection and reads the answer to the end of the connection.
-LHttpResponse LHttpExchange(int port, const std::string& request, int timeoutMs = 10000);
+LWebResponse LHttpExchange(int port, const std::string& request, int timeoutMs = 10000);
 // A GET or form POST with an optional session cookie.
-LHttpResponse LHttpGet(int port, const std::string& path, const std::string& session = {});
-LHttpResponse LHttpPost(int port, const std::string& path, const std::string& body, const std::string& session = {});
+LWebResponse LHttpGet(int port, const std::string& path, const std::string& session = {});
+LWebResponse LHttpPost(int port, const std::string& path, const std::string& body, const std::string& session = {});
