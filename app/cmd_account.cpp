@@ -13,6 +13,7 @@
 #include "invoice/shared/options.h"
 #include "invoice/shared/profile.h"
 #include "llib/gen/process.h"
+#include "llib/gen/processterminal.h"
 
 namespace {
 
@@ -155,7 +156,7 @@ int Edit(LCliContext& context, LProfile& profile, LCliArgs& args) {
   if (linkedGiven && !ParseSlot(linked, dialog.linkedSlot)) return context.Usage("compte associé inconnu : " + linked);
 
   LCliAsker asker(context);
-  LProcessInterfaceVoid process;
+  LProcessTerminal process("Modification du compte");  // a new number rewrites every day file
   std::string message;
   if (!dialog.CmOk(profile, asker, process, &message)) return context.Fail(message);
   return kExitOk;

@@ -13,6 +13,7 @@
 #include "invoice/shared/profile.h"
 #include "llib/gen/date.h"
 #include "llib/gen/process.h"
+#include "llib/gen/processterminal.h"
 
 namespace {
 
@@ -80,7 +81,7 @@ int LCmdCheck(LCliContext& context, LCliArgs& args) {
   LBookCheckProcess data;
   data.profile = profile;
   data.fix = fix;
-  LProcessInterfaceVoid process;
+  LProcessTerminal process("Vérification des comptes");
   Process(process, data);
   const LCheckReport& report = data.report;
   if (context.json) {

@@ -10,43 +10,12 @@
 #include "app/commands.h"
 #include "llib/gen/file.h"
 #include "llib/gen/process.h"
-#include "llib/gen/system.h"
+#include "llib/gen/processterminal.h"
 #include "llib/net/email.h"
 #include "llib/net/emailaddress.h"
 #include "llib/net/emailsettings.h"
 
 namespace {
-
-// Progress of a send drawn on one terminal line: a bar, the percentage and the status text.
-class TerminalProgress : public LProcessInterfaceRecorder {
- public:
-  explicit TerminalProgress(std::ostream& out) : out_(out) {}
-  ~TerminalProgress() override {
-    if (drawn_) out_ << "\n" << std::flush;
-  }
-  void SetStatus(std::string_view text, int line) override {
-    LProcessInterfaceRecorder::SetStatus(text, line);
-    if (line == 0) Draw();
-  }
-  void SetProgress(double fraction) override {
-    fraction_ = fraction < 0 ? 0 : fraction > 1 ? 1 : fraction;
-    Draw();
-  }
-
- private:
-  static constexpr int kBarWidth = 30;
-  void Draw() {
-    int filled = static_cast<int>(fraction_ * kBarWidth + 0.5);
-    out_ << "\r\033[K[" << std::string(static_cast<std::size_t>(filled), '#')
-         << std::string(static_cast<std::size_t>(kBarWidth - filled), '.') << "] "
-         << static_cast<int>(fraction_ * 100 + 0.5) << " % " << GetStatus(0) << std::flush;
-    drawn_ = true;
-  }
-
-  std::ostream& out_;
-  double fraction_ = 0;
-  bool drawn_ = false;
-};
 
 bool ParseOnOff(const std::string& word, bool& value) {
   if (word != "on" && word != "off") return false;
@@ -162,19 +131,10 @@ int MailSend(LCliContext& context, const MailOptions& options) {
     return context.Fail("Impossible de lire le fichier : " + *options.htmlFile);
   request.attachments = options.attachments;
 
-  LProcessResult result;
-  std::string error;
-  if (LIsTerminal(STDERR_FILENO)) {
-    TerminalProgress progress(context.err);
-    result = Process(progress, request);
-    error = progress.GetError();
-  } else {
-    LProcessInterfaceRecorder silent;
-    result = Process(silent, request);
-    error = silent.GetError();
-  }
+  LProcessTerminal progress("Envoi du courriel");
+  LProcessResult result = Process(progress, request);
   if (result == kProcessCancelled) return context.Fail("Envoi annulé.");
-  if (result != kProcessFinished) return context.Fail(error);
+  if (result != kProcessFinished) return context.Fail(progress.GetError());
   if (context.json) context.out << nlohmann::json({{"sent", true}}).dump() << "\n";
   return kExitOk;
 }
