@@ -9,6 +9,7 @@
 #include <cstdlib>
 #include <string>
 
+#include "bench/benchfolder.h"
 #include "llib/gen/csv.h"
 #include "llib/gen/file.h"
 
@@ -17,24 +18,8 @@ namespace {
 constexpr int kFileRows = 1000000;
 constexpr std::size_t kWriteChunkBytes = 1 << 20;
 
-// A temporary folder for the benchmark files, removed when the program ends.
-class BenchFolder {
- public:
-  BenchFolder() {
-    std::string pattern = LFile::GetTempFolder() + "/kontavo-bench-csv-XXXXXX";
-    if (::mkdtemp(pattern.data()) != nullptr) path_ = pattern;
-  }
-  ~BenchFolder() {
-    if (!path_.empty()) LFile::RemoveTree(path_);
-  }
-  const std::string& Path() const { return path_; }
-
- private:
-  std::string path_;
-};
-
-const BenchFolder& Folder() {
-  static BenchFolder folder;
+const LBenchFolder& Folder() {
+  static LBenchFolder folder("csv");
   return folder;
 }
 

@@ -12,6 +12,7 @@
 #include <string>
 #include <thread>
 
+#include "bench/benchfolder.h"
 #include "llib/gen/base64.h"
 #include "llib/gen/file.h"
 #include "llib/gen/process.h"
@@ -23,24 +24,8 @@ namespace {
 
 constexpr std::size_t kAttachmentBytes = 10 * 1024 * 1024;
 
-// A temporary folder for the servers' journals and the attachment, removed at the end.
-class BenchFolder {
- public:
-  BenchFolder() {
-    std::string pattern = LFile::GetTempFolder() + "/kontavo-bench-email-XXXXXX";
-    if (::mkdtemp(pattern.data()) != nullptr) path_ = pattern;
-  }
-  ~BenchFolder() {
-    if (!path_.empty()) LFile::RemoveTree(path_);
-  }
-  const std::string& Path() const { return path_; }
-
- private:
-  std::string path_;
-};
-
-const BenchFolder& Folder() {
-  static BenchFolder folder;
+const LBenchFolder& Folder() {
+  static LBenchFolder folder("email");
   return folder;
 }
 
