@@ -24,15 +24,8 @@ class SalesCli : public LHomeTest {
   static LRunResult Run(const std::vector<std::string>& args, const std::string& input = {}) {
     return LRunKontavo(args, input);
   }
-  static nlohmann::json Json(const std::vector<std::string>& args) {
-    std::vector<std::string> all = {"--json"};
-    all.insert(all.end(), args.begin(), args.end());
-    LRunResult result = Run(all);
-    EXPECT_EQ(result.exitCode, 0) << result.err;
-    return nlohmann::json::parse(result.out, nullptr, false);
-  }
   static long long Balance(const std::string& customer) {
-    for (const auto& row : Json({"customer", "list"}))
+    for (const auto& row : LRunKontavoJson({"customer", "list"}))
       if (row["key"] == customer) return row["Balance"].get<long long>();
     ADD_FAILURE() << "no customer " << customer;
     return 0;
@@ -47,7 +40,7 @@ TEST_F(SalesCli, InvoiceIsTotalledToTheCentAndMovesTheBalance) {
                             "--line", "|Service|1|100.005|QC|", "--shipping", "5", "--shipping-tax", "A"});
   ASSERT_EQ(created.exitCode, 0) << created.err;
   EXPECT_EQ(created.out, "1\n");
-  nlohmann::json shown = Json({"invoice", "show", "1"});
+  nlohmann::json shown = LRunKontavoJson({"invoice", "show", "1"});
   EXPECT_EQ(shown["total"], 5997 + 10001 + 500 + 650 + 1547);
   EXPECT_EQ(shown["taxTotal"], 650 + 1547);
   EXPECT_EQ(shown["subTotal"], 5997 + 10001);
@@ -62,7 +55,7 @@ TEST_F(SalesCli, InvoiceIsTotalledToTheCentAndMovesTheBalance) {
   EXPECT_NE(text.out.find("Total : 186.95\n"), std::string::npos) << text.out;
 
   ASSERT_EQ(Run({"invoice", "edit", "1", "--line", "|x|2|10|Aucun|"}).exitCode, 0);
-  EXPECT_EQ(Json({"invoice", "show", "1"})["total"], 2000 + 500 + 50);
+  EXPECT_EQ(LRunKontavoJson({"invoice", "show", "1"})["total"], 2000 + 500 + 50);
   EXPECT_EQ(Balance("C1"), 2550);
   ASSERT_EQ(Run({"invoice", "delete", "1"}).exitCode, 0);
   EXPECT_EQ(Balance("C1"), 0);
@@ -91,7 +84,7 @@ TEST_F(SalesCli, DocumentFromJsonFileWithStoredValues) {
   LRunResult created = Run({"quote", "new", "--file", path});
   ASSERT_EQ(created.exitCode, 0) << created.err;
   // Untaxed: 2 × 1999 / 10 = 399.8 -> 400, plus shipping.
-  nlohmann::json shown = Json({"quote", "show", created.out.substr(0, created.out.size() - 1)});
+  nlohmann::json shown = LRunKontavoJson({"quote", "show", created.out.substr(0, created.out.size() - 1)});
   EXPECT_EQ(shown["total"], 650);
   EXPECT_EQ(shown["taxTotal"], 0);
   EXPECT_EQ(Balance("C1"), 0);  // quotes leave the balance alone
@@ -104,10 +97,10 @@ TEST_F(SalesCli, CreditNotesLowerTheBalanceAndListsFilter) {
   ASSERT_EQ(Run({"creditnote", "new", "--customer", "C1", "--line", "|r|1|10||"}).exitCode, 0);
   EXPECT_EQ(Balance("C1"), 11000 - 1100);
   EXPECT_EQ(Balance("C2"), 5500);
-  nlohmann::json january = Json({"invoice", "list", "--to", "2024-01-31"});
+  nlohmann::json january = LRunKontavoJson({"invoice", "list", "--to", "2024-01-31"});
   ASSERT_EQ(january.size(), 1u);
   EXPECT_EQ(january[0]["key"], "1");
-  nlohmann::json c2 = Json({"invoice", "list", "--customer", "C2"});
+  nlohmann::json c2 = LRunKontavoJson({"invoice", "list", "--customer", "C2"});
   ASSERT_EQ(c2.size(), 1u);
   EXPECT_EQ(c2[0]["key"], "2");
 }
@@ -127,7 +120,7 @@ TEST_F(SalesCli, RefusalsAndUsage) {
   EXPECT_EQ(Run({"tax", "set", "--rate", "1=abc"}).exitCode, 2);
   EXPECT_EQ(Run({"customer", "add", "C1"}).exitCode, 1);
   EXPECT_EQ(Run({"customer", "add", "C9", "Balance=100"}).exitCode, 1);
-  EXPECT_EQ(Json({"invoice", "list"}).size(), 0u);
+  EXPECT_EQ(LRunKontavoJson({"invoice", "list"}).size(), 0u);
 }
 
 TEST_F(SalesCli, RenamingATaxRenamesItInDocuments) {
@@ -135,10 +128,10 @@ TEST_F(SalesCli, RenamingATaxRenamesItInDocuments) {
                 .exitCode,
             0);
   ASSERT_EQ(Run({"tax", "set", "--name", "1=TVA"}).exitCode, 0);
-  nlohmann::json order = Json({"order", "show", "1"});
+  nlohmann::json order = LRunKontavoJson({"order", "show", "1"});
   EXPECT_EQ(order["fields"]["Item1TaxName"], "TVA");
   EXPECT_EQ(order["fields"]["ShippingTaxName"], "TVA");
-  EXPECT_EQ(Json({"tax", "show"})["TaxName1"], "TVA");
+  EXPECT_EQ(LRunKontavoJson({"tax", "show"})["TaxName1"], "TVA");
 }
 
 TEST_F(SalesCli, RetotalSetsTheOldestDueDate) {
@@ -151,7 +144,7 @@ TEST_F(SalesCli, RetotalSetsTheOldestDueDate) {
                 .exitCode,
             0);
   ASSERT_EQ(Run({"customer", "retotal", "C1"}).exitCode, 0);
-  nlohmann::json list = Json({"customer", "list"});
+  nlohmann::json list = LRunKontavoJson({"customer", "list"});
   ASSERT_EQ(list.size(), 1u);
   EXPECT_EQ(list[0]["Balance"], 300);
   EXPECT_EQ(list[0]["OldestDue"], "2024-03-01 01:00:00");

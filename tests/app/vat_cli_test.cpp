@@ -28,13 +28,6 @@ class VatCli : public LHomeTest {
   static LRunResult Run(const std::vector<std::string>& args, const std::string& input = {}) {
     return LRunKontavo(args, input);
   }
-  static nlohmann::json Json(const std::vector<std::string>& args) {
-    std::vector<std::string> all = {"--json"};
-    all.insert(all.end(), args.begin(), args.end());
-    LRunResult result = Run(all);
-    EXPECT_EQ(result.exitCode, 0) << result.err;
-    return nlohmann::json::parse(result.out, nullptr, false);
-  }
   void Authorize() {
     LRunResult auth = Run({"vat", "auth", "--code", "Success code=c0de/1"});
     ASSERT_EQ(auth.exitCode, 0) << auth.err;
@@ -48,7 +41,7 @@ TEST_F(VatCli, ConfigShowsSandboxByDefaultAndKeepsWhatIsSet) {
   ASSERT_EQ(shown.exitCode, 0) << shown.err;
   EXPECT_EQ(shown.out, "vrn=\napi=https://test-api.service.hmrc.gov.uk\nca-file=\ntimeout=60\nauthorized=no\n");
   ASSERT_EQ(Run({"vat", "config", "--vrn", "GB1", "--api", "production"}).exitCode, 0);
-  nlohmann::json json = Json({"vat", "config"});
+  nlohmann::json json = LRunKontavoJson({"vat", "config"});
   EXPECT_EQ(json["vrn"], "GB1");
   EXPECT_EQ(json["api"], "https://api.service.hmrc.gov.uk");
   EXPECT_EQ(Run({"vat", "config", "--api", "http://plain.example"}).exitCode, 1);
@@ -72,7 +65,7 @@ TEST_F(VatCli, AuthPrintsTheAuthorizePageOfTheWebHostAndReadsThePastedCode) {
   auto requests = server_->Requests();
   ASSERT_EQ(requests.size(), 1u);
   EXPECT_NE(requests[0]["body"].get<std::string>().find("&code=ab%2Fc!"), std::string::npos);
-  EXPECT_EQ(Json({"vat", "config"})["authorized"], true);
+  EXPECT_EQ(LRunKontavoJson({"vat", "config"})["authorized"], true);
 }
 
 TEST_F(VatCli, ObligationsAreFetchedStoredAndShownAsTheReport) {
@@ -88,7 +81,7 @@ TEST_F(VatCli, ObligationsAreFetchedStoredAndShownAsTheReport) {
   EXPECT_NE(text.out.find("Received Date"), std::string::npos);
   EXPECT_NE(text.out.find("00A1  2000-01-01  2000-03-31  2000-05-07       F     2000-05-06"), std::string::npos)
       << text.out;
-  nlohmann::json json = Json({"vat", "obligations", "--from", "2017-01-01", "--to", "2017-12-31"});
+  nlohmann::json json = LRunKontavoJson({"vat", "obligations", "--from", "2017-01-01", "--to", "2017-12-31"});
   EXPECT_EQ(json["title"], "VAT Obligations");
   ASSERT_EQ(json["rows"].size(), 1u);
   EXPECT_EQ(json["rows"][0]["label"], "17A1");
@@ -149,7 +142,7 @@ TEST_F(VatCli, SubmitTakesTheRunningFiguresOfRecordedInvoicesAndViewShowsTheRetu
   LRunResult viewed = Run({"vat", "view", "00A2"});
   ASSERT_EQ(viewed.exitCode, 0) << viewed.err;
   EXPECT_NE(viewed.out.find("VAT Return\nPeriod 00A2\n"), std::string::npos) << viewed.out;
-  nlohmann::json json = Json({"vat", "view", "00A2"});
+  nlohmann::json json = LRunKontavoJson({"vat", "view", "00A2"});
   ASSERT_EQ(json["rows"].size(), 9u);
   EXPECT_EQ(json["rows"][0]["values"][0], 3015);
   EXPECT_EQ(json["rows"][4]["values"][0], 2000);

@@ -106,6 +106,14 @@ LRunResult LRunKontavo(const std::vector<std::string>& args, const std::string& 
   return LRunProgram(KONTAVO_BIN, args, input);
 }
 
+nlohmann::json LRunKontavoJson(const std::vector<std::string>& args) {
+  std::vector<std::string> all = {"--json"};
+  all.insert(all.end(), args.begin(), args.end());
+  LRunResult result = LRunKontavo(all);
+  EXPECT_EQ(result.exitCode, 0) << result.err;
+  return nlohmann::json::parse(result.out, nullptr, false);
+}
+
 std::string LSharedDataPath(const std::string& relative) {
   return std::string(KONTAVO_SHARED_DATA) + "/" + relative;
 }

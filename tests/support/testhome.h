@@ -3,6 +3,7 @@
 #pragma once
 
 #include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
 
 #include <string>
 #include <vector>
@@ -36,6 +37,9 @@ struct LRunResult {
 
 // Runs the kontavo binary with args (KONTAVO_HOME as set now), feeding input on stdin.
 LRunResult LRunKontavo(const std::vector<std::string>& args, const std::string& input = {});
+// Runs `kontavo --json args...`, expects success and returns the parsed document (a discarded
+// value when the output is not JSON).
+nlohmann::json LRunKontavoJson(const std::vector<std::string>& args);
 // Runs any program the same way.
 LRunResult LRunProgram(const std::string& program, const std::vector<std::string>& args,
                        const std::string& input = {});
