@@ -14,6 +14,7 @@
 #include <cstdlib>
 #include <string>
 
+#include "bench/benchfolder.h"
 #include "llib/gen/file.h"
 
 namespace {
@@ -33,10 +34,7 @@ void WriteSmallFile(const std::string& path, const std::string& content) {
 class Fixture {
  public:
   Fixture() {
-    std::string pattern = LFile::GetTempFolder() + "/kontavo-bench-backup-XXXXXX";
-    if (::mkdtemp(pattern.data()) == nullptr) return;
-    home_ = pattern;
-    ::setenv("KONTAVO_HOME", home_.c_str(), 1);
+    if (home_.Path().empty()) return;
     std::string shared = Shared();
     LFile::MakeFolder(shared);
     LFile::MakeFolder(shared + "/Misc");
@@ -58,15 +56,12 @@ class Fixture {
     }
     LFile::MakeFolder(Drive());
   }
-  ~Fixture() {
-    if (!home_.empty()) LFile::RemoveTree(home_);
-  }
-  std::string Shared() const { return home_ + "/Shared"; }
-  std::string Drive() const { return home_ + "/drive"; }
-  const std::string& Home() const { return home_; }
+  std::string Shared() const { return home_.Business(); }
+  std::string Drive() const { return home_.Path() + "/drive"; }
+  const std::string& Home() const { return home_.Path(); }
 
  private:
-  std::string home_;
+  LBenchHome home_{"backup"};
 };
 
 Fixture& TheFixture() {

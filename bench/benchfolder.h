@@ -1,5 +1,5 @@
 // A temporary folder for one benchmark program's files, created on first use and removed when
-// the program ends.
+// the program ends; LBenchHome also makes it the application folder (KONTAVO_HOME).
 #pragma once
 
 #include <stdlib.h>
@@ -24,4 +24,13 @@ class LBenchFolder {
 
  private:
   std::string path_;
+};
+
+// The folder as the application folder of the benchmark; its primary business is "Shared".
+class LBenchHome : public LBenchFolder {
+ public:
+  explicit LBenchHome(const std::string& name) : LBenchFolder(name) {
+    if (!Path().empty()) ::setenv("KONTAVO_HOME", Path().c_str(), 1);
+  }
+  std::string Business() const { return Path() + "/Shared"; }
 };

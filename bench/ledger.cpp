@@ -16,6 +16,7 @@
 #include <string>
 
 #include "accounts/accounts.h"
+#include "bench/benchfolder.h"
 #include "accounts/ledger.h"
 #include "invoice/shared/options.h"
 #include "invoice/shared/profile.h"
@@ -24,26 +25,8 @@
 
 namespace {
 
-// A temporary application folder for one benchmark, removed afterwards.
-class BenchHome {
- public:
-  BenchHome() {
-    std::string pattern = LFile::GetTempFolder() + "/kontavo-bench-ledger-XXXXXX";
-    if (::mkdtemp(pattern.data()) != nullptr) path_ = pattern;
-    ::setenv("KONTAVO_HOME", path_.c_str(), 1);
-  }
-  ~BenchHome() {
-    if (!path_.empty()) LFile::RemoveTree(path_);
-  }
-  const std::string& Path() const { return path_; }
-  std::string Business() const { return path_ + "/Shared"; }
-
- private:
-  std::string path_;
-};
-
 void BM_PostBalancedTransaction(benchmark::State& state) {
-  BenchHome home;
+  LBenchHome home("ledger");
   LProfile profile(home.Business());
   LAccountListCreateDefault(profile);
   LDate first(2024, 1, 1);
@@ -74,7 +57,7 @@ void RewriteSmallFile(const std::string& path) {
 }
 
 void BM_BareFileOperations(benchmark::State& state) {
-  BenchHome home;
+  LBenchHome home("ledger");
   LProfile profile(home.Business());
   LTextBuffer folder;
   LLegderGetBaseFolder(profile, folder);
@@ -99,7 +82,7 @@ BENCHMARK(BM_BareFileOperations)->Unit(benchmark::kMicrosecond);
 // Ten years of day files, 1,000,000 lines in all, posted to eight accounts; the balances are
 // then fixed once so that the timed check finds nothing to report.
 void BM_CheckOneMillionLines(benchmark::State& state) {
-  BenchHome home;
+  LBenchHome home("ledger");
   {
     LProfile profile(home.Business());
     LAccountListCreateDefault(profile);
@@ -128,9 +111,9 @@ void BM_CheckOneMillionLines(benchmark::State& state) {
     }
     state.counters["lines"] = static_cast<double>(written);
   }
-  std::string fixCommand = std::string(KONTAVO_BIN) + " --home " + home.Path() + " check --fix >/dev/null";
+  std::string fixCommand = std::string(KONTAVO_BIN) + " check --fix >/dev/null";
   if (std::system(fixCommand.c_str()) != 0) state.SkipWithError("check --fix failed");
-  std::string checkCommand = std::string(KONTAVO_BIN) + " --home " + home.Path() + " check";
+  std::string checkCommand = std::string(KONTAVO_BIN) + " check";
   for (auto _ : state) {
     int status = std::system(checkCommand.c_str());
     if (status != 0) state.SkipWithError("check found differences");

@@ -12,6 +12,7 @@
 
 #include "accounts/ofx.h"
 #include "app/templatereportformdata.h"
+#include "bench/benchfolder.h"
 #include "invoice/shared/profile.h"
 #include "llib/gen/file.h"
 
@@ -23,17 +24,10 @@ constexpr int kStatementLines = 100000;
 class BenchHome {
  public:
   BenchHome() {
-    std::string pattern = LFile::GetTempFolder() + "/kontavo-bench-ofx-XXXXXX";
-    if (::mkdtemp(pattern.data()) == nullptr) return;
-    path_ = pattern;
-    ::setenv("KONTAVO_HOME", path_.c_str(), 1);
+    if (home_.Path().empty()) return;
     profile_ = std::make_unique<LProfile>();
-    statement_ = path_ + "/statement.ofx";
+    statement_ = home_.Path() + "/statement.ofx";
     WriteStatement(statement_);
-  }
-  ~BenchHome() {
-    profile_.reset();
-    if (!path_.empty()) LFile::RemoveTree(path_);
   }
   bool Ready() const { return profile_ != nullptr; }
   LProfile& Profile() const { return *profile_; }
@@ -59,7 +53,7 @@ class BenchHome {
     LFile::WriteAllAtomic(path, text);
   }
 
-  std::string path_;
+  LBenchHome home_{"ofx"};
   std::string statement_;
   std::unique_ptr<LProfile> profile_;
 };

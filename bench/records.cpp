@@ -1,26 +1,20 @@
 // Record store throughput: saves and loads in a list of 10,000 records, and the cost of a new
 // key when the first free number is found by probing from 1.
 #include <benchmark/benchmark.h>
-#include <stdlib.h>
 
-#include <filesystem>
 #include <string>
 
+#include "bench/benchfolder.h"
 #include "llib/gen/filestore.h"
 
 namespace {
 
 constexpr int kRecords = 10000;
 
-std::string MakeTempFolder() {
-  std::string pattern = std::filesystem::temp_directory_path().string() + "/kontavo-bench-XXXXXX";
-  return mkdtemp(pattern.data());
-}
-
 // A business folder whose "Customers" list holds kRecords records.
 struct Fixture {
-  std::string folder = MakeTempFolder();
-  LFileStoreDataStore store{folder};
+  LBenchFolder folder{"records"};
+  LFileStoreDataStore store{folder.Path()};
   LFileStoreListBase list{store, "Customers"};
   Fixture() {
     for (int i = 1; i <= kRecords; ++i) {
@@ -31,7 +25,6 @@ struct Fixture {
       record.SetInt64("Balance", i * 100LL);
     }
   }
-  ~Fixture() { std::filesystem::remove_all(folder); }
 };
 
 Fixture& Shared() {

@@ -12,7 +12,6 @@
 
 #include <chrono>
 #include <cstdio>
-#include <filesystem>
 #include <fstream>
 #include <map>
 #include <memory>
@@ -24,6 +23,7 @@
 #include "accounts/ledger.h"
 #include "accounts/profitandloss.h"
 #include "accounts/trialbalance.h"
+#include "bench/benchfolder.h"
 #include "invoice/shared/profile.h"
 #include "llib/gen/date.h"
 #include "llib/gen/money.h"
@@ -36,16 +36,13 @@ const LDTPeriod kPartial{"2022-02-10", "2024-04-15"};
 const std::string kBalanceDate = "2024-12-31";
 
 struct Book {
-  std::string home;
+  LBenchHome home{"reports"};
   std::unique_ptr<LProfile> profile;
   std::string journal;  // the same entries for ledger-cli
 
   Book() {
-    std::string pattern = std::filesystem::temp_directory_path().string() + "/kontavo-bench-XXXXXX";
-    home = mkdtemp(pattern.data());
-    ::setenv("KONTAVO_HOME", home.c_str(), 1);
     ::setenv("KONTAVO_COUNTRY", "FR", 1);
-    profile = std::make_unique<LProfile>(home + "/Shared");
+    profile = std::make_unique<LProfile>(home.Business());
     LAccountListCreateDefault(*profile);
     std::vector<std::string> postable;
     {
@@ -53,7 +50,7 @@ struct Book {
       for (LDataStoreListIterator<LFileStoreDataStore, LAccount> it(accounts); it.IsValid(); it.Next())
         if (!it->IsHeader()) postable.push_back(it->GetNumber());
     }
-    journal = home + "/book.ledger";
+    journal = home.Path() + "/book.ledger";
     std::ofstream peer(journal);
     std::mt19937 random(1000000);
     std::uniform_int_distribution<std::size_t> account(0, postable.size() - 1);
@@ -95,7 +92,6 @@ struct Book {
       record.Flush();
     }
   }
-  ~Book() { std::filesystem::remove_all(home); }
 };
 
 Book& TheBook() {

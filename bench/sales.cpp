@@ -3,10 +3,10 @@
 #include <benchmark/benchmark.h>
 #include <stdlib.h>
 
-#include <filesystem>
 #include <string>
 
 #include "accounts/accounts.h"
+#include "bench/benchfolder.h"
 #include "invoice/sales/salesledger.h"
 #include "invoice/shared/customer.h"
 #include "invoice/shared/profile.h"
@@ -18,30 +18,20 @@ namespace {
 constexpr int kDueInvoices = 100000;
 constexpr int kCustomers = 100;
 
-std::string MakeTempFolder() {
-  std::string pattern = std::filesystem::temp_directory_path().string() + "/kontavo-bench-XXXXXX";
-  return mkdtemp(pattern.data());
-}
-
 // A French business (TVA 20 % and 5,5 % among its taxes) with kCustomers customers.
 struct Business {
-  std::string home = MakeTempFolder();
+  LBenchHome home{"sales"};
   std::unique_ptr<LProfile> profile;
   Business() {
-    ::setenv("KONTAVO_HOME", home.c_str(), 1);
     ::setenv("KONTAVO_COUNTRY", "FR", 1);
     LSalesLedgerInstall();
-    profile = std::make_unique<LProfile>(home + "/Shared");
+    profile = std::make_unique<LProfile>(home.Business());
     LAccountListCreateDefault(*profile);
     for (int c = 0; c < kCustomers; ++c) {
       LCustomer customer;
       profile->MainList(kCustomersList).OpenAlways(customer, "C" + std::to_string(c));
       customer.SetString("Name", "Client " + std::to_string(c));
     }
-  }
-  ~Business() {
-    profile.reset();
-    std::filesystem::remove_all(home);
   }
 };
 

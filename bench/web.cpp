@@ -14,11 +14,12 @@
 
 #include <chrono>
 #include <cstdio>
-#include <filesystem>
 #include <fstream>
 #include <regex>
 #include <string>
 #include <thread>
+
+#include "bench/benchfolder.h"
 
 namespace {
 
@@ -74,7 +75,8 @@ bool WaitFor(const std::string& url) {
 // A home with an administrator, `kontavo serve` on one port and nginx serving its "Web" folder
 // on another.
 struct Servers {
-  std::string home;
+  LBenchHome folder{"web"};
+  std::string home = folder.Path();
   int kontavoPort = FreePort();
   int nginxPort = FreePort();
   pid_t kontavo = -1;
@@ -83,10 +85,7 @@ struct Servers {
   double nginxStaticRate = 0;
 
   Servers() {
-    std::string pattern = std::filesystem::temp_directory_path().string() + "/kontavo-webbench-XXXXXX";
-    home = ::mkdtemp(pattern.data());
     ::chmod(home.c_str(), 0755);  // nginx workers run as another user
-    ::setenv("KONTAVO_HOME", home.c_str(), 1);
     std::string bin = KONTAVO_BIN;
     Capture(bin + " record set Misc Company 'Name=Banc SARL' >/dev/null 2>&1");
     Capture("echo benchpass | " + bin + " user add bench@example.fr --name Banc --admin --password-stdin 2>/dev/null");
@@ -114,7 +113,6 @@ struct Servers {
       ::kill(pid, SIGTERM);
       ::waitpid(pid, nullptr, 0);
     }
-    std::filesystem::remove_all(home);
   }
 };
 
