@@ -1,5 +1,5 @@
 // The reports of "kontavo report": each name and the builder that fills its table from the
-// command's period options. Periods not given default to the calendar year of the end date
+// command's period and customer options. Periods not given default to the calendar year of the end date
 // (profit and loss, cash flow) or to everything up to it (trial balance); the end date
 // defaults to --date, itself today by default.
 #include <cstdlib>
@@ -12,6 +12,9 @@
 #include "accounts/trialbalance.h"
 #include "app/cli.h"
 #include "app/reportcommand.h"
+#include "invoice/shared/agingreport.h"
+#include "invoice/shared/itemsreport.h"
+#include "invoice/shared/salesreports.h"
 #include "invoice/shared/vatobligationsreport.h"
 
 namespace {
@@ -122,6 +125,25 @@ bool BuildVatObligations(LCliContext&, LProfile& profile, const LReportRequest&,
   return true;
 }
 
+// A sales report over the documents dated from --from to --to (each open when not given) of the
+// --customer keys (every customer when none).
+template <class Report>
+bool BuildSales(LCliContext&, LProfile& profile, const LReportRequest& request, LReportTable& table, std::string&) {
+  Report report(profile, {request.from, request.to, request.customers});
+  report.GenerateReport(table);
+  return true;
+}
+
+// Invoices are aged as at the last second of --date (today by default): invoices fall due at
+// midnight, so this gives the buckets of any moment of that day after midnight.
+bool BuildAging(LCliContext&, LProfile& profile, const LReportRequest& request, LReportTable& table, std::string&) {
+  LDateTime now;
+  now.SetDateTime(request.date.year - 1900, request.date.month, request.date.day, 23, 59, 59);
+  LReportAccountsReceivableAgingReport report(profile, request.customers, now);
+  report.GenerateReport(table);
+  return true;
+}
+
 constexpr LReportEntry kReports[] = {
     {"coa", BuildChart},
     {"pl", BuildProfitAndLoss},
@@ -130,6 +152,17 @@ constexpr LReportEntry kReports[] = {
     {"tb", BuildTrialBalance},
     {"cf", BuildCashFlow},
     {"vat-obligations", BuildVatObligations},
+    {"aging", BuildAging},
+    {"unpaid", BuildSales<LReportUnpaidInvoices>},
+    {"invoices", BuildSales<LReportInvoices>},
+    {"payments", BuildSales<LReportPayments>},
+    {"quotes", BuildSales<LReportQuotes>},
+    {"orders", BuildSales<LReportOrders>},
+    {"customers", BuildSales<LReportCustomers>},
+    {"customer-sales", BuildSales<LReportCustomerSales>},
+    {"items", BuildSales<LReportItems>},
+    {"items-per-customer", BuildSales<LReportItemsPerCustomer>},
+    {"salesperson", BuildSales<LReportSalesPerson>},
     {{}, nullptr},
 };
 

@@ -168,6 +168,12 @@ LFKTaxTable LFKExtractTaxNames(const LSalesDocument& document, const LFKTaxConte
   return table;
 }
 
+long long LFKDocumentLineTotal(const LFKItemCollection& items, int index, bool ignoreDiscount, int currencyDigits) {
+  int digits = items.GetItemUnitValueDigits(index);
+  if (digits == -1) digits = currencyDigits;
+  return LFKGetItemTotal(items, index, ignoreDiscount, std::abs(digits - currencyDigits));
+}
+
 LFKItemSums LFKSumItems(LFKItemCollection& items, LFKTaxTable& table, const LFKTaxContext& context,
                         bool ignoreDiscount, int currencyDigits) {
   LFKItemSums sums;
@@ -177,9 +183,7 @@ LFKItemSums LFKSumItems(LFKItemCollection& items, LFKTaxTable& table, const LFKT
   double percent = hasFixed ? items.GetItemDiscount(fixed) : 0;
   for (int i = 0; i < count; ++i) {
     if (i == fixed) continue;
-    int digits = items.GetItemUnitValueDigits(i);
-    if (digits == -1) digits = currencyDigits;
-    long long amount = LFKGetItemTotal(items, i, ignoreDiscount, std::abs(digits - currencyDigits));
+    long long amount = LFKDocumentLineTotal(items, i, ignoreDiscount, currencyDigits);
     sums.subTotal += amount;
     auto entry = table.find(LFKLineTaxName(items, i, context));
     if (entry == table.end()) {

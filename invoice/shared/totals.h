@@ -59,13 +59,16 @@ std::string LFKLineTaxName(const LFKItemCollection& items, int index, const LFKT
 // "UseOldTaxRates" is true, today's tax options first otherwise.
 LFKTaxTable LFKExtractTaxNames(const LSalesDocument& document, const LFKTaxContext& context);
 
+// The total of line index as the totaller takes it: scaled by |line digits - currency digits|
+// (a line stored with fewer digits than the currency is divided too: stored documents were so
+// computed), line digits -1 meaning the currency's; line discounts ignored when ignoreDiscount.
+long long LFKDocumentLineTotal(const LFKItemCollection& items, int index, bool ignoreDiscount, int currencyDigits);
+
 struct LFKItemSums {
   long long subTotal = 0;  // every line but the discount line, before the fixed discount
   long long untaxed = 0;   // lines whose tax has no entry, after the fixed discount
 };
-// Step 2. Each line total is computed with the scale |line digits - currency digits| (a line
-// stored with fewer digits than the currency is divided too: stored documents were so
-// computed), ignoring line discounts when ignoreDiscount is set.
+// Step 2. Each line total is LFKDocumentLineTotal.
 LFKItemSums LFKSumItems(LFKItemCollection& items, LFKTaxTable& table, const LFKTaxContext& context,
                         bool ignoreDiscount, int currencyDigits);
 

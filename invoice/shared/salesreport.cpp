@@ -1,0 +1,98 @@
+#include "invoice/shared/salesreport.h"
+
+#include <algorithm>
+#include <tuple>
+
+#include "invoice/shared/profile.h"
+#include "invoice/shared/salesdocument.h"
+#include "llib/gen/datastore.h"
+
+LSalesReport::LSalesReport(LProfile& profile, LSalesReportFilter filter)
+    : profile_(profile),
+      filter_(std::move(filter)),
+      fromText_(filter_.from.IsValid() ? filter_.from.ToText() : std::string()),
+      toText_(filter_.to.IsValid() ? filter_.to.ToText() : std::string()),
+      everyCustomer_(filter_.customers.empty()),
+      selected_(filter_.customers.begin(), filter_.customers.end()) {}
+
+bool LSalesReport::InPeriod(std::string_view date) const {
+  return (fromText_.empty() || date >= fromText_) && (toText_.empty() || date <= toText_);
+}
+
+bool LSalesReport::CustomerSelected(std::string_view customer) const {
+  return everyCustomer_ || selected_.find(customer) != selected_.end();
+}
+
+void LSalesReport::SelectCustomers(const std::vector<std::string>& keys) {
+  everyCustomer_ = false;
+  selected_.clear();
+  selected_.insert(keys.begin(), keys.end());
+}
+
+namespace {
+
+// Walks a list with records of class T, visiting those that keep accepts.
+template <class T, class Keep, class Visit>
+void WalkList(const LProfile& profile, std::string_view listName, Keep keep, Visit visit) {
+  LDataStoreList<LFileStoreDataStore, T> list(profile.GetDataStore(), listName);
+  for (LDataStoreListIterator<LFileStoreDataStore, T> it(list); it.IsValid(); it.Next())
+    if (keep(*it)) visit(*it);
+}
+
+}  // namespace
+
+bool LSalesReport::Keeps(const LRecord& record) const {
+  return InPeriod(record.GetString("Date")) && CustomerSelected(record.GetString("Customer"));
+}
+
+void LSalesReport::Walk(std::string_view listName, const std::function<void(const LRecord&)>& visit) const {
+  WalkList<LRecord>(profile_, listName, [this](const LRecord& r) { return Keeps(r); }, visit);
+}
+
+void LSalesReport::WalkDocuments(std::string_view listName,
+                                 const std::function<void(const LSalesDocument&)>& visit) const {
+  WalkList<LSalesDocument>(profile_, listName, [this](const LRecord& r) { return Keeps(r); }, visit);
+}
+
+std::vector<LSalesReportDocument> LSalesReport::Documents(std::string_view listName) const {
+  std::vector<LSalesReportDocument> documents;
+  WalkDocuments(listName, [&documents](const LSalesDocument& document) {
+    documents.push_back({document.GetPrimaryKey(), document.GetDate(), document.GetCustomer(),
+                         document.GetString("SalesPerson"),
+                         LDate::FromTime(LInvoiceCalculateDueDate(document)).ToText(), document.GetTotal(), document.GetSubTotal(),
+                         document.GetTaxTotal(), document.GetAmountPaid(), LInvoiceGetStatus(document)});
+  });
+  std::sort(documents.begin(), documents.end(), [](const LSalesReportDocument& a, const LSalesReportDocument& b) {
+    if (a.date != b.date) return a.date < b.date;
+    return LSalesReportKeyLess(a.key, b.key);
+  });
+  return documents;
+}
+
+std::string LSalesReport::PeriodText() const {
+  bool from = filter_.from.IsValid();
+  bool to = filter_.to.IsValid();
+  if (from && to) return "Du " + filter_.from.ToText() + " au " + filter_.to.ToText();
+  if (from) return "Depuis le " + filter_.from.ToText();
+  if (to) return "Jusqu'au " + filter_.to.ToText();
+  return {};
+}
+
+LReportRow& LSalesReportAddRow(LReportTable& table, LReportRowKind kind, std::string_view label,
+                               const std::vector<LSalesReportCell>& cells) {
+  LReportRow& row = table.AddRow(kind, label, {});
+  for (const auto& cell : cells) {
+    if (const long long* amount = std::get_if<long long>(&cell)) {
+      row.values.emplace_back(*amount);
+      row.texts.emplace_back();
+    } else {
+      row.values.emplace_back(std::nullopt);
+      row.texts.push_back(std::get<std::string>(cell));
+    }
+  }
+  return row;
+}
+
+bool LSalesReportKeyLess(std::string_view a, std::string_view b) {
+  return std::make_tuple(a.size(), a) < std::make_tuple(b.size(), b);
+}
