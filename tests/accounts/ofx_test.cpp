@@ -158,11 +158,6 @@ TEST_F(OFXReader, MissingPartsStopTheReadingAndKeepWhatWasRead) {
       {"empty statement response", "<CCSTMTTRNRS>\n<CCSTMTRS></CCSTMTRS>\n</CCSTMTTRNRS>\n", "BANK"},
       {"no transaction list",
        "<CCSTMTTRNRS>\n<CCSTMTRS>\n<CCACCTFROM>\n<ACCTID>CARD\n</CCACCTFROM>\n</CCSTMTRS>\n</CCSTMTTRNRS>\n", "CARD"},
-      // A message set without its account element clears the account.
-      {"no account element",
-       "<CCSTMTTRNRS>\n<CCSTMTRS>\n<CURDEF>EUR\n<BANKTRANLIST>\n<DTSTART>20240401\n</BANKTRANLIST>\n</CCSTMTRS>\n"
-       "</CCSTMTTRNRS>\n",
-       ""},
   };
   for (const Case& c : cases) {
     LBankStatement statement;
@@ -174,6 +169,19 @@ TEST_F(OFXReader, MissingPartsStopTheReadingAndKeepWhatWasRead) {
     EXPECT_EQ(statement.accountId, c.account) << c.what;
     EXPECT_EQ(LStatementAmounts(statement), (std::vector<long long>{1000})) << c.what;
   }
+}
+
+TEST_F(OFXReader, AMessageSetWithoutAccountElementClearsTheAccount) {
+  LBankStatement statement;
+  ASSERT_EQ(ReadText(BankBody("BANK", Transaction("20240301", "10", "B1", "X"), "1234.56", false) +
+                         "<CREDITCARDMSGSRSV1>\n<CCSTMTTRNRS>\n<CCSTMTRS>\n<CURDEF>EUR\n<BANKTRANLIST>\n"
+                         "<DTSTART>20240401\n</BANKTRANLIST>\n</CCSTMTRS>\n</CCSTMTTRNRS>\n</CREDITCARDMSGSRSV1>\n</OFX>\n",
+                     statement),
+            "");
+  EXPECT_EQ(statement.accountId, "");
+  EXPECT_EQ(statement.periodStart.GetDateTime(), "2024-04-01");
+  EXPECT_EQ(statement.periodEnd.GetDateTimeText(), "1899-11-30 00:00:00");
+  EXPECT_EQ(LStatementAmounts(statement), (std::vector<long long>{1000}));
 }
 
 TEST_F(OFXReader, MissingOptionalElementsGiveEmptyOrZeroValues) {

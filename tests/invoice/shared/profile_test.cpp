@@ -11,10 +11,7 @@
 
 namespace {
 
-class ProfileTest : public LHomeTest {
- protected:
-  std::string MiscFile(const std::string& name) { return LReadFile(home_.SharedFolder() + "/Misc/" + name + ".dat"); }
-};
+class ProfileTest : public LHomeTest {};
 
 TEST_F(ProfileTest, FirstOpenInitialisesOptionsAndDocumentTexts) {
   ::setenv("LANG", "fr_FR.UTF-8", 1);
@@ -31,7 +28,7 @@ TEST_F(ProfileTest, FirstOpenInitialisesOptionsAndDocumentTexts) {
   EXPECT_EQ(options.GetInt("MeasurementUnits", 1), 0);
 
   // The texts come first in the file, the regional invoice options after them.
-  EXPECT_EQ(MiscFile("Invoice").rfind(
+  EXPECT_EQ(LReadFile(home_.SharedFolder() + "/Misc/Invoice.dat").rfind(
                 "NotesText=Veuillez%20nous%20contacter%20pour%20plus%20d%27informations%20sur%20les%20options%20de%20"
                 "paiement.&FooterText=Nous%20vous%20remercions%20de%20votre%20confiance.&",
                 0),
