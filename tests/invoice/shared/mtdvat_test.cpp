@@ -172,16 +172,14 @@ TEST_F(MtdVatTest, ObligationsUseTheFixedYear2000QueryHeadersAndReplaceTheWholeL
   EXPECT_EQ(requests[0]["path"], "/organisations/vat/123456789/obligations");
   EXPECT_EQ(requests[0]["query"], "from=2000-01-01&to=2000-12-31");
   const auto& headers = requests[0]["headers"];
-  EXPECT_EQ(headers["Accept"], "application/vnd.hmrc.1.0+json");
-  EXPECT_EQ(headers["Authorization"], "Bearer acc-0");
-  EXPECT_EQ(headers["Gov-Client-Connection-Method"], "DESKTOP_APP_DIRECT");
-  EXPECT_TRUE(std::regex_match(headers["Gov-Client-Device-ID"].get<std::string>(),
-                               std::regex("[0-9a-f]{8}-[0-9a-f]{4}-4[0-9a-f]{3}-[89ab][0-9a-f]{3}-[0-9a-f]{12}")));
-  EXPECT_TRUE(std::regex_match(headers["Gov-Client-Timezone"].get<std::string>(), std::regex("UTC[+-][0-9]{2}:[0-9]{2}")));
-  EXPECT_EQ(headers["Gov-Client-User-Agent"].get<std::string>().rfind("os-family=Linux&os-version=", 0), 0u);
-  EXPECT_EQ(headers["Gov-Client-User-IDs"].get<std::string>().rfind("os=", 0), 0u);
-  EXPECT_EQ(headers["Gov-Vendor-Product-Name"], "Kontavo");
-  EXPECT_EQ(headers["Gov-Vendor-Version"], "Kontavo=1.0");
+  // The fraud-prevention headers of a desktop application connecting directly.
+  for (auto [name, pattern] :
+       {std::pair{"Accept", "application/vnd\\.hmrc\\.1\\.0\\+json"}, {"Authorization", "Bearer acc-0"},
+        {"Gov-Client-Connection-Method", "DESKTOP_APP_DIRECT"},
+        {"Gov-Client-Device-ID", "[0-9a-f]{8}-[0-9a-f]{4}-4[0-9a-f]{3}-[89ab][0-9a-f]{3}-[0-9a-f]{12}"},
+        {"Gov-Client-Timezone", "UTC[+-][0-9]{2}:[0-9]{2}"}, {"Gov-Client-User-Agent", "os-family=Linux&os-version=.*"},
+        {"Gov-Client-User-IDs", "os=.*"}, {"Gov-Vendor-Product-Name", "Kontavo"}, {"Gov-Vendor-Version", "Kontavo=1\\.0"}})
+    EXPECT_TRUE(headers.contains(name) && std::regex_match(headers[name].get<std::string>(), std::regex(pattern))) << name;
   if (headers.contains("Gov-Client-Local-IPs")) {
     EXPECT_TRUE(std::regex_match(headers["Gov-Client-Local-IPs-Timestamp"].get<std::string>(),
                                  std::regex("\\d{4}-\\d\\d-\\d\\dT\\d\\d:\\d\\d:\\d\\d\\.\\d{3}Z")));
