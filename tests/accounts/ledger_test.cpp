@@ -42,13 +42,22 @@ class LedgerTest : public LHomeTest {
     txn.AddLine("1110", "Loyer de mars", -amount, "anne", "", "");
     return txn;
   }
-  // Check of the books without writing; the report.
-  LCheckReport Check() {
+  // Check of the books (writing the computed values when fix); the report.
+  LCheckReport Check(bool fix = false) {
     LBookCheckProcess data;
     data.profile = &profile_;
+    data.fix = fix;
     LProcessInterfaceVoid process;
     EXPECT_EQ(Process(process, data), kProcessFinished);
     return data.report;
+  }
+
+  // The dates of the lines the ledger iterator walks from from to to.
+  std::vector<std::string> IteratorDates(const char* from, const char* to) {
+    std::vector<std::string> dates;
+    LLedgerAccountLineIterator it(profile_, from, to);
+    for (it.SkipToValidLine(); it.valid; it.SkipToValidLine()) dates.push_back(it.line.date);
+    return dates;
   }
 
   LProfile profile_;
@@ -249,10 +258,7 @@ TEST_F(LedgerTest, DamagedDayFilesAreReadWithoutHarm) {
   ASSERT_TRUE(LLedgerTransactionLoad(profile_, txn, "2024-05-02", "R3"));
   EXPECT_EQ(txn.Lines().front().amount, 0);
 
-  long nLines = 0;
-  LLedgerAccountLineIterator it(profile_, "", "");
-  for (it.SkipToValidLine(); it.valid; it.SkipToValidLine()) ++nLines;
-  EXPECT_EQ(nLines, 6);
+  EXPECT_EQ(IteratorDates("", "").size(), 6u);
   // The check reports what it cannot read and carries on.
   LCheckReport report = Check();
   EXPECT_EQ(report.nRows, 6);
@@ -268,10 +274,7 @@ TEST_F(LedgerTest, DamagedDayFilesAreReadWithoutHarm) {
 TEST_F(LedgerTest, IteratorWalksADateRangeInDateOrder) {
   for (const char* date : {"2024-03-01", "2024-01-31", "2024-02-29", "2023-12-31", "2024-02-01"})
     ASSERT_TRUE(LAccountTransactionRecord(profile_, Rent(date, std::string("R") + date, 100)));
-  std::vector<std::string> dates;
-  LLedgerAccountLineIterator it(profile_, "2024-01-31", "2024-02-31");
-  for (it.SkipToValidLine(); it.valid; it.SkipToValidLine()) dates.push_back(it.line.date);
-  EXPECT_EQ(dates, (std::vector<std::string>{"2024-01-31", "2024-01-31", "2024-02-01", "2024-02-01", "2024-02-29",
+  EXPECT_EQ(IteratorDates("2024-01-31", "2024-02-31"), (std::vector<std::string>{"2024-01-31", "2024-01-31", "2024-02-01", "2024-02-01", "2024-02-29",
                                              "2024-02-29"}));
 }
 
@@ -291,12 +294,7 @@ TEST_F(LedgerTest, CheckFindsAndFixesEveryDifference) {
   EXPECT_EQ(fields, (std::set<std::string>{"6410/TotalBalance", "6410/Balance24290", "6410/BalanceFirst"}));
   EXPECT_TRUE(report.HasUnresolved());
 
-  LBookCheckProcess fix;
-  fix.profile = &profile_;
-  fix.fix = true;
-  LProcessInterfaceVoid process;
-  ASSERT_EQ(Process(process, fix), kProcessFinished);
-  EXPECT_FALSE(fix.report.HasUnresolved());
+  EXPECT_FALSE(Check(true).HasUnresolved());
   auto rent = Open("6410");
   EXPECT_EQ(rent->GetTotalBalance(), 5300);
   EXPECT_EQ(rent->GetBalanceAtEndOfMonth(2024, 3), 5300);
