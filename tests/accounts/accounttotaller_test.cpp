@@ -5,6 +5,9 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdio>
+#include <tuple>
+
 #include "accounts/accounts.h"
 #include "accounts/ledger.h"
 #include "invoice/shared/profile.h"
@@ -30,9 +33,9 @@ class TotalerTest : public LHomeTest {
     if (account.GetInt64("BalanceFirst", index) >= index) account.SetInt64("BalanceFirst", index);
     account.Flush();
   }
-  static void SetField(LProfile& profile, const char* number, const char* field, long long value) {
+  void SetField(const char* number, const char* field, long long value) {
     LAccount account;
-    LAccountList(profile).Open(account, number);
+    LAccountList(profile_).Open(account, number);
     account.SetInt64(field, value);
     account.Flush();
   }
@@ -42,9 +45,9 @@ class TotalerTest : public LHomeTest {
     txn.AddLine(account, "test", amount, "", "", "");
     ASSERT_TRUE(LLedgerTransactionRecord(profile, txn));
   }
-  static LAccountTotalerList Total(LProfile& profile, std::string from, std::string to, std::string filter = "",
-                                   std::vector<LProfilesAndRates> businesses = {}) {
-    LAccountTotalerProcess totaler(profile);
+  LAccountTotalerList Total(std::string from, std::string to, std::string filter = "",
+                            std::vector<LProfilesAndRates> businesses = {}) {
+    LAccountTotalerProcess totaler(profile_);
     totaler.from = std::move(from);
     totaler.to = std::move(to);
     totaler.filter = std::move(filter);
@@ -61,138 +64,94 @@ class TotalerTest : public LHomeTest {
   LProfile profile_;
 };
 
-TEST(TotalerSplit, WholeYearUsesTwelveBucketsAndNoDayFile) {
-  LAccountTotalerSplit split;
-  ASSERT_TRUE(LAccountTotalerSplitPeriod("2024-01-01", "2024-12-31", split));
-  EXPECT_EQ(split.startIndex, 2024 * 12);
-  EXPECT_EQ(split.endIndex, 2024 * 12 + 11);
-  EXPECT_FALSE(split.includeOpening);
-  EXPECT_TRUE(split.rangeAFrom.empty());
-  EXPECT_TRUE(split.rangeBFrom.empty());
+// The split as text: "opening+" when opening balances count, the whole months "YYYY-MM..YYYY-MM"
+// (or "-" when none), then the partial first (A) and last (B) months read from day files.
+std::string Describe(const LAccountTotalerSplit& s) {
+  auto month = [](int index) {
+    char text[16];
+    std::snprintf(text, sizeof text, "%.4d-%.2d", index / 12, index % 12 + 1);
+    return std::string(text);
+  };
+  std::string text = s.includeOpening ? "opening+" : "";
+  text += s.endIndex < s.startIndex ? "-" : month(s.startIndex) + ".." + month(s.endIndex);
+  if (!s.rangeAFrom.empty()) text += " A " + s.rangeAFrom + ".." + s.rangeATo;
+  if (!s.rangeBFrom.empty()) text += " B " + s.rangeBFrom + ".." + s.rangeBTo;
+  return text;
 }
 
-TEST(TotalerSplit, NoStartIncludesOpeningAndEveryBucket) {
-  LAccountTotalerSplit split;
-  ASSERT_TRUE(LAccountTotalerSplitPeriod("", "2024-06-30", split));
-  EXPECT_TRUE(split.includeOpening);
-  EXPECT_EQ(split.startIndex, 0);
-  EXPECT_EQ(split.endIndex, 2024 * 12 + 5);
-  EXPECT_TRUE(split.rangeAFrom.empty());
-  EXPECT_TRUE(split.rangeBFrom.empty());
+// Partial months close on day 31 whatever the month; the first of a month and its last day are
+// whole months; dates that are not days are refused.
+TEST(TotalerSplit, WholeMonthsAndPartialMonths) {
+  struct Row {
+    const char* from;
+    const char* to;
+    const char* split;  // nullptr: refused
+  } rows[] = {
+      {"2024-01-01", "2024-12-31", "2024-01..2024-12"},
+      {"", "2024-06-30", "opening+0000-01..2024-06"},
+      {"2024-03-15", "2024-03-20", "- A 2024-03-15..2024-03-20"},
+      {"2024-03-15", "2024-03-31", "- A 2024-03-15..2024-03-31"},
+      {"2024-02-10", "2024-04-15", "2024-03..2024-03 A 2024-02-10..2024-02-31 B 2024-04-01..2024-04-15"},
+      {"2024-02-01", "2024-02-29", "2024-02..2024-02"},
+      {"2023-02-01", "2023-02-28", "2023-02..2023-02"},
+      {"2024-01-01", "", nullptr},
+      {"2024-13-01", "2024-12-31", nullptr},
+      {"", "2023-02-29", nullptr},
+  };
+  for (const Row& row : rows) {
+    LAccountTotalerSplit split;
+    bool ok = LAccountTotalerSplitPeriod(row.from, row.to, split);
+    EXPECT_EQ(ok, row.split != nullptr) << row.from << " " << row.to;
+    if (ok && row.split != nullptr) {
+      EXPECT_EQ(Describe(split), row.split) << row.from << " " << row.to;
+    }
+  }
 }
 
-TEST(TotalerSplit, BothEndsInOneMonthReadOnlyThoseDays) {
-  LAccountTotalerSplit split;
-  ASSERT_TRUE(LAccountTotalerSplitPeriod("2024-03-15", "2024-03-20", split));
-  EXPECT_LT(split.endIndex, split.startIndex);
-  EXPECT_EQ(split.rangeAFrom, "2024-03-15");
-  EXPECT_EQ(split.rangeATo, "2024-03-20");
-  EXPECT_TRUE(split.rangeBFrom.empty());
-}
-
-TEST(TotalerSplit, PartialMonthsAtBothEndsCloseWithDay31) {
-  LAccountTotalerSplit split;
-  ASSERT_TRUE(LAccountTotalerSplitPeriod("2024-02-10", "2024-04-15", split));
-  EXPECT_EQ(split.startIndex, 2024 * 12 + 2);
-  EXPECT_EQ(split.endIndex, 2024 * 12 + 2);
-  EXPECT_EQ(split.rangeAFrom, "2024-02-10");
-  EXPECT_EQ(split.rangeATo, "2024-02-31");
-  EXPECT_EQ(split.rangeBFrom, "2024-04-01");
-  EXPECT_EQ(split.rangeBTo, "2024-04-15");
-}
-
-TEST(TotalerSplit, FirstOfMonthAndLastDayOfFebruaryAreWholeMonths) {
-  LAccountTotalerSplit split;
-  ASSERT_TRUE(LAccountTotalerSplitPeriod("2024-02-01", "2024-02-29", split));
-  EXPECT_EQ(split.startIndex, 2024 * 12 + 1);
-  EXPECT_EQ(split.endIndex, 2024 * 12 + 1);
-  EXPECT_TRUE(split.rangeAFrom.empty());
-  EXPECT_TRUE(split.rangeBFrom.empty());
-  ASSERT_TRUE(LAccountTotalerSplitPeriod("2023-02-01", "2023-02-28", split));
-  EXPECT_TRUE(split.rangeBFrom.empty());
-  ASSERT_TRUE(LAccountTotalerSplitPeriod("2024-03-15", "2024-03-31", split));
-  EXPECT_EQ(split.rangeATo, "2024-03-31");
-  EXPECT_LT(split.endIndex, split.startIndex);
-}
-
-TEST(TotalerSplit, RefusesDatesThatAreNotDays) {
-  LAccountTotalerSplit split;
-  EXPECT_FALSE(LAccountTotalerSplitPeriod("2024-01-01", "", split));
-  EXPECT_FALSE(LAccountTotalerSplitPeriod("2024-13-01", "2024-12-31", split));
-  EXPECT_FALSE(LAccountTotalerSplitPeriod("", "2023-02-29", split));
-}
-
-TEST_F(TotalerTest, WholeMonthsComeFromBucketsOnly) {
-  SetBucket(profile_, "6410", 2024, 3, 100000);
-  SetField(profile_, "6410", "OpeningBalance", 5);
-  DayLine(profile_, "2024-03-15", "6410", 7);
-  EXPECT_EQ(Amount(Total(profile_, "2024-01-01", "2024-12-31"), "6410"), 100000);
-}
-
-TEST_F(TotalerTest, PeriodInsideOneMonthReadsOnlyItsDays) {
-  SetBucket(profile_, "6410", 2024, 3, 100000);
-  DayLine(profile_, "2024-03-14", "6410", 1);
-  DayLine(profile_, "2024-03-15", "6410", 20);
-  DayLine(profile_, "2024-03-20", "6410", 300);
-  DayLine(profile_, "2024-03-21", "6410", 4000);
-  EXPECT_EQ(Amount(Total(profile_, "2024-03-15", "2024-03-20"), "6410"), 320);
-}
-
-TEST_F(TotalerTest, PartialMonthsAtBothEndsReadTheirDaysAndTheMiddleBucket) {
-  SetBucket(profile_, "6410", 2024, 2, 900000);
-  SetBucket(profile_, "6410", 2024, 3, 100000);
-  SetBucket(profile_, "6410", 2024, 4, 800000);
-  DayLine(profile_, "2024-02-09", "6410", 1);
-  DayLine(profile_, "2024-02-10", "6410", 20);
-  DayLine(profile_, "2024-02-29", "6410", 300);
-  DayLine(profile_, "2024-03-05", "6410", 4000);
-  DayLine(profile_, "2024-04-15", "6410", 50000);
-  DayLine(profile_, "2024-04-16", "6410", 600000);
-  EXPECT_EQ(Amount(Total(profile_, "2024-02-10", "2024-04-15"), "6410"), 100000 + 20 + 300 + 50000);
-}
-
-TEST_F(TotalerTest, NoStartAddsOpeningBalanceAndBucketsUpToTheEnd) {
-  SetField(profile_, "1110", "OpeningBalance", 5000);
-  SetBucket(profile_, "1110", 2019, 1, 10);
-  SetBucket(profile_, "1110", 2024, 6, 200);
-  SetBucket(profile_, "1110", 2024, 7, 3000);
-  EXPECT_EQ(Amount(Total(profile_, "", "2024-06-30"), "1110"), 5210);
-  EXPECT_EQ(Amount(Total(profile_, "2024-01-01", "2024-06-30"), "1110"), 200);
-}
-
-TEST_F(TotalerTest, BucketsBelowBalanceFirstAreNotCounted) {
-  SetBucket(profile_, "1110", 2024, 5, 200);
-  SetBucket(profile_, "1110", 2024, 2, 7);
-  SetField(profile_, "1110", "BalanceFirst", 2024 * 12 + 4);
-  EXPECT_EQ(Amount(Total(profile_, "2024-01-01", "2024-12-31"), "1110"), 200);
+// Day lines worth powers of two and buckets worth tens of thousands show exactly which day files
+// and which buckets each period read.
+TEST_F(TotalerTest, PeriodsReadWholeMonthsFromBucketsAndPartialMonthsFromTheirDays) {
+  SetBucket(profile_, "6410", 2019, 1, 500000);
+  SetBucket(profile_, "6410", 2024, 2, 10000);
+  SetBucket(profile_, "6410", 2024, 3, 20000);
+  SetBucket(profile_, "6410", 2024, 4, 40000);
+  SetField("6410", "OpeningBalance", 1000000);
+  long long bit = 1;
+  for (const char* day : {"02-09", "02-10", "02-29", "03-04", "03-05", "03-20", "03-21", "04-15", "04-16"}) {
+    DayLine(profile_, std::string("2024-") + day, "6410", bit);
+    bit *= 2;
+  }
+  for (auto [from, to, expected] : {std::tuple{"2024-01-01", "2024-12-31", 70000LL},
+                                    {"2024-03-01", "2024-03-31", 20000LL},
+                                    {"2024-03-05", "2024-03-20", 16LL + 32},
+                                    {"2024-02-10", "2024-04-15", 2LL + 4 + 20000 + 128},
+                                    {"", "2024-03-31", 1000000LL + 500000 + 10000 + 20000}})
+    EXPECT_EQ(Amount(Total(from, to), "6410"), expected) << from << " " << to;
+  // Buckets below "BalanceFirst" are not counted.
+  SetField("6410", "BalanceFirst", 2024 * 12 + 2);
+  EXPECT_EQ(Amount(Total("2024-01-01", "2024-12-31"), "6410"), 60000);
 }
 
 TEST_F(TotalerTest, FilterKeepsOneAccountInRecordsAndDayFiles) {
   SetBucket(profile_, "6410", 2024, 3, 100);
   DayLine(profile_, "2024-04-02", "6410", 5);
   DayLine(profile_, "2024-04-02", "1110", -5);
-  LAccountTotalerList list = Total(profile_, "2024-03-01", "2024-04-10", "6410");
+  LAccountTotalerList list = Total("2024-03-01", "2024-04-10", "6410");
   ASSERT_EQ(list.Items().size(), 1u);
   EXPECT_EQ(Amount(list, "6410"), 105);
 }
 
-TEST_F(TotalerTest, EveryAccountGetsAnItemInNumberOrderDeletedAndZeroIncluded) {
+TEST_F(TotalerTest, EveryAccountGetsAnItemInNumberOrderDeletedIncludedUnknownDropped) {
   LCreateAccount(profile_, "1000", "Actifs", kAccountAsset, false, 0, kClassificationNone);
   LCreateAccount(profile_, "3000", "Vide", kAccountEquity, false, 0, kClassificationNone);
-  SetField(profile_, "3000", "Deleted", 1);
-  LAccountTotalerList list = Total(profile_, "2024-01-01", "2024-12-31");
+  SetField("3000", "Deleted", 1);
+  DayLine(profile_, "2024-04-02", "9999", 5);  // a day line of an unknown account
+  LAccountTotalerList list = Total("2024-01-01", "2024-04-10");
   std::vector<std::string> numbers;
   for (const auto& item : list.Items()) numbers.push_back(item.number);
   EXPECT_EQ(numbers, (std::vector<std::string>{"1000", "1110", "3000", "6410"}));
   EXPECT_TRUE(list.Find("3000")->deleted);
   EXPECT_EQ(list.Find("6410")->subClass, 1);
-}
-
-TEST_F(TotalerTest, DayLinesOfUnknownAccountsAreDropped) {
-  DayLine(profile_, "2024-04-02", "9999", 5);
-  LAccountTotalerList list = Total(profile_, "2024-04-02", "2024-04-03");
-  EXPECT_EQ(list.Find("9999"), nullptr);
-  EXPECT_EQ(list.Items().size(), 2u);
 }
 
 TEST_F(TotalerTest, SeveralBusinessesAreScaledTruncatedAndMergedByNumberAndDescription) {
@@ -208,27 +167,12 @@ TEST_F(TotalerTest, SeveralBusinessesAreScaledTruncatedAndMergedByNumberAndDescr
   }
   SetBucket(profile_, "1110", 2024, 1, 100);
   SetBucket(profile_, "6410", 2024, 1, 40);
-  LAccountTotalerList list = Total(profile_, "2024-01-01", "2024-02-15", "",
-                                   {{home_.SharedFolder(), 1.0}, {otherFolder, 0.5}});
+  LAccountTotalerList list = Total("2024-01-01", "2024-02-15", "", {{home_.SharedFolder(), 1.0}, {otherFolder, 0.5}});
   std::vector<std::pair<std::string, long long>> items;
   for (const auto& item : list.Items()) items.emplace_back(item.number + " " + item.description, item.amount);
   // 0.5 on 3 gives 1 and on -3 gives -1 (toward zero); 1001 * 0.5 gives 500 on the first 1110.
   EXPECT_EQ(items, (std::vector<std::pair<std::string, long long>>{
                        {"1110 Compte-chèque", 100 + 1 + 500}, {"6410 Loyer", 40}, {"6410 Loyer du dépôt", -1}}));
-}
-
-TEST_F(TotalerTest, BusinessesCancelEachOther) {
-  std::string otherFolder = home_.SharedFolder() + "/MultiBus/2";
-  ASSERT_TRUE(LFile::MakeFolder(otherFolder));
-  {
-    LProfile other(otherFolder);
-    LCreateAccount(other, "6410", "Loyer", kAccountExpense, false, 1, kClassificationNone);
-    SetBucket(other, "6410", 2024, 1, -250);
-  }
-  SetBucket(profile_, "6410", 2024, 1, 500);
-  LAccountTotalerList list =
-      Total(profile_, "2024-01-01", "2024-01-31", "", {{home_.SharedFolder(), 1.0}, {otherFolder, 2.0}});
-  EXPECT_EQ(Amount(list, "6410"), 0);
 }
 
 class StopAfterFirstBusiness : public LProcessInterfaceVoid {
@@ -239,21 +183,18 @@ class StopAfterFirstBusiness : public LProcessInterfaceVoid {
   int asked_ = 0;
 };
 
-TEST_F(TotalerTest, CancellationStopsAfterTheAccountsOfABusinessWithoutItsDayFiles) {
+TEST_F(TotalerTest, CancellationStopsAfterTheAccountsOfABusinessAndBadDatesFail) {
   DayLine(profile_, "2024-04-02", "6410", 5);
   LAccountTotalerProcess totaler(profile_);
   totaler.from = "2024-04-01";
   totaler.to = "2024-04-10";
   StopAfterFirstBusiness stopping;
   EXPECT_EQ(Process(stopping, totaler), kProcessCancelled);
-  EXPECT_EQ(Amount(totaler.result, "6410"), 0);
-}
-
-TEST_F(TotalerTest, BadDatesFail) {
-  LAccountTotalerProcess totaler(profile_);
-  totaler.to = "demain";
+  EXPECT_EQ(Amount(totaler.result, "6410"), 0);  // its day files were not read
+  LAccountTotalerProcess badDates(profile_);
+  badDates.to = "demain";
   LProcessInterfaceVoid quiet;
-  EXPECT_EQ(Process(quiet, totaler), kProcessFailed);
+  EXPECT_EQ(Process(quiet, badDates), kProcessFailed);
 }
 
 TEST(TotalerList, EqualNumbersGoAfterAndBalancesGoToTheFirst) {
@@ -269,17 +210,14 @@ TEST(TotalerList, EqualNumbersGoAfterAndBalancesGoToTheFirst) {
   EXPECT_EQ(seen, (std::vector<std::string>{"1110A2", "6410B111", "6410C3"}));
 }
 
+// A heading is a prefix of the other number once its trailing zeros are dropped, never itself,
+// never longer numbers, never an all-zero or empty heading.
 TEST(HeadingRule, PrefixWithoutTrailingZeros) {
-  EXPECT_TRUE(LAccountIsHeaderOf("6300", "6310"));
-  EXPECT_TRUE(LAccountIsHeaderOf("6300", "6399"));
-  EXPECT_FALSE(LAccountIsHeaderOf("6300", "6300"));
-  EXPECT_FALSE(LAccountIsHeaderOf("6300", "6400"));
-  EXPECT_TRUE(LAccountIsHeaderOf("6000", "6999"));
-  EXPECT_FALSE(LAccountIsHeaderOf("6000", "600012"));
-  EXPECT_FALSE(LAccountIsHeaderOf("6000", "7000"));
-  EXPECT_FALSE(LAccountIsHeaderOf("", "6310"));
-  EXPECT_FALSE(LAccountIsHeaderOf("0000", "0010"));
-  EXPECT_TRUE(LAccountIsHeaderOf("6310", "6311"));
+  for (auto [heading, account, expected] :
+       {std::tuple{"6300", "6310", true}, {"6300", "6399", true}, {"6000", "6999", true}, {"6310", "6311", true},
+        {"6300", "6300", false}, {"6300", "6400", false}, {"6000", "600012", false}, {"6000", "7000", false},
+        {"", "6310", false}, {"0000", "0010", false}})
+    EXPECT_EQ(LAccountIsHeaderOf(heading, account), expected) << heading << " " << account;
 }
 
 TEST_F(TotalerTest, FoldCountsHeadingAndSubAccountsOnceThenYieldsZero) {
@@ -294,41 +232,31 @@ TEST_F(TotalerTest, FoldCountsHeadingAndSubAccountsOnceThenYieldsZero) {
   add("6320", kAccountExpense, 1, false, 30);
   add("6330", kAccountExpense, 2, false, 4);  // below the heading, but of another sub-class
   add("6910", kAccountExpense, 2, false, 5);
-  long long total = 0;
-  CalculateSubAccounts(totaler, "", total, kAccountExpense, 1, 1, true);
-  EXPECT_EQ(total, 1230);
+  auto fold = [&](AccountType type, int subClass, long long sign, bool filterSubClass) {
+    long long total = 0;
+    CalculateSubAccounts(totaler, "", total, type, subClass, sign, filterSubClass);
+    return total;
+  };
+  EXPECT_EQ(fold(kAccountExpense, 1, 1, true), 1230);
   EXPECT_EQ(totaler.result.Find("6310"), nullptr);
   EXPECT_EQ(totaler.result.Find("6300"), nullptr);
   ASSERT_NE(totaler.result.Find("6330"), nullptr);
-  long long again = 0;
-  CalculateSubAccounts(totaler, "", again, kAccountExpense, 1, 1, true);
-  EXPECT_EQ(again, 0);
-  long long income = 0;
-  CalculateSubAccounts(totaler, "", income, kAccountIncome, 0, -1, true);
-  EXPECT_EQ(income, 70000);
-  long long rest = 0;
-  CalculateSubAccounts(totaler, "", rest, kAccountExpense, 0, 1, false);
-  EXPECT_EQ(rest, 9);
+  EXPECT_EQ(fold(kAccountExpense, 1, 1, true), 0);  // consumed
+  EXPECT_EQ(fold(kAccountIncome, 0, -1, true), 70000);
+  EXPECT_EQ(fold(kAccountExpense, 0, 1, false), 9);  // every sub-class
   EXPECT_TRUE(totaler.result.Items().empty());
 }
 
-TEST_F(TotalerTest, IncomeExpenseAndProfitOfAPeriod) {
+TEST_F(TotalerTest, IncomeExpenseAndProfitOfAPeriodAndAssets) {
   LCreateAccount(profile_, "4110", "Recettes générales", kAccountIncome, false, 0, kClassificationNone);
   LCreateAccount(profile_, "4910", "Revenu d'intérêt", kAccountIncome, false, 1, kClassificationNone);
   LCreateAccount(profile_, "6910", "Frais financiers", kAccountExpense, false, 2, kClassificationNone);
-  SetBucket(profile_, "4110", 2024, 5, -100000);
-  SetBucket(profile_, "4910", 2024, 5, -500);
-  SetBucket(profile_, "6410", 2024, 5, 30000);
-  SetBucket(profile_, "6910", 2024, 5, 700);
-  SetBucket(profile_, "1110", 2024, 5, 70800);
-  long long income = 0, expense = 0, profit = 0;
+  for (auto [number, amount] : {std::pair{"4110", -100000}, {"4910", -500}, {"6410", 30000}, {"6910", 700}, {"1110", 70800}})
+    SetBucket(profile_, number, 2024, 5, amount);
+  long long income = 0, expense = 0, profit = 0, assets = 0;
   LGetTotalIncomeExpenseProfit(profile_, {"2024-01-01", "2024-12-31"}, income, expense, profit);
-  EXPECT_EQ(income, 100500);
-  EXPECT_EQ(expense, 30700);
-  EXPECT_EQ(profit, 69800);
-  long long assets = 0;
   LGetAssets(profile_, assets);
-  EXPECT_EQ(assets, 70800);
+  EXPECT_EQ(std::vector<long long>({income, expense, profit, assets}), (std::vector<long long>{100500, 30700, 69800, 70800}));
 }
 
 }  // namespace

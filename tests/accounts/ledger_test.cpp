@@ -5,11 +5,9 @@
 
 #include <gtest/gtest.h>
 
-#include <memory>
-
 #include <algorithm>
 #include <filesystem>
-#include <map>
+#include <memory>
 #include <set>
 
 #include "accounts/accounts.h"
@@ -44,39 +42,38 @@ class LedgerTest : public LHomeTest {
     txn.AddLine("1110", "Loyer de mars", -amount, "anne", "", "");
     return txn;
   }
-  // Check of the books without writing; the report.
-  LCheckReport Check() {
+  // Check of the books (writing the computed values when fix); the report.
+  LCheckReport Check(bool fix = false) {
     LBookCheckProcess data;
     data.profile = &profile_;
+    data.fix = fix;
     LProcessInterfaceVoid process;
     EXPECT_EQ(Process(process, data), kProcessFinished);
     return data.report;
   }
 
+  // The dates of the lines the ledger iterator walks from from to to.
+  std::vector<std::string> IteratorDates(const char* from, const char* to) {
+    std::vector<std::string> dates;
+    LLedgerAccountLineIterator it(profile_, from, to);
+    for (it.SkipToValidLine(); it.valid; it.SkipToValidLine()) dates.push_back(it.line.date);
+    return dates;
+  }
+
   LProfile profile_;
 };
 
-TEST(LedgerAmounts, WrittenWithSignWholeUnitsAndTwoDigits) {
+// Written with a sign, whole units and two digits (the lowest amount included); read back
+// tolerantly: separators and symbols skipped, a third digit cut, a trailing minus, digits after
+// a second point joined, nothing readable as 0, over-long text capped.
+TEST(LedgerAmounts, WrittenWithSignAndReadTolerantly) {
   EXPECT_EQ(LLedgerFormatAmount(0), "+0.00");
   EXPECT_EQ(LLedgerFormatAmount(-1), "-0.01");
-  EXPECT_EQ(LLedgerFormatAmount(-100), "-1.00");
-  EXPECT_EQ(LLedgerFormatAmount(123456), "+1234.56");
   EXPECT_EQ(LLedgerFormatAmount(-9223372036854775807LL - 1), "-92233720368547758.08");
-}
-
-TEST(LedgerAmounts, ReadTolerantly) {
-  EXPECT_EQ(LLedgerReadAmountFromTheLedger("1,234.56"), 123456);
-  EXPECT_EQ(LLedgerReadAmountFromTheLedger("-12.00"), -1200);
-  EXPECT_EQ(LLedgerReadAmountFromTheLedger("12.345"), 1234);
-  EXPECT_EQ(LLedgerReadAmountFromTheLedger("$ 7.05"), 705);
-  EXPECT_EQ(LLedgerReadAmountFromTheLedger("+1234.56"), 123456);
-  EXPECT_EQ(LLedgerReadAmountFromTheLedger("12.3"), 1230);
-  EXPECT_EQ(LLedgerReadAmountFromTheLedger("12"), 1200);
-  EXPECT_EQ(LLedgerReadAmountFromTheLedger("7.05-"), -705);
-  EXPECT_EQ(LLedgerReadAmountFromTheLedger("1.2.3"), 123);
-  EXPECT_EQ(LLedgerReadAmountFromTheLedger(""), 0);
-  EXPECT_EQ(LLedgerReadAmountFromTheLedger("abc"), 0);
-  EXPECT_EQ(LLedgerReadAmountFromTheLedger(std::string(400, '9') + ".99"), 99999999999LL * 100 + 99);
+  for (auto [text, cents] : {std::pair<std::string, long long>{"1,234.56", 123456}, {"12.345", 1234}, {"$ 7.05", 705},
+                             {"12.3", 1230}, {"12", 1200}, {"7.05-", -705}, {"1.2.3", 123}, {"", 0}, {"abc", 0},
+                             {std::string(400, '9') + ".99", 99999999999LL * 100 + 99}})
+    EXPECT_EQ(LLedgerReadAmountFromTheLedger(text), cents) << text;
   for (long long amount : {0LL, 1LL, -1LL, 99LL, -100LL, 123456LL, -987654321LL})
     EXPECT_EQ(LLedgerReadAmountFromTheLedger(LLedgerFormatAmount(amount)), amount);
 }
@@ -101,39 +98,28 @@ TEST_F(LedgerTest, DayFileRowsByteForByte) {
   EXPECT_STREQ(second.xdata.GetString("UserName", ""), "anne");
   EXPECT_EQ(second.document, "INV7");
   EXPECT_TRUE(LLedgerTransactionEqual(txn, loaded));
-}
-
-TEST_F(LedgerTest, AddLineCutsTheDescriptionAndKeepsOrder) {
-  LLedgerTransaction txn("2024-03-31", "R", "General");
   txn.AddLine("6410", std::string(300, 'x'), 1, "", "", "");
-  txn.AddLine("1110", "b", -1, "", "", "");
-  EXPECT_EQ(txn.Lines().front().description.size(), 259u);
-  EXPECT_EQ(txn.Lines().back().account, "1110");
-  EXPECT_EQ(txn.Sum(), 0);
+  EXPECT_EQ(txn.Lines().back().description.size(), 259u);
 }
 
 TEST_F(LedgerTest, PostingMovesTheMonthBucketsAndTotals) {
   ASSERT_TRUE(LAccountTransactionRecord(profile_, Rent("2024-01-15", "GJ1", 5000)));
   ASSERT_TRUE(LAccountTransactionRecord(profile_, Rent("2024-03-01", "GJ2", 700)));
   auto rent = Open("6410");
-  EXPECT_EQ(rent->GetInt64("Balance24288", 0), 5000);
-  EXPECT_EQ(rent->GetInt64("Balance24290", 0), 700);
+  EXPECT_EQ(rent->GetMonthBuckets(), (std::vector<std::pair<int, long long>>{{24288, 5000}, {24290, 700}}));
   EXPECT_EQ(rent->GetInt("BalanceFirst", 0), 24288);
   EXPECT_EQ(rent->GetTotalBalance(), 5700);
   EXPECT_TRUE(rent->IsAccountUsed());
-  EXPECT_EQ(rent->GetBalanceAtEndOfMonth(2024, 2), 5000);
   EXPECT_EQ(Open("1110")->GetTotalBalance(), -5700);
   EXPECT_FALSE(Open("1120")->IsAccountUsed());
 }
 
-TEST_F(LedgerTest, NothingIsWrittenWithoutLinesOrWithoutADay) {
+TEST_F(LedgerTest, NothingIsWrittenWithoutLinesOrADayAndUnknownAccountsStayInTheLedger) {
   LLedgerTransaction empty("2024-03-31", "GJ1", "General");
   EXPECT_TRUE(LAccountTransactionRecord(profile_, empty));
   EXPECT_FALSE(std::filesystem::exists(DayFile("2024-03-31")));
-  LLedgerTransaction undated = Rent("", "GJ1", 100);
-  EXPECT_FALSE(LAccountTransactionRecord(profile_, undated));
-  LLedgerTransaction escaping = Rent("../Accounts/1110", "GJ1", 100);
-  EXPECT_FALSE(LAccountTransactionRecord(profile_, escaping));
+  EXPECT_FALSE(LAccountTransactionRecord(profile_, Rent("", "GJ1", 100)));
+  EXPECT_FALSE(LAccountTransactionRecord(profile_, Rent("../Accounts/1110", "GJ1", 100)));
   EXPECT_EQ(Open("1110")->GetTotalBalance(), 0);
   EXPECT_FALSE(Open("1110")->IsAccountUsed());
   LTextBuffer path;
@@ -142,10 +128,8 @@ TEST_F(LedgerTest, NothingIsWrittenWithoutLinesOrWithoutADay) {
   LLedgerTransaction txn;
   EXPECT_FALSE(LLedgerTransactionLoad(profile_, txn, "", "GJ1"));
   EXPECT_FALSE(LLedgerTransactionTestExists(profile_, "2024-03-31", "GJ1"));
-}
-
-TEST_F(LedgerTest, ALineOnAnUnknownAccountStaysInTheLedger) {
-  LLedgerTransaction txn("2024-03-31", "GJ1", "General");
+  // A line on an unknown account stays in the ledger; only the check reports it.
+  txn = LLedgerTransaction("2024-03-31", "GJ1", "General");
   txn.AddLine("9999", "Inconnu", 100, "", "", "");
   txn.AddLine("1110", "Inconnu", -100, "", "", "");
   ASSERT_TRUE(LAccountTransactionRecord(profile_, txn));
@@ -205,19 +189,15 @@ TEST_F(LedgerTest, DeletedAndRepostedEqualsPostedOnce) {
   ASSERT_TRUE(LAccountTransactionRecord(profile_, Rent("2024-03-31", "GJ8", 10)));
   ASSERT_TRUE(LAccountTransactionDelete(profile_, "2024-03-31", "GJ7"));
   ASSERT_TRUE(LAccountTransactionRecord(profile_, Rent("2024-03-31", "GJ7", 4200)));
-  std::vector<std::string> references;
-  for (LCSVFileReader reader(DayFile("2024-03-31"), 1000); reader.HasRow(); reader.Next()) {
-    LLedgerJournalLine line;
-    line.LoadFromCSV(reader);
-    references.push_back(line.reference);
-  }
-  EXPECT_EQ(references, (std::vector<std::string>{"GJ8", "GJ8", "GJ7", "GJ7"}));
+  std::string text = LReadFile(DayFile("2024-03-31"));
+  ASSERT_TRUE(text.ends_with(onceText));  // GJ8's rows first, then GJ7's as a single posting writes them
+  EXPECT_EQ(text.substr(0, text.size() - onceText.size()).find("GJ7"), std::string::npos);
   LCheckReport report = Check();
   EXPECT_TRUE(report.differences.empty());
   EXPECT_TRUE(report.problems.empty());
 }
 
-TEST_F(LedgerTest, DeleteCleansTheReconciliationFiles) {
+TEST_F(LedgerTest, UserDeleteUsesTheLedgerAndCleansTheReconciliationFiles) {
   ASSERT_TRUE(LAccountTransactionRecord(profile_, Rent("2024-03-31", "GJ7", 4200)));
   std::filesystem::create_directories(home_.SharedFolder() + "/Reconcile");
   std::string reconcile = home_.SharedFolder() + "/Reconcile/1110.csv";
@@ -226,19 +206,15 @@ TEST_F(LedgerTest, DeleteCleansTheReconciliationFiles) {
              "\"2024-03-31\",\"GJ7\",\"-42.01\",\"x\"\r\n"     // another amount: kept
              "\"2024-03-30\",\"GJ7\",\"-42.00\",\"x\"\r\n"     // another day: kept
              "\"2024-03-31\",\"GJ8\",\"-42.00\",\"x\"\r\n");   // another reference: kept
-  ASSERT_TRUE(LAccountTransactionDelete(profile_, "2024-03-31", "GJ7"));
+  // The user's delete of a plain transaction goes to the ledger.
+  EXPECT_FALSE(LedgerTransactionDelete(profile_, "2024-03-31", "GJ9"));
+  ASSERT_TRUE(LedgerTransactionDelete(profile_, "2024-03-31", "GJ7"));
+  EXPECT_EQ(Open("1110")->GetTotalBalance(), 0);
   EXPECT_EQ(LReadFile(reconcile),
             "\"2024-03-31\",\"GJ7\",\"-42.01\",\"x\"\n"
             "\"2024-03-30\",\"GJ7\",\"-42.00\",\"x\"\n"
             "\"2024-03-31\",\"GJ8\",\"-42.00\",\"x\"\n");
   EXPECT_FALSE(std::filesystem::exists(home_.SharedFolder() + "/Reconcile/6410.csv"));
-}
-
-TEST_F(LedgerTest, UserDeleteOfAPlainTransactionUsesTheLedger) {
-  ASSERT_TRUE(LAccountTransactionRecord(profile_, Rent("2024-03-31", "GJ7", 4200)));
-  EXPECT_FALSE(LedgerTransactionDelete(profile_, "2024-03-31", "GJ9"));
-  EXPECT_TRUE(LedgerTransactionDelete(profile_, "2024-03-31", "GJ7"));
-  EXPECT_EQ(Open("1110")->GetTotalBalance(), 0);
 }
 
 TEST_F(LedgerTest, EqualityIsLooseOnPurpose) {
@@ -252,17 +228,14 @@ TEST_F(LedgerTest, EqualityIsLooseOnPurpose) {
   EXPECT_FALSE(LLedgerTransactionEqual(a, Rent("2024-03-31", "GJ1", 101)));
   LLedgerTransaction described("2024-03-31", "GJ1", "General");
   described.AddLine("6410", "Loyer d'avril", 100, "", "", "");
-  described.AddLine("1110", "Loyer d'avril", -100, "", "", "");
+  described.AddLine("1110", "Loyer de mars", -100, "", "", "");
   EXPECT_FALSE(LLedgerTransactionEqual(a, described));
   // One line of the second may answer for two of the first.
   LLedgerTransaction twice("2024-03-31", "GJ1", "General");
-  twice.AddLine("6410", "d", 100, "", "", "");
-  twice.AddLine("6410", "d", 100, "", "", "");
-  LLedgerTransaction mixed("2024-03-31", "GJ1", "General");
-  mixed.AddLine("6410", "d", 100, "", "", "");
-  mixed.AddLine("1110", "d", -100, "", "", "");
-  EXPECT_TRUE(LLedgerTransactionEqual(twice, mixed));
-  EXPECT_FALSE(LLedgerTransactionEqual(mixed, twice));
+  twice.AddLine("6410", "Loyer de mars", 100, "", "", "");
+  twice.AddLine("6410", "Loyer de mars", 100, "", "", "");
+  EXPECT_TRUE(LLedgerTransactionEqual(twice, a));
+  EXPECT_FALSE(LLedgerTransactionEqual(a, twice));
 }
 
 TEST_F(LedgerTest, DamagedDayFilesAreReadWithoutHarm) {
@@ -285,10 +258,7 @@ TEST_F(LedgerTest, DamagedDayFilesAreReadWithoutHarm) {
   ASSERT_TRUE(LLedgerTransactionLoad(profile_, txn, "2024-05-02", "R3"));
   EXPECT_EQ(txn.Lines().front().amount, 0);
 
-  long nLines = 0;
-  LLedgerAccountLineIterator it(profile_, "", "");
-  for (it.SkipToValidLine(); it.valid; it.SkipToValidLine()) ++nLines;
-  EXPECT_EQ(nLines, 6);
+  EXPECT_EQ(IteratorDates("", "").size(), 6u);
   // The check reports what it cannot read and carries on.
   LCheckReport report = Check();
   EXPECT_EQ(report.nRows, 6);
@@ -304,15 +274,8 @@ TEST_F(LedgerTest, DamagedDayFilesAreReadWithoutHarm) {
 TEST_F(LedgerTest, IteratorWalksADateRangeInDateOrder) {
   for (const char* date : {"2024-03-01", "2024-01-31", "2024-02-29", "2023-12-31", "2024-02-01"})
     ASSERT_TRUE(LAccountTransactionRecord(profile_, Rent(date, std::string("R") + date, 100)));
-  std::vector<std::string> dates;
-  LLedgerAccountLineIterator it(profile_, "2024-01-31", "2024-02-31");
-  for (it.SkipToValidLine(); it.valid; it.SkipToValidLine()) dates.push_back(it.line.date);
-  EXPECT_EQ(dates, (std::vector<std::string>{"2024-01-31", "2024-01-31", "2024-02-01", "2024-02-01", "2024-02-29",
+  EXPECT_EQ(IteratorDates("2024-01-31", "2024-02-31"), (std::vector<std::string>{"2024-01-31", "2024-01-31", "2024-02-01", "2024-02-01", "2024-02-29",
                                              "2024-02-29"}));
-  LLedgerAccountLineIterator all(profile_, "", "");
-  int n = 0;
-  for (all.SkipToValidLine(); all.valid; all.SkipToValidLine()) ++n;
-  EXPECT_EQ(n, 10);
 }
 
 TEST_F(LedgerTest, CheckFindsAndFixesEveryDifference) {
@@ -331,19 +294,15 @@ TEST_F(LedgerTest, CheckFindsAndFixesEveryDifference) {
   EXPECT_EQ(fields, (std::set<std::string>{"6410/TotalBalance", "6410/Balance24290", "6410/BalanceFirst"}));
   EXPECT_TRUE(report.HasUnresolved());
 
-  LBookCheckProcess fix;
-  fix.profile = &profile_;
-  fix.fix = true;
-  LProcessInterfaceVoid process;
-  ASSERT_EQ(Process(process, fix), kProcessFinished);
-  EXPECT_FALSE(fix.report.HasUnresolved());
+  EXPECT_FALSE(Check(true).HasUnresolved());
   auto rent = Open("6410");
   EXPECT_EQ(rent->GetTotalBalance(), 5300);
   EXPECT_EQ(rent->GetBalanceAtEndOfMonth(2024, 3), 5300);
   EXPECT_TRUE(Check().differences.empty());
 }
 
-// Four processes post 250 transactions each onto the same three days and the same accounts.
+// Four processes post 250 transactions each onto the same three days and the same accounts:
+// every row whole and once, and the accounts agree with the rows.
 TEST_F(LedgerTest, FourProcessesPostingAtOnceLoseNothing) {
   constexpr int kProcesses = 4;
   constexpr int kEach = 250;
@@ -354,8 +313,6 @@ TEST_F(LedgerTest, FourProcessesPostingAtOnceLoseNothing) {
         std::vector<std::string>{home_.SharedFolder(), "P" + std::to_string(p), std::to_string(kEach)}));
   for (auto& child : children) EXPECT_EQ(child->Wait(), 0);
 
-  std::map<std::string, long long> totals;
-  std::map<std::string, std::map<int, long long>> buckets;
   std::set<std::string> seen;
   long nRows = 0;
   for (const char* date : {"2024-01-31", "2024-02-01", "2024-02-29"}) {
@@ -378,20 +335,11 @@ TEST_F(LedgerTest, FourProcessesPostingAtOnceLoseNothing) {
       long long expected = line.amount > 0 ? i + 1 : -(i + 1);
       EXPECT_EQ(line.amount, expected);
       EXPECT_TRUE(seen.insert(line.reference + "/" + line.account).second) << "row twice: " << reader.GetLine();
-      totals[line.account] += line.amount;
-      LDate day;
-      LDate::Parse(date, day);
-      buckets[line.account][day.MonthIndex()] += line.amount;
     }
     EXPECT_EQ(nLineEnds, static_cast<std::size_t>(std::count(text.begin(), text.end(), '\n')));
   }
   EXPECT_EQ(nRows, 2L * kProcesses * kEach);
-  for (const auto& [number, total] : totals) {
-    auto account = Open(number.c_str());
-    EXPECT_EQ(account->GetTotalBalance(), total) << number;
-    for (const auto& [monthIndex, amount] : buckets[number])
-      EXPECT_EQ(account->GetInt64(LAccountBucketField(monthIndex), 0), amount) << number << " " << monthIndex;
-  }
+  // The check recomputes every "TotalBalance" and month bucket from the rows: no difference.
   LCheckReport report = Check();
   EXPECT_TRUE(report.differences.empty());
   EXPECT_TRUE(report.problems.empty());

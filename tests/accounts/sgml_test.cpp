@@ -8,14 +8,9 @@
 #include <string>
 #include <vector>
 
-namespace {
+#include "tests/accounts/ofxtestsupport.h"
 
-constexpr const char* kUnterminatedEntity =
-    "Les chaînes commençant par une esperluette (&) doivent se terminer par un point-virgule (;). "
-    "Remplacez '&' par '&amp;' ou ajoutez ';' à la fin de la chaîne de contrôle.";
-constexpr const char* kUnknownEntity =
-    "Caractère esperluette d'échappement non valide. Assurez-vous d'utiliser la forme &amp; au lieu "
-    "de tout caractère & !";
+namespace {
 
 // A document loaded into its root, with the loader's first error.
 struct Loaded {
@@ -43,19 +38,6 @@ std::string Shape(const LSGMLElement& element) {
   return shape;
 }
 
-std::string ReadTag(const std::string& text, char& ending, std::string* error = nullptr) {
-  std::string ignored;
-  LSGMLLoader loader(text, error != nullptr ? *error : ignored);
-  std::string out;
-  ending = SGMLLoadTag(loader, out);
-  return out;
-}
-
-char Entity(const std::string& afterAmpersand, std::string& error) {
-  LSGMLLoader loader(afterAmpersand, error);
-  return SGMLAmpChar(loader);
-}
-
 TEST(SGMLLoader, EveryLineEndIsOneLfAndMovesTheLineCount) {
   std::string error;
   std::string text = std::string("a\r\nb\n\rc\rd\ne") + '\0' + "hidden";
@@ -73,108 +55,85 @@ TEST(SGMLLoader, EveryLineEndIsOneLfAndMovesTheLineCount) {
   EXPECT_EQ(loader.GetChar(), 0);
 }
 
+// A name ends at a blank, "/", "=" or ">" outside quotes, or at the end of the text (ending 0);
+// a quote of the other kind is stored; entities are decoded; at most 259 bytes are kept.
 TEST(SGMLLoadTag, NamesEndAtTheirDelimitersOutsideQuotes) {
-  char ending = 'x';
-  EXPECT_EQ(ReadTag("OFX>", ending), "OFX");
-  EXPECT_EQ(ending, '>');
-  for (char delimiter : {' ', '\t', '\n', '/', '=', '>'}) {
-    EXPECT_EQ(ReadTag(std::string("NAME") + delimiter + "rest", ending), "NAME");
-    EXPECT_EQ(ending, delimiter);
-  }
-  EXPECT_EQ(ReadTag("\"a b/=>\"'c>'>", ending), "a b/=>c>");
-  EXPECT_EQ(ending, '>');
-  EXPECT_EQ(ReadTag("\"it's\">", ending), "it's");  // a quote of the other kind is stored
-  EXPECT_EQ(ReadTag("'say \"hi\"'>", ending), "say \"hi\"");
-  EXPECT_EQ(ReadTag("TRUNC", ending), "TRUNC");  // the end of the text ends it
-  EXPECT_EQ(ending, 0);
-  EXPECT_EQ(ReadTag("\"open quote never closed>", ending), "open quote never closed>");
-  EXPECT_EQ(ending, 0);
-  EXPECT_EQ(ReadTag("a&amp;b&lt;c>", ending), "a&b<c");
-}
-
-TEST(SGMLLoadTag, KeepsAtMost259Bytes) {
-  char ending = 0;
-  std::string name = ReadTag(std::string(1000, 'N') + ">", ending);
-  EXPECT_EQ(name, std::string(259, 'N'));
-  EXPECT_EQ(ending, '>');
-}
-
-TEST(SGMLAmpChar, DecodesNamedAndNumericEntities) {
-  std::string error;
-  EXPECT_EQ(Entity("amp;", error), '&');
-  EXPECT_EQ(Entity("gt;", error), '>');
-  EXPECT_EQ(Entity("lt;", error), '<');
-  EXPECT_EQ(Entity("quot;", error), '"');
-  EXPECT_EQ(Entity("apos;", error), '\'');
-  EXPECT_EQ(Entity("#x41;", error), 'A');
-  EXPECT_EQ(Entity("#x6a;", error), 'j');
-  EXPECT_EQ(Entity("#x6A;", error), 'j');
-  EXPECT_EQ(Entity("#x4-1;", error), 'A');                     // other characters are skipped
-  EXPECT_EQ(Entity("#65;", error), 'A');
-  EXPECT_EQ(Entity("#321;", error), 'A');                      // 321 cut to one byte is 65
-  EXPECT_EQ(Entity("#x141;", error), 'A');
-  EXPECT_EQ(Entity("#99999999999999999999;", error), static_cast<char>(0xFF));  // 10^20 - 1 mod 256
-  EXPECT_EQ(error, "");
-}
-
-TEST(SGMLAmpChar, UnknownNamesGiveTheAmpersandAndAnError) {
-  std::string error;
-  EXPECT_EQ(Entity("foo;", error), '&');
-  EXPECT_EQ(error, kUnknownEntity);
-  std::string caseMatters;
-  EXPECT_EQ(Entity("AMP;", caseMatters), '&');
-  EXPECT_EQ(caseMatters, kUnknownEntity);
-}
-
-TEST(SGMLAmpChar, EntitiesNotEndedBySemicolonGiveNul) {
-  for (std::string text : std::vector<std::string>{"amp", "amp tail;", "am\tp;", "am\np;", "am\rp;", std::string(24, 'a') + ";"}) {
+  struct Row {
+    std::string text;
+    std::string name;
+    char ending;
+  } rows[] = {{"OFX>", "OFX", '>'},
+              {"NAME rest", "NAME", ' '},
+              {"NAME\trest", "NAME", '\t'},
+              {"NAME\nrest", "NAME", '\n'},
+              {"NAME/rest", "NAME", '/'},
+              {"NAME=rest", "NAME", '='},
+              {"\"a b/=>\"'c>'>", "a b/=>c>", '>'},
+              {"\"it's\">", "it's", '>'},
+              {"'say \"hi\"'>", "say \"hi\"", '>'},
+              {"TRUNC", "TRUNC", 0},
+              {"\"open quote never closed>", "open quote never closed>", 0},
+              {"a&amp;b&lt;c>", "a&b<c", '>'},
+              {std::string(1000, 'N') + ">", std::string(259, 'N'), '>'}};
+  for (const Row& row : rows) {
     std::string error;
-    EXPECT_EQ(Entity(text, error), 0) << text;
-    EXPECT_EQ(error, kUnterminatedEntity) << text;
+    LSGMLLoader loader(row.text, error);
+    std::string name;
+    EXPECT_EQ(SGMLLoadTag(loader, name), row.ending) << row.text;
+    EXPECT_EQ(name, row.name);
   }
-  std::string error;
-  EXPECT_EQ(Entity(std::string(23, 'a') + ";", error), '&');  // 23 characters are still a name
-  EXPECT_EQ(error, kUnknownEntity);
 }
 
-TEST(SGMLLoader, OnlyTheFirstErrorIsKept) {
-  Loaded loaded("<A>&foo; & x &bar;\n");
-  EXPECT_EQ(loaded.error, kUnknownEntity);
+// Named and numeric entities (other characters in a number skipped, the value cut to a byte);
+// unknown names (case matters) give "&" and one error; names not ended by ";" within 23
+// characters give NUL and the other error.
+TEST(SGMLAmpChar, EntitiesAndTheirTwoErrors) {
+  struct Row {
+    std::string text;
+    char decoded;
+    const char* error;
+  } rows[] = {{"amp;", '&', ""},           {"gt;", '>', ""},           {"lt;", '<', ""},
+              {"quot;", '"', ""},          {"apos;", '\'', ""},        {"#x41;", 'A', ""},
+              {"#x6a;", 'j', ""},          {"#x6A;", 'j', ""},         {"#x4-1;", 'A', ""},
+              {"#65;", 'A', ""},           {"#321;", 'A', ""},         {"#x141;", 'A', ""},
+              {"#99999999999999999999;", static_cast<char>(0xFF), ""},  // 10^20 - 1 mod 256
+              {"foo;", '&', kUnknownEntity},                           {"AMP;", '&', kUnknownEntity},
+              {std::string(23, 'a') + ";", '&', kUnknownEntity},       {"amp", 0, kUnterminatedEntity},
+              {"amp tail;", 0, kUnterminatedEntity},                   {"am\tp;", 0, kUnterminatedEntity},
+              {"am\np;", 0, kUnterminatedEntity},                      {"am\rp;", 0, kUnterminatedEntity},
+              {std::string(24, 'a') + ";", 0, kUnterminatedEntity}};
+  for (const Row& row : rows) {
+    std::string error;
+    LSGMLLoader loader(row.text, error);
+    EXPECT_EQ(SGMLAmpChar(loader), row.decoded) << row.text;
+    EXPECT_EQ(error, row.error) << row.text;
+  }
+  Loaded twoErrors("<A>&foo; & x &bar;\n");
+  EXPECT_EQ(twoErrors.error, kUnknownEntity);  // only the first error is kept
   std::string preset = "earlier";
   LSGMLLoader loader("&foo;", preset);
   SGMLAmpChar(loader);
   EXPECT_EQ(preset, "earlier");
 }
 
-TEST(SGMLElement, LeavesEndAtTheirLineEndOrAtTheNextTag) {
-  Loaded loaded(
-      "<STMTTRN>\n"
-      "\t<TRNTYPE>DEBIT\r\n"
-      "    <TRNAMT>-12.50<FITID>42\n"
-      "<NAME>first line\n"
-      "second line is skipped\n"
-      "<MEMO>a\tb &amp; c\n"
-      "</STMTTRN>\n");
-  EXPECT_EQ(loaded.error, "");
-  EXPECT_EQ(Shape(loaded.root),
-            "(STMTTRN(TRNTYPE('DEBIT') TRNAMT('-12.50') FITID('42') NAME('first line') MEMO('ab & c')))");
-}
-
-TEST(SGMLElement, AnyEndTagClosesTheElementBeingLoaded) {
-  // </BANKTRANLIST> closes STMTTRN: the end tag's name plays no part.
-  Loaded loaded("<BANKTRANLIST><STMTTRN><TRNAMT>1\n</BANKTRANLIST><STMTTRN><TRNAMT>2\n</X></BANKTRANLIST>");
-  EXPECT_EQ(Shape(loaded.root), "(BANKTRANLIST(STMTTRN(TRNAMT('1')) STMTTRN(TRNAMT('2'))))");
-  // So a leaf's own end tag closes its parent, after the text has closed the leaf.
-  Loaded closedLeaves("<STATUS><CODE>0</CODE><SEVERITY>INFO</SEVERITY></STATUS>");
-  EXPECT_EQ(Shape(closedLeaves.root), "(STATUS(CODE('0')) SEVERITY('INFO'))");
-  // A tag without a name ends the element too.
-  Loaded nameless("<A><B>x\n<>y");
-  EXPECT_EQ(Shape(nameless.root), "(A(B('x')) 'y')");
-}
-
-TEST(SGMLElement, BlanksBeforeATagOnTheSameLineAreTextThatClosesTheElement) {
-  Loaded loaded("<OFX> <BANK>");
-  EXPECT_EQ(Shape(loaded.root), "(OFX(' ') BANK)");
+// Leaves end at their line end or at the next tag (the rest of their lines skipped); any end tag,
+// whatever its name, closes the element being loaded, so a leaf's own end tag closes its parent;
+// a nameless tag ends the element too; blanks before a tag on the same line are text.
+TEST(SGMLElement, ContentRulesCloseLeavesWithoutEndTags) {
+  for (auto [source, shape] :
+       {std::pair<std::string, std::string>{
+            "<STMTTRN>\n\t<TRNTYPE>DEBIT\r\n    <TRNAMT>-12.50<FITID>42\n<NAME>first line\nsecond line is skipped\n"
+            "<MEMO>a\tb &amp; c\n</STMTTRN>\n",
+            "(STMTTRN(TRNTYPE('DEBIT') TRNAMT('-12.50') FITID('42') NAME('first line') MEMO('ab & c')))"},
+        {"<BANKTRANLIST><STMTTRN><TRNAMT>1\n</BANKTRANLIST><STMTTRN><TRNAMT>2\n</X></BANKTRANLIST>",
+         "(BANKTRANLIST(STMTTRN(TRNAMT('1')) STMTTRN(TRNAMT('2'))))"},
+        {"<STATUS><CODE>0</CODE><SEVERITY>INFO</SEVERITY></STATUS>", "(STATUS(CODE('0')) SEVERITY('INFO'))"},
+        {"<A><B>x\n<>y", "(A(B('x')) 'y')"},
+        {"<OFX> <BANK>", "(OFX(' ') BANK)"}}) {
+    Loaded loaded(source);
+    EXPECT_EQ(loaded.error, "");
+    EXPECT_EQ(Shape(loaded.root), shape);
+  }
 }
 
 TEST(SGMLElement, AttributesSelfClosingAndDeclarations) {
@@ -195,29 +154,23 @@ TEST(SGMLElement, AttributesSelfClosingAndDeclarations) {
   EXPECT_STREQ(a->GetAttributes().GetString("checked", "-"), "yes");
 }
 
-TEST(SGMLElement, TagsCutByTheEndOfTheTextReportAMissingBracket) {
+TEST(SGMLElement, TruncatedDocumentsKeepWhatWasReadAndReportWhatIsMissing) {
   Loaded loaded("<OFX><BANKMSGSRSV1 version=\"1");
   EXPECT_EQ(loaded.error, "La balise <BANKMSGSRSV1> n'a pas de '>' fermant");
   EXPECT_EQ(Shape(loaded.root), "(OFX(BANKMSGSRSV1))");
-  Loaded bare("<OFX><STMTRS");
-  EXPECT_EQ(bare.error, "La balise <STMTRS> n'a pas de '>' fermant");
-  Loaded longName("<" + std::string(400, 'N'));
-  EXPECT_EQ(longName.error.size(), 259u);  // the message is cut like every error text
-}
-
-TEST(SGMLElement, TruncatedDocumentsKeepWhatWasRead) {
+  EXPECT_EQ(Loaded("<OFX><STMTRS").error, "La balise <STMTRS> n'a pas de '>' fermant");
+  EXPECT_EQ(Loaded("<" + std::string(400, 'N')).error.size(), 259u);  // the message is cut like every error text
   const std::string full = "<OFX><A><B>text &amp; more\n<C>1\n</A></OFX>";
   for (std::size_t length = 0; length <= full.size(); ++length) {
-    Loaded loaded(full.substr(0, length));  // must not crash, whatever the cut
+    Loaded cut(full.substr(0, length));  // must not crash, whatever the cut
     if (length >= 4) {
-      EXPECT_NE(loaded.root.GetElement("OFX"), nullptr) << length;
+      EXPECT_NE(cut.root.GetElement("OFX"), nullptr) << length;
     }
   }
   Loaded entityAtEnd("<OFX><NAME>A &amp");
   EXPECT_EQ(entityAtEnd.error, kUnterminatedEntity);
   EXPECT_EQ(Shape(entityAtEnd.root), "(OFX(NAME('A ')))");  // the failed entity stored a NUL
-  Loaded ampersandLast("<OFX><NAME>A&");
-  EXPECT_EQ(ampersandLast.error, kUnterminatedEntity);
+  EXPECT_EQ(Loaded("<OFX><NAME>A&").error, kUnterminatedEntity);
 }
 
 TEST(SGMLElement, NestingIsBoundedSoDeepInputCannotExhaustTheStack) {
@@ -226,17 +179,10 @@ TEST(SGMLElement, NestingIsBoundedSoDeepInputCannotExhaustTheStack) {
   Loaded loaded(deep);
   EXPECT_EQ(loaded.error, "La balise <A> est imbriquée trop profondément.");
   int depth = 0;
-  const LSGMLElement* element = &loaded.root;
-  while (element->GetFirstChild() != nullptr) {
-    element = element->GetFirstChild();
+  for (const LSGMLElement* element = &loaded.root; element->GetFirstChild() != nullptr; element = element->GetFirstChild())
     ++depth;
-  }
   EXPECT_EQ(depth, kMaxSGMLDepth + 1);  // the elements below the bound became siblings
-
-  std::string nested;
-  for (int i = 0; i < kMaxSGMLDepth; ++i) nested += "<A>";
-  Loaded atTheBound(nested + "x");
-  EXPECT_EQ(atTheBound.error, "");
+  EXPECT_EQ(Loaded(deep.substr(0, 3 * kMaxSGMLDepth) + "x").error, "");
 }
 
 TEST(SGMLElement, LongSiblingListsAreReleasedWithoutRecursion) {
@@ -258,17 +204,13 @@ TEST(SGMLElement, GetElementGetStringAndGetFloat) {
   const LSGMLElement* r = loaded.root.GetElement("R");
   ASSERT_NE(r, nullptr);
   EXPECT_EQ(r->GetElement("r"), nullptr);  // names are compared exactly
-  std::string out = "stale";
-  r->GetString("MISSING", "default", out);
-  EXPECT_EQ(out, "default");
-  r->GetString("EMPTY", "default", out);
-  EXPECT_EQ(out, "");
-  r->GetString("NESTED", "default", out);
-  EXPECT_EQ(out, "");  // the first node is an element
-  r->GetString("AMT", "", out);
-  EXPECT_EQ(out, " -12.5e1xyz");  // the first AMT
-  r->GetString("LONG", "", out);
-  EXPECT_EQ(out, std::string(259, 'L'));
+  // Missing: the default; empty or holding an element first: ""; the first AMT; cut at 259.
+  for (auto [name, expected] : {std::pair<const char*, std::string>{"MISSING", "default"}, {"EMPTY", ""}, {"NESTED", ""},
+                                {"AMT", " -12.5e1xyz"}, {"LONG", std::string(259, 'L')}}) {
+    std::string out = "stale";
+    r->GetString(name, "default", out);
+    EXPECT_EQ(out, expected) << name;
+  }
   EXPECT_DOUBLE_EQ(r->GetFloat("AMT", 3), -125);
   EXPECT_DOUBLE_EQ(r->GetFloat("MISSING", 3), 3);
   EXPECT_DOUBLE_EQ(r->GetFloat("EMPTY", 3), 3);
@@ -277,18 +219,12 @@ TEST(SGMLElement, GetElementGetStringAndGetFloat) {
   Loaded text("just text");
   ASSERT_NE(text.root.GetElement(""), nullptr);
   EXPECT_EQ(text.root.GetElement("")->GetText(), "just text");
-}
-
-TEST(SGMLElement, LoadDataClearsEarlierChildren) {
+  // Loading again clears the earlier children.
   std::string error;
-  std::string first = "<A>1\n<B>2\n";
   std::string second = "<C>3\n";
-  LSGMLElement root;
-  LSGMLLoader loaderOne(first, error);
-  root.LoadData(loaderOne);
-  LSGMLLoader loaderTwo(second, error);
-  root.LoadData(loaderTwo);
-  EXPECT_EQ(Shape(root), "(C('3'))");
+  LSGMLLoader again(second, error);
+  text.root.LoadData(again);
+  EXPECT_EQ(Shape(text.root), "(C('3'))");
 }
 
 }  // namespace

@@ -1,6 +1,9 @@
 // Customer balances and the oldest due date, and the derived values of an invoice that they
-// rest on (status, due date, draft flag, amount paid).
+// rest on (status, due date, draft flag, amount paid, tax total).
 #include <gtest/gtest.h>
+
+#include <memory>
+#include <tuple>
 
 #include "invoice/shared/customer.h"
 #include "invoice/sales/salesbook.h"
@@ -13,20 +16,16 @@ namespace {
 
 class CustomerBalance : public LSalesTestBusiness {
  protected:
-  long long Balance(const std::string& key) {
-    LCustomer customer;
-    EXPECT_TRUE(Profile().MainList(kCustomersList).Open(customer, key));
-    return customer.GetBalance();
+  std::unique_ptr<LCustomer> Customer(const std::string& key) {
+    auto customer = std::make_unique<LCustomer>();
+    EXPECT_TRUE(Profile().MainList(kCustomersList).Open(*customer, key));
+    return customer;
   }
-  std::string OldestDue(const std::string& key) {
-    LCustomer customer;
-    EXPECT_TRUE(Profile().MainList(kCustomersList).Open(customer, key));
-    return customer.GetOldestDue();
-  }
-  void SetBalance(const std::string& key, long long balance) {
+  void SetCustomer(const std::string& key, long long balance, const std::string& oldestDue = "") {
     LCustomer customer;
     Profile().MainList(kCustomersList).OpenAlways(customer, key);
     customer.SetInt64("Balance", balance);
+    if (!oldestDue.empty()) customer.SetString("OldestDue", oldestDue);
   }
   // A recorded invoice due on its date (terms "at once").
   void AddDueInvoice(const std::string& key, const std::string& customer, const std::string& date, long long total) {
@@ -37,60 +36,47 @@ class CustomerBalance : public LSalesTestBusiness {
     invoice.SetInt("PaymentTerms", 1);
     invoice.SetInt64("Total", total);
   }
-  LProcessResult Retotal(std::vector<std::string> keys = {}) {
+  // Recomputes the oldest due dates (of keys, or of every customer) and returns the first's.
+  std::string Retotal(const std::string& key, std::vector<std::string> keys = {}) {
     LCoreDataRetotalCustomerData data{&Profile(), std::move(keys)};
     LProcessInterfaceRecorder process;
-    LProcessResult result = Process(process, data);
+    EXPECT_EQ(Process(process, data), kProcessFinished);
     EXPECT_EQ(process.GetStatus(0), "Nouveau total client");
     EXPECT_EQ(process.GetStatus(1), "Veuillez patienter...");
-    return result;
+    return Customer(key)->GetOldestDue();
   }
-  static std::string DueText(const std::string& date) {
-    LInvoice invoice;
-    invoice.SetString("Date", date);
-    invoice.SetInt("PaymentTerms", 1);
-    return LDateTimeText(LInvoiceCalculateDueDate(invoice));
-  }
+  static std::string DueText(const std::string& date) { return date + " 01:00:00"; }
 };
 
 TEST_F(CustomerBalance, ChangeAddsToTheStoredBalanceAndIgnoresUnknownKeys) {
   AddCustomer("C1");
   LCustomerChangeBalance(Profile(), "C1", 1500);
   LCustomerChangeBalance(Profile(), "C1", -200);
-  EXPECT_EQ(Balance("C1"), 1300);
+  EXPECT_EQ(Customer("C1")->GetBalance(), 1300);
   LCustomerChangeBalance(Profile(), "Nobody", 100);
   EXPECT_FALSE(Profile().MainList(kCustomersList).TestRecordExists("Nobody"));
 }
 
+// Walking the invoices oldest first, the oldest due is the first after which the rest no
+// longer covers the balance. Over 100/200/300 (S = 600): balance 350 stops at April (after
+// March 500, after April 300 < 350); 600 at March (after March 500 < 600).
 TEST_F(CustomerBalance, OldestDueIsTheFirstInvoiceTheBalanceStillCovers) {
   AddCustomer("C1");
   AddDueInvoice("1", "C1", "2024-03-01", 100);
   AddDueInvoice("2", "C1", "2024-04-01", 200);
   AddDueInvoice("3", "C1", "2024-05-01", 300);
-  // S = 600; after March 500, after April 300 < 350.
-  SetBalance("C1", 350);
-  EXPECT_EQ(Retotal(), kProcessFinished);
-  EXPECT_EQ(OldestDue("C1"), DueText("2024-04-01"));
-  // After March S = 500 < 600.
-  SetBalance("C1", 600);
-  EXPECT_EQ(Retotal({"C1"}), kProcessFinished);
-  EXPECT_EQ(OldestDue("C1"), DueText("2024-03-01"));
-  EXPECT_EQ(OldestDue("C1").substr(0, 10), "2024-03-01");
+  SetCustomer("C1", 350);
+  EXPECT_EQ(Retotal("C1"), DueText("2024-04-01"));
+  SetCustomer("C1", 600);
+  EXPECT_EQ(Retotal("C1", {"C1"}), DueText("2024-03-01"));
 }
 
 TEST_F(CustomerBalance, NoBalanceOrCreditOrTooLittleInvoicedClearsOldestDue) {
   AddCustomer("C1");
   AddDueInvoice("1", "C1", "2024-03-01", 100);
   for (long long balance : {0LL, -50LL, 101LL}) {
-    SCOPED_TRACE(balance);
-    {
-      LCustomer customer;
-      Profile().MainList(kCustomersList).OpenAlways(customer, "C1");
-      customer.SetString("OldestDue", "2000-01-01 01:00:00");
-      customer.SetInt64("Balance", balance);
-    }
-    EXPECT_EQ(Retotal(), kProcessFinished);
-    EXPECT_EQ(OldestDue("C1"), "");
+    SetCustomer("C1", balance, "2000-01-01 01:00:00");
+    EXPECT_EQ(Retotal("C1"), "") << balance;
   }
 }
 
@@ -99,9 +85,8 @@ TEST_F(CustomerBalance, KeysDifferingOnlyInCaseCollectInvoicesAndZeroTotalsAreSk
   AddDueInvoice("1", "DUPONT", "2024-01-15", 0);  // total 0: not noted
   AddDueInvoice("2", "dupont", "2024-02-01", 100);
   AddDueInvoice("3", "Other", "2024-01-01", 100);
-  SetBalance("Dupont", 100);
-  EXPECT_EQ(Retotal(), kProcessFinished);
-  EXPECT_EQ(OldestDue("Dupont"), DueText("2024-02-01"));
+  SetCustomer("Dupont", 100);
+  EXPECT_EQ(Retotal("Dupont"), DueText("2024-02-01"));
 }
 
 // Stops at its first question.
@@ -113,16 +98,11 @@ class StopAtOnce : public LProcessInterfaceVoid {
 TEST_F(CustomerBalance, CancellationLeavesOldestDueUnchanged) {
   AddCustomer("C1");
   AddDueInvoice("1", "C1", "2024-03-01", 100);
-  {
-    LCustomer customer;
-    Profile().MainList(kCustomersList).OpenAlways(customer, "C1");
-    customer.SetString("OldestDue", "1999-12-31 01:00:00");
-    customer.SetInt64("Balance", 100);
-  }
+  SetCustomer("C1", 100, "1999-12-31 01:00:00");
   LCoreDataRetotalCustomerData data{&Profile(), {}};
   StopAtOnce stop;
   EXPECT_EQ(Process(stop, data), kProcessCancelled);
-  EXPECT_EQ(OldestDue("C1"), "1999-12-31 01:00:00");
+  EXPECT_EQ(Customer("C1")->GetOldestDue(), "1999-12-31 01:00:00");
 }
 
 // ---- The totaller and the balance ---------------------------------------------------------
@@ -135,64 +115,55 @@ TEST_F(CustomerBalance, RecordedInvoiceMovesTheBalanceByTheChangeOfItsTotalOnly)
   AddLine(invoice, 10000, -1, 1, 0, "2", "");
   invoice.Flush();
   EXPECT_TRUE(LInvoiceSumTotals(Profile(), invoice).TotalChanged());
-  EXPECT_EQ(Balance("C1"), 11000);
-
+  EXPECT_EQ(Customer("C1")->GetBalance(), 11000);
   // Unchanged: nothing is written, the balance stays.
   std::string path = Profile().MainList("Invoices").MakeRecordPath("7");
-  std::string before;
-  ASSERT_TRUE(LFile::ReadAll(path, before));
+  std::string before = LReadFile(path);
   LInvoice again;
   ASSERT_TRUE(Profile().MainList("Invoices").Open(again, "7"));
   EXPECT_FALSE(LInvoiceSumTotals(Profile(), again).TotalChanged());
   EXPECT_FALSE(again.IsDirty());
   again.Invalidate();
-  std::string after;
-  ASSERT_TRUE(LFile::ReadAll(path, after));
-  EXPECT_EQ(before, after);
-  EXPECT_EQ(Balance("C1"), 11000);
-
+  EXPECT_EQ(LReadFile(path), before);
+  EXPECT_EQ(Customer("C1")->GetBalance(), 11000);
   // A second line: the balance moves by the difference.
   LInvoice edited;
   ASSERT_TRUE(Profile().MainList("Invoices").Open(edited, "7"));
   AddLine(edited, 1000, -1, 1, 0, "2", "");
   LInvoiceSumTotals(Profile(), edited);
-  EXPECT_EQ(Balance("C1"), 12100);
+  EXPECT_EQ(Customer("C1")->GetBalance(), 12100);
 }
 
 TEST_F(CustomerBalance, DraftsAndOtherKindsLeaveTheBalanceAlone) {
   AddCustomer("C1");
   LInvoice draft;
   Profile().MainList("InvoicesDrafts").OpenAlways(draft, "DFT1");
-  draft.SetString("Customer", "C1");
-  AddLine(draft, 5000, -1, 1, 0, "2", "");
-  LInvoiceSumTotals(Profile(), draft);
   LOrder order;
   Profile().MainList("Orders").OpenAlways(order, "1");
-  order.SetString("Customer", "C1");
-  AddLine(order, 5000, -1, 1, 0, "2", "");
+  for (LSalesDocument* document : std::initializer_list<LSalesDocument*>{&draft, &order}) {
+    document->SetString("Customer", "C1");
+    AddLine(*document, 5000, -1, 1, 0, "2", "");
+  }
+  LInvoiceSumTotals(Profile(), draft);
   LOrderSumTotals(Profile(), order);
-  EXPECT_EQ(draft.GetTotal(), 5500);
-  EXPECT_EQ(order.GetTotal(), 5500);
-  EXPECT_EQ(Balance("C1"), 0);
+  EXPECT_EQ(draft.GetTotal() + order.GetTotal(), 11000);
+  EXPECT_EQ(Customer("C1")->GetBalance(), 0);
 }
 
 // ---- Derived values -------------------------------------------------------------------------
 
-TEST(InvoiceStatus, ZeroTotalIsNothingDueEvenWhenPaid) {
+// Total 0 is "nothing due" even when paid; a refund (negative paid) leaves it partly paid;
+// paying more than the total is paid.
+TEST(InvoiceStatus, StatusFromTotalAndAmountPaid) {
   LInvoice invoice;
   invoice.SetPrimaryKey("1");
-  invoice.SetInt64("AmountPaid", 500);
-  EXPECT_EQ(LInvoiceGetStatus(invoice), kInvoiceNothingDue);
-  invoice.SetInt64("Total", 1000);
-  EXPECT_EQ(LInvoiceGetStatus(invoice), kInvoicePartlyPaid);
-  invoice.SetInt64("AmountPaid", 1000);
-  EXPECT_EQ(LInvoiceGetStatus(invoice), kInvoicePaid);
-  invoice.SetInt64("AmountPaid", 1200);
-  EXPECT_EQ(LInvoiceGetStatus(invoice), kInvoicePaid);
-  invoice.SetInt64("AmountPaid", 0);
-  EXPECT_EQ(LInvoiceGetStatus(invoice), kInvoiceUnpaid);
-  invoice.SetInt64("AmountPaid", -300);  // a refund: below the total
-  EXPECT_EQ(LInvoiceGetStatus(invoice), kInvoicePartlyPaid);
+  for (auto [total, paid, status] : {std::tuple{0, 500, kInvoiceNothingDue}, {1000, 500, kInvoicePartlyPaid},
+                                     {1000, 1000, kInvoicePaid}, {1000, 1200, kInvoicePaid}, {1000, 0, kInvoiceUnpaid},
+                                     {1000, -300, kInvoicePartlyPaid}}) {
+    invoice.SetInt64("Total", total);
+    invoice.SetInt64("AmountPaid", paid);
+    EXPECT_EQ(LInvoiceGetStatus(invoice), status) << total << " " << paid;
+  }
 }
 
 TEST(InvoiceStatus, DraftsAndKeylessRecordsHaveNothingPaid) {
@@ -216,7 +187,7 @@ TEST(InvoiceDueDate, TermsInDaysOrAtOnceFromOneInTheMorning) {
   EXPECT_EQ(LDateTimeText(LInvoiceCalculateDueDate(invoice)), "2024-03-01 01:00:00");
   invoice.SetInt("PaymentTerms", 1);
   EXPECT_EQ(LDateTimeText(LInvoiceCalculateDueDate(invoice)), "2024-02-20 01:00:00");
-  invoice.SetString("Date", "");
+  invoice.SetString("Date", "");  // no date: now
   time_t before = ::time(nullptr);
   time_t due = LInvoiceCalculateDueDate(invoice);
   EXPECT_GE(due, before);

@@ -1,3 +1,5 @@
+// The business profile: the first opening's options and document texts, what reopening keeps,
+// switching business, the default-account slots and the printed date form.
 #include "invoice/shared/profile.h"
 
 #include <gtest/gtest.h>
@@ -9,10 +11,7 @@
 
 namespace {
 
-class ProfileTest : public LHomeTest {
- protected:
-  std::string MiscFile(const std::string& name) { return LReadFile(home_.SharedFolder() + "/Misc/" + name + ".dat"); }
-};
+class ProfileTest : public LHomeTest {};
 
 TEST_F(ProfileTest, FirstOpenInitialisesOptionsAndDocumentTexts) {
   ::setenv("LANG", "fr_FR.UTF-8", 1);
@@ -23,36 +22,26 @@ TEST_F(ProfileTest, FirstOpenInitialisesOptionsAndDocumentTexts) {
   LOptions options;
   options.OpenFrom(profile);
   EXPECT_TRUE(options.GetBool("Init", false));
-  EXPECT_EQ(options.GetString("CountryCode"), "FR");
-  EXPECT_EQ(options.GetString("CurrencyType"), "EUR");
-  EXPECT_EQ(options.GetString("CurrencySymbol"), "€");
-  EXPECT_EQ(options.GetString("DecimalSymbol"), ",");
+  EXPECT_EQ(options.GetString("CountryCode") + options.GetString("CurrencyType") + options.GetString("CurrencySymbol") +
+                options.GetString("DecimalSymbol") + profile.GetCurrencyFormat().decimal,
+            "FREUR€,,");
   EXPECT_EQ(options.GetInt("MeasurementUnits", 1), 0);
-  EXPECT_EQ(profile.GetCurrencyFormat().decimal, ",");
 
   // The texts come first in the file, the regional invoice options after them.
-  EXPECT_EQ(MiscFile("Invoice").rfind(
+  EXPECT_EQ(LReadFile(home_.SharedFolder() + "/Misc/Invoice.dat").rfind(
                 "NotesText=Veuillez%20nous%20contacter%20pour%20plus%20d%27informations%20sur%20les%20options%20de%20"
                 "paiement.&FooterText=Nous%20vous%20remercions%20de%20votre%20confiance.&",
                 0),
             0u);
-  LFileStoreListBase misc = profile.List("Misc");
-  struct Expected {
-    const char* record;
-    const char* notes;
-  } expected[] = {
-      {"Order", "Veuillez nous contacter pour plus d'informations sur les options de paiement."},
-      {"Quote", "Veuillez nous contacter pour plus d'informations sur les options de paiement."},
-      {"POrder", "Veuillez nous contacter pour plus d'informations sur les options de paiement."},
-      {"Receipt", "Veuillez nous contacter pour plus d'informations sur ce reçu."},
-      {"CreditNote", "Veuillez nous contacter pour plus d'informations sur cet avoir."},
-      {"PackingSlip", "Veuillez nous contacter pour plus d'informations sur ce bon."},
-      {"Bill", "Veuillez nous contacter pour toute question sur cette facture."},
-  };
-  for (const auto& row : expected) {
+  const std::string contact = "Veuillez nous contacter pour ";
+  for (auto [name, notes] : {std::pair<const char*, std::string>{"Order", "plus d'informations sur les options de paiement."},
+                             {"Quote", "plus d'informations sur les options de paiement."},
+                             {"POrder", "plus d'informations sur les options de paiement."},
+                             {"Receipt", "plus d'informations sur ce reçu."}, {"CreditNote", "plus d'informations sur cet avoir."},
+                             {"PackingSlip", "plus d'informations sur ce bon."}, {"Bill", "toute question sur cette facture."}}) {
     LRecord record;
-    ASSERT_TRUE(misc.Open(record, row.record)) << row.record;
-    EXPECT_EQ(record.GetString("NotesText"), row.notes);
+    ASSERT_TRUE(profile.List("Misc").Open(record, name)) << name;
+    EXPECT_EQ(record.GetString("NotesText"), contact + notes);
     EXPECT_EQ(record.GetString("FooterText"), "Nous vous remercions de votre confiance.");
   }
   // The main document lists exist as folders.
@@ -99,12 +88,11 @@ TEST_F(ProfileTest, DefaultAccountSlotsHoldEachAccountOnce) {
     account.SetString("Description", "Banque");
   }
   EXPECT_EQ(options.GetDefAccountNumber(profile, 1), "1110");
+  // The same account in a later slot takes it from the earlier one; slots are 1 to 9.
   options.SetDefAccountNumber(2, "1210");
   options.SetDefAccountNumber(3, "1210");
-  EXPECT_EQ(options.GetDefAccountNumber(profile, 2), "");
-  EXPECT_EQ(options.GetDefAccountNumber(profile, 3), "1210");
-  EXPECT_EQ(options.GetDefAccountNumber(profile, 0), "");
-  EXPECT_EQ(options.GetDefAccountNumber(profile, 10), "");
+  for (auto [slot, number] : {std::pair{2, ""}, {3, "1210"}, {0, ""}, {10, ""}})
+    EXPECT_EQ(options.GetDefAccountNumber(profile, slot), number) << slot;
   options.Flush();
   std::string slot3;
   LOptions::GetDefAccountNumber(profile, 3, slot3);
