@@ -181,6 +181,10 @@ class LWebDialog : public LWebPage {
   // The first showing: header, form, controls, buttons, script, footer.
   void _PrintDialog();
   void PrintSubmitButtons();
+  // The markup of a pull-down list alone, for controls laid out by a derived dialog; values
+  // empty: the texts are the values.
+  std::string SelectMarkup(int id, const std::vector<std::string>& texts, const std::vector<std::string>& values,
+                           bool enableHook, std::string_view tooltip) const;
 
  private:
   // The round trip after Authenticate.
@@ -193,8 +197,6 @@ class LWebDialog : public LWebPage {
   void NoteControl(int id);
   std::string CheckBoxMarkup(int id, std::string_view text, bool enableHook, bool disabled) const;
   std::string RadioMarkup(int id, std::string_view text, std::string_view onClick, bool disabled) const;
-  std::string SelectMarkup(int id, const std::vector<std::string>& texts, const std::vector<std::string>& values,
-                           bool enableHook, std::string_view tooltip) const;
 
   std::string routeName_;                 // route of this dialog
   std::string okText_ = "  OK  ";         // OK button text (the default button)
