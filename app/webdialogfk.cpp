@@ -8,6 +8,7 @@
 #include "invoice/shared/profile.h"
 #include "invoice/shared/salesdocument.h"
 #include "invoice/shared/taxoptions.h"
+#include "invoice/shared/taxrate.h"
 #include "llib/gen/filestore.h"
 #include "llib/gen/money.h"
 #include "llib/gen/textnum.h"
@@ -17,15 +18,6 @@
 namespace {
 
 constexpr char kLineCountParam[] = "fklines";
-
-// A quantity or a discount as the user reads it: "2.5", not "2.500000".
-std::string DecimalText(double value) {
-  std::string text = ftotl(value);
-  if (text.find('.') == std::string::npos) return text;
-  while (text.back() == '0') text.pop_back();
-  if (text.back() == '.') text.pop_back();
-  return text;
-}
 
 // The grid column a refusal of the line is about (the refusals name their field first).
 int ColumnOfError(std::string_view error) {
@@ -65,12 +57,13 @@ void LWebDialogFK::SetItemLines(const LSalesDocument& document) {
     if (digits < 0) digits = Profile().GetCurrencyDigits();
     std::string taxName = items.GetItemTaxName(i);
     double discount = items.GetItemDiscount(i);
+    // Quantities and discounts are shown as percentages are: "2.5", not "2.500000".
     SetText(GridControl(i, kFKGridCode), items.GetItemCode(i));
     SetText(GridControl(i, kFKGridDescription), items.GetItemDescription(i));
-    SetText(GridControl(i, kFKGridQuantity), DecimalText(items.GetItemQty(i)));
+    SetText(GridControl(i, kFKGridQuantity), LFKFormatPercent(items.GetItemQty(i)));
     SetText(GridControl(i, kFKGridUnitPrice), LFormatAmountPlain(items.GetItemUnitValue(i), digits));
     SetText(GridControl(i, kFKGridTax), taxName.empty() ? std::string(kTaxNameDefault) : taxName);
-    SetText(GridControl(i, kFKGridDiscount), discount == 0 ? std::string() : DecimalText(discount));
+    SetText(GridControl(i, kFKGridDiscount), discount == 0 ? std::string() : LFKFormatPercent(discount));
   }
   form_.parameters.SetString(kLineCountParam, std::to_string(count));
 }
