@@ -117,7 +117,9 @@ bool LWebDialogKV::CmOk() {
     }
   }
   LRecord record;
-  bool opened = creating ? list.OpenAlways(record, key) : list.Open(record, key);
+  bool opened = true;
+  if (creating) list.OpenAlways(record, key);  // a new record: attached, written by its first save
+  else opened = list.Open(record, key);
   if (!opened || !ReadControls(record) || !CheckValues()) {
     record.DetachWithoutSave();
     if (!opened) PopupBoxError("L'enregistrement « " + key + " » n'existe plus.");
