@@ -73,12 +73,7 @@ bool SetTaxFields(const LTaxOptions& tax, LRecord& document, const std::string& 
   return true;
 }
 
-void RemoveLines(LSalesDocument& document) {
-  LFKItemCollectionRecord items = document.Items();
-  for (int i = items.GetItemCount() - 1; i >= 0; --i) items.DeleteItem(i);
-  document.DeleteField("FixedPercentageDiscountItem");
-}
-
+// A line of the command line, "CODE|DESCRIPTION|QTY|UNIT PRICE|TAX NAME|DISCOUNT %".
 bool ApplyLine(LProfile& profile, const LTaxOptions& tax, LSalesDocument& document, int index,
                const std::string& text, std::string& error) {
   std::vector<std::string> parts = SplitBars(text);
@@ -87,34 +82,8 @@ bool ApplyLine(LProfile& profile, const LTaxOptions& tax, LSalesDocument& docume
     return false;
   }
   parts.resize(6);
-  const std::string& code = parts[0];
-  LItem item;
-  bool known = !code.empty() && profile.MainList(kItemsList).Open(item, code);
-  auto field = [index](std::string_view suffix) { return LFKItemCollectionRecord::ItemField(index, suffix); };
-
-  double qty = 1;
-  if (!parts[2].empty() && !ParseDecimal(parts[2], qty)) {
-    error = "Quantité invalide : " + parts[2] + ".";
-    return false;
-  }
-  long long unitValue = known ? item.GetPrice() : 0;
-  int digits = -1;
-  if (!parts[3].empty() && !ParseUnitPrice(parts[3], profile.GetCurrencyDigits(), unitValue, digits)) {
-    error = "Prix invalide : " + parts[3] + ".";
-    return false;
-  }
-  double discount = 0;
-  if (!parts[5].empty() && !ParseDecimal(parts[5], discount)) {
-    error = "Remise invalide : " + parts[5] + ".";
-    return false;
-  }
-  document.SetString(field("Code"), code);
-  document.SetString(field("Description"), parts[1].empty() && known ? item.GetDescription() : parts[1]);
-  document.SetString(field("Qty"), ftotl(qty));
-  document.SetInt64(field("UnitValue"), unitValue);
-  document.SetInt(field("UnitValueDigits"), digits);
-  document.SetString(field("Discount"), ftotl(discount));
-  return SetTaxFields(tax, document, "Item" + std::to_string(index + 1), parts[4], error);
+  LDocumentLineInput line{parts[0], parts[1], parts[2], parts[3], parts[4], parts[5]};
+  return LApplyDocumentLine(profile, tax, document, index, line, error);
 }
 
 // A JSON value as the text a record stores.
@@ -150,7 +119,7 @@ bool ApplyJsonFile(const std::string& path, LSalesDocument& document, std::strin
   if (!doc.contains("Lines")) return true;
   const nlohmann::json& lines = doc["Lines"];
   if (!lines.is_array()) return error = "\"Lines\" doit être un tableau.", false;
-  RemoveLines(document);
+  LRemoveDocumentLines(document);
   int index = 0;
   for (const auto& line : lines) {
     if (!line.is_object()) return error = "Chaque ligne doit être un objet.", false;
@@ -178,6 +147,44 @@ void SetDefaults(LProfile& profile, const LSalesDocumentKind& kind, const LTaxOp
 }
 
 }  // namespace
+
+void LRemoveDocumentLines(LSalesDocument& document) {
+  LFKItemCollectionRecord items = document.Items();
+  for (int i = items.GetItemCount() - 1; i >= 0; --i) items.DeleteItem(i);
+  document.DeleteField("FixedPercentageDiscountItem");
+}
+
+bool LApplyDocumentLine(LProfile& profile, const LTaxOptions& tax, LSalesDocument& document, int index,
+                        const LDocumentLineInput& line, std::string& error) {
+  const std::string& code = line.code;
+  LItem item;
+  bool known = !code.empty() && profile.MainList(kItemsList).Open(item, code);
+  auto field = [index](std::string_view suffix) { return LFKItemCollectionRecord::ItemField(index, suffix); };
+
+  double qty = 1;
+  if (!line.quantity.empty() && !ParseDecimal(line.quantity, qty)) {
+    error = "Quantité invalide : " + line.quantity + ".";
+    return false;
+  }
+  long long unitValue = known ? item.GetPrice() : 0;
+  int digits = -1;
+  if (!line.unitPrice.empty() && !ParseUnitPrice(line.unitPrice, profile.GetCurrencyDigits(), unitValue, digits)) {
+    error = "Prix invalide : " + line.unitPrice + ".";
+    return false;
+  }
+  double discount = 0;
+  if (!line.discount.empty() && !ParseDecimal(line.discount, discount)) {
+    error = "Remise invalide : " + line.discount + ".";
+    return false;
+  }
+  document.SetString(field("Code"), code);
+  document.SetString(field("Description"), line.description.empty() && known ? item.GetDescription() : line.description);
+  document.SetString(field("Qty"), ftotl(qty));
+  document.SetInt64(field("UnitValue"), unitValue);
+  document.SetInt(field("UnitValueDigits"), digits);
+  document.SetString(field("Discount"), ftotl(discount));
+  return SetTaxFields(tax, document, "Item" + std::to_string(index + 1), line.taxName, error);
+}
 
 void LDocumentInput::TakeFrom(LCliArgs& args) {
   args.TakeOption("--file", file);
@@ -235,7 +242,7 @@ bool LApplyDocumentInput(LProfile& profile, const LSalesDocumentKind& kind, cons
     document.SetInt("PaymentTermsDays", LTextToInt(input.terms));
   }
   if (!input.lines.empty()) {
-    RemoveLines(document);
+    LRemoveDocumentLines(document);
     for (std::size_t i = 0; i < input.lines.size(); ++i)
       if (!ApplyLine(profile, tax, document, static_cast<int>(i), input.lines[i], error)) return false;
     document.SetInt("ItemCount", static_cast<int>(input.lines.size()));

@@ -15,6 +15,7 @@
 
 class LCliArgs;
 class LProfile;
+class LTaxOptions;
 
 // The document options of one command, taken from its words.
 struct LDocumentInput {
@@ -34,6 +35,26 @@ struct LDocumentInput {
   // Something besides --file was given.
   bool HasFieldOptions() const;
 };
+
+// One item line as typed. Empty texts take the defaults: quantity 1, the item's price and
+// description when the code names an item (price 0 otherwise), the document's default tax, no
+// discount. The tax is named ("Valeur/défaut", "Aucun" or a tax of the business).
+struct LDocumentLineInput {
+  std::string code;
+  std::string description;
+  std::string quantity;
+  std::string unitPrice;
+  std::string taxName;
+  std::string discount;
+};
+
+// Writes the line as line index (0-based) of document, the tax's rates frozen as today's tax
+// options give them. false, with a French message in error, when a quantity, price, discount
+// or tax name cannot be read.
+bool LApplyDocumentLine(LProfile& profile, const LTaxOptions& tax, LSalesDocument& document, int index,
+                        const LDocumentLineInput& line, std::string& error);
+// Removes every item line of document (and its fixed-percentage discount line).
+void LRemoveDocumentLines(LSalesDocument& document);
 
 // The verb of a command with several forms ("new", "show", ...): its first positional word once
 // the options it may carry are set aside (options with a value, then bare flags). Empty when

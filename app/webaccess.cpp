@@ -71,6 +71,12 @@ bool WLIsAdministator(LWebletForm& form) {
   return OpenSessionAccount(form, account) && account.IsAdministrator();
 }
 
+bool WLMayChangeData(LWebletForm& form) {
+  LWebAccount account;
+  return OpenSessionAccount(form, account) &&
+         (account.IsAdministrator() || account.GetPriviligies() != kWebPrivilegeViewer);
+}
+
 std::string WLSessionUserName(LWebletForm& form) {
   LWebAccount account;
   return OpenSessionAccount(form, account) ? account.GetDisplayName() : std::string();

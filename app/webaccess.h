@@ -34,6 +34,9 @@ bool LWebFindBusiness(std::string_view companyName, LWebBusiness& found);
 bool AuthenticateEx(LWebletForm& form);
 // The "Administrator" flag of the session's user.
 bool WLIsAdministator(LWebletForm& form);
+// false for a user who may only view the data ("Priviligies" 3, "Afficheur", not an
+// administrator): pages that change records refuse it.
+bool WLMayChangeData(LWebletForm& form);
 // The "DisplayName" of the session's user ("" without session).
 std::string WLSessionUserName(LWebletForm& form);
 // The data folder of the session's business.

@@ -2,6 +2,7 @@
 
 #include <sys/stat.h>
 
+#include "app/webitems.h"
 #include "app/webmain.h"
 #include "app/weblogonpages.h"
 #include "app/webuser.h"
@@ -9,6 +10,7 @@
 #include "llib/gen/log.h"
 #include "llib/web/webletroutes.h"
 #include "llib/web/weblogon.h"
+#include "llib/web/webupload.h"
 
 namespace {
 
@@ -26,15 +28,19 @@ const LWebScript WebScriptArray[] = {
     {"userlist", WLWebPageRun<LAppWebAccountsPage>},
     {"userprop", WLWebDialogRun<LAppWebAccountDialog>},
     {"userdelete", WLUserDelete},
+    {"itemlist", WLWebPageRun<LWebItemsPage>},
+    {"itemprop", WLWebDialogRun<LWebItemDialog>},
+    {"itemdelete", WLItemDelete},
     {"chooseprofile", WLWebDialogRun<LWebSelectProfileDialog>},
 };
 
-// The routes of the logon pages, installed beside the table.
+// The routes of the logon pages and the upload progress, installed beside the table.
 const LWebScript kLogonScripts[] = {
     {"changepassword", WLWebDialogRun<LWebChangePasswordDialog>},
     {"changepasswordchanged", WLWebPageRun<LWebChangePasswordChangedPage>},
     {"lostpassword", WLWebDialogRun<LWebLostPasswordDialog>},
     {"lostpasswordsent", WLWebPageRun<LWebLostPasswordSentPage>},
+    {"uploadProgress", WLUploadProgress},
 };
 
 long long ModifiedTime(const std::string& path) {

@@ -13,6 +13,8 @@
 
 namespace {
 
+constexpr int kInfoPaneWidthPercent = 30;
+
 // The fiscal year that holds today: it ends on the company's "FiscalYearEnd" month and
 // "FiscalYearEndDay" (31 December when not set), the first such day on or after today.
 LDTPeriod CurrentFiscalYear(LProfile& profile) {
@@ -30,16 +32,16 @@ LDTPeriod CurrentFiscalYear(LProfile& profile) {
 
 }  // namespace
 
-LWebPageMain::LWebPageMain(LWebletForm& form) : LWebPageEx(form) {
-  SetTitle("Page principale");
+// ---- LWebPageMainEx ----------------------------------------------------------------------------
+
+LWebPageMainEx::LWebPageMainEx(LWebletForm& form, std::string_view currentTab, std::string_view title)
+    : LWebPageWithNavTabsEx(form, currentTab, kInfoPaneWidthPercent) {
+  SetTitle(title);
   AddNavLink("chooseprofile", "Changer de société");
   AddNavLink("logoff", "Déconnexion");
 }
 
-void LWebPageMain::Generate() {
-  std::string name = LWebCompanyName(WLSessionBusinessFolder(form_));
-  if (name.empty()) name = "Société sans nom";
-  form_.wfprintf("<h1 class=companyname>%H</h1>", name.c_str());
+void LWebPageMainEx::GenerateInfoPane() {
   // The year's figures come from the account totals; customers owe the receivables and
   // suppliers are owed the payables, the balances kept in their records.
   LProfile profile(WLSessionBusinessFolder(form_));
@@ -63,10 +65,22 @@ void LWebPageMain::Generate() {
     form_.wfprintf("<tr><td>%H</td><td class=amount>%H</td></tr>", label, money.c_str());
   }
   form_.Write("</table>");
+}
+
+// ---- LWebPageMain ------------------------------------------------------------------------------
+
+LWebPageMain::LWebPageMain(LWebletForm& form) : LWebPageMainEx(form, "main", "Page principale") {}
+
+void LWebPageMain::Generate() {
+  std::string name = LWebCompanyName(WLSessionBusinessFolder(form_));
+  if (name.empty()) name = "Société sans nom";
+  form_.wfprintf("<h1 class=companyname>%H</h1>", name.c_str());
   std::string links = "<ul class=mainlinks>";
+  for (const LWebNavTab& tab : WLVisibleNavTabs(form_))
+    if (std::string_view(tab.target) != "main")
+      links += LWebFormat("<li><a href='%s'>%H</a></li>", tab.target, tab.text);
   links += "<li><a href='chooseprofile'>Changer de société</a></li>";
   links += "<li><a href='changepassword'>Changer le mot de passe</a></li>";
-  if (WLIsAdministator(form_)) links += "<li><a href='userlist'>Utilisateurs Web</a></li>";
   links += "<li><a href='logoff'>Déconnexion</a></li></ul>";
   form_.Write(links);
 }

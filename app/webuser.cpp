@@ -70,7 +70,7 @@ bool LAppWebAccountStore(const LAppWebAccountInput& input, bool enabled, int pri
 
 // ---- "userlist" ----------------------------------------------------------------------------------
 
-LAppWebAccountsPage::LAppWebAccountsPage(LWebletForm& form) : LWebPageEx(form) {
+LAppWebAccountsPage::LAppWebAccountsPage(LWebletForm& form) : LWebPageWithNavTabs(form, "userlist") {
   SetTitle("Utilisateurs Web");
   AddNavLink("main", "Page principale");
   AddNavLink("logoff", "Déconnexion");

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "app/webaccess.h"
+#include "app/webnavtabs.h"
 #include "llib/web/webaccount.h"
 
 // A web account of the application.
@@ -33,7 +34,7 @@ std::string LAppWebAccountCheck(const LAppWebAccountInput& input);
 bool LAppWebAccountStore(const LAppWebAccountInput& input, bool enabled, int privilege,
                          const std::string& profiles);
 
-class LAppWebAccountsPage : public LWebPageEx {
+class LAppWebAccountsPage : public LWebPageWithNavTabs {
  public:
   explicit LAppWebAccountsPage(LWebletForm& form);
   bool Authenticate() override;

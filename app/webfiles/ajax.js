@@ -114,35 +114,75 @@ function DisableSubmits(bDisable) {
   for (var i = 0; i < submits.length; i++) submits[i].disabled = bDisable;
 }
 
-// File upload into the hidden frame "uploadIFrame": its answer is script, as for AJAX.
+// File upload into the hidden frame "uploadIFrame": its answer is script, as for AJAX. While the
+// file travels, the route "uploadProgress" is asked every half second how much has arrived; the
+// upload is known there by the id added to the form's address.
 var uploadRunning = false;
+var uploadTimer = null;
+var uploadId = '';
+function uploadStatusElement() { return document.getElementById('uploadStatus'); }
+function setUploadStatus(text, withCancel) {
+  var status = uploadStatusElement();
+  if (!status) return;
+  status.textContent = text;
+  if (withCancel) {
+    var link = document.createElement('a');
+    link.href = '#';
+    link.className = 'uploadcancel';
+    link.textContent = 'Annuler l\'envoi';
+    link.onclick = function() { cancelUpload(); return false; };
+    status.appendChild(document.createTextNode(' '));
+    status.appendChild(link);
+  }
+}
+function stopUploadPolling() {
+  if (uploadTimer !== null) clearInterval(uploadTimer);
+  uploadTimer = null;
+}
+// The answer of "uploadProgress": bytes received and expected, and whether reading has ended.
+function ShowUploadProgress(received, total, finished) {
+  if (!uploadRunning) return;
+  if (total > 0 && !finished) setUploadStatus('Envoi du fichier : ' + Math.floor(received * 100 / total) + ' %', true);
+  else if (finished) setUploadStatus('Fichier reçu, traitement en cours…', false);
+}
 function startUpload() {
+  var form = document.getElementById('dialogform');
+  uploadId = String(Date.now()) + '-' + Math.floor(Math.random() * 1e9);
+  if (form) {
+    var action = form.getAttribute('action').replace(/[?&]uploadId=[^&]*/, '');
+    form.setAttribute('action', action + (action.indexOf('?') < 0 ? '?' : '&') + 'uploadId=' + uploadId);
+  }
   uploadRunning = true;
-  DisableSubmits(true);
-  var status = document.getElementById('uploadStatus');
-  if (status) status.textContent = 'Envoi du fichier en cours…';
+  setUploadStatus('Envoi du fichier en cours…', true);
+  // The buttons are disabled only once the browser has taken their values into the form.
+  setTimeout(function() { if (uploadRunning) DisableSubmits(true); }, 0);
+  stopUploadPolling();
+  uploadTimer = setInterval(function() {
+    SimpleAjaxCall('uploadProgress', 'uploadId=' + encodeURIComponent(uploadId),
+                   function(text) { (new Function(text))(); }, null, null, 5000);
+  }, 500);
   return true;
 }
 function uploadDone() {
   if (!uploadRunning) return;
   uploadRunning = false;
+  stopUploadPolling();
   var frame = document.getElementById('uploadIFrame');
   var text = '';
   try { text = frame.contentWindow.document.body.textContent; } catch (e) {}
-  var status = document.getElementById('uploadStatus');
-  if (status) status.textContent = '';
+  setUploadStatus('', false);
   DisableSubmits(false);
   if (text) HandleAjaxJSReturn(text);
 }
 function cancelUpload() {
   var frame = document.getElementById('uploadIFrame');
   uploadRunning = false;
+  stopUploadPolling();
   if (frame) {
     try { frame.contentWindow.stop(); } catch (e) {}
     frame.src = 'about:blank';
   }
-  var status = document.getElementById('uploadStatus');
-  if (status) status.textContent = 'Envoi annulé.';
+  setUploadStatus('Envoi annulé.', false);
   DisableSubmits(false);
 }
 

@@ -27,7 +27,25 @@ LWebDialog::LWebDialog(LWebletForm& form, std::string_view routeName) : LWebPage
 // ---- Round trip -----------------------------------------------------------------------------------
 
 void LWebDialog::Run() {
+  if (Authenticate()) Answer();
+}
+
+void LWebDialog::RunUpload() {
   if (!Authenticate()) return;
+  LWebletUploadResult result = LWebletReadUpload(form_, uploadedFiles_);
+  if (result == LWebletUploadResult::kOk) {
+    Answer();
+    return;
+  }
+  WLWriteScriptAnswerHeader(form_);
+  inSubmit_ = true;
+  PopupBoxError(result == LWebletUploadResult::kTooLong
+                    ? LWebFormat("Le fichier est trop volumineux : %zu octets au plus.", kWebletMaxUploadBytes)
+                    : std::string("Le fichier n'a pas pu être reçu."));
+  inSubmit_ = false;
+}
+
+void LWebDialog::Answer() {
   if (SendAJAXCommands()) return;
   std::string pressed = form_.GetParam("submit");
   if (pressed.empty()) pressed = form_.GetParam("submitdef");
@@ -162,6 +180,8 @@ void LWebDialog::PrintSubmitButtons() {
   } else {
     row += "<td style='text-align:right;'>";
   }
+  // Where the page script shows how much of an upload has arrived.
+  if (upload_) row += "<span id=uploadStatus class=uploadstatus></span>";
   auto button = [&](const std::string& text, const char* cls) {
     row += LWebFormat("<input type=submit name=submit value='%H' %s onclick='document.pressed=this.value' %s>",
                       text.c_str(), cls, std::string(kButtonStyle).c_str());

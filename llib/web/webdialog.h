@@ -25,6 +25,7 @@
 
 #include "llib/gen/hashtable.h"
 #include "llib/web/webpage.h"
+#include "llib/web/webupload.h"
 
 class LHtmlList;
 
@@ -51,6 +52,10 @@ class LWebDialog : public LWebPage {
 
   // Entry from the route: first showing or button press.
   void Run();
+  // Entry from the raw-POST route of an upload dialog: reads the multipart body (its fields
+  // become the request's parameters, its files Upload()), then answers the button press as
+  // Run does. A body that cannot be read is answered with a message box.
+  void RunUpload();
 
   // ---- Virtual operations --------------------------------------------------------------------
   // Puts initial values into the controls before the first showing.
@@ -84,8 +89,11 @@ class LWebDialog : public LWebPage {
   std::string GetToolTipText(int id) const;
   // A message shown above the controls.
   void SetMessage(std::string_view message) { message_.assign(message); }
-  // The form posts a file upload into a hidden frame instead of AJAX.
+  // The form posts a file upload into a hidden frame instead of AJAX; the route then needs the
+  // raw-POST adaptor WLWebUploadDialogRun beside WLWebDialogRun.
   void SetUpload(bool upload) { upload_ = upload; }
+  // The files of the upload being answered (RunUpload).
+  const LWebletUpload& Upload() const { return uploadedFiles_; }
   void SetControlTableWidth(std::string_view width) { controlTableWidth_.assign(width); }
 
   // ---- Builders: each writes one row of the control table -----------------------------------
@@ -173,8 +181,14 @@ class LWebDialog : public LWebPage {
   // The first showing: header, form, controls, buttons, script, footer.
   void _PrintDialog();
   void PrintSubmitButtons();
+  // The markup of a pull-down list alone, for controls laid out by a derived dialog; values
+  // empty: the texts are the values.
+  std::string SelectMarkup(int id, const std::vector<std::string>& texts, const std::vector<std::string>& values,
+                           bool enableHook, std::string_view tooltip) const;
 
  private:
+  // The round trip after Authenticate.
+  void Answer();
   void RunOkThenGo(std::string_view target);
   std::string RefererTarget() const;
   std::string TargetParam(std::string_view name, std::string_view configured) const;
@@ -183,8 +197,6 @@ class LWebDialog : public LWebPage {
   void NoteControl(int id);
   std::string CheckBoxMarkup(int id, std::string_view text, bool enableHook, bool disabled) const;
   std::string RadioMarkup(int id, std::string_view text, std::string_view onClick, bool disabled) const;
-  std::string SelectMarkup(int id, const std::vector<std::string>& texts, const std::vector<std::string>& values,
-                           bool enableHook, std::string_view tooltip) const;
 
   std::string routeName_;                 // route of this dialog
   std::string okText_ = "  OK  ";         // OK button text (the default button)
@@ -201,6 +213,7 @@ class LWebDialog : public LWebPage {
   std::string controlTableWidth_ = "100%";
   std::string enableScript_;              // statements of enablectls()
   bool upload_ = false;                   // the form uploads a file
+  LWebletUpload uploadedFiles_;           // files of the upload being answered
   bool inRow_ = false;                    // a row was started by StartRow
   bool answerWritten_ = false;            // a handler wrote its own answer
   bool inSubmit_ = false;                 // CmOk or CmCancel is running
@@ -211,4 +224,13 @@ template <class Dialog>
 void WLWebDialogRun(LWebletForm& form) {
   Dialog dialog(form);
   dialog.Run();
+}
+
+// Raw-POST route adaptor of an upload dialog:
+//     LWebletInstallScript("loadfile", WLWebDialogRun<LWebLoadFileDialog>);
+//     LWebletInstallPostScript("loadfile", WLWebUploadDialogRun<LWebLoadFileDialog>);
+template <class Dialog>
+void WLWebUploadDialogRun(LWebletForm& form) {
+  Dialog dialog(form);
+  dialog.RunUpload();
 }

@@ -16,62 +16,19 @@
 #include "llib/gen/file.h"
 #include "tests/support/testhome.h"
 #include "tests/support/webclient.h"
+#include "tests/support/webservertest.h"
 
 namespace {
 
 constexpr char kNotImplemented[] = "HTTP/1.1 501 Not Implemented\r\nConnection: close\r\n\r\n";
 constexpr char kNotFound[] = "HTTP/1.1 404 Not Found\r\nConnection: close\r\n\r\n";
-constexpr char kAdmin[] = "admin@example.fr";
-constexpr char kAdminPassword[] = "secret12";
 
 long long NowMs() {
   return std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::steady_clock::now().time_since_epoch())
       .count();
 }
 
-// The session id of a logon answer ("document.cookie = 'kontavo_sess=ID; path=/...").
-std::string SessionOf(const LWebResponse& response) {
-  std::smatch match;
-  static const std::regex cookie("kontavo_sess=([a-z0-9]+);");
-  return std::regex_search(response.body, match, cookie) ? match[1].str() : "";
-}
-
-std::string LogonBody(const std::string& email, const std::string& password, bool remember = false) {
-  return "101=" + email + "&102=" + password + (remember ? "&103=on" : "") + "&submit=++Connexion++";
-}
-
-class WebServerTest : public LHomeTest {
- protected:
-  void SetUp() override {
-    ASSERT_EQ(LRunKontavo({"record", "set", "Misc", "Company", "Name=Principale SARL"}).exitCode, 0);
-    LRunResult added = LRunKontavo({"user", "add", kAdmin, "--name", "Alice Admin", "--admin", "--password-stdin"},
-                                   std::string(kAdminPassword) + "\n");
-    ASSERT_EQ(added.exitCode, 0) << added.err;
-    StartServer();
-  }
-
-  void StartServer() {
-    port_ = LFreeLoopbackPort();
-    server_ = std::make_unique<LServeProcess>(port_);
-    ASSERT_TRUE(server_->WaitReady()) << server_->Log();
-  }
-
-  std::string Logon(const std::string& email = kAdmin, const std::string& password = kAdminPassword) {
-    return SessionOf(LHttpPost(port_, "/logon", LogonBody(email, password)));
-  }
-
-  std::string SessionFile(const std::string& id) const { return home_.Path() + "/SessionData/" + id + ".sess"; }
-
-  // Writes a file under the "Web" folder.
-  std::string WriteWebFile(const std::string& name, const std::string& content) {
-    std::string path = home_.Path() + "/Web/" + name;
-    LWriteFile(path, content);
-    return path;
-  }
-
-  int port_ = 0;
-  std::unique_ptr<LServeProcess> server_;
-};
+class WebServerTest : public LWebServerTest {};
 
 // ---- Methods, paths and the request line ----------------------------------------------------------
 
@@ -305,15 +262,15 @@ TEST_F(WebServerTest, SilentClientIsDroppedAfterThirtySeconds) {
 // ---- Logon, sessions and access -------------------------------------------------------------------
 
 TEST_F(WebServerTest, LogonStartsASessionThatMainAccepts) {
-  LWebResponse wrong = LHttpPost(port_, "/logon", LogonBody(kAdmin, "nope"));
+  LWebResponse wrong = LHttpPost(port_, "/logon", LWebLogonBody(kWebTestAdmin, "nope"));
   EXPECT_EQ(wrong.headers["content-type"], "text/plain");
   EXPECT_NE(wrong.body.find("Échec de la connexion. Veuillez vérifier que le mot de passe est correct."),
             std::string::npos);
   EXPECT_NE(wrong.body.find("DisableSubmits(false)"), std::string::npos);
-  EXPECT_EQ(SessionOf(wrong), "");
+  EXPECT_EQ(LWebSessionOf(wrong), "");
 
-  LWebResponse good = LHttpPost(port_, "/logon", LogonBody("Admin%40Example.FR", kAdminPassword));
-  std::string session = SessionOf(good);
+  LWebResponse good = LHttpPost(port_, "/logon", LWebLogonBody("Admin%40Example.FR", kWebTestAdminPassword));
+  std::string session = LWebSessionOf(good);
   ASSERT_TRUE(std::regex_match(session, std::regex("s[a-z]{8}[0-9]+"))) << good.body;
   EXPECT_NE(good.body.find("document.cookie = 'kontavo_sess=" + session + "; path=/';\n"), std::string::npos);
   // No business was chosen before: the chooser comes first.
@@ -342,8 +299,8 @@ TEST_F(WebServerTest, LogonStartsASessionThatMainAccepts) {
             "HTTP/1.1 302 Found\r\nLocation: userlist\r\nContent-Length: 0\r\n\r\n");
 
   // The next logon remembers the business, and the remember box makes a long-lived session.
-  LWebResponse again = LHttpPost(port_, "/logon", LogonBody(kAdmin, kAdminPassword, true));
-  EXPECT_TRUE(std::regex_match(SessionOf(again), std::regex("l[a-z]{8}[0-9]+")));
+  LWebResponse again = LHttpPost(port_, "/logon", LWebLogonBody(kWebTestAdmin, kWebTestAdminPassword, true));
+  EXPECT_TRUE(std::regex_match(LWebSessionOf(again), std::regex("l[a-z]{8}[0-9]+")));
   EXPECT_NE(again.body.find("; path=/; expires=Sunday, 17-Jan-2038 19:14:07 GMT';"), std::string::npos);
   EXPECT_NE(again.body.find("window.location = 'main';"), std::string::npos);
 }
@@ -364,19 +321,19 @@ TEST_F(WebServerTest, LogoffEndsTheSession) {
 }
 
 TEST_F(WebServerTest, SeventhFailureLocksTheAccountForTwentyMinutes) {
-  for (int i = 0; i < 6; ++i) EXPECT_EQ(Logon(kAdmin, "wrongpass"), "");
+  for (int i = 0; i < 6; ++i) EXPECT_EQ(Logon(kWebTestAdmin, "wrongpass"), "");
   // The seventh attempt is refused even with the right password.
-  LWebResponse locked = LHttpPost(port_, "/logon", LogonBody(kAdmin, kAdminPassword));
-  EXPECT_EQ(SessionOf(locked), "");
+  LWebResponse locked = LHttpPost(port_, "/logon", LWebLogonBody(kWebTestAdmin, kWebTestAdminPassword));
+  EXPECT_EQ(LWebSessionOf(locked), "");
   EXPECT_NE(locked.body.find("Échec de la connexion."), std::string::npos);
-  LRunResult failures = LRunKontavo({"record", "get", "WebAccounts", kAdmin, "LogonFailures"});
+  LRunResult failures = LRunKontavo({"record", "get", "WebAccounts", kWebTestAdmin, "LogonFailures"});
   EXPECT_EQ(failures.out, "6\n");
   // Twenty minutes after the last failure the right password passes and resets both counters.
   long long past = static_cast<long long>(std::time(nullptr)) - 1201;
-  ASSERT_EQ(LRunKontavo({"record", "set", "WebAccounts", kAdmin, "LogonFailTime=" + std::to_string(past)}).exitCode, 0);
+  ASSERT_EQ(LRunKontavo({"record", "set", "WebAccounts", kWebTestAdmin, "LogonFailTime=" + std::to_string(past)}).exitCode, 0);
   EXPECT_NE(Logon(), "");
-  EXPECT_EQ(LRunKontavo({"record", "get", "WebAccounts", kAdmin, "LogonFailures"}).out, "0\n");
-  EXPECT_EQ(LRunKontavo({"record", "get", "WebAccounts", kAdmin, "LogonFailTime"}).out, "0\n");
+  EXPECT_EQ(LRunKontavo({"record", "get", "WebAccounts", kWebTestAdmin, "LogonFailures"}).out, "0\n");
+  EXPECT_EQ(LRunKontavo({"record", "get", "WebAccounts", kWebTestAdmin, "LogonFailTime"}).out, "0\n");
 }
 
 TEST_F(WebServerTest, CookiesWithPathsNeverReachTheFileSystem) {
@@ -394,7 +351,7 @@ TEST_F(WebServerTest, DisabledAccountLosesItsSessionOnTheNextRequest) {
   std::string session = Logon();
   ASSERT_FALSE(session.empty());
   EXPECT_EQ(LHttpGet(port_, "/main", session).status, 200);
-  ASSERT_EQ(LRunKontavo({"record", "set", "WebAccounts", kAdmin, "Enabled=0"}).exitCode, 0);
+  ASSERT_EQ(LRunKontavo({"record", "set", "WebAccounts", kWebTestAdmin, "Enabled=0"}).exitCode, 0);
   EXPECT_EQ(LHttpGet(port_, "/main", session).headers["location"], "logon");
   EXPECT_FALSE(LFile::Exists(SessionFile(session)));
   // And it cannot log on again.
@@ -431,9 +388,9 @@ TEST_F(WebServerTest, UserWithoutProfilesCannotLogOnToItsLastBusiness) {
   ASSERT_EQ(LRunKontavo({"user", "add", "eve@example.fr", "--name", "Eve", "--password-stdin"}, "evesecret\n").exitCode,
             0);
   ASSERT_EQ(LRunKontavo({"record", "set", "WebAccounts", "eve@example.fr", "LastUsedProfiles=Principale SARL"}).exitCode, 0);
-  LWebResponse response = LHttpPost(port_, "/logon", LogonBody("eve@example.fr", "evesecret"));
+  LWebResponse response = LHttpPost(port_, "/logon", LWebLogonBody("eve@example.fr", "evesecret"));
   EXPECT_NE(response.body.find("L\\'utilisateur n\\'a pas de profils de société autorisés"), std::string::npos);
-  EXPECT_EQ(SessionOf(response), "");
+  EXPECT_EQ(LWebSessionOf(response), "");
 }
 
 TEST_F(WebServerTest, StaleSessionFilesAreCleanedUpByAge) {
@@ -509,7 +466,7 @@ TEST_F(WebServerTest, ChangePasswordChecksThenStores) {
             std::string::npos);
   EXPECT_NE(LHttpGet(port_, "/changepasswordchanged", session).body.find("Your password has been changed."),
             std::string::npos);
-  EXPECT_NE(Logon(kAdmin, "abcdefg"), "");
+  EXPECT_NE(Logon(kWebTestAdmin, "abcdefg"), "");
 }
 
 TEST_F(WebServerTest, LostPasswordResetsTheAccount) {
@@ -521,7 +478,7 @@ TEST_F(WebServerTest, LostPasswordResetsTheAccount) {
   EXPECT_NE(press("101=nobody%40example.fr").find("Cet utilisateur n\\'existe pas"), std::string::npos);
   EXPECT_NE(press("101=admin%40example.fr").find("window.location = 'lostpasswordsent';"), std::string::npos);
   EXPECT_EQ(Logon(), "");  // the old password is gone
-  std::string password = LRunKontavo({"record", "get", "WebAccounts", kAdmin, "Password"}).out;
+  std::string password = LRunKontavo({"record", "get", "WebAccounts", kWebTestAdmin, "Password"}).out;
   EXPECT_TRUE(std::regex_match(password, std::regex("[a-z]{8}\n")));
   EXPECT_NE(LHttpGet(port_, "/lostpasswordsent").body.find("Votre mot de passe a été réinitialisé"), std::string::npos);
 }

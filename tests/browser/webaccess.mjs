@@ -83,6 +83,25 @@ try {
   assert.match(await page.locator('td.headeruser').innerText(), /Connecté sous Alice Admin/);
   await snap(page, 'main');
 
+  // The tab bar leads to the items; a new item is refused, then recorded.
+  await page.click('div.navtabs a:has-text("Articles")');
+  await page.waitForURL(base + 'itemlist');
+  assert.equal(await page.locator('a.navtabcurrent').innerText(), 'Articles');
+  await page.click('text=Ajouter un nouvel article');
+  await page.waitForURL(/itemprop/);
+  await page.fill('[id="101"]', 'PAIN');
+  await page.fill('[id="102"]', 'Pain de campagne');
+  await page.fill('[id="103"]', 'deux euros');
+  await page.click('input[name=submit][value="  OK  "]');
+  await page.waitForSelector('#errorTag');
+  assert.match(await errorText(page), /Montant invalide : deux euros\./);
+  await snap(page, 'itemprop-error');
+  await page.fill('[id="103"]', '2.50');
+  await page.click('input[name=submit][value="  OK  "]');
+  await page.waitForURL(base + 'itemlist');
+  assert.match(await page.locator('table.hltbl tbody').innerText(), /PAIN\s+Pain de campagne/);
+  await snap(page, 'itemlist');
+
   // A new user through "userprop", with each refusal of its checks.
   await page.goto(base + 'userlist');
   await page.click('text=Ajouter un nouvel utilisateur');

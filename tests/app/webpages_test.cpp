@@ -1,0 +1,116 @@
+// The application's pages on a real `kontavo serve`: the tab bar and side pane of the main
+// pages, and the item pages built on the record dialog (list, dialog, delete).
+#include <gtest/gtest.h>
+
+#include "tests/support/webservertest.h"
+
+namespace {
+
+class WebPagesTest : public LWebServerTest {
+ protected:
+  // A logged-on session in the primary business.
+  std::string AdminSession() {
+    std::string session = Logon();
+    EXPECT_FALSE(session.empty());
+    EXPECT_EQ(LHttpPost(port_, "/chooseprofile", "rbg3=301&submit=++OK++", session).status, 200);
+    return session;
+  }
+  // A user of the primary business with the given privilege flag ("--user" or "--viewer").
+  std::string UserSession(const char* privilege) {
+    LRunResult added = LRunKontavo({"user", "add", "eve@example.fr", "--name", "Eve", privilege, "--profile",
+                                    "Principale SARL", "--password-stdin"},
+                                   "evesecret\n");
+    EXPECT_EQ(added.exitCode, 0) << added.err;
+    std::string session = Logon("eve@example.fr", "evesecret");
+    EXPECT_EQ(LHttpPost(port_, "/chooseprofile", "rbg3=301&submit=++OK++", session).status, 200);
+    return session;
+  }
+  std::string PostItem(const std::string& session, const std::string& fields) {
+    return LHttpPost(port_, "/itemprop", fields + "&submit=++OK++", session).body;
+  }
+};
+
+TEST_F(WebPagesTest, TabsShowTheServedSectionsAndMarkTheCurrentOne) {
+  std::string session = AdminSession();
+  std::string main = LHttpGet(port_, "/main", session).body;
+  EXPECT_NE(main.find("</tr></table><br><div class=navtabs><a href='main' class='navtab navtabcurrent'>Accueil</a>"
+                      "<a href='itemlist' class=navtab>Articles</a><a href='userlist' class=navtab>Utilisateurs</a>"
+                      "</div><div class=contenttable>"),
+            std::string::npos)
+      << main;
+  // Sections whose pages are not served have no tab.
+  EXPECT_EQ(main.find("invoicelist"), std::string::npos);
+  // The year's figures stand in the side pane beside the content.
+  std::size_t pane = main.find("</td><td width=10></td><td width='30%' valign=top><table class=mainfigures>");
+  ASSERT_NE(pane, std::string::npos);
+  EXPECT_LT(main.find("<h1 class=companyname>Principale SARL</h1>"), pane);
+  EXPECT_NE(main.find("<tr><td>Comptes clients</td>", pane), std::string::npos);
+
+  std::string users = LHttpGet(port_, "/userlist", session).body;
+  EXPECT_NE(users.find("<a href='userlist' class='navtab navtabcurrent'>Utilisateurs</a>"), std::string::npos);
+  EXPECT_NE(users.find("<a href='main' class=navtab>Accueil</a>"), std::string::npos);
+  EXPECT_EQ(users.find("class=mainfigures"), std::string::npos);
+
+  // The users tab is for administrators only.
+  std::string userMain = LHttpGet(port_, "/main", UserSession("--user")).body;
+  EXPECT_NE(userMain.find("<a href='itemlist' class=navtab>Articles</a></div>"), std::string::npos);
+  EXPECT_EQ(userMain.find("userlist"), std::string::npos);
+}
+
+TEST_F(WebPagesTest, ItemDialogChecksThenCreatesAndEditsTheRecord) {
+  std::string session = AdminSession();
+  std::string page = LHttpGet(port_, "/itemprop?onok=itemlist&oncancel=itemlist", session).body;
+  EXPECT_NE(page.find("<a href='itemlist' class='navtab navtabcurrent'>Articles</a>"), std::string::npos);
+  EXPECT_NE(page.find("<input type=hidden name='id' value=''>"), std::string::npos);
+  EXPECT_NE(page.find("<label for=101>Code :</label></td><td><input id=101 name=101 type=text value='' size=20"),
+            std::string::npos);
+
+  EXPECT_NE(PostItem(session, "id=&101=+&102=Pain").find("ShowControlError('101', 'Veuillez entrer le code de "
+                                                         "l\\'article.');"),
+            std::string::npos);
+  EXPECT_NE(PostItem(session, "id=&101=PAIN&103=1%2C2x").find("ShowControlError('103', 'Montant invalide : 1,2x.');"),
+            std::string::npos);
+  EXPECT_EQ(LRunKontavo({"record", "get", "Items", "PAIN"}).exitCode, 1);  // nothing written on refusal
+  EXPECT_EQ(PostItem(session, "id=&101=PAIN&102=Pain+de+campagne&103=2.50&104=Ventes+boulangerie"),
+            "window.location = 'itemlist';\n");
+  nlohmann::json item = LRunKontavoJson({"record", "get", "Items", "PAIN"});
+  EXPECT_EQ(item["Description"], "Pain de campagne");
+  EXPECT_EQ(item["Price"], "250");
+  EXPECT_EQ(item["PLAccount"], "Ventes boulangerie");
+  EXPECT_NE(PostItem(session, "id=&101=PAIN&102=Autre").find("L\\'article « PAIN » existe déjà."), std::string::npos);
+
+  // Editing: the code is shown read-only, the price in currency units; an emptied field goes.
+  std::string edit = LHttpGet(port_, "/itemprop?id=PAIN", session).body;
+  EXPECT_NE(edit.find("<input id=101 name=101 type=text value='PAIN' size=20 title='' readonly>"), std::string::npos);
+  EXPECT_NE(edit.find("<input id=103 name=103 type=text value='2.50' size=12"), std::string::npos);
+  EXPECT_EQ(PostItem(session, "id=PAIN&101=OTHER&102=Pain+bis&103=3&104="), "window.location = 'itemlist';\n");
+  item = LRunKontavoJson({"record", "get", "Items", "PAIN"});
+  EXPECT_EQ(item["Description"], "Pain bis");
+  EXPECT_EQ(item["Price"], "300");
+  EXPECT_FALSE(item.contains("PLAccount"));
+  EXPECT_EQ(LRunKontavo({"record", "get", "Items", "OTHER"}).exitCode, 1);
+
+  std::string list = LHttpGet(port_, "/itemlist", session).body;
+  EXPECT_NE(list.find(">PAIN</a></td>"), std::string::npos);
+  EXPECT_NE(list.find(">Pain bis</td>"), std::string::npos);
+  EXPECT_EQ(LHttpGet(port_, "/itemdelete?id=PAIN", session).headers["location"], "itemlist");
+  EXPECT_EQ(LRunKontavo({"record", "get", "Items", "PAIN"}).exitCode, 1);
+}
+
+TEST_F(WebPagesTest, ViewersSeeItemsButChangeNothing) {
+  ASSERT_EQ(LRunKontavo({"item", "add", "SEL", "--description", "Sel", "--price", "1.20"}).exitCode, 0);
+  std::string session = UserSession("--viewer");
+  std::string list = LHttpGet(port_, "/itemlist", session).body;
+  EXPECT_NE(list.find(">Sel</td>"), std::string::npos);
+  EXPECT_EQ(list.find("itemdelete"), std::string::npos);
+  EXPECT_EQ(list.find("Ajouter un nouvel article"), std::string::npos);
+  EXPECT_NE(PostItem(session, "id=SEL&102=Gros+sel").find("alert('Votre compte permet seulement de consulter les "
+                                                           "données.');"),
+            std::string::npos);
+  EXPECT_EQ(LHttpGet(port_, "/itemdelete?id=SEL", session).headers["location"], "itemlist");
+  EXPECT_EQ(LRunKontavoJson({"record", "get", "Items", "SEL"})["Description"], "Sel");
+  // Without a session the pages lead to the logon page.
+  EXPECT_EQ(LHttpGet(port_, "/itemlist").headers["location"], "logon");
+}
+
+}  // namespace

@@ -1,0 +1,61 @@
+// A test fixture for the web server: a fresh application folder whose primary business is
+// "Principale SARL" with one administrator account, and a real `kontavo serve` on a free
+// loopback port; helpers to log on and to reach files of the "Web" folder.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <regex>
+#include <string>
+
+#include "tests/support/testhome.h"
+#include "tests/support/webclient.h"
+
+inline constexpr char kWebTestAdmin[] = "admin@example.fr";
+inline constexpr char kWebTestAdminPassword[] = "secret12";
+
+// The session id of a logon answer ("document.cookie = 'kontavo_sess=ID; path=/...").
+inline std::string LWebSessionOf(const LWebResponse& response) {
+  std::smatch match;
+  static const std::regex cookie("kontavo_sess=([a-z0-9]+);");
+  return std::regex_search(response.body, match, cookie) ? match[1].str() : "";
+}
+
+// The POST body of the logon dialog's OK.
+inline std::string LWebLogonBody(const std::string& email, const std::string& password, bool remember = false) {
+  return "101=" + email + "&102=" + password + (remember ? "&103=on" : "") + "&submit=++Connexion++";
+}
+
+class LWebServerTest : public LHomeTest {
+ protected:
+  void SetUp() override {
+    ASSERT_EQ(LRunKontavo({"record", "set", "Misc", "Company", "Name=Principale SARL"}).exitCode, 0);
+    LRunResult added = LRunKontavo({"user", "add", kWebTestAdmin, "--name", "Alice Admin", "--admin", "--password-stdin"},
+                                   std::string(kWebTestAdminPassword) + "\n");
+    ASSERT_EQ(added.exitCode, 0) << added.err;
+    StartServer();
+  }
+
+  void StartServer() {
+    port_ = LFreeLoopbackPort();
+    server_ = std::make_unique<LServeProcess>(port_);
+    ASSERT_TRUE(server_->WaitReady()) << server_->Log();
+  }
+
+  std::string Logon(const std::string& email = kWebTestAdmin, const std::string& password = kWebTestAdminPassword) {
+    return LWebSessionOf(LHttpPost(port_, "/logon", LWebLogonBody(email, password)));
+  }
+
+  std::string SessionFile(const std::string& id) const { return home_.Path() + "/SessionData/" + id + ".sess"; }
+
+  // Writes a file under the "Web" folder.
+  std::string WriteWebFile(const std::string& name, const std::string& content) {
+    std::string path = home_.Path() + "/Web/" + name;
+    LWriteFile(path, content);
+    return path;
+  }
+
+  int port_ = 0;
+  std::unique_ptr<LServeProcess> server_;
+};
