@@ -21,7 +21,7 @@ class LHmrcTestServer {
     certFile_ = folder_ + "/cert.pem";
     if (!LMakeSelfSignedCertificate(certFile_, folder_ + "/key.pem")) return;
     std::vector<std::string> argv = {"/usr/bin/python3",
-                                     std::string(KONTAVO_SOURCE_DIR) + "/tests/invoice/shared/hmrcserver.py",
+                                     std::string(KONTAVO_TEST_SOURCE_DIR) + "/invoice/shared/hmrcserver.py",
                                      "--cert", certFile_, "--key", folder_ + "/key.pem", "--outdir", folder_};
     argv.insert(argv.end(), options.begin(), options.end());
     Start(argv);

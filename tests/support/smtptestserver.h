@@ -111,7 +111,7 @@ class LSmtpTestServer {
   // Starts the server; its messages, journal and certificate go to folder (created).
   LSmtpTestServer(const std::string& folder, const Options& options) : folder_(folder) {
     std::filesystem::create_directories(folder_);
-    std::vector<std::string> argv = {"/usr/bin/python3", std::string(KONTAVO_SOURCE_DIR) + "/tests/llib/net/smtpserver.py",
+    std::vector<std::string> argv = {"/usr/bin/python3", std::string(KONTAVO_TEST_SOURCE_DIR) + "/llib/net/smtpserver.py",
                                      "--outdir", folder_};
     if (options.tls) {
       certFile_ = folder_ + "/cert.pem";
