@@ -173,8 +173,10 @@ constexpr LCliCommand kCommands[] = {
     {"report",
      "kontavo report NAME [--from D] [--to D] [--date D] [--compare-from D --compare-to D] [--customer KEY]...\n"
      "        [--consolidate B=FACTOR,...] [--format text|csv|json|html]\n"
-     "        NAME: coa, pl, pl-compare, bs (au --date), tb, cf, vat-obligations\n",
-     "plan comptable, états financiers et obligations de TVA", LCmdReport},
+     "        NAME: coa, pl, pl-compare, bs (au --date), tb, cf, vat-obligations,\n"
+     "              aging (au --date), unpaid, invoices, payments, quotes, orders, customers,\n"
+     "              customer-sales, items, items-per-customer, salesperson\n",
+     "plan comptable, états financiers, rapports de ventes et obligations de TVA", LCmdReport},
     {{}, {}, {}, nullptr},
 };
 

@@ -11,9 +11,16 @@
 namespace {
 
 struct ItemSums {
-  std::string description;  // of the first line met
+  std::string description;  // of the earliest invoice's line
+  std::string descriptionDate;
+  std::string descriptionKey;  // the invoice it was taken from; empty: none yet
   double quantity = 0;
   long long amount = 0;
+  // Whether the invoice comes before the one the description was taken from.
+  bool Earlier(const std::string& date, const std::string& key) const {
+    if (descriptionKey.empty()) return true;
+    return date != descriptionDate ? date < descriptionDate : LSalesReportKeyLess(key, descriptionKey);
+  }
 };
 using ItemTable = std::map<std::string, ItemSums>;  // by item code
 
@@ -28,11 +35,16 @@ std::string QuantityText(double quantity) {
 void AddLines(const LSalesDocument& invoice, bool ignoreDiscount, int currencyDigits, ItemTable& items) {
   LFKItemCollectionRecord lines = invoice.Items();
   int discountLine = lines.GetFixedPercentageDiscountItem();
+  std::string date = invoice.GetDate();
   for (int i = 0; i < lines.GetItemCount(); ++i) {
     if (i == discountLine) continue;
     std::string code = lines.GetItemCode(i);
     ItemSums& sums = items[code.empty() ? std::string("Sans code") : code];
-    if (sums.description.empty()) sums.description = lines.GetItemDescription(i);
+    if (sums.Earlier(date, invoice.GetPrimaryKey())) {
+      sums.description = lines.GetItemDescription(i);
+      sums.descriptionDate = date;
+      sums.descriptionKey = invoice.GetPrimaryKey();
+    }
     sums.quantity += lines.GetItemQty(i);
     sums.amount += LFKDocumentLineTotal(lines, i, ignoreDiscount, currencyDigits);
   }

@@ -7,8 +7,8 @@
 
 #include "invoice/shared/salesreport.h"
 
-// "Ventes par article": one row per code, in code order. Columns "Description" (of the first
-// line met), "Quantité" (the quantities summed), "Montant"; then "Total :".
+// "Ventes par article": one row per code, in code order. Columns "Description" (of the line
+// on the earliest invoice), "Quantité" (the quantities summed), "Montant"; then "Total :".
 class LReportItems : public LSalesReport {
  public:
   using LSalesReport::LSalesReport;
