@@ -13,6 +13,22 @@
 
 namespace {
 
+// A server that wants STARTTLS, then AUTH LOGIN as auth ("user:password") when given.
+LSmtpTestServer::Options SecureOptions(const std::string& auth) {
+  LSmtpTestServer::Options options;
+  options.tls = true;
+  options.requireStartTls = true;
+  options.auth = auth;
+  return options;
+}
+
+// A server that answers with scripted refusals ("CMD=CODE,...").
+LSmtpTestServer::Options ReplyOptions(const std::vector<std::string>& replies) {
+  LSmtpTestServer::Options options;
+  options.replies = replies;
+  return options;
+}
+
 // A request that logs on as user, over STARTTLS trusting the server's certificate when encrypted.
 EmailSMTPSendProcess LogonRequest(const LSmtpTestServer& server, const std::string& user,
                                   const std::string& password, bool encrypted) {
@@ -190,7 +206,7 @@ TEST_F(EmailSend, CopyListsGoToTheEnvelopeOnly) {
 // ---- STARTTLS and AUTH LOGIN ------------------------------------------------------------------
 
 TEST_F(EmailSend, StartTlsThenAuthLoginWithAVerifiedCertificate) {
-  LSmtpTestServer& server = StartServer({.tls = true, .requireStartTls = true, .auth = "compta:s3cret:é"});
+  LSmtpTestServer& server = StartServer(SecureOptions("compta:s3cret:é"));
   EmailSMTPSendProcess request = LogonRequest(server, "compta", "s3cret:é", true);
   ASSERT_EQ(Send(request), kProcessFinished) << error_;
   nlohmann::json message = server.Message(1);
@@ -207,7 +223,7 @@ TEST_F(EmailSend, StartTlsThenAuthLoginWithAVerifiedCertificate) {
 }
 
 TEST_F(EmailSend, AnUntrustedCertificateRefusesTheSecureConnection) {
-  LSmtpTestServer& server = StartServer({.tls = true, .requireStartTls = true, .auth = "u:p"});
+  LSmtpTestServer& server = StartServer(SecureOptions("u:p"));
   EmailSMTPSendProcess request = LogonRequest(server, "u", "p", true);
   request.caFile.clear();  // the certificate is self-signed and not named as trusted
   EXPECT_EQ(Send(request), kProcessFailed);
@@ -219,7 +235,7 @@ TEST_F(EmailSend, AnUntrustedCertificateRefusesTheSecureConnection) {
 }
 
 TEST_F(EmailSend, LogonRefusalsGiveTheirMessages) {
-  LSmtpTestServer& server = StartServer({.tls = true, .requireStartTls = true, .auth = "u:bon"});
+  LSmtpTestServer& server = StartServer(SecureOptions("u:bon"));
   EmailSMTPSendProcess request = LogonRequest(server, "u", "mauvais", true);
   EXPECT_EQ(Send(request), kProcessFailed);
   EXPECT_EQ(error_, "Nom d'utilisateur ou mot de passe d'authentification de messagerie non accepté (535): ");
@@ -234,7 +250,7 @@ TEST_F(EmailSend, LogonRefusalsGiveTheirMessages) {
 TEST_F(EmailSend, EncryptionWithoutAUserStaysOnHelo) {
   // HELO replies list no extensions, so STARTTLS is never seen without a logon; a server that
   // insists on encryption refuses the HELO itself.
-  LSmtpTestServer& server = StartServer({.tls = true, .requireStartTls = true});
+  LSmtpTestServer& server = StartServer(SecureOptions(""));
   EmailSMTPSendProcess request = LTestEmailRequest(server.Address());
   request.useEncryption = true;
   EXPECT_EQ(Send(request), kProcessFailed);
@@ -275,7 +291,7 @@ TEST_F(EmailSend, EachRefusedStepGivesItsMessage) {
     SCOPED_TRACE(refusal.replies[0]);
     server_.reset();
     std::filesystem::remove_all(home_.Path() + "/smtp");
-    LSmtpTestServer& server = StartServer({.replies = refusal.replies});
+    LSmtpTestServer& server = StartServer(ReplyOptions(refusal.replies));
     EmailSMTPSendProcess request = LTestEmailRequest(server.Address());
     EXPECT_EQ(Send(request), kProcessFailed);
     EXPECT_EQ(error_, refusal.message);
@@ -284,14 +300,16 @@ TEST_F(EmailSend, EachRefusedStepGivesItsMessage) {
 }
 
 TEST_F(EmailSend, QuitRefusedChangesNothing) {
-  LSmtpTestServer& server = StartServer({.replies = {"QUIT=421"}});
+  LSmtpTestServer& server = StartServer(ReplyOptions({"QUIT=421"}));
   EmailSMTPSendProcess request = LTestEmailRequest(server.Address());
   EXPECT_EQ(Send(request), kProcessFinished) << error_;
   EXPECT_EQ(server.MessageCount(), 1);
 }
 
 TEST_F(EmailSend, AListGoesOnWhenOneOfItsAddressesIsTakenButFailsWhenNoneIs) {
-  LSmtpTestServer& server = StartServer({.refusedRecipients = {"inconnu@exemple.fr", "archive@exemple.fr"}});
+  LSmtpTestServer::Options refusing;
+  refusing.refusedRecipients = {"inconnu@exemple.fr", "archive@exemple.fr"};
+  LSmtpTestServer& server = StartServer(refusing);
   EmailSMTPSendProcess request = LTestEmailRequest(server.Address());
   request.recipients = "inconnu@exemple.fr,client@exemple.fr";
   ASSERT_EQ(Send(request), kProcessFinished) << error_;
@@ -347,7 +365,7 @@ TEST_F(EmailSend, DirectDeliveryRunsOneDialoguePerRecipientAtItsExchanger) {
 }
 
 TEST_F(EmailSend, DirectDeliveryRefusalsNameTheRecipientAndItsExchanger) {
-  LSmtpTestServer& server = StartServer({.replies = {"DATA=-,450"}});
+  LSmtpTestServer& server = StartServer(ReplyOptions({"DATA=-,450"}));
   EmailSMTPSendProcess request = LTestEmailRequest("");
   request.recipients = "a@exemple.fr, b@exemple.fr, c@exemple.fr";
   request.mxLookup = [&](std::string_view, LIPAddressWithPort& out) {

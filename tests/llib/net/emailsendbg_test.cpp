@@ -93,7 +93,9 @@ TEST_F(EmailSendBackground, FailuresAreRetriedAfterGrowingPausesThenDropped) {
 }
 
 TEST_F(EmailSendBackground, AMessageRefusedOnceIsSentOnItsFirstRetry) {
-  LSmtpTestServer server(home_.Path() + "/smtp", {.replies = {"DATA=451"}});
+  LSmtpTestServer::Options options;
+  options.replies = {"DATA=451"};
+  LSmtpTestServer server(home_.Path() + "/smtp", options);
   ASSERT_TRUE(server.IsRunning());
   UseServer(server.Address());
   std::string file = Attachment();

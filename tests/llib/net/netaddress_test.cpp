@@ -96,7 +96,9 @@ TEST(MXAnswer, WhichExchangerAnAnswerNames) {
   for (const auto& test : cases) {
     std::string host = "unchanged";
     EXPECT_EQ(ParseAnswer(test.answer.Bytes(), host), test.result);
-    if (test.host != nullptr) EXPECT_EQ(host, test.host);
+    if (test.host != nullptr) {
+      EXPECT_EQ(host, test.host);
+    }
   }
 }
 
