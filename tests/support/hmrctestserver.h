@@ -12,7 +12,7 @@
 
 #include "tests/support/smtptestserver.h"
 
-class LHmrcTestServer {
+class LHmrcTestServer : public ltest::ServerProcess {
  public:
   // Starts the server with the extra options of hmrcserver.py ("--expired", ...); its journal
   // and certificate go to folder (created).
@@ -24,20 +24,10 @@ class LHmrcTestServer {
                                      std::string(KONTAVO_TEST_SOURCE_DIR) + "/invoice/shared/hmrcserver.py",
                                      "--cert", certFile_, "--key", folder_ + "/key.pem", "--outdir", folder_};
     argv.insert(argv.end(), options.begin(), options.end());
-    Start(argv);
+    Start(argv, folder_ + "/server.err");
   }
-  ~LHmrcTestServer() {
-    if (pid_ > 0) {
-      ::kill(pid_, SIGTERM);
-      int status = 0;
-      ::waitpid(pid_, &status, 0);
-    }
-  }
-  LHmrcTestServer(const LHmrcTestServer&) = delete;
-  LHmrcTestServer& operator=(const LHmrcTestServer&) = delete;
 
-  bool IsRunning() const { return port_ > 0; }
-  std::string BaseUrl() const { return "https://127.0.0.1:" + std::to_string(port_); }
+  std::string BaseUrl() const { return "https://127.0.0.1:" + std::to_string(Port()); }
   const std::string& CertFile() const { return certFile_; }
 
   // The requests received, in order: {"method", "path", "query", "headers", "body"}.
@@ -50,10 +40,6 @@ class LHmrcTestServer {
   }
 
  private:
-  void Start(const std::vector<std::string>& argv) { port_ = ltest::SpawnServer(argv, folder_ + "/server.err", pid_); }
-
   std::string folder_;
   std::string certFile_;
-  pid_t pid_ = -1;
-  int port_ = 0;
 };

@@ -86,6 +86,33 @@ inline int SpawnServer(const std::vector<std::string>& argv, const std::string& 
   return line.rfind("PORT ", 0) == 0 ? std::atoi(line.c_str() + 5) : 0;
 }
 
+// A test server child process: started by Start (see SpawnServer), stopped with SIGTERM and
+// waited for when the object goes.
+class ServerProcess {
+ public:
+  ServerProcess() = default;
+  ~ServerProcess() {
+    if (pid_ > 0) {
+      ::kill(pid_, SIGTERM);
+      int status = 0;
+      ::waitpid(pid_, &status, 0);
+    }
+  }
+  ServerProcess(const ServerProcess&) = delete;
+  ServerProcess& operator=(const ServerProcess&) = delete;
+  bool IsRunning() const { return port_ > 0; }
+  int Port() const { return port_; }
+
+ protected:
+  void Start(const std::vector<std::string>& argv, const std::string& errorLog) {
+    port_ = SpawnServer(argv, errorLog, pid_);
+  }
+
+ private:
+  pid_t pid_ = -1;
+  int port_ = 0;
+};
+
 }  // namespace ltest
 
 // A self-signed certificate (EC P-256) naming commonName, with "localhost" and 127.0.0.1 as
@@ -97,7 +124,7 @@ inline bool LMakeSelfSignedCertificate(const std::string& certFile, const std::s
                             "/CN=" + commonName, "-addext", "subjectAltName=DNS:localhost,IP:127.0.0.1"}) == 0;
 }
 
-class LSmtpTestServer {
+class LSmtpTestServer : public ltest::ServerProcess {
  public:
   struct Options {
     bool tls = false;              // offer STARTTLS (a certificate is made in the folder)
@@ -123,21 +150,10 @@ class LSmtpTestServer {
     if (options.authClear) argv.push_back("--auth-clear");
     for (const auto& reply : options.replies) argv.insert(argv.end(), {"--reply", reply});
     for (const auto& address : options.refusedRecipients) argv.insert(argv.end(), {"--refuse-rcpt", address});
-    Start(argv);
+    Start(argv, folder_ + "/server.err");
   }
-  ~LSmtpTestServer() {
-    if (pid_ > 0) {
-      ::kill(pid_, SIGTERM);
-      int status = 0;
-      ::waitpid(pid_, &status, 0);
-    }
-  }
-  LSmtpTestServer(const LSmtpTestServer&) = delete;
-  LSmtpTestServer& operator=(const LSmtpTestServer&) = delete;
 
-  bool IsRunning() const { return port_ > 0; }
-  int Port() const { return port_; }
-  std::string Address() const { return "127.0.0.1:" + std::to_string(port_); }
+  std::string Address() const { return "127.0.0.1:" + std::to_string(Port()); }
   const std::string& CertFile() const { return certFile_; }
   const std::string& Folder() const { return folder_; }
 
@@ -161,10 +177,6 @@ class LSmtpTestServer {
   }
 
  private:
-  void Start(const std::vector<std::string>& argv) { port_ = ltest::SpawnServer(argv, folder_ + "/server.err", pid_); }
-
   std::string folder_;
   std::string certFile_;
-  pid_t pid_ = -1;
-  int port_ = 0;
 };

@@ -14,12 +14,32 @@
 
 extern char** environ;
 
+namespace {
+
+// Starts program with args, its streams as actions says (destroyed here); the child's pid, or
+// -1 when it could not be started.
+pid_t Spawn(const std::string& program, const std::vector<std::string>& args, posix_spawn_file_actions_t& actions) {
+  std::vector<char*> argv{const_cast<char*>(program.c_str())};
+  for (const auto& arg : args) argv.push_back(const_cast<char*>(arg.c_str()));
+  argv.push_back(nullptr);
+  pid_t pid = -1;
+  int spawned = ::posix_spawn(&pid, program.c_str(), &actions, nullptr, argv.data(), environ);
+  posix_spawn_file_actions_destroy(&actions);
+  return spawned == 0 ? pid : -1;
+}
+
+// Waits for a child; its exit status, 128 + signal when killed.
+int WaitForExit(pid_t pid) {
+  int status = 0;
+  ::waitpid(pid, &status, 0);
+  return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+}
+
+}  // namespace
+
 LTempHome::LTempHome() {
-  std::string pattern = std::filesystem::temp_directory_path().string() + "/kontavo-test-XXXXXX";
-  std::vector<char> buffer(pattern.begin(), pattern.end());
-  buffer.push_back('\0');
-  if (::mkdtemp(buffer.data()) == nullptr) throw std::runtime_error("mkdtemp failed");
-  path_ = buffer.data();
+  path_ = std::filesystem::temp_directory_path().string() + "/kontavo-test-XXXXXX";
+  if (::mkdtemp(path_.data()) == nullptr) throw std::runtime_error("mkdtemp failed");
   if (const char* previous = std::getenv("KONTAVO_HOME")) {
     previous_ = previous;
     hadPrevious_ = true;
@@ -45,18 +65,12 @@ LRunResult LRunProgram(const std::string& program, const std::vector<std::string
   posix_spawn_file_actions_adddup2(&actions, inPipe[0], 0);
   posix_spawn_file_actions_adddup2(&actions, outPipe[1], 1);
   posix_spawn_file_actions_adddup2(&actions, errPipe[1], 2);
-  std::vector<char*> argv;
-  argv.push_back(const_cast<char*>(program.c_str()));
-  for (const auto& arg : args) argv.push_back(const_cast<char*>(arg.c_str()));
-  argv.push_back(nullptr);
-  pid_t pid = -1;
-  int spawned = ::posix_spawn(&pid, program.c_str(), &actions, nullptr, argv.data(), environ);
-  posix_spawn_file_actions_destroy(&actions);
+  pid_t pid = Spawn(program, args, actions);
   ::close(inPipe[0]);
   ::close(outPipe[1]);
   ::close(errPipe[1]);
   LRunResult result;
-  if (spawned != 0) {
+  if (pid < 0) {
     ::close(inPipe[1]);
     ::close(outPipe[0]);
     ::close(errPipe[0]);
@@ -96,9 +110,7 @@ LRunResult LRunProgram(const std::string& program, const std::vector<std::string
   if (inPipe[1] >= 0) ::close(inPipe[1]);
   ::close(outPipe[0]);
   ::close(errPipe[0]);
-  int status = 0;
-  ::waitpid(pid, &status, 0);
-  result.exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+  result.exitCode = WaitForExit(pid);
   return result;
 }
 
@@ -136,13 +148,7 @@ LChildProcess::LChildProcess(const std::string& program, const std::vector<std::
   posix_spawn_file_actions_t actions;
   posix_spawn_file_actions_init(&actions);
   posix_spawn_file_actions_adddup2(&actions, outPipe[1], 1);
-  std::vector<char*> argv;
-  argv.push_back(const_cast<char*>(program.c_str()));
-  for (const auto& arg : args) argv.push_back(const_cast<char*>(arg.c_str()));
-  argv.push_back(nullptr);
-  pid_t pid = -1;
-  if (::posix_spawn(&pid, program.c_str(), &actions, nullptr, argv.data(), environ) == 0) pid_ = pid;
-  posix_spawn_file_actions_destroy(&actions);
+  pid_ = Spawn(program, args, actions);
   ::close(outPipe[1]);
   outFd_ = outPipe[0];
 }
@@ -166,9 +172,6 @@ std::string LChildProcess::ReadLine() {
 }
 
 int LChildProcess::Wait() {
-  if (status_ >= 0 || pid_ <= 0) return status_;
-  int status = 0;
-  ::waitpid(pid_, &status, 0);
-  status_ = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+  if (status_ < 0 && pid_ > 0) status_ = WaitForExit(pid_);
   return status_;
 }

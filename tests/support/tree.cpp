@@ -7,18 +7,11 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <sstream>
 
 #include "llib/gen/file.h"
+#include "tests/support/testhome.h"
 
 namespace {
-
-std::string ReadAll(const std::string& path) {
-  std::ifstream in(path, std::ios::binary);
-  std::ostringstream content;
-  content << in.rdbuf();
-  return content.str();
-}
 
 void Write(const std::string& path, const std::string& content) {
   std::filesystem::create_directories(std::filesystem::path(path).parent_path());
@@ -44,7 +37,7 @@ std::map<std::string, LTreeEntry> LTreeSnapshot(const std::string& root) {
       entry.content = std::filesystem::read_symlink(path, error).string();
     } else if (S_ISREG(st.st_mode)) {
       entry.kind = 'f';
-      entry.content = ReadAll(path);
+      entry.content = LReadFile(path);
       entry.mtimeNs = static_cast<long long>(st.st_mtim.tv_sec) * 1000000000LL + st.st_mtim.tv_nsec;
     }
     tree[path.substr(root.size() + 1)] = entry;

@@ -7,18 +7,8 @@
 
 namespace {
 
-TEST(Base64, KnownVectors) {
-  // RFC 4648, section 10.
-  EXPECT_EQ(LBase64Encode(""), "");
-  EXPECT_EQ(LBase64Encode("f"), "Zg==");
-  EXPECT_EQ(LBase64Encode("fo"), "Zm8=");
-  EXPECT_EQ(LBase64Encode("foo"), "Zm9v");
-  EXPECT_EQ(LBase64Encode("foob"), "Zm9vYg==");
-  EXPECT_EQ(LBase64Encode("fooba"), "Zm9vYmE=");
-  EXPECT_EQ(LBase64Encode("foobar"), "Zm9vYmFy");
-  EXPECT_EQ(LBase64Encode(std::string("\xff\xfe\x00", 3)), "//4A");
-}
-
+// Every length from 0 to 199 (so every padding case) against OpenSSL's encoder, appended after
+// what the output already holds.
 TEST(Base64, AgreesWithOpenSslOnEveryLengthAndAppends) {
   std::mt19937 random(7);
   for (std::size_t size = 0; size < 200; ++size) {

@@ -6,20 +6,22 @@
 #include <fcntl.h>
 
 #include <chrono>
-#include <cstdlib>
 #include <cstring>
 #include <memory>
 #include <set>
 #include <thread>
+#include <utility>
 
 #include "llib/gen/file.h"
 #include "llib/gen/filelock.h"
+#include "tests/support/envscope.h"
 #include "tests/support/testhome.h"
 
 namespace {
 
 using Row = std::vector<std::string>;
 using Rows = std::vector<Row>;
+using Lines = std::vector<std::string>;
 
 // Every column of a row, up to the one past its end.
 Row Columns(std::string_view line) {
@@ -37,9 +39,9 @@ Rows ReadRows(const std::string& path) {
   return rows;
 }
 
-std::vector<std::string> ReadLines(const std::string& path) {
+Lines ReadLines(const std::string& path) {
   LCSVFileReader reader(path, 1000);
-  std::vector<std::string> lines;
+  Lines lines;
   for (; reader.HasRow(); reader.Next()) lines.push_back(reader.GetLine());
   return lines;
 }
@@ -58,65 +60,49 @@ std::string Utf16LeFile(std::u16string_view text) {
 // and editor outputs a case leaves behind can be seen.
 class Csv : public LHomeTest {
  protected:
-  void SetUp() override {
-    tempFolder_ = home_.Path() + "/tmp";
-    LFile::MakeFolder(tempFolder_);
-    if (const char* previous = std::getenv("TMPDIR")) previousTmp_ = previous;
-    ::setenv("TMPDIR", tempFolder_.c_str(), 1);
-  }
-  void TearDown() override {
-    if (previousTmp_.empty()) ::unsetenv("TMPDIR");
-    else ::setenv("TMPDIR", previousTmp_.c_str(), 1);
-  }
   std::string PathOf(const std::string& name) const { return home_.Path() + "/" + name; }
   std::string Write(const std::string& name, const std::string& content) const {
-    std::string path = PathOf(name);
-    LWriteFile(path, content);
-    return path;
+    LWriteFile(PathOf(name), content);
+    return PathOf(name);
   }
   std::vector<std::string> TempFiles() const { return LFile::ListFolder(tempFolder_); }
 
-  std::string tempFolder_;
-  std::string previousTmp_;
+  const std::string tempFolder_ = [this] {
+    LFile::MakeFolder(home_.Path() + "/tmp");
+    return home_.Path() + "/tmp";
+  }();
+  LEnvScope tmpdir_{"TMPDIR", tempFolder_.c_str()};
 };
 
 // ---------------------------------------------------------------------------------------------
 // Row parser
 
-TEST(CsvRow, BlanksAndQuotesOfOneLine) {
-  EXPECT_EQ(Columns(" a , \"b\"\"c\" x, d "), (Row{"a", "b\"c", "d"}));
-  EXPECT_EQ(Columns("\"  kept  \" ,\t\x01next\t\x1f"), (Row{"  kept  ", "next"}));
-  // Bytes of 128 and above are text, not blanks.
-  EXPECT_EQ(Columns("\xC3\xA9\xA0 ,x"), (Row{"\xC3\xA9\xA0", "x"}));
-  // A quote inside an unquoted column is an ordinary byte.
-  EXPECT_EQ(Columns("a\"b,c\""), (Row{"a\"b", "c\""}));
-  // A quote after blanks still opens a quoted column, and its comma is text.
-  EXPECT_EQ(Columns("x,   \"a,b\""), (Row{"x", "a,b"}));
-}
+// Blanks (bytes 1 to 32, never bytes of 128 and above) around values are dropped; a quote
+// opens a quoted column only as its first non-blank byte; an unclosed quote runs to the end of
+// the line; text between a closing quote and the next comma is dropped.
+TEST(CsvRow, ColumnsOfOneLine) {
+  const std::pair<std::string, Row> cases[] = {
+      {" a , \"b\"\"c\" x, d ", {"a", "b\"c", "d"}},
+      {"\"  kept  \" ,\t\x01next\t\x1f", {"  kept  ", "next"}},
+      {"\xC3\xA9\xA0 ,x", {"\xC3\xA9\xA0", "x"}},
+      {"a\"b,c\"", {"a\"b", "c\""}},
+      {"x,   \"a,b\"", {"x", "a,b"}},
+      {"1,\"ha \"\"x, y", {"1", "ha \"x, y"}},
+      {"\"a\"junk\"more,b", {"a", "b"}},
+      {"\"a\" tail", {"a"}},
+      {"\"\"ha\"\" ,z", {"", "z"}},  // an opening quote at once followed by a lone quote
+      {"\"\"\"\"", {"\""}},
+      {",,", {"", ""}},
+      {"", {}},
+      {"   ", {}},
+  };
+  for (const auto& [line, expected] : cases) EXPECT_EQ(Columns(line), expected) << line;
 
-TEST(CsvRow, QuotedColumnEdges) {
-  // No closing quote: the value runs to the end of the line, commas included.
-  EXPECT_EQ(Columns("\"abc, def"), (Row{"abc, def"}));
-  EXPECT_EQ(Columns("1,\"ha \"\"x"), (Row{"1", "ha \"x"}));
-  // Text between the closing quote and the comma is dropped; without a comma, the rest is.
-  EXPECT_EQ(Columns("\"a\"junk\"more,b"), (Row{"a", "b"}));
-  EXPECT_EQ(Columns("\"a\" tail"), (Row{"a"}));
-  // An opening quote at once followed by a lone quote is an empty value.
-  EXPECT_EQ(Columns("\"\"ha\"\" ,z"), (Row{"", "z"}));
-  EXPECT_EQ(Columns("\"\"\"\""), (Row{"\""}));
-  EXPECT_EQ(Columns("\"\",\"\""), (Row{"", ""}));
-}
-
-TEST(CsvRow, EmptyColumnsAndTheEnd) {
-  EXPECT_EQ(Columns(",,"), (Row{"", ""}));
-  EXPECT_EQ(Columns(""), Row{});
-  EXPECT_EQ(Columns("   "), Row{});
+  // A trailing comma and the end of the row read alike: empty, and at the end.
   LCSVReaderRow row("a,");
   EXPECT_FALSE(row.AtEnd());
   EXPECT_EQ(row.GetCol(), "a");
-  // A trailing comma and the end of the row read alike: empty, and at the end.
   EXPECT_TRUE(row.AtEnd());
-  EXPECT_EQ(row.GetCol(), "");
   EXPECT_EQ(row.GetCol(), "");
   EXPECT_TRUE(row.AtEnd());
 }
@@ -124,20 +110,15 @@ TEST(CsvRow, EmptyColumnsAndTheEnd) {
 TEST(CsvRow, FixedBuffersCutAt259Bytes) {
   std::string longValue(300, 'v');
   std::string line = "\"" + longValue + "\",short," + longValue;
-  LCSVReaderRow row(line);
-  LTextBuffer first;
-  row.GetCol(first);
-  EXPECT_EQ(std::string(first), longValue.substr(0, 259));
   std::string whole;
-  LCSVReaderRow again(line);
-  again.GetCol(whole);
+  LCSVReaderRow(line).GetCol(whole);
   EXPECT_EQ(whole, longValue);
 
   LCSVReaderRow cols(line);
   LTextBuffer a, b, c, d;
   std::memset(d, 'x', sizeof d);
   LCSVGetCols(cols, {a, b, c, d});
-  EXPECT_EQ(std::string(a).size(), 259u);
+  EXPECT_EQ(std::string(a), longValue.substr(0, 259));
   EXPECT_STREQ(b, "short");
   EXPECT_EQ(std::string(c).size(), 259u);
   EXPECT_STREQ(d, "");  // beyond the row's end
@@ -150,18 +131,16 @@ TEST(CsvWriter, QuotesEveryColumnAndBlanksControlBytes) {
   LCSVWriterRow row;
   row.AddCol("a");
   row.AddCol("");
-  row.AddCol("x\ny");
-  EXPECT_EQ(row.GetText(), "\"a\",\"\",\"x y\"");
-  EXPECT_EQ(row.GetColumnCount(), 3);
+  EXPECT_EQ(row.GetColumnCount(), 2);
   row.Clear();
   row.AddCol("b\"c");
-  row.AddCol(std::string("\x01\t\r\x1f \x7f\xC3\xA9", 8));
-  EXPECT_EQ(row.GetText(), "\"b\"\"c\",\"     \x7f\xC3\xA9\"");
+  row.AddCol(std::string("\x01\t\r\n\x1f \x7f\xC3\xA9", 9));
+  EXPECT_EQ(row.GetText(), "\"b\"\"c\",\"      \x7f\xC3\xA9\"");
   EXPECT_EQ(row.GetColumnCount(), 2);
 }
 
-// Every short text over the bytes that matter to the format survives a write and a read,
-// with its bytes 1 to 32 turned into blanks.
+// Every text of up to four bytes over the bytes that matter to the format survives a write and
+// a read, with its bytes 1 to 32 turned into blanks.
 TEST(CsvWriter, EveryShortColumnReadsBackAsWritten) {
   const std::string alphabet = "\",\n a\t";
   std::vector<std::string> texts{""};
@@ -174,17 +153,11 @@ TEST(CsvWriter, EveryShortColumnReadsBackAsWritten) {
   ASSERT_EQ(texts.size(), 1555u);
   for (const std::string& text : texts) {
     LCSVWriterRow row;
-    row.AddCol(text);
-    row.AddCol(text);
-    row.AddCol("end");
+    for (const std::string& column : {text, text, std::string("end")}) row.AddCol(column);
     std::string expected = text;
     for (char& c : expected)
       if (c == '\n' || c == '\t') c = ' ';
-    LCSVReaderRow read(row.GetText());
-    ASSERT_EQ(read.GetCol(), expected) << row.GetText();
-    ASSERT_EQ(read.GetCol(), expected) << row.GetText();
-    ASSERT_EQ(read.GetCol(), "end") << row.GetText();
-    ASSERT_TRUE(read.AtEnd());
+    ASSERT_EQ(Columns(row.GetText()), (Row{expected, expected, "end"})) << row.GetText();
   }
 }
 
@@ -193,7 +166,6 @@ TEST_F(Csv, WriteRowAppendsQuotedRowsWithCrLf) {
   ASSERT_TRUE(LCSVWriteRow(path, {"a", "", "x\r\ny"}));
   ASSERT_TRUE(LCSVWriteRow(path, {"b\"c"}));
   EXPECT_EQ(LReadFile(path), "\"a\",\"\",\"x  y\"\r\n\"b\"\"c\"\r\n");
-  // A CR LF inside a value comes back as two blanks.
   EXPECT_EQ(ReadRows<LCSVFileReader>(path), (Rows{{"a", "", "x  y"}, {"b\"c"}}));
   EXPECT_FALSE(LCSVWriteRow(PathOf("missing/export.csv"), {"a"}));
 }
@@ -201,65 +173,52 @@ TEST_F(Csv, WriteRowAppendsQuotedRowsWithCrLf) {
 // ---------------------------------------------------------------------------------------------
 // Reader: lines and marks
 
-TEST_F(Csv, LineEndsAndEmptyLines) {
-  std::string path = Write("lines.csv", "\n\r\na\rb\r\n\r\n\nc\n\r\r d\n\"e\"");
-  EXPECT_EQ(ReadLines(path), (std::vector<std::string>{"a", "b", "c", " d", "\"e\""}));
-  LCSVFileReader reader(path, 1000);
-  for (int i = 0; i < 5; ++i) EXPECT_TRUE(reader.HasRow());
-  while (reader.Next()) {
-  }
+// Line ends of every kind, empty lines skipped, and a byte-order mark only at the very start.
+TEST_F(Csv, LinesOfSmallFiles) {
+  const std::pair<std::string, Lines> cases[] = {
+      {"\n\r\na\rb\r\n\r\n\nc\n\r\r d\n\"e\"", {"a", "b", "c", " d", "\"e\""}},
+      {"", {}},
+      {"\r\n\n\r", {}},
+      {"\xEF\xBB\xBF\"a\",\"b\"\n", {"\"a\",\"b\""}},
+      {"x\n\xEF\xBB\xBFy\n", {"x", "\xEF\xBB\xBFy"}},
+      {"\xEF\xBB", {"\xEF\xBB"}},
+      {"\xEF\xBB\xBF", {}},
+      {"\xFF\xFE", {}},
+  };
+  for (const auto& [content, expected] : cases)
+    EXPECT_EQ(ReadLines(Write("small.csv", content)), expected) << content;
+
+  LCSVFileReader reader(PathOf("small.csv"), 1000);
   EXPECT_FALSE(reader.HasRow());
   EXPECT_FALSE(reader.Next());
   EXPECT_EQ(reader.GetLine(), "");
-  EXPECT_EQ(ReadLines(Write("empty.csv", "")), std::vector<std::string>{});
-  EXPECT_EQ(ReadLines(Write("blank.csv", "\r\n\n\r")), std::vector<std::string>{});
 }
 
 TEST_F(Csv, LongLinesAreCutAt8191BytesAndTheirRestDropped) {
   std::string exact(8191, 'e'), over(8192, 'o'), huge(30000, 'h');
   std::string path = Write("long.csv", exact + "\n" + over + "\r\n" + huge + "\rnext\n" + huge);
-  std::vector<std::string> lines = ReadLines(path);
-  ASSERT_EQ(lines.size(), 5u);
-  EXPECT_EQ(lines[0], exact);
-  EXPECT_EQ(lines[1], over.substr(0, 8191));
-  EXPECT_EQ(lines[2], huge.substr(0, 8191));
-  EXPECT_EQ(lines[3], "next");
-  EXPECT_EQ(lines[4], huge.substr(0, 8191));
+  EXPECT_EQ(ReadLines(path), (Lines{exact, over.substr(0, 8191), huge.substr(0, 8191), "next",
+                                    huge.substr(0, 8191)}));
 }
 
 // Lines that straddle the reader's 8 KB buffer come out whole, whatever their line end.
 TEST_F(Csv, LinesAcrossBufferBoundaries) {
   std::string content;
-  std::vector<std::string> expected;
+  Lines expected;
   const char* ends[] = {"\n", "\r", "\r\n"};
   for (int i = 0; i < 300; ++i) {
-    std::string line = std::to_string(i) + "," + std::string(static_cast<std::size_t>(i * 37 % 701), 'x');
-    content += line + ends[i % 3];
-    expected.push_back(line);
+    expected.push_back(std::to_string(i) + "," + std::string(static_cast<std::size_t>(i * 37 % 701), 'x'));
+    content += expected.back() + ends[i % 3];
   }
   EXPECT_EQ(ReadLines(Write("many.csv", content)), expected);
-}
-
-TEST_F(Csv, ByteOrderMarks) {
-  EXPECT_EQ(ReadRows<LCSVFileReader>(Write("bom.csv", "\xEF\xBB\xBF\"a\",\"b\"\n")),
-            (Rows{{"a", "b"}}));
-  // Only a mark at the very start counts.
-  EXPECT_EQ(ReadLines(Write("later.csv", "x\n\xEF\xBB\xBFy\n")),
-            (std::vector<std::string>{"x", "\xEF\xBB\xBFy"}));
-  EXPECT_EQ(ReadLines(Write("short.csv", "\xEF\xBB")), std::vector<std::string>{"\xEF\xBB"});
-  EXPECT_EQ(ReadLines(Write("onlymark.csv", "\xEF\xBB\xBF")), std::vector<std::string>{});
-  EXPECT_EQ(ReadLines(Write("utf16mark.csv", "\xFF\xFE")), std::vector<std::string>{});
 }
 
 TEST_F(Csv, MissingFileHasNoRowsAndOpenMovesOn) {
   LCSVFileReader reader(PathOf("missing.csv"), 1000);
   EXPECT_FALSE(reader.HasRow());
-  EXPECT_FALSE(reader.Next());
   EXPECT_TRUE(reader.Open(Write("one.csv", "1\n2\n"), 1000));
-  EXPECT_EQ(reader.GetLine(), "1");
   EXPECT_TRUE(reader.Open(Write("two.csv", "3\n"), 1000));
   EXPECT_EQ(reader.GetLine(), "3");
-  EXPECT_FALSE(reader.Next());
   EXPECT_FALSE(reader.Open(PathOf("missing.csv"), 1000));
   EXPECT_FALSE(reader.HasRow());
 }
@@ -279,19 +238,13 @@ TEST_F(Csv, Utf16FileReadsAsItsUtf8Equivalent) {
 
 TEST_F(Csv, Utf16SurrogatesOddBytesAndBlocks) {
   // A pair split by the 2,048-byte block boundary: the high half is the block's last unit.
-  std::u16string text(1023, u'a');
-  text += u"\U0001F600,z\n";
+  std::u16string text = std::u16string(1023, u'a') + u"\U0001F600,z\n";
   std::string bytes = Utf16LeFile(text);
   ASSERT_EQ(static_cast<unsigned char>(bytes[2 + 2046 + 1]), 0xD8u);
   std::string expected = std::string(1023, 'a') + "\xF0\x9F\x98\x80";
   EXPECT_EQ(ReadRows<LCSVFileReader>(Write("split.csv", bytes)), (Rows{{expected, "z"}}));
   // Lone halves become U+FFFD; an odd last byte is dropped.
-  std::u16string lone = u"x";
-  lone += static_cast<char16_t>(0xDC00);
-  lone += u",";
-  lone += static_cast<char16_t>(0xD800);
-  lone += u"y,";
-  lone += static_cast<char16_t>(0xD800);
+  std::u16string lone{u'x', 0xDC00, u',', 0xD800, u'y', u',', 0xD800};
   EXPECT_EQ(ReadRows<LCSVFileReader>(Write("lone.csv", Utf16LeFile(lone) + "Q")),
             (Rows{{"x\xEF\xBF\xBD", "\xEF\xBF\xBDy", "\xEF\xBF\xBD"}}));
 }
@@ -317,32 +270,25 @@ TEST_F(Csv, Utf16CopyLivesInTheTemporaryFolderWhileTheReaderIsOpen) {
   }
   EXPECT_TRUE(TempFiles().empty());
   // Without a temporary folder the file cannot be converted: it reads as having no rows.
-  ::setenv("TMPDIR", PathOf("no-such-folder").c_str(), 1);
+  LEnvScope noTemp("TMPDIR", PathOf("no-such-folder").c_str());
   LCSVFileReader reader;
   EXPECT_FALSE(reader.Open(path, 1000));
   EXPECT_FALSE(reader.HasRow());
 }
 
 TEST_F(Csv, ExcelReaderTabRuleIsDecidedByTheFirstBlock) {
-  std::u16string tabbed = u"a\tb\tc\n";
   std::u16string late = u"\"x\tcomma\",y\n";
   std::u16string filler = std::u16string(1100, u'f') + u"\n";  // pushes `late` past block 1
-  std::string withTab = Write("tab.csv", Utf16LeFile(tabbed + filler + late));
+  std::string withTab = Write("tab.csv", Utf16LeFile(u"a\tb\tc\n" + filler + late));
   EXPECT_EQ(ReadRows<ExcelCSVFileReader>(withTab),
             (Rows{{"a", "b", "c"}, {std::string(1100, 'f')}, {"x,comma", "y"}}));
   EXPECT_EQ(ReadRows<LCSVFileReader>(withTab),
             (Rows{{"a\tb\tc"}, {std::string(1100, 'f')}, {"x\tcomma", "y"}}));
   // No tab in the first block: later tabs stay tabs.
-  std::string lateTab = Write("late.csv", Utf16LeFile(filler + late));
-  EXPECT_EQ(ReadRows<ExcelCSVFileReader>(lateTab),
+  EXPECT_EQ(ReadRows<ExcelCSVFileReader>(Write("late.csv", Utf16LeFile(filler + late))),
             (Rows{{std::string(1100, 'f')}, {"x\tcomma", "y"}}));
   // A tab after a NUL unit does not count.
-  std::u16string afterNul = u"a";
-  afterNul += char16_t{0};
-  afterNul += u"\tb\n";
-  EXPECT_EQ(ReadLines(Write("nul.csv", Utf16LeFile(afterNul))),
-            (std::vector<std::string>{std::string("a\0\tb", 4)}));
-  ExcelCSVFileReader excel(PathOf("nul.csv"), 1000);
+  ExcelCSVFileReader excel(Write("nul.csv", Utf16LeFile(std::u16string(u"a\0\tb\n", 5))), 1000);
   EXPECT_EQ(excel.GetLine(), std::string("a\0\tb", 4));
   // UTF-8 files are never converted, tabs or not.
   EXPECT_EQ(ReadRows<ExcelCSVFileReader>(Write("utf8tab.csv", "a\tb,c\n")), (Rows{{"a\tb", "c"}}));
@@ -351,23 +297,23 @@ TEST_F(Csv, ExcelReaderTabRuleIsDecidedByTheFirstBlock) {
 // ---------------------------------------------------------------------------------------------
 // Editor
 
+// Only accepted rows stay, each ending with LF, over many read blocks; accepting none empties
+// the file; no temporary file is left behind.
 TEST_F(Csv, EditorKeepsAcceptedRowsWithLf) {
-  std::string path = PathOf("day.csv");
-  for (const char* value : {"1", "2", "3", "4"}) ASSERT_TRUE(LCSVWriteRow(path, {value, "x y"}));
+  std::string path = PathOf("big.csv");
+  std::string expected, content;
+  for (int i = 0; i < 3000; ++i) {
+    std::string line = "\"" + std::to_string(i) + "\",\"" + std::string(40, 'p') + "\"";
+    content += line + "\r\n";
+    if (i % 3 != 0) expected += line + "\n";
+  }
+  LWriteFile(path, content);
   {
     LCSVFileEditor editor(path, 1000);
-    for (; editor.HasRow(); editor.Next()) editor.RowAccept();
+    for (int i = 0; editor.HasRow(); editor.Next(), ++i)
+      if (i % 3 != 0) editor.RowAccept();
   }
-  EXPECT_EQ(LReadFile(path), "\"1\",\"x y\"\n\"2\",\"x y\"\n\"3\",\"x y\"\n\"4\",\"x y\"\n");
-  {
-    LCSVFileEditor editor(path, 1000);
-    for (; editor.HasRow(); editor.Next()) {
-      LCSVReaderRow row(editor.GetLine());
-      int value = std::stoi(row.GetCol());
-      if (value % 2 == 0) editor.RowAccept();
-    }
-  }
-  EXPECT_EQ(ReadRows<LCSVFileReader>(path), (Rows{{"2", "x y"}, {"4", "x y"}}));
+  EXPECT_EQ(LReadFile(path), expected);
   { LCSVFileEditor editor(path, 1000); }
   EXPECT_EQ(LReadFile(path), "");
   EXPECT_TRUE(TempFiles().empty());
@@ -391,7 +337,7 @@ TEST_F(Csv, EditorCreatesAMissingFileAndLooksForNoMark) {
 
 TEST_F(Csv, EditorWithoutTemporaryOutputEmptiesTheFile) {
   std::string path = Write("day.csv", "\"1\"\r\n\"2\"\r\n");
-  ::setenv("TMPDIR", PathOf("no-such-folder").c_str(), 1);
+  LEnvScope noTemp("TMPDIR", PathOf("no-such-folder").c_str());
   {
     LCSVFileEditor editor(path, 1000);
     EXPECT_EQ(editor.GetLine(), "\"1\"");
@@ -400,48 +346,28 @@ TEST_F(Csv, EditorWithoutTemporaryOutputEmptiesTheFile) {
   EXPECT_EQ(LReadFile(path), "");
 }
 
-TEST_F(Csv, EditorOverManyBlocks) {
-  std::string path = PathOf("big.csv");
-  std::string expected;
-  std::string content;
-  for (int i = 0; i < 3000; ++i) {
-    std::string line = "\"" + std::to_string(i) + "\",\"" + std::string(40, 'p') + "\"";
-    content += line + "\r\n";
-    if (i % 3 != 0) expected += line + "\n";
-  }
-  LWriteFile(path, content);
-  {
-    LCSVFileEditor editor(path, 1000);
-    for (int i = 0; editor.HasRow(); editor.Next(), ++i)
-      if (i % 3 != 0) editor.RowAccept();
-  }
-  EXPECT_EQ(LReadFile(path), expected);
-}
-
 // ---------------------------------------------------------------------------------------------
 // Locks
 
-// An append waits for the lock another holder has, and goes on as soon as it is released.
+// An append waits for the lock a reader or an editor holds, and goes on as soon as it is
+// released.
 TEST_F(Csv, AppendWaitsForReadersAndEditors) {
   std::string path = Write("shared.csv", "\"old\"\r\n");
   using Clock = std::chrono::steady_clock;
   for (int holder = 0; holder < 2; ++holder) {
-    Clock::time_point released;
-    {
-      std::unique_ptr<LCSVFileReader> reader;
-      std::unique_ptr<LCSVFileEditor> editor;
-      if (holder == 0) reader = std::make_unique<LCSVFileReader>(path, 1000);
-      else editor = std::make_unique<LCSVFileEditor>(path, 1000);
-      std::string before = LReadFile(path);
-      std::thread appender([&] { EXPECT_TRUE(LCSVWriteRow(path, {"new"})); });
-      LSleepMs(400);
-      EXPECT_EQ(LReadFile(path), before) << "holder " << holder;
-      for (; editor && editor->HasRow(); editor->Next()) editor->RowAccept();
-      reader.reset();
-      editor.reset();
-      released = Clock::now();
-      appender.join();
-    }
+    std::unique_ptr<LCSVFileReader> reader;
+    std::unique_ptr<LCSVFileEditor> editor;
+    if (holder == 0) reader = std::make_unique<LCSVFileReader>(path, 1000);
+    else editor = std::make_unique<LCSVFileEditor>(path, 1000);
+    std::string before = LReadFile(path);
+    std::thread appender([&] { EXPECT_TRUE(LCSVWriteRow(path, {"new"})); });
+    LSleepMs(400);
+    EXPECT_EQ(LReadFile(path), before) << "holder " << holder;
+    for (; editor && editor->HasRow(); editor->Next()) editor->RowAccept();
+    reader.reset();
+    editor.reset();
+    Clock::time_point released = Clock::now();
+    appender.join();
     EXPECT_LT(Clock::now() - released, std::chrono::milliseconds(2000));
   }
   // The editor's rewrite (LF ends) came before the append (CR LF) that waited for it.
@@ -465,24 +391,20 @@ TEST_F(Csv, ConcurrentAppendsFromSeveralProcessesNeverTearARow) {
   std::string path = PathOf("export.csv");
   std::vector<std::thread> runners;
   std::vector<LRunResult> results(nProcesses);
-  for (int p = 0; p < nProcesses; ++p) {
+  for (int p = 0; p < nProcesses; ++p)
     runners.emplace_back([&, p] {
       results[p] = LRunProgram(KONTAVO_PROGRAM_csvappender,
                                {path, "p" + std::to_string(p), std::to_string(nRows),
                                 std::to_string(payloadBytes)});
     });
-  }
   for (auto& runner : runners) runner.join();
   for (const auto& result : results) ASSERT_EQ(result.exitCode, 0) << result.err;
 
   std::set<std::string> seen;
-  LCSVFileReader reader(path, 1000);
-  for (; reader.HasRow(); reader.Next()) {
-    Row row = Columns(reader.GetLine());
-    ASSERT_EQ(row.size(), 4u) << reader.GetLine().substr(0, 80);
-    std::string unit = row[0] + "-" + row[1] + ";";
+  for (const Row& row : ReadRows<LCSVFileReader>(path)) {
+    ASSERT_EQ(row.size(), 4u);
     std::string payload;
-    while (payload.size() < payloadBytes) payload += unit;
+    while (payload.size() < payloadBytes) payload += row[0] + "-" + row[1] + ";";
     payload.resize(payloadBytes);
     ASSERT_EQ(row[2], payload);
     ASSERT_EQ(row[3], row[0] + ":" + row[1]);
@@ -495,12 +417,7 @@ TEST_F(Csv, ConcurrentAppendsFromSeveralProcessesNeverTearARow) {
 // Files from public CSV test suites. Where a suite expects a quoted line break to stay inside
 // its value, here every line is a row: an unclosed quote runs to the end of its line.
 
-struct SampleFile {
-  const char* name;
-  Rows rows;
-};
-
-const SampleFile kSamples[] = {
+const std::pair<const char*, Rows> kSamples[] = {
     {"csvspectrum_escaped_quotes.csv", {{"a", "b"}, {"1", "ha \"ha\" ha"}, {"3", "4"}}},
     {"csvspectrum_quotes_and_newlines.csv",
      {{"a", "b"}, {"1", "ha "}, {""}, {"ha\""}, {"3", "4"}}},
@@ -530,11 +447,11 @@ const SampleFile kSamples[] = {
 };
 
 TEST(CsvSamples, EverySuiteFileGivesOurRows) {
-  for (const SampleFile& sample : kSamples) {
-    std::string path = LSharedDataPath(std::string("csv/") + sample.name);
+  for (const auto& [name, rows] : kSamples) {
+    std::string path = LSharedDataPath(std::string("csv/") + name);
     ASSERT_TRUE(LFile::Exists(path)) << path;
-    EXPECT_EQ(ReadRows<LCSVFileReader>(path), sample.rows) << sample.name;
-    EXPECT_EQ(ReadRows<ExcelCSVFileReader>(path), sample.rows) << sample.name;
+    EXPECT_EQ(ReadRows<LCSVFileReader>(path), rows) << name;
+    EXPECT_EQ(ReadRows<ExcelCSVFileReader>(path), rows) << name;
   }
 }
 
@@ -542,14 +459,9 @@ TEST(CsvSamples, RealWorldExportWithQuotedThousands) {
   std::string path = LSharedDataPath("csv/csvkit_FY09_EDU_Recipients_by_State.csv");
   for (const Rows& rows : {ReadRows<LCSVFileReader>(path), ReadRows<ExcelCSVFileReader>(path)}) {
     ASSERT_EQ(rows.size(), 54u);
-    EXPECT_EQ(rows[0],
-              (Row{"State Name", "State Abbreviate", "Code", "Montgomery GI Bill-Active Duty",
-                   "Montgomery GI Bill- Selective Reserve", "Dependents' Educational Assistance",
-                   "Reserve Educational Assistance Program",
-                   "Post-Vietnam Era Veteran's Educational Assistance Program", "TOTAL"}));
+    EXPECT_EQ(rows[0][7], "Post-Vietnam Era Veteran's Educational Assistance Program");
     EXPECT_EQ(rows[1],
               (Row{"ALABAMA", "AL", "01", "6,718", "1,728", "2,703", "1,269", "8", "12,426"}));
-    EXPECT_EQ(rows[2], (Row{"ALASKA", "AK", "02", "776", "154", "166", "60", "2", "1,158"}));
     EXPECT_EQ(rows[52], (Row{"PUERTO RICO", "PR", "72", "822", "1,107", "1,565", "927", "3", "4,424"}));
     EXPECT_EQ(rows[53], Row(9, ""));
     for (const Row& row : rows) EXPECT_EQ(row.size(), 9u) << row[0];

