@@ -1,7 +1,7 @@
 // The import ofx and expr commands through the real kontavo binary, on the shared sample
 // statements: their text and JSON output, their exit statuses and their messages on stderr.
-// The solver's own readings are proved by the template report form tests; these prove the
-// command's output, units and messages.
+// The solver's own readings and the locale's decimal symbol are proved by the template report
+// form tests; these prove the command's output, units and messages.
 #include <gtest/gtest.h>
 
 #include <nlohmann/json.hpp>
@@ -122,13 +122,6 @@ TEST_F(ImportExprCliTest, ExprWithFieldsPrintsTheAmountInCurrencyUnits) {
   // Fields are whole cents; a name needs its value.
   LExpectUsageErrors({{"expr"}, {"expr", "A", "A"}, {"expr", "A", "=5"}, {"expr", "A", "A=1.5"}, {"expr", "A", "A=x"},
                       {"expr", "1", "--bogus"}});
-}
-
-TEST_F(ImportExprCliTest, ExprReadsTheLocaleDecimalSymbol) {
-  LEnvScope french("LANG", "fr_FR.UTF-8");
-  EXPECT_EQ(LExpectSuccess({"expr", "1,5*2"}), "3\n");
-  LExpectRefused({"expr", "1.5*2"}, "Symboles ou lettres non pris en charge présents dans l'expression.");
-  EXPECT_EQ(LExpectSuccess({"--json", "expr", "Prix*2+0,25", "Prix=150"}), "{\"amount\":325}\n");
 }
 
 }  // namespace
