@@ -83,8 +83,9 @@ TEST_F(BackupCliTest, RefusedOrCancelledBackupsStillResetTheReminder) {
   LUserSettingSetString("Setting", "LastBackup", "1000");
   LExpectRefused({"backup", home_.Path() + "/nowhere"}, kNoWriteAccess);
   EXPECT_GT(LastBackup(), 1000);
-  LExpectRefused({"backup", home_.SharedFolder() + "/Misc"},
-                 "Le dossier de destination se trouve dans les données à sauvegarder. Veuillez choisir un autre dossier.");
+  LExpectRefused(
+      {"backup", home_.SharedFolder() + "/Misc"},
+      "Le dossier de destination se trouve dans les données à sauvegarder. Veuillez choisir un autre dossier.");
   LExpectUsageErrors({{"backup"}, {"backup", drive_, drive_}});
 
   // Asked to stop before the first file, the backup is cancelled.
@@ -118,7 +119,8 @@ TEST_F(BackupCliTest, RestoreAsksFirstAndTakesOnlyABackup) {
                  "sauvegarde. Voulez-vous vraiment restaurer les données ?");
   for (const std::string& notABackup :
        {drive_, home_.Path() + "/nowhere", home_.SharedFolder(), home_.SharedFolder() + "/MultiBus/1"})
-    LExpectRefused({"--yes", "restore", notABackup}, "Échec de la restauration. Souhaitez-vous choisir un autre dossier ?");
+    LExpectRefused({"--yes", "restore", notABackup},
+                   "Échec de la restauration. Souhaitez-vous choisir un autre dossier ?");
   LExpectUsageErrors({{"restore"}});
   EXPECT_TREES_EQ(LTreeSnapshot(home_.SharedFolder()), now);
 }

@@ -41,7 +41,8 @@ TEST_F(ImportExprCliTest, ImportPrintsAccountPeriodBalanceThenLinesInListOrder) 
             "03/01/2011 THROUGH 03/31/2011 ANNUAL PERCENTAGE YIELD EARNED IS 0.05%\n");
 
   // Windows-1252 names are not UTF-8: the JSON document stays valid.
-  std::string latin = LExpectSuccess({"--json", "import", "ofx", Sample("ledgerautosync_accented_characters_latin1.ofx")});
+  std::string latin =
+      LExpectSuccess({"--json", "import", "ofx", Sample("ledgerautosync_accented_characters_latin1.ofx")});
   EXPECT_TRUE(nlohmann::json::accept(latin)) << latin;
 }
 
@@ -91,15 +92,19 @@ TEST_F(ImportExprCliTest, ImportFilesThatCannotBeReadShowOnlyTheirMessage) {
   EXPECT_EQ(document["balance"], 0);
   EXPECT_TRUE(document["lines"].empty());
 
-  LExpectUsageErrors({{"import"}, {"import", "ofx"}, {"import", "csv", Sample("ofxparse_checking.ofx")},
-                      {"import", "ofx", "a.ofx", "b.ofx"}, {"import", "ofx", Sample("ofxparse_checking.ofx"), "--bogus"}});
+  LExpectUsageErrors({{"import"},
+                      {"import", "ofx"},
+                      {"import", "csv", Sample("ofxparse_checking.ofx")},
+                      {"import", "ofx", "a.ofx", "b.ofx"},
+                      {"import", "ofx", Sample("ofxparse_checking.ofx"), "--bogus"}});
   EXPECT_NE(LExpectSuccess({"help", "import"}).find("kontavo import ofx FILE"), std::string::npos);
 }
 
 // ---- expr ---------------------------------------------------------------------------------------
 
 TEST_F(ImportExprCliTest, ExprPrintsTheSolverResultOrItsTextWithExitOne) {
-  const std::pair<const char*, const char*> results[] = {{"(1+2)*3", "9\n"}, {"7/2", "3.5\n"}, {"0.1+0.2", "0.3\n"}, {"-0", "0\n"}};
+  const std::pair<const char*, const char*> results[] = {
+      {"(1+2)*3", "9\n"}, {"7/2", "3.5\n"}, {"0.1+0.2", "0.3\n"}, {"-0", "0\n"}};
   for (const auto& [expression, out] : results) EXPECT_EQ(LExpectSuccess({"expr", expression}), out) << expression;
   EXPECT_EQ(LExpectSuccess({"--json", "expr", "7/2"}), "{\"result\":3.5}\n");
   EXPECT_EQ(LExpectSuccess({"expr", "--", "--1"}), "1\n");  // after "--" every word is an expression

@@ -13,7 +13,8 @@
 
 namespace {
 
-const std::string kAccountExists = "Un compte avec ce numéro existe déjà. Veuillez sélectionner un autre numéro de compte.";
+const std::string kAccountExists =
+    "Un compte avec ce numéro existe déjà. Veuillez sélectionner un autre numéro de compte.";
 
 class LedgerCliTest : public LHomeTest {
  protected:
@@ -56,13 +57,15 @@ TEST_F(LedgerCliTest, AccountAddRefusesInOrderWithTheDialogsWords) {
   LExpectUsageErrors({{"account", "add", "5000", "--name", "X", "--type", "savings"}});
   EXPECT_FALSE(Exists("/Accounts/1600.dat"));
 
-  LExpectSuccess({"account", "add", "0123", "--name", "Caisse 2", "--type", "asset", "--cash", "--header", "--linked", "1"});
+  LExpectSuccess(
+      {"account", "add", "0123", "--name", "Caisse 2", "--type", "asset", "--cash", "--header", "--linked", "1"});
   EXPECT_EQ(LStoredField("Accounts", "0123", "Cash"), "0");  // never on a heading
   EXPECT_EQ(LStoredField("Accounts", "0123", "Classification"), "0");
   EXPECT_EQ(LStoredField("Misc", "Options", "DefAccount1Number"), "0123");
   LExpectSuccess({"account", "add", "4920", "--name", "Autres", "--type", "income", "--subclass", "1"});
   EXPECT_EQ(LStoredField("Accounts", "4920", "SubClass"), "1");
-  LExpectSuccess({"account", "add", "2160", "--name", "Emprunt", "--type", "liability", "--class", "3", "--opening", "500.00"});
+  LExpectSuccess(
+      {"account", "add", "2160", "--name", "Emprunt", "--type", "liability", "--class", "3", "--opening", "500.00"});
   EXPECT_EQ(LStoredField("Accounts", "2160", "OpeningBalance"), "-50000");
   EXPECT_EQ(LStoredField("Accounts", "3999", "OpeningBalance"), "50000");
   EXPECT_EQ(LStoredField("Accounts", "2160", "Classification"), "3");
@@ -110,7 +113,8 @@ TEST_F(LedgerCliTest, RenumberingRewritesTheLedgerTheSlotsAndTheReconciliationFi
                  "Le nombre de chiffres doit être égal à 4. Ajoutez des zéros si nécessaire. Le nombre de chiffres "
                  "d'un compte est précisé dans les options de la société.");
   LExpectRefused({"account", "edit", "1110", "--name", ""}, "Vous devez entrer un nom pour le compte.");
-  LExpectRefused({"account", "edit", "1110", "--number", "1111"}, "Voulez-vous vraiment modifier le numéro de compte ?");
+  LExpectRefused({"account", "edit", "1110", "--number", "1111"},
+                 "Voulez-vous vraiment modifier le numéro de compte ?");
   LExpectRefused({"account", "edit", "1110", "--number", "1120", "--yes"}, kAccountExists);
   LExpectRefused({"account", "edit", "7777"}, "Le compte 7777 n'existe pas dans le plan comptable.");
 
@@ -173,17 +177,20 @@ TEST_F(LedgerCliTest, JournalEntriesCheckNumberAndPost) {
 
   // Re-saving unchanged writes nothing: the rows keep their CR LF (a rewrite would leave LF).
   std::string before = DayFile(day);
-  EXPECT_EQ(LExpectSuccess({"--json", "journal", "edit", day, "GJ10005"}), "{\"reference\":\"GJ10005\",\"written\":false}\n");
+  EXPECT_EQ(LExpectSuccess({"--json", "journal", "edit", day, "GJ10005"}),
+            "{\"reference\":\"GJ10005\",\"written\":false}\n");
   EXPECT_EQ(DayFile(day), before);
   // Only the description changed: the whole transaction is taken out and posted again.
   LExpectSuccess({"journal", "edit", day, "GJ10005", "--desc", "Loyer de mai"});
-  EXPECT_EQ(LExpectSuccess({"ledger", "--account", "6410"}), day + "\tGJ10005\tGeneral\t6410\tLoyer de mai\t100.00\t\n");
+  EXPECT_EQ(LExpectSuccess({"ledger", "--account", "6410"}),
+            day + "\tGJ10005\tGeneral\t6410\tLoyer de mai\t100.00\t\n");
   EXPECT_EQ(LStoredField("Accounts", "6410", "TotalBalance"), "10000");
   // Moving it to another day and amount.
   LExpectSuccess({"journal", "edit", day, "GJ10005", "--date", DaysAgo(40), "dr:6410:70", "cr:1110:70"});
   EXPECT_EQ(LExpectSuccess({"ledger", "--account", "6410", "--from", day}), "");
   EXPECT_EQ(LStoredField("Accounts", "6410", "TotalBalance"), "7000");
-  LExpectRefused({"journal", "edit", day, "GJ10005"}, "La transaction GJ10005 du " + day + " n'existe pas dans le grand livre.");
+  LExpectRefused({"journal", "edit", day, "GJ10005"},
+                 "La transaction GJ10005 du " + day + " n'existe pas dans le grand livre.");
   ExpectCheckClean();
 }
 
@@ -214,7 +221,8 @@ TEST_F(LedgerCliTest, TransfersRefuseInOrderAndPostDestinationFirst) {
   };
   LExpectRefused(transfer("Rien", "1120", "5"), "Vous devez sélectionner un compte duquel transférer.");
   LExpectRefused(transfer("1110", "", "5"), "Vous devez sélectionner un compte vers lequel transférer.");
-  LExpectRefused(transfer("Compte-chèque", "1110", "5"), "Les comptes de départ et d'arrivée ne peuvent pas êtres les mêmes.");
+  LExpectRefused(transfer("Compte-chèque", "1110", "5"),
+                 "Les comptes de départ et d'arrivée ne peuvent pas êtres les mêmes.");
   LExpectRefused(transfer("1110", "1120", "0"), "Vous devez transférer un montant positif.");
   LExpectRefused(transfer("1110", "1120", "5", {"--date", DaysAgo(-1)}),
                  "Vous ne pouvez pas planifier un transfert avec une date future");
@@ -262,7 +270,8 @@ TEST_F(LedgerCliTest, BillsAndBillPaymentsPostAndDeleteThroughTheirDocuments) {
   EXPECT_EQ(LStoredField("BillPayments", "1", "JournalTxnRef"), "PMT10000");
   EXPECT_EQ(LStoredField("Accounts", "2210", "TotalBalance"), "-6000");
   EXPECT_EQ(LStoredField("Accounts", "1110", "TotalBalance"), "-12000");
-  EXPECT_EQ(LExpectSuccess({"ledger", "--account", "1110"}), day + "\tPMT10000\tPaiements\t1110\tPaiements; Dupont\t-120.00\t1\n");
+  EXPECT_EQ(LExpectSuccess({"ledger", "--account", "1110"}),
+            day + "\tPMT10000\tPaiements\t1110\tPaiements; Dupont\t-120.00\t1\n");
 
   // Deleting from the ledger deletes the documents.
   LExpectSuccess({"ledger", "delete", day, "PMT10000"});
@@ -270,7 +279,8 @@ TEST_F(LedgerCliTest, BillsAndBillPaymentsPostAndDeleteThroughTheirDocuments) {
   LExpectSuccess({"ledger", "delete", day, "PRC10000"});
   EXPECT_FALSE(Exists("/Bills/PRC10000.dat"));
   EXPECT_EQ(LStoredField("Accounts", "2390", "TotalBalance"), "0");
-  LExpectRefused({"ledger", "delete", day, "PRC10000"}, "La transaction PRC10000 du " + day + " n'existe pas dans le grand livre.");
+  LExpectRefused({"ledger", "delete", day, "PRC10000"},
+                 "La transaction PRC10000 du " + day + " n'existe pas dans le grand livre.");
   ExpectCheckClean();
 
   // Without linked accounts no purchase is posted.

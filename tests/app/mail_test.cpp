@@ -56,8 +56,9 @@ TEST_F(MailCommand, SendGoesThroughTheConfiguredServer) {
   EXPECT_EQ(server.Part(1, 1), std::string("%PDF\0binaire", 12));
   EXPECT_EQ(server.Part(1, 2), "<p>Bonjour</p>");
 
-  EXPECT_EQ(LRunKontavoJson({"mail", "send", "--to", "client@exemple.fr", "--body", "court", "--html-file", html})["sent"],
-            true);
+  EXPECT_EQ(
+      LRunKontavoJson({"mail", "send", "--to", "client@exemple.fr", "--body", "court", "--html-file", html})["sent"],
+      true);
   EXPECT_EQ(server.Message(2)["multipart"], "multipart/alternative");
 }
 

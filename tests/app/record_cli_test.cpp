@@ -11,7 +11,8 @@ TEST_F(RecordCliTest, NewGetSetUnsetRenameDelete) {
   EXPECT_EQ(LExpectSuccess({"record", "new", "Customers", "Name=Dupont & fils", "City=Lyon"}), "1\n");
   EXPECT_EQ(LExpectSuccess({"record", "new", "Customers"}), "2\n");
   EXPECT_EQ(LExpectSuccess({"record", "get", "Customers", "1"}), "Name=Dupont & fils\nCity=Lyon\n");
-  EXPECT_EQ(LExpectSuccess({"--json", "record", "get", "Customers", "1"}), "{\"Name\":\"Dupont & fils\",\"City\":\"Lyon\"}\n");
+  EXPECT_EQ(LExpectSuccess({"--json", "record", "get", "Customers", "1"}),
+            "{\"Name\":\"Dupont & fils\",\"City\":\"Lyon\"}\n");
 
   LExpectSuccess({"record", "set", "Customers", "1", "City=Paris", "Zip=75001"});
   LExpectSuccess({"record", "unset", "Customers", "1", "Name"});

@@ -70,14 +70,16 @@ TEST_F(TerminalCliTest, WizardAsksEveryPageAndAsksARefusedPageAgain) {
       "o\n";                    // services by the hour
   LRunResult run = RunOnTerminal({"business", "add"}, typed);
   ASSERT_EQ(run.exitCode, 0) << run.out;
-  for (const char* shown : {"Pays (code à deux lettres)", "Veuillez entrer le nom de l'entreprise.",
-                            "Fin de l'exercice (MM-JJ) [12-31] : ", "Veuillez entrer un solde initial pour le compte-chèque."})
+  for (const char* shown :
+       {"Pays (code à deux lettres)", "Veuillez entrer le nom de l'entreprise.",
+        "Fin de l'exercice (MM-JJ) [12-31] : ", "Veuillez entrer un solde initial pour le compte-chèque."})
     EXPECT_NE(run.out.find(shown), std::string::npos) << shown << "\n" << run.out;
   const std::tuple<const char*, const char*, const char*> written[] = {
       {"Company", "Name", "Atelier"},      {"Company", "Address", "12 rue Haute"},
       {"Company", "ManualCreateAccounts", "1"}, {"Options", "CurrencyName", "Livre"},
       {"Options", "CurrencySubunit", "Centime"}, {"Invoice", "QuantityColumnTitle", "Hres"}};
-  for (const auto& [record, field, value] : written) EXPECT_EQ(LStoredField("Misc", record, field, "1"), value) << field;
+  for (const auto& [record, field, value] : written)
+    EXPECT_EQ(LStoredField("Misc", record, field, "1"), value) << field;
 }
 
 TEST_F(TerminalCliTest, WizardLeftAtTheEndOfInputLeavesNoFolder) {

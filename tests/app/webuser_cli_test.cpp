@@ -18,7 +18,8 @@ TEST_F(WebUserCliTest, AddChecksLikeTheAccountDialog) {
   LExpectSuccess({"user", "add", "A@B.fr", "--name", "A", "--viewer", pass}, "abcdef\n");
   LRunResult again = LRunKontavo({"user", "add", "a@b.FR", "--name", "A2", pass}, "abcdef\n");
   EXPECT_EQ(again.exitCode, 1);
-  EXPECT_NE(again.err.find("Cette adresse de courriel est utilisée actuellement par un autre compte."), std::string::npos);
+  EXPECT_NE(again.err.find("Cette adresse de courriel est utilisée actuellement par un autre compte."),
+            std::string::npos);
   EXPECT_EQ(LRunKontavo({"user", "add", "c@b.fr", "--name", "C", "--profile", "Inconnue SA"}).exitCode, 1);
   LExpectUsageErrors({{"user", "add", "c@b.fr", "--name", "C", "--admin", "--viewer"}});
   EXPECT_EQ(LStoredField("WebAccounts", "a@b.fr", "Priviligies"), "3");
@@ -42,7 +43,8 @@ TEST_F(WebUserCliTest, PasswdLiftsALockOutAndDeleteNeedsAnAccount) {
   EXPECT_EQ(LStoredField("WebAccounts", "a@b.fr", "LogonFailures"), "0");
   EXPECT_EQ(LStoredField("WebAccounts", "a@b.fr", "Password"), "nouveau1");
   LExpectSuccess({"user", "delete", "A@B.FR"});
-  LExpectRefused({"user", "delete", "a@b.fr"}, "Cet utilisateur n'existe pas dans le Kontavo - Logiciel de comptabilité Système");
+  LExpectRefused({"user", "delete", "a@b.fr"},
+                 "Cet utilisateur n'existe pas dans le Kontavo - Logiciel de comptabilité Système");
 }
 
 TEST_F(WebUserCliTest, WebSettingsWithoutService) {

@@ -137,8 +137,9 @@ TEST_F(SalesPosting, TaxesItemAccountsAndShipping) {
   content.SetString("ShippingTaxName", "A");
   std::string key = Create(kInvoiceKind, content);
   // A on 16000 = 1600; total 17600.
-  EXPECT_EQ(Posted("2024-05-02", Reference(kInvoiceKind, key)),
-            (Lines{{kTaxCollected, -1600}, {kFreight, -10000}, {kIncome, -5000}, {kFreight, -1000}, {kReceivable, 17600}}));
+  EXPECT_EQ(
+      Posted("2024-05-02", Reference(kInvoiceKind, key)),
+      (Lines{{kTaxCollected, -1600}, {kFreight, -10000}, {kIncome, -5000}, {kFreight, -1000}, {kReceivable, 17600}}));
   EXPECT_EQ(Balance("C1"), 17600);
 }
 
