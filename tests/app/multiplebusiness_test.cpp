@@ -10,11 +10,7 @@
 #include "invoice/shared/profile.h"
 #include "tests/support/testhome.h"
 
-namespace {
-
-class MultipleBusinessTest : public LHomeTest {};
-
-}  // namespace
+using MultipleBusinessTest = LHomeTest;
 
 TEST_F(MultipleBusinessTest, AddRunsTheWizardOnTheNewFolderAndComesBack) {
   LProfile profile;
@@ -24,16 +20,15 @@ TEST_F(MultipleBusinessTest, AddRunsTheWizardOnTheNewFolderAndComesBack) {
   ASSERT_EQ(dialog.GetRows().size(), 1u);
   EXPECT_EQ(dialog.GetSelected(), 0);
 
-  LStartWizardAnswers refused;  // no name
+  LStartWizardAnswers answers;  // no name yet: refused
   LBusinessEntry added;
   std::string message;
-  EXPECT_FALSE(dialog.CmAdd(refused, nullptr, added, message));
+  EXPECT_FALSE(dialog.CmAdd(answers, nullptr, added, message));
   EXPECT_EQ(message, kWizardEmptyNameMessage);
   EXPECT_EQ(profile.GetDatabaseName(), primary);
   EXPECT_FALSE(std::filesystem::exists(home_.SharedFolder() + "/MultiBus/1"));
   EXPECT_EQ(dialog.GetRows().size(), 1u);
 
-  LStartWizardAnswers answers;
   answers.name = "Filiale";
   ASSERT_TRUE(dialog.CmAdd(answers, nullptr, added, message)) << message;
   EXPECT_EQ(added.id, "1");

@@ -3,63 +3,63 @@
 
 #include <regex>
 
-#include "tests/support/testhome.h"
+#include "tests/app/clitest.h"
 
 namespace {
 
 class WebUserCliTest : public LHomeTest {};
 
 TEST_F(WebUserCliTest, AddChecksLikeTheAccountDialog) {
-  EXPECT_EQ(LRunKontavo({"user", "add", "a@b.fr", "--password-stdin"}, "abcdef\n").err,
-            "Veuillez entrer un nom pour l'utilisateur.\n");
-  EXPECT_EQ(LRunKontavo({"user", "add", "a@b", "--name", "A", "--password-stdin"}, "abcdef\n").exitCode, 1);
-  EXPECT_EQ(LRunKontavo({"user", "add", "a@b.fr", "--name", "A", "--password-stdin"}, "abc\n").err,
-            "Veuillez entrer le mot de passe du compte.\nIl doit contenir au moins 6 caractères.\n");
-  EXPECT_EQ(LRunKontavo({"user", "add", "A@B.fr", "--name", "A", "--viewer", "--password-stdin"}, "abcdef\n").exitCode, 0);
-  LRunResult again = LRunKontavo({"user", "add", "a@b.FR", "--name", "A2", "--password-stdin"}, "abcdef\n");
+  const std::string pass = "--password-stdin";
+  LExpectRefused({"user", "add", "a@b.fr", pass}, "Veuillez entrer un nom pour l'utilisateur.", "abcdef\n");
+  EXPECT_EQ(LRunKontavo({"user", "add", "a@b", "--name", "A", pass}, "abcdef\n").exitCode, 1);
+  LExpectRefused({"user", "add", "a@b.fr", "--name", "A", pass},
+                 "Veuillez entrer le mot de passe du compte.\nIl doit contenir au moins 6 caractères.", "abc\n");
+  LExpectSuccess({"user", "add", "A@B.fr", "--name", "A", "--viewer", pass}, "abcdef\n");
+  LRunResult again = LRunKontavo({"user", "add", "a@b.FR", "--name", "A2", pass}, "abcdef\n");
   EXPECT_EQ(again.exitCode, 1);
-  EXPECT_NE(again.err.find("Cette adresse de courriel est utilisée actuellement par un autre compte."), std::string::npos);
+  EXPECT_NE(again.err.find("Cette adresse de courriel est utilisée actuellement par un autre compte."),
+            std::string::npos);
   EXPECT_EQ(LRunKontavo({"user", "add", "c@b.fr", "--name", "C", "--profile", "Inconnue SA"}).exitCode, 1);
-  EXPECT_EQ(LRunKontavo({"user", "add", "c@b.fr", "--name", "C", "--admin", "--viewer"}).exitCode, 2);
-  EXPECT_EQ(LRunKontavo({"record", "get", "WebAccounts", "a@b.fr", "Priviligies"}).out, "3\n");
+  LExpectUsageErrors({{"user", "add", "c@b.fr", "--name", "C", "--admin", "--viewer"}});
+  EXPECT_EQ(LStoredField("WebAccounts", "a@b.fr", "Priviligies"), "3");
 }
 
 TEST_F(WebUserCliTest, GeneratedPasswordsArePrintedAndListsHideThem) {
-  LRunResult added = LRunKontavo({"user", "add", "a@b.fr", "--name", "A"});
+  std::string added = LExpectSuccess({"user", "add", "a@b.fr", "--name", "A"});
   std::smatch match;
-  ASSERT_TRUE(std::regex_search(added.out, match, std::regex("Mot de passe : ([a-z]{8})\n")));
-  EXPECT_EQ(LRunKontavo({"record", "get", "WebAccounts", "a@b.fr", "Password"}).out, match[1].str() + "\n");
-  LRunResult list = LRunKontavo({"--json", "user", "list"});
-  EXPECT_EQ(list.out.find("Password"), std::string::npos);
-  EXPECT_NE(list.out.find("\"ID\":\"a@b.fr\""), std::string::npos);
-  EXPECT_EQ(LRunKontavo({"user", "list"}).out, "a@b.fr\tA\tUtilisateur\tactivé\t\n");
+  ASSERT_TRUE(std::regex_search(added, match, std::regex("Mot de passe : ([a-z]{8})\n")));
+  EXPECT_EQ(LStoredField("WebAccounts", "a@b.fr", "Password"), match[1].str());
+  std::string list = LExpectSuccess({"--json", "user", "list"});
+  EXPECT_EQ(list.find("Password"), std::string::npos);
+  EXPECT_NE(list.find("\"ID\":\"a@b.fr\""), std::string::npos);
+  EXPECT_EQ(LExpectSuccess({"user", "list"}), "a@b.fr\tA\tUtilisateur\tactivé\t\n");
 }
 
 TEST_F(WebUserCliTest, PasswdLiftsALockOutAndDeleteNeedsAnAccount) {
-  ASSERT_EQ(LRunKontavo({"user", "add", "a@b.fr", "--name", "A", "--password-stdin"}, "abcdef\n").exitCode, 0);
-  ASSERT_EQ(LRunKontavo({"record", "set", "WebAccounts", "a@b.fr", "LogonFailures=9", "LogonFailTime=99"}).exitCode, 0);
-  EXPECT_EQ(LRunKontavo({"user", "passwd", "a@b.fr", "--password-stdin"}, "nouveau1\n").exitCode, 0);
-  EXPECT_EQ(LRunKontavo({"record", "get", "WebAccounts", "a@b.fr", "LogonFailures"}).out, "0\n");
-  EXPECT_EQ(LRunKontavo({"record", "get", "WebAccounts", "a@b.fr", "Password"}).out, "nouveau1\n");
-  EXPECT_EQ(LRunKontavo({"user", "delete", "A@B.FR"}).exitCode, 0);
-  LRunResult missing = LRunKontavo({"user", "delete", "a@b.fr"});
-  EXPECT_EQ(missing.exitCode, 1);
-  EXPECT_EQ(missing.err, "Cet utilisateur n'existe pas dans le Kontavo - Logiciel de comptabilité Système\n");
+  LExpectSuccess({"user", "add", "a@b.fr", "--name", "A", "--password-stdin"}, "abcdef\n");
+  LExpectSuccess({"record", "set", "WebAccounts", "a@b.fr", "LogonFailures=9", "LogonFailTime=99"});
+  LExpectSuccess({"user", "passwd", "a@b.fr", "--password-stdin"}, "nouveau1\n");
+  EXPECT_EQ(LStoredField("WebAccounts", "a@b.fr", "LogonFailures"), "0");
+  EXPECT_EQ(LStoredField("WebAccounts", "a@b.fr", "Password"), "nouveau1");
+  LExpectSuccess({"user", "delete", "A@B.FR"});
+  LExpectRefused({"user", "delete", "a@b.fr"},
+                 "Cet utilisateur n'existe pas dans le Kontavo - Logiciel de comptabilité Système");
 }
 
 TEST_F(WebUserCliTest, WebSettingsWithoutService) {
-  LRunResult status = LRunKontavo({"--json", "web", "status"});
-  EXPECT_NE(status.out.find("\"enabled\":false"), std::string::npos);
-  EXPECT_NE(status.out.find("\"port\":1098"), std::string::npos);
-  EXPECT_NE(status.out.find("\"serviceRunning\":false"), std::string::npos);
-  EXPECT_EQ(LRunKontavo({"web", "enable"}).exitCode, 0);
-  EXPECT_EQ(LRunKontavo({"settings", "get", "WebServer", "Enabled"}).out, "1\n");
-  EXPECT_EQ(LRunKontavo({"web", "port", "8080"}).exitCode, 0);
-  EXPECT_EQ(LRunKontavo({"settings", "get", "WebServer", "Port"}).out, "8080\n");
+  std::string status = LExpectSuccess({"--json", "web", "status"});
+  for (const char* part : {"\"enabled\":false", "\"port\":1098", "\"serviceRunning\":false"})
+    EXPECT_NE(status.find(part), std::string::npos) << part;
+  LExpectSuccess({"web", "enable"});
+  EXPECT_EQ(LExpectSuccess({"settings", "get", "WebServer", "Enabled"}), "1\n");
+  LExpectSuccess({"web", "port", "8080"});
+  EXPECT_EQ(LExpectSuccess({"settings", "get", "WebServer", "Port"}), "8080\n");
   EXPECT_EQ(LRunKontavo({"web", "port", "0"}).err, "Numéro de port non valide.\n");
-  EXPECT_EQ(LRunKontavo({"web", "restart"}).exitCode, 2);
-  EXPECT_EQ(LRunKontavo({"settings", "set", "WebServer", "Port", "0"}).exitCode, 0);
-  EXPECT_NE(LRunKontavo({"--json", "web", "status"}).out.find("\"port\":1098"), std::string::npos);
+  LExpectUsageErrors({{"web", "restart"}});
+  // A stored port that cannot be used reads as the default.
+  LExpectSuccess({"settings", "set", "WebServer", "Port", "0"});
+  EXPECT_NE(LExpectSuccess({"--json", "web", "status"}).find("\"port\":1098"), std::string::npos);
 }
 
 }  // namespace

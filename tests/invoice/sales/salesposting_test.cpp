@@ -1,6 +1,7 @@
 // Postings of invoices, credit notes and payments: the lines each writes, the truncations and
 // the balancing line, the accounts found by description and their fallbacks, references kept on
-// edit, deletions from the ledger routed to the documents, and the book check agreeing.
+// edit, deletions from the ledger routed to the documents, and the customer balances and the book
+// check agreeing after any sequence of steps.
 #include <gtest/gtest.h>
 
 #include <random>
@@ -39,9 +40,14 @@ class SalesPosting : public LSalesTestBusiness {
     LSalesTestBusiness::SetUp();
     AddCustomer("C1");
   }
-  Lines Posted(const std::string& date, const std::string& reference) {
+  LLedgerTransaction Loaded(const std::string& date, const std::string& reference) {
     LLedgerTransaction txn;
     EXPECT_TRUE(LLedgerTransactionLoad(Profile(), txn, date, reference));
+    return txn;
+  }
+  // The account and amount of each line of a posting, which must balance.
+  Lines Posted(const std::string& date, const std::string& reference) {
+    LLedgerTransaction txn = Loaded(date, reference);
     EXPECT_EQ(txn.Sum(), 0) << "a posting balances";
     Lines lines;
     for (const auto& line : txn.Lines()) lines.emplace_back(line.account, line.amount);
@@ -75,11 +81,13 @@ class SalesPosting : public LSalesTestBusiness {
     EXPECT_EQ(Process(silent, data), kProcessFinished);
     return data.report;
   }
-  static void Untaxed(LRecord& content, long long unit, double qty) {
+  // A document of customer C1 on date; untaxed with one line of unit when unit is given.
+  static void For(LRecord& content, const std::string& date = "2024-05-02", long long unit = 0) {
     content.SetString("Customer", "C1");
-    content.SetString("Date", "2024-05-02");
+    content.SetString("Date", date);
+    if (unit == 0) return;
     content.SetInt("TaxRate", kDocumentUntaxed);
-    AddLine(content, unit, -1, qty, 0, "", "");
+    AddLine(content, unit, -1, 1, 0, "", "");
   }
 };
 
@@ -87,16 +95,15 @@ TEST_F(SalesPosting, TruncatedLineThenBalancingLineOnTheSameAccount) {
   // 3 × 333 = 999, less 10 %: trunc(-99.9 + 999) = 899; the total 900 leaves 1 to balance.
   LInvoice invoice;
   invoice.SetPrimaryKey("1");
-  invoice.SetString("Customer", "C1");
-  invoice.SetString("Date", "2024-05-02");
+  For(invoice);
   invoice.SetInt("TaxRate", kDocumentUntaxed);
   AddLine(invoice, 333, -1, 3, 10, "", "");
   invoice.SetInt64("Total", 900);
   ASSERT_TRUE(LInvoiceRecordTransactions(Profile(), invoice, "anne", false));
   EXPECT_EQ(invoice.GetString("JournalTxnRef"), "SLS10000");
   EXPECT_EQ(Posted("2024-05-02", "SLS10000"), (Lines{{kIncome, -899}, {kReceivable, 900}, {kIncome, -1}}));
-  LLedgerTransaction txn;
-  ASSERT_TRUE(LLedgerTransactionLoad(Profile(), txn, "2024-05-02", "SLS10000"));
+  LLedgerTransaction txn = Loaded("2024-05-02", "SLS10000");
+  ASSERT_FALSE(txn.Lines().empty());
   EXPECT_EQ(txn.GetType(), "Recettes");
   EXPECT_EQ(txn.Lines().front().description, "Recette; C1");
   EXPECT_EQ(txn.Lines().front().document, "1");
@@ -107,8 +114,7 @@ TEST_F(SalesPosting, UnitPriceDigitsAreNotAppliedToPostings) {
   // 1999 at 3 digits totals 200 but posts trunc(1 × 1999) = 1999; the balance goes back on the
   // same account: the account nets the total.
   LRecord content;
-  content.SetString("Customer", "C1");
-  content.SetString("Date", "2024-05-02");
+  For(content);
   content.SetInt("TaxRate", kDocumentUntaxed);
   AddLine(content, 1999, 3, 1, 0, "", "");
   std::string key = Create(kInvoiceKind, content);
@@ -122,8 +128,7 @@ TEST_F(SalesPosting, TaxesItemAccountsAndShipping) {
   item.SetString("PLAccount", "Frais de port perçus");  // any income account found by description
   item.Flush();
   LRecord content;
-  content.SetString("Customer", "C1");
-  content.SetString("Date", "2024-05-02");
+  For(content);
   AddLine(content, 10000, -1, 1, 0, "2", "");  // tax A 10 %
   content.SetString("Item1Code", "W");
   AddLine(content, 5000, -1, 1, 0, "2", "");
@@ -132,8 +137,9 @@ TEST_F(SalesPosting, TaxesItemAccountsAndShipping) {
   content.SetString("ShippingTaxName", "A");
   std::string key = Create(kInvoiceKind, content);
   // A on 16000 = 1600; total 17600.
-  EXPECT_EQ(Posted("2024-05-02", Reference(kInvoiceKind, key)),
-            (Lines{{kTaxCollected, -1600}, {kFreight, -10000}, {kIncome, -5000}, {kFreight, -1000}, {kReceivable, 17600}}));
+  EXPECT_EQ(
+      Posted("2024-05-02", Reference(kInvoiceKind, key)),
+      (Lines{{kTaxCollected, -1600}, {kFreight, -10000}, {kIncome, -5000}, {kFreight, -1000}, {kReceivable, 17600}}));
   EXPECT_EQ(Balance("C1"), 17600);
 }
 
@@ -148,8 +154,7 @@ TEST_F(SalesPosting, TaxAccountThatNoLongerExistsGoesTo2301) {
   options.Flush();
   LInvoice invoice;
   invoice.SetPrimaryKey("1");
-  invoice.SetString("Customer", "C1");
-  invoice.SetString("Date", "2024-05-02");
+  For(invoice);
   invoice.SetInt64("TaxAmount1", 100);
   invoice.SetInt64("Total", 1100);
   AddLine(invoice, 1000, -1, 1, 0, "2", "");
@@ -160,8 +165,7 @@ TEST_F(SalesPosting, TaxAccountThatNoLongerExistsGoesTo2301) {
 TEST_F(SalesPosting, ZeroTotalWithoutLinesPostsNothing) {
   LInvoice invoice;
   invoice.SetPrimaryKey("1");
-  invoice.SetString("Customer", "C1");
-  invoice.SetString("Date", "2024-05-02");
+  For(invoice);
   EXPECT_TRUE(LInvoiceRecordTransactions(Profile(), invoice, "", false));
   EXPECT_FALSE(LLedgerTransactionTestExists(Profile(), "2024-05-02", invoice.GetString("JournalTxnRef")));
 }
@@ -169,8 +173,7 @@ TEST_F(SalesPosting, ZeroTotalWithoutLinesPostsNothing) {
 TEST_F(SalesPosting, InclusivePricesPostTheLineWithoutItsTax) {
   SetTaxInclusive(true);
   LRecord content;
-  content.SetString("Customer", "C1");
-  content.SetString("Date", "2024-05-02");
+  For(content);
   AddLine(content, 11000, -1, 1, 0, "2", "");  // A 10 % inside: 1000
   AddLine(content, 11500, -1, 1, 0, "5", "");  // AB = A+B by number, inside: 10000 net, 1000 + 500
   std::string key = Create(kInvoiceKind, content);
@@ -185,14 +188,13 @@ TEST_F(SalesPosting, InclusivePricesPostTheLineWithoutItsTax) {
 
 TEST_F(SalesPosting, CreditNotesReverseEverySign) {
   LRecord content;
-  content.SetString("Customer", "C1");
-  content.SetString("Date", "2024-05-03");
+  For(content, "2024-05-03");
   AddLine(content, 2000, -1, 1, 0, "2", "");
   std::string key = Create(kCreditKind, content);
   EXPECT_EQ(Posted("2024-05-03", Reference(kCreditKind, key)),
             (Lines{{kTaxCollected, 200}, {kIncome, 2000}, {kReceivable, -2200}}));
-  LLedgerTransaction txn;
-  ASSERT_TRUE(LLedgerTransactionLoad(Profile(), txn, "2024-05-03", "SLS10000"));
+  LLedgerTransaction txn = Loaded("2024-05-03", "SLS10000");
+  ASSERT_FALSE(txn.Lines().empty());
   EXPECT_EQ(txn.Lines().front().description, "Avoir; C1");
   EXPECT_EQ(Balance("C1"), -2200);
 }
@@ -200,8 +202,7 @@ TEST_F(SalesPosting, CreditNotesReverseEverySign) {
 TEST_F(SalesPosting, PaymentsCreditTheReceivableAndDebitTheDeposit) {
   LRecord payment;
   Profile().MainList(kPaymentsList).OpenAlways(payment, "1");
-  payment.SetString("Customer", "C1");
-  payment.SetString("Date", "2024-05-04");
+  For(payment, "2024-05-04");
   payment.SetInt64("Amount", 5000);
   ASSERT_TRUE(LPaymentRecordTransactions(Profile(), payment, "anne"));
   EXPECT_EQ(payment.GetString("JournalTxnRef"), "REC10000");
@@ -216,13 +217,19 @@ TEST_F(SalesPosting, PaymentsCreditTheReceivableAndDebitTheDeposit) {
   EXPECT_EQ(Balance("C1"), 0);
 }
 
-TEST_F(SalesPosting, EditRepostsUnderTheSameReferenceWithoutANewNumber) {
+// A draft is not posted and takes no number; recording posts it; an edit reposts it under the
+// same reference without a new number.
+TEST_F(SalesPosting, DraftsPostWhenRecordedAndEditsRepostUnderTheSameReference) {
   LRecord content;
-  Untaxed(content, 1000, 1);
-  std::string key = Create(kInvoiceKind, content);
+  For(content, "2024-05-02", 1000);
+  std::string draftKey, key, error;
+  ASSERT_TRUE(LSalesDocumentCreate(Profile(), kInvoiceKind, content, true, {}, draftKey, &error));
+  EXPECT_EQ(SalesCounter(), 10000);
+  EXPECT_FALSE(LLedgerTransactionTestExists(Profile(), "2024-05-02", "SLS10000"));
+  ASSERT_TRUE(LSalesDocumentRecordDraft(Profile(), kInvoiceKind, draftKey, key, &error));
+  EXPECT_EQ(Posted("2024-05-02", "SLS10000"), (Lines{{kIncome, -1000}, {kReceivable, 1000}}));
   EXPECT_EQ(Reference(kInvoiceKind, key), "SLS10000");
   EXPECT_EQ(SalesCounter(), 10001);
-  std::string error;
   ASSERT_TRUE(LSalesDocumentEdit(
       Profile(), kInvoiceKind, key,
       [](LSalesDocument& d) {
@@ -239,23 +246,11 @@ TEST_F(SalesPosting, EditRepostsUnderTheSameReferenceWithoutANewNumber) {
   EXPECT_TRUE(Check().differences.empty());
 }
 
-TEST_F(SalesPosting, DraftsAreNotPostedUntilRecorded) {
-  LRecord content;
-  Untaxed(content, 1000, 1);
-  std::string draftKey, key, error;
-  ASSERT_TRUE(LSalesDocumentCreate(Profile(), kInvoiceKind, content, true, {}, draftKey, &error));
-  EXPECT_EQ(SalesCounter(), 10000);
-  EXPECT_FALSE(LLedgerTransactionTestExists(Profile(), "2024-05-02", "SLS10000"));
-  ASSERT_TRUE(LSalesDocumentRecordDraft(Profile(), kInvoiceKind, draftKey, key, &error));
-  EXPECT_EQ(Posted("2024-05-02", "SLS10000"), (Lines{{kIncome, -1000}, {kReceivable, 1000}}));
-}
-
 TEST_F(SalesPosting, LedgerDeleteOfASalesTransactionDeletesTheDocument) {
-  LRecord invoiceContent;
-  Untaxed(invoiceContent, 1000, 1);
+  LRecord invoiceContent, creditContent;
+  For(invoiceContent, "2024-05-02", 1000);
+  For(creditContent, "2024-05-02", 300);
   std::string invoice = Create(kInvoiceKind, invoiceContent);
-  LRecord creditContent;
-  Untaxed(creditContent, 300, 1);
   std::string credit = Create(kCreditKind, creditContent);
   EXPECT_EQ(Balance("C1"), 700);
   EXPECT_TRUE(LedgerTransactionDelete(Profile(), "2024-05-02", Reference(kCreditKind, credit)));
@@ -275,7 +270,7 @@ TEST_F(SalesPosting, RefusedWhileALinkedAccountIsMissing) {
   options.SetString("DefAccount2Number", "");
   options.Flush();
   LRecord content;
-  Untaxed(content, 1000, 1);
+  For(content, "2024-05-02", 1000);
   std::string key, error;
   EXPECT_FALSE(LSalesDocumentCreate(Profile(), kInvoiceKind, content, true, {}, key, &error));
   EXPECT_EQ(error.rfind("Vous ne pouvez pas créer ni modifier des factures", 0), 0u) << error;
@@ -283,42 +278,57 @@ TEST_F(SalesPosting, RefusedWhileALinkedAccountIsMissing) {
   EXPECT_TRUE(LSalesDocumentCreate(Profile(), kCreditKind, content, true, {}, key, &error)) << error;
 }
 
-// After any sequence the ledger balances, every customer's balance follows its documents, and
-// the book check finds nothing.
-TEST_F(SalesPosting, BookCheckAgreesAfterAnySequence) {
+// Any sequence of new (drafts included), edit (customer, date and lines), record and delete keeps
+// every customer's balance equal to its recorded invoices less its credit notes, every posting
+// balanced, and the book check clean.
+TEST_F(SalesPosting, BalancesAndBookCheckAgreeAfterAnySequence) {
+  const std::vector<std::string> customers = {"C1", "C2", "C3"};
   AddCustomer("C2");
-  std::mt19937 random(7);
+  AddCustomer("C3");
+  std::mt19937 random(20240502);
   auto pick = [&](int n) { return static_cast<int>(random() % static_cast<unsigned>(n)); };
   std::vector<std::pair<const LSalesDocumentKind*, std::string>> documents;
-  for (int step = 0; step < 40; ++step) {
+  for (int step = 0; step < 60; ++step) {
     SCOPED_TRACE(step);
     std::string error;
-    int action = documents.empty() ? 0 : pick(3);
+    int action = documents.empty() ? 0 : pick(4);
     if (action == 0) {
-      const LSalesDocumentKind& kind = pick(3) == 0 ? kCreditKind : kInvoiceKind;
+      const LSalesDocumentKind& kind = pick(4) == 0 ? kCreditKind : kInvoiceKind;
       LRecord content;
-      content.SetString("Customer", pick(2) == 0 ? "C1" : "C2");
+      content.SetString("Customer", customers[pick(3)]);
       content.SetString("Date", "2024-05-0" + std::to_string(1 + pick(9)));
       AddLine(content, 101 * pick(40) - 700, pick(4) - 1, 1 + pick(3), 10, std::to_string(pick(8)), "");
       content.SetInt64("ShippingCosts", 100 * pick(3));
       content.SetString("ShippingTaxName", "B");
-      documents.emplace_back(&kind, Create(kind, content));
-    } else if (action == 1) {
-      auto [kind, key] = documents[pick(static_cast<int>(documents.size()))];
+      std::string key;
+      ASSERT_TRUE(LSalesDocumentCreate(Profile(), kind, content, pick(3) == 0, {}, key, &error)) << error;
+      documents.emplace_back(&kind, key);
+      continue;
+    }
+    int which = pick(static_cast<int>(documents.size()));
+    auto [kind, key] = documents[which];
+    if (action == 1) {
+      std::string customer = customers[pick(3)];
       std::string date = "2024-06-0" + std::to_string(1 + pick(9));
       ASSERT_TRUE(LSalesDocumentEdit(
           Profile(), *kind, key,
           [&](LSalesDocument& d) {
+            d.SetString("Customer", customer);
             d.SetString("Date", date);
             AddLine(d, 333, -1, 3, 10, "2", "");
           },
           &error))
           << error;
-    } else {
-      int which = pick(static_cast<int>(documents.size()));
-      ASSERT_TRUE(LSalesDocumentDelete(Profile(), *documents[which].first, documents[which].second, &error));
+    } else if (action == 2 && key.rfind("DFT", 0) == 0) {
+      std::string newKey;
+      ASSERT_TRUE(LSalesDocumentRecordDraft(Profile(), *kind, key, newKey, &error)) << error;
+      documents[which].second = newKey;
+    } else if (action == 3) {
+      ASSERT_TRUE(LSalesDocumentDelete(Profile(), *kind, key, &error)) << error;
       documents.erase(documents.begin() + which);
     }
+    for (const auto& customer : customers)
+      EXPECT_EQ(Balance(customer), LCustomerBalanceFromDocuments(Profile(), customer)) << customer;
   }
   LCheckReport report = Check();
   for (const auto& d : report.differences) ADD_FAILURE() << d.list << " " << d.key << " " << d.field;
