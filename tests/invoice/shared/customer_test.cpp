@@ -178,34 +178,34 @@ TEST_F(CustomerBalance, DraftsAndOtherKindsLeaveTheBalanceAlone) {
 
 // ---- Derived values -------------------------------------------------------------------------
 
-TEST(InvoiceStatus, ZeroTotalIsNothingDueEvenWhenPaid) {
+TEST_F(CustomerBalance, InvoiceStatusZeroTotalIsNothingDueEvenWhenPaid) {
   LInvoice invoice;
   invoice.SetPrimaryKey("1");
   invoice.SetInt64("AmountPaid", 500);
-  EXPECT_EQ(LInvoiceGetStatus(invoice), kInvoiceNothingDue);
+  EXPECT_EQ(LInvoiceGetStatus(Profile(), invoice), kInvoiceNothingDue);
   invoice.SetInt64("Total", 1000);
-  EXPECT_EQ(LInvoiceGetStatus(invoice), kInvoicePartlyPaid);
+  EXPECT_EQ(LInvoiceGetStatus(Profile(), invoice), kInvoicePartlyPaid);
   invoice.SetInt64("AmountPaid", 1000);
-  EXPECT_EQ(LInvoiceGetStatus(invoice), kInvoicePaid);
+  EXPECT_EQ(LInvoiceGetStatus(Profile(), invoice), kInvoicePaid);
   invoice.SetInt64("AmountPaid", 1200);
-  EXPECT_EQ(LInvoiceGetStatus(invoice), kInvoicePaid);
+  EXPECT_EQ(LInvoiceGetStatus(Profile(), invoice), kInvoicePaid);
   invoice.SetInt64("AmountPaid", 0);
-  EXPECT_EQ(LInvoiceGetStatus(invoice), kInvoiceUnpaid);
+  EXPECT_EQ(LInvoiceGetStatus(Profile(), invoice), kInvoiceUnpaid);
   invoice.SetInt64("AmountPaid", -300);  // a refund: below the total
-  EXPECT_EQ(LInvoiceGetStatus(invoice), kInvoicePartlyPaid);
+  EXPECT_EQ(LInvoiceGetStatus(Profile(), invoice), kInvoicePartlyPaid);
 }
 
-TEST(InvoiceStatus, DraftsAndKeylessRecordsHaveNothingPaid) {
+TEST_F(CustomerBalance, InvoiceStatusDraftsAndKeylessRecordsHaveNothingPaid) {
   LInvoice invoice;
   invoice.SetInt64("Total", 1000);
   invoice.SetInt64("AmountPaid", 1000);
-  EXPECT_EQ(invoice.GetAmountPaid(), 0);
+  EXPECT_EQ(invoice.GetAmountPaid(Profile()), 0);
   invoice.SetPrimaryKey("DFT3");
   EXPECT_TRUE(invoice.IsDraft());
-  EXPECT_EQ(invoice.GetAmountPaid(), 0);
+  EXPECT_EQ(invoice.GetAmountPaid(Profile()), 0);
   invoice.SetBool("IsDraft", false);
   EXPECT_FALSE(invoice.IsDraft());
-  EXPECT_EQ(invoice.GetAmountPaid(), 1000);
+  EXPECT_EQ(invoice.GetAmountPaid(Profile()), 1000);
 }
 
 TEST(InvoiceDueDate, TermsInDaysOrAtOnceFromOneInTheMorning) {
