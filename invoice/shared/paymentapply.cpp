@@ -16,7 +16,7 @@ struct Applier {
   bool refundSide;        // applied over the invoices' "AmountRefunded"
 };
 
-const std::string_view& CreditNotesList() {
+std::string_view CreditNotesList() {
   return LSalesDocumentKindOf(LSalesDocumentType::kCreditNote).recordedList;
 }
 
@@ -72,8 +72,10 @@ long long UnapplyAll(LProfile& profile, Applier& applier) {
       removed += Unapply(profile, applier, invoice);
       continue;
     }
+    // The invoice is gone: its entry only leaves the lists.
     std::vector<LAppliedAmount> left = LReadAppliedAmounts(applier.record);
-    left.erase(std::find_if(left.begin(), left.end(), [&](const LAppliedAmount& e) { return e.invoice == entry.invoice; }));
+    auto gone = std::find_if(left.begin(), left.end(), [&](const LAppliedAmount& e) { return e.invoice == entry.invoice; });
+    if (gone != left.end()) left.erase(gone);
     LWriteAppliedAmounts(applier.record, left);
   }
   return removed;
