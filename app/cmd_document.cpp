@@ -150,6 +150,7 @@ int RunDocumentCommand(LCliContext& context, LCliArgs& args, LSalesDocumentType 
   if (verb == "new") return New(context, kind, args);
   if (verb == "list") return List(context, kind, args);
   if (verb == "edit") return Edit(context, kind, args);
+  if (verb == "apply" && type == LSalesDocumentType::kCreditNote) return LCmdCreditNoteApply(context, args);
   std::vector<std::string> words;
   std::string error;
   if (!args.Finish(words, error)) return context.Usage(error);

@@ -137,7 +137,8 @@ constexpr LCliCommand kCommands[] = {
      "kontavo creditnote list [--from D] [--to D] [--customer C] [--drafts]\n"
      "kontavo creditnote edit KEY (les mêmes options que new)\n"
      "kontavo creditnote record KEY\n"
-     "kontavo creditnote delete KEY\n",
+     "kontavo creditnote delete KEY\n"
+     "kontavo creditnote apply KEY INVOICE=AMOUNT...\n",
      "avoirs", LCmdCreditNote},
     {"porder",
      "kontavo porder new [--draft] [--number KEY] (--file DOC.json | --customer C [--date D] [--terms now|DAYS]\n"
@@ -149,6 +150,13 @@ constexpr LCliCommand kCommands[] = {
      "kontavo porder record KEY\n"
      "kontavo porder delete KEY\n",
      "bons de commande", LCmdPOrder},
+    {"payment",
+     "kontavo payment add --customer C --amount AMOUNT [--date D] [--account DESCRIPTION] [--refund]\n"
+     "    (--apply INVOICE=AMOUNT... | --auto)\n"
+     "kontavo payment show KEY\n"
+     "kontavo payment list\n"
+     "kontavo payment delete KEY\n",
+     "paiements et remboursements des clients, imputés aux factures", LCmdPayment},
     {"import",
      "kontavo import ofx FILE [--json]\n",
      "lit un relevé bancaire OFX et affiche son compte, sa période, son solde et ses lignes", LCmdImport},

@@ -42,7 +42,10 @@ int LCmdInvoice(LCliContext& context, LCliArgs& args);
 int LCmdQuote(LCliContext& context, LCliArgs& args);
 int LCmdOrder(LCliContext& context, LCliArgs& args);
 int LCmdCreditNote(LCliContext& context, LCliArgs& args);
+// "creditnote apply", reached from the credit-note commands.
+int LCmdCreditNoteApply(LCliContext& context, LCliArgs& args);
 int LCmdPOrder(LCliContext& context, LCliArgs& args);
+int LCmdPayment(LCliContext& context, LCliArgs& args);
 int LCmdImport(LCliContext& context, LCliArgs& args);
 int LCmdExpr(LCliContext& context, LCliArgs& args);
 int LCmdServe(LCliContext& context, LCliArgs& args);

@@ -62,8 +62,7 @@ long long LDocumentLineTotal(LProfile& profile, const LSalesDocument& document, 
                          std::abs(digits - currencyDigits));
 }
 
-nlohmann::ordered_json LDocumentToJson(LProfile& profile, const LSalesDocumentKind& kind,
-                                       const LSalesDocument& document) {
+nlohmann::ordered_json LDocumentToJson(LProfile& profile, const LSalesDocumentKind& kind, LSalesDocument& document) {
   nlohmann::ordered_json json;
   json["key"] = document.GetPrimaryKey();
   json["kind"] = kind.command;
@@ -90,8 +89,9 @@ nlohmann::ordered_json LDocumentToJson(LProfile& profile, const LSalesDocumentKi
   json["shipping"] = document.GetShippingCosts();
   json["total"] = document.GetTotal();
   if (IsInvoice(kind)) {
-    int status = LInvoiceGetStatus(document);
-    json["amountPaid"] = document.GetAmountPaid();
+    int status = LInvoiceGetStatus(profile, document);
+    json["amountPaid"] = document.GetAmountPaid(profile);
+    json["amountRefunded"] = document.GetAmountRefunded(profile);
     json["status"] = status;
     json["statusText"] = LInvoiceStatusText(status);
     json["dueDate"] = LDateTimeText(LInvoiceCalculateDueDate(document));
@@ -99,8 +99,7 @@ nlohmann::ordered_json LDocumentToJson(LProfile& profile, const LSalesDocumentKi
   return json;
 }
 
-void LPrintDocument(LProfile& profile, const LSalesDocumentKind& kind, const LSalesDocument& document,
-                    std::ostream& out) {
+void LPrintDocument(LProfile& profile, const LSalesDocumentKind& kind, LSalesDocument& document, std::ostream& out) {
   int digits = profile.GetCurrencyDigits();
   auto money = [digits](long long amount) { return LFormatAmountPlain(amount, digits); };
   out << kind.title << " " << document.GetPrimaryKey() << (document.IsDraft() ? " (brouillon)" : "") << "\n";
@@ -119,18 +118,19 @@ void LPrintDocument(LProfile& profile, const LSalesDocumentKind& kind, const LSa
   for (const auto& tax : SeparateTaxes(document)) out << "Taxe " << tax.name << " : " << money(tax.amount) << "\n";
   out << "Total : " << money(document.GetTotal()) << "\n";
   if (IsInvoice(kind)) {
-    int status = LInvoiceGetStatus(document);
-    out << "Montant payé : " << money(document.GetAmountPaid()) << "\n";
+    int status = LInvoiceGetStatus(profile, document);
+    out << "Montant payé : " << money(document.GetAmountPaid(profile)) << "\n";
+    out << "Montant remboursé : " << money(document.GetAmountRefunded(profile)) << "\n";
     out << "État : " << LInvoiceStatusText(status) << "\n";
     out << "Échéance : " << LDateTimeText(LInvoiceCalculateDueDate(document)) << "\n";
   }
 }
 
-void LPrintDocumentSummary(LProfile& profile, const LSalesDocumentKind& kind, const LSalesDocument& document,
+void LPrintDocumentSummary(LProfile& profile, const LSalesDocumentKind& kind, LSalesDocument& document,
                            std::ostream& out) {
   out << document.GetPrimaryKey() << "\t" << document.GetDate() << "\t" << document.GetCustomer() << "\t"
       << LFormatAmountPlain(document.GetTotal(), profile.GetCurrencyDigits());
   if (document.IsDraft()) out << "\tbrouillon";
-  else if (IsInvoice(kind)) out << "\t" << LInvoiceStatusText(LInvoiceGetStatus(document));
+  else if (IsInvoice(kind)) out << "\t" << LInvoiceStatusText(LInvoiceGetStatus(profile, document));
   out << "\n";
 }

@@ -5,6 +5,7 @@
 
 #include "accounts/ledgerlock.h"
 #include "accounts/linkedaccounts.h"
+#include "invoice/sales/paymentbook.h"
 #include "invoice/sales/salesposting.h"
 #include "invoice/shared/customer.h"
 #include "invoice/shared/profile.h"
@@ -209,6 +210,11 @@ bool LSalesDocumentEdit(LProfile& profile, const LSalesDocumentKind& kind, std::
   if (inBooks && kind.type == LSalesDocumentType::kCreditNote) LCoreDataCreditNoteApply(profile, document, +1);
   document.Flush();
   if (!inBooks) return true;
+  if (kind.type == LSalesDocumentType::kInvoice) {
+    // A lower total gives back what its payments and credit notes now hold beyond it.
+    document.RemoveExcessPayments(profile);
+    document.RemoveExcessCreditNotes(profile);
+  }
   // The old transaction goes and the new one comes under one hold of the ledger, so nobody sees
   // the document half posted.
   LLedgerLock lock(profile);
@@ -236,6 +242,8 @@ bool LSalesDocumentDelete(LProfile& profile, const LSalesDocumentKind& kind, std
   const LFileStoreListBase& draftsList = profile.MainList(kind.draftsList);
   LSalesDocument document;
   if (recordedList.Open(document, key)) {
+    if (kind.type == LSalesDocumentType::kInvoice) LInvoiceRemoveApplications(profile, document);
+    if (kind.type == LSalesDocumentType::kCreditNote) LCreditNoteUnapply(document, profile);
     if (IsPosted(kind)) LSalesDocumentRemoveTransaction(profile, document, document.GetDate());
     if (kind.type == LSalesDocumentType::kInvoice)
       LCustomerChangeBalance(profile, document.GetCustomer(), -document.GetTotal());
@@ -264,11 +272,9 @@ bool LSalesDeleteForLedger(LProfile& profile, std::string_view document, std::st
 }
 
 bool LPaymentDeleteForLedger(LProfile& profile, std::string_view document, std::string_view reference) {
-  const LFileStoreListBase& payments = profile.MainList(kPaymentsList);
   LRecord payment;
-  if (!payments.Open(payment, document) || payment.GetString("JournalTxnRef") != reference) return false;
-  LSalesDocumentRemoveTransaction(profile, payment, payment.GetString("Date"));
-  LCustomerChangeBalance(profile, payment.GetString("Customer"), payment.GetInt64("Amount", 0));
+  if (!profile.MainList(kPaymentsList).Open(payment, document)) return false;
+  bool matches = payment.GetString("JournalTxnRef") == reference;
   payment.DetachWithoutSave();
-  return payments.Delete(document);
+  return matches && LPaymentDelete(profile, document, nullptr);
 }

@@ -40,7 +40,8 @@ bool LSalesDocumentOpen(LProfile& profile, const LSalesDocumentKind& kind, std::
 
 // Applies change to the document key (which must not fail: check inputs before), then
 // re-totals, moves balances by what changed (customer and total) and reposts under the
-// document's reference.
+// document's reference. A recorded invoice whose total fell below what is applied to it gives
+// the excess back (RemoveExcessPayments, RemoveExcessCreditNotes).
 bool LSalesDocumentEdit(LProfile& profile, const LSalesDocumentKind& kind, std::string_view key,
                         const std::function<void(LSalesDocument&)>& change, std::string* error);
 
@@ -50,14 +51,16 @@ bool LSalesDocumentRecordDraft(LProfile& profile, const LSalesDocumentKind& kind
                                std::string& newKey, std::string* error);
 
 // Deletes the document (recorded or draft): for a recorded invoice or credit note its
-// transaction leaves the ledger and its total leaves the customer's balance.
+// transaction leaves the ledger and its total leaves the customer's balance; the payments and
+// credit notes applied to an invoice, and a credit note's own applications, are unapplied.
 bool LSalesDocumentDelete(LProfile& profile, const LSalesDocumentKind& kind, std::string_view key,
                           std::string* error);
 
 // The ledger's routes for "Recettes" and "Reçus": the invoice or credit note (or the payment in
 // "Payments") whose key is document and whose "JournalTxnRef" is reference is deleted with its
 // postings and its effect on the customer's balance (a payment's "Amount" goes back onto the
-// balance). false when there is no such document; nothing is changed then.
+// balance, its applications are undone). false when there is no such document; nothing is
+// changed then.
 bool LSalesDeleteForLedger(LProfile& profile, std::string_view document, std::string_view reference);
 bool LPaymentDeleteForLedger(LProfile& profile, std::string_view document, std::string_view reference);
 

@@ -170,8 +170,10 @@ bool LPaymentRecordTransactions(LProfile& profile, LRecord& payment, std::string
   if (reference.empty()) reference = NewReference(profile, kReceiptCounter);
   LInvoiceOptions options;
   options.OpenFrom(profile);
-  std::string description = "Encaissement; " + payment.GetString("Customer");
-  long long amount = payment.GetInt64("Amount", 0);
+  // A refund is the same transaction the other way round: the money leaves the deposit account.
+  bool refund = payment.GetBool("IsRefund", false);
+  std::string description = (refund ? "Remboursement; " : "Encaissement; ") + payment.GetString("Customer");
+  long long amount = refund ? -payment.GetInt64("Amount", 0) : payment.GetInt64("Amount", 0);
   LLedgerTransaction txn(payment.GetString("Date"), reference, kTxnTypeReceipt);
   const std::string& key = payment.GetPrimaryKey();
   txn.AddLine(AccountOrSlot(profile, options.GetAccountsReceivable(), kSlotReceivable), description, -amount,

@@ -5,7 +5,9 @@
 //                credited, the receivable debited with "Total";
 //   credit note  "Recettes", "Avoir; <customer>": the same with every sign reversed;
 //   payment      "Reçus", "Encaissement; <customer>": the receivable credited, the deposit
-//                account debited with "Amount".
+//                account debited with "Amount";
+//   refund       a payment with "IsRefund": "Reçus", "Remboursement; <customer>", the same
+//                lines with the signs reversed.
 //
 // Invoices and credit notes take their references from the sales counter ("SLS10000", ...),
 // payments from the receipt counter ("REC10000", ...); a document that has a reference keeps it
@@ -30,13 +32,13 @@
 #include <string>
 #include <string_view>
 
+#include "invoice/shared/payment.h"
 #include "invoice/shared/salesdocument.h"
 #include "llib/gen/record.h"
 
 class LLedgerTransaction;
 class LProfile;
 
-inline constexpr std::string_view kPaymentsList = "Payments";
 // Where a tax goes when the account configured for it no longer exists.
 inline constexpr std::string_view kLostTaxAccount = "2301";
 

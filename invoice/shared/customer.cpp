@@ -26,12 +26,15 @@ void LCustomerChangeBalance(LProfile&, LCustomer& customer, long long delta) {
 
 namespace {
 
-// Adds sign × field of every record of the list to its customer's sum.
+// Adds sign × field of every record of the list to its customer's sum; with refunds, a record
+// flagged "IsRefund" (money paid back) counts the other way.
 void AddField(LProfile& profile, std::string_view listName, std::string_view field, long long sign,
-              std::map<std::string, long long>& sums) {
+              std::map<std::string, long long>& sums, bool refunds = false) {
   LDataStoreList<LFileStoreDataStore, LRecord> list(profile.GetDataStore(), listName);
-  for (LDataStoreListIterator<LFileStoreDataStore, LRecord> it(list); it.IsValid(); it.Next())
-    sums[it->GetString("Customer")] += sign * it->GetInt64(field, 0);
+  for (LDataStoreListIterator<LFileStoreDataStore, LRecord> it(list); it.IsValid(); it.Next()) {
+    long long recordSign = refunds && it->GetBool("IsRefund", false) ? -sign : sign;
+    sums[it->GetString("Customer")] += recordSign * it->GetInt64(field, 0);
+  }
 }
 
 }  // namespace
@@ -40,7 +43,7 @@ std::map<std::string, long long> LCustomerBalancesFromDocuments(LProfile& profil
   std::map<std::string, long long> sums;
   AddField(profile, "Invoices", "Total", 1, sums);
   AddField(profile, "CreditNotes", "Total", -1, sums);
-  AddField(profile, "Payments", "Amount", -1, sums);
+  AddField(profile, "Payments", "Amount", -1, sums, true);
   return sums;
 }
 

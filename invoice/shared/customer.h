@@ -33,8 +33,8 @@ void LCustomerChangeBalance(LProfile& profile, std::string_view customer, long l
 void LCustomerChangeBalance(LProfile& profile, LCustomer& customer, long long delta);
 
 // The balance a customer should have according to the documents: the totals of its recorded
-// invoices, less its recorded credit notes and the amounts of its payments ("Payments"). Keys
-// are compared exactly. `kontavo check` compares it with the stored "Balance".
+// invoices, less its recorded credit notes and the amounts of its payments ("Payments"), plus
+// the amounts of its refunds (payments with "IsRefund"). Keys are compared exactly. `kontavo check` compares it with the stored "Balance".
 long long LCustomerBalanceFromDocuments(LProfile& profile, std::string_view customer);
 // The same for every customer named by a document, in one walk of the lists.
 std::map<std::string, long long> LCustomerBalancesFromDocuments(LProfile& profile);

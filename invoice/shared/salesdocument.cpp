@@ -34,6 +34,14 @@ const LSalesDocumentKind* LSalesDocumentKindFromCommand(std::string_view command
   return nullptr;
 }
 
+bool LDocumentKeyLess(std::string_view a, std::string_view b) {
+  bool aNumber = !a.empty() && a.find_first_not_of("0123456789") == std::string_view::npos;
+  bool bNumber = !b.empty() && b.find_first_not_of("0123456789") == std::string_view::npos;
+  if (aNumber != bNumber) return aNumber;
+  if (aNumber && a.size() != b.size()) return a.size() < b.size();
+  return a < b;
+}
+
 // ---- Derived values ---------------------------------------------------------------------------
 
 long long LSalesDocument::GetTaxTotal() const {
@@ -48,11 +56,6 @@ long long LSalesDocument::GetSubTotal() const { return GetTotal() - GetShippingC
 bool LSalesDocument::IsDraft() const {
   bool keyIsDraft = GetPrimaryKey().compare(0, kDraftKeyPrefix.size(), kDraftKeyPrefix) == 0;
   return GetBool("IsDraft", keyIsDraft);
-}
-
-long long LSalesDocument::GetAmountPaid() const {
-  if (GetPrimaryKey().empty() || IsDraft()) return 0;
-  return GetInt64("AmountPaid", 0);
 }
 
 long long LSalesDocument::CalculateTaxAmount(LProfile& profile, int index) const {
@@ -89,10 +92,10 @@ long long LSalesDocument::CalculateTaxAmount(LProfile& profile, int index) const
   return LCalculateTax(taxOptions, rate1, rate2, amount, taxOptions.IsTaxInclusive(), compound);
 }
 
-int LInvoiceGetStatus(const LSalesDocument& invoice) {
+int LInvoiceGetStatus(LProfile& profile, LSalesDocument& invoice) {
   long long total = invoice.GetTotal();
   if (total == 0) return kInvoiceNothingDue;
-  long long paid = invoice.GetAmountPaid();
+  long long paid = invoice.GetAmountPaid(profile);
   if (paid == 0) return kInvoiceUnpaid;
   if (paid >= total) return kInvoicePaid;
   return kInvoicePartlyPaid;

@@ -34,6 +34,10 @@ const LSalesDocumentKind* LSalesDocumentKindFromCommand(std::string_view command
 
 inline constexpr std::string_view kDraftKeyPrefix = "DFT";
 
+// The order of document keys: numbers in number order ("2" before "10"), then other keys in
+// byte order.
+bool LDocumentKeyLess(std::string_view a, std::string_view b);
+
 // Document tax modes ("TaxRate" of a document).
 inline constexpr int kDocumentTaxDefault = 0;  // lines without a tax of their own use "DefaultRate"
 inline constexpr int kDocumentUntaxed = 1;     // no tax at all
@@ -65,9 +69,31 @@ class LSalesDocument : public LRecord {
   long long GetSubTotal() const;
   // "IsDraft", defaulting to whether the key begins with "DFT".
   bool IsDraft() const;
-  // 0 for a record without a key or a draft; otherwise the cached "AmountPaid" (0 when absent:
-  // only payments write it).
-  long long GetAmountPaid() const;
+
+  // ---- Amounts paid and refunded (invoices; payment.h applies payments to them) -----------
+  // The cached amounts are read deliberately differently, as stored invoices expect:
+  // 0 for a record without a key or a draft; otherwise "AmountPaid", recomputed by
+  // UpdateAmountPaid only when the field does not exist (a stored -1 is returned as -1).
+  long long GetAmountPaid(LProfile& profile);
+  // 0 for a record without a key or a draft; otherwise "AmountRefunded", recomputed by
+  // UpdateAmountRefunded when it reads -1, which is also what an absent field reads.
+  long long GetAmountRefunded(LProfile& profile);
+  // Sum of what the payments (not refunds) of the invoice's "Customer" hold for this key,
+  // stored as "AmountPaid" and flushed; then RemoveExcessPayments. Returns "Total" when that
+  // removed anything, else the sum.
+  long long UpdateAmountPaid(LProfile& profile);
+  // The same over the refunds and the credit notes of the customer, stored as "AmountRefunded";
+  // then RemoveExcessCreditNotes.
+  long long UpdateAmountRefunded(LProfile& profile);
+  // When "AmountPaid" exceeds "Total", takes the excess off the payments applied to this
+  // invoice, the latest payment first (earlier payments keep what they settled): a payment
+  // holding more than the excess is re-applied with its amount less the excess, a smaller one
+  // is unapplied and the walk goes on while an excess of 1 or more is left. true when a payment
+  // was changed.
+  bool RemoveExcessPayments(LProfile& profile);
+  // The same for "AmountRefunded", over the refunds (latest first) and then the credit notes
+  // (latest first).
+  bool RemoveExcessCreditNotes(LProfile& profile);
 
   // The tax of one line (0-based) as the per-line calculator gives it: 0 when the document's
   // "TaxRate" is not 0; otherwise the line total (discounts per "DontShowDiscountColumn") taxed
@@ -82,8 +108,9 @@ class LQuote : public LSalesDocument {};
 class LCreditNote : public LSalesDocument {};
 class LPOrder : public LSalesDocument {};
 
-// 3 when "Total" is 0; else 0 when nothing is paid, 1 when paid >= total, 2 otherwise.
-int LInvoiceGetStatus(const LSalesDocument& invoice);
+// 3 when "Total" is 0; else 0 when nothing is paid, 1 when paid >= total, 2 otherwise (the
+// amount paid as GetAmountPaid reads it).
+int LInvoiceGetStatus(LProfile& profile, LSalesDocument& invoice);
 // The French word of a status: "Non payée", "Payée", "Partiellement payée", "Aucun montant dû".
 std::string_view LInvoiceStatusText(int status);
 

@@ -154,7 +154,7 @@ TEST_F(CustomerBalance, DraftsAndOtherKindsLeaveTheBalanceAlone) {
 
 // Total 0 is "nothing due" even when paid; a refund (negative paid) leaves it partly paid;
 // paying more than the total is paid.
-TEST(InvoiceStatus, StatusFromTotalAndAmountPaid) {
+TEST_F(CustomerBalance, InvoiceStatusFromTotalAndAmountPaid) {
   LInvoice invoice;
   invoice.SetPrimaryKey("1");
   for (auto [total, paid, status] : {std::tuple{0, 500, kInvoiceNothingDue}, {1000, 500, kInvoicePartlyPaid},
@@ -162,21 +162,21 @@ TEST(InvoiceStatus, StatusFromTotalAndAmountPaid) {
                                      {1000, -300, kInvoicePartlyPaid}}) {
     invoice.SetInt64("Total", total);
     invoice.SetInt64("AmountPaid", paid);
-    EXPECT_EQ(LInvoiceGetStatus(invoice), status) << total << " " << paid;
+    EXPECT_EQ(LInvoiceGetStatus(Profile(), invoice), status) << total << " " << paid;
   }
 }
 
-TEST(InvoiceStatus, DraftsAndKeylessRecordsHaveNothingPaid) {
+TEST_F(CustomerBalance, InvoiceStatusDraftsAndKeylessRecordsHaveNothingPaid) {
   LInvoice invoice;
   invoice.SetInt64("Total", 1000);
   invoice.SetInt64("AmountPaid", 1000);
-  EXPECT_EQ(invoice.GetAmountPaid(), 0);
+  EXPECT_EQ(invoice.GetAmountPaid(Profile()), 0);
   invoice.SetPrimaryKey("DFT3");
   EXPECT_TRUE(invoice.IsDraft());
-  EXPECT_EQ(invoice.GetAmountPaid(), 0);
+  EXPECT_EQ(invoice.GetAmountPaid(Profile()), 0);
   invoice.SetBool("IsDraft", false);
   EXPECT_FALSE(invoice.IsDraft());
-  EXPECT_EQ(invoice.GetAmountPaid(), 1000);
+  EXPECT_EQ(invoice.GetAmountPaid(Profile()), 1000);
 }
 
 TEST(InvoiceDueDate, TermsInDaysOrAtOnceFromOneInTheMorning) {

@@ -1,0 +1,179 @@
+#include "invoice/sales/paymentbook.h"
+
+#include <map>
+#include <memory>
+
+#include "invoice/sales/salesposting.h"
+#include "invoice/shared/customer.h"
+#include "invoice/shared/profile.h"
+#include "invoice/shared/sortedinvoice.h"
+#include "llib/gen/system.h"
+
+namespace {
+
+void SetError(std::string* error, std::string message) {
+  if (error != nullptr) *error = std::move(message);
+}
+
+const LFileStoreListBase& Invoices(LProfile& profile) {
+  return profile.MainList(LSalesDocumentKindOf(LSalesDocumentType::kInvoice).recordedList);
+}
+
+const LFileStoreListBase& CreditNotes(LProfile& profile) {
+  return profile.MainList(LSalesDocumentKindOf(LSalesDocumentType::kCreditNote).recordedList);
+}
+
+// Every application names a recorded invoice of the customer and an amount above 0.
+bool CheckApplications(LProfile& profile, const std::string& customer, const std::vector<LAppliedAmount>& applications,
+                       std::string* error) {
+  for (const auto& application : applications) {
+    if (application.amount <= 0) {
+      SetError(error, "Le montant doit être supérieur à zéro.");
+      return false;
+    }
+    LSalesDocument invoice;
+    if (!Invoices(profile).Open(invoice, application.invoice)) {
+      SetError(error, "Facture introuvable : " + application.invoice + ".");
+      return false;
+    }
+    if (invoice.GetCustomer() != customer) {
+      SetError(error, "La facture " + application.invoice + " n'est pas une facture du client " + customer + ".");
+      return false;
+    }
+  }
+  return true;
+}
+
+// The customer's invoices in the order a payment settles them, each with what this payment
+// gives it; null (error set) when an invoice asked for has nothing left to settle.
+std::unique_ptr<LSortedInvoiceList> Distribute(LProfile& profile, LPayment& payment, const LPaymentRequest& request,
+                                               std::string* error) {
+  auto sorted = std::make_unique<LSortedInvoiceList>(profile);
+  if (request.refund) sorted->LoadInvoices(payment);
+  else sorted->LoadUnpaidInvoices(request.customer);
+  if (request.automatic) {
+    sorted->ApplyPayment(request.amount, request.refund);
+    return sorted;
+  }
+  auto chosen = std::make_unique<LPrioritySortedInvoiceList>(profile);
+  chosen->Initialise(*sorted);
+  for (const auto& application : request.applications) {
+    bool found = request.refund ? chosen->SetRefundedAppliedAmount(application.invoice, application.amount)
+                                : chosen->SetAppliedAmount(application.invoice, application.amount);
+    if (!found) {
+      SetError(error, "La facture " + application.invoice +
+                          (request.refund ? " est déjà remboursée." : " est déjà payée."));
+      return nullptr;
+    }
+  }
+  chosen->ApplyPayment(request.amount, request.refund);
+  return chosen;
+}
+
+}  // namespace
+
+bool LPaymentCreate(LProfile& profile, const LPaymentRequest& request, std::string& newKey, std::string* error) {
+  if (request.customer.empty()) {
+    SetError(error, "Veuillez sélectionner un client.");
+    return false;
+  }
+  if (!profile.MainList(kCustomersList).TestRecordExists(request.customer)) {
+    SetError(error, "Le client « " + request.customer + " » n'existe pas.");
+    return false;
+  }
+  if (request.amount <= 0) {
+    SetError(error, "Le montant doit être supérieur à zéro.");
+    return false;
+  }
+  if (!CheckApplications(profile, request.customer, request.applications, error)) return false;
+
+  // The distribution is worked out on a detached payment, so that a refusal writes nothing.
+  LPayment trial;
+  trial.SetString("Customer", request.customer);
+  trial.SetBool("IsRefund", request.refund);
+  std::unique_ptr<LSortedInvoiceList> distribution = Distribute(profile, trial, request, error);
+  if (distribution == nullptr) return false;
+
+  const LFileStoreListBase& payments = profile.MainList(kPaymentsList);
+  LPayment payment;
+  payments.CreateNewRecord(payment);
+  payment.SetString("Customer", request.customer);
+  payment.SetString("Date", request.date);
+  payment.SetInt64("Amount", request.amount);
+  if (request.refund) payment.SetBool("IsRefund", true);
+  if (!request.depositAccount.empty()) payment.SetString("DepositAccount", request.depositAccount);
+  LWriteAppliedAmounts(payment, {});
+  if (!payment.Flush()) {
+    SetError(error, "Impossible d'enregistrer le paiement.");
+    return false;
+  }
+  newKey = payment.GetPrimaryKey();
+  LCoreDataPaymentApply(profile, payment, +1);
+  bool posted = LPaymentRecordTransactions(profile, payment, LGetPostingUserName());
+  payment.Flush();  // keeps "JournalTxnRef"
+  LPaymentApplyList(profile, payment, *distribution);
+  payment.Flush();
+  if (!posted) SetError(error, "Impossible d'écrire dans le grand livre.");
+  return posted;
+}
+
+bool LPaymentDelete(LProfile& profile, std::string_view key, std::string* error) {
+  const LFileStoreListBase& payments = profile.MainList(kPaymentsList);
+  LPayment payment;
+  if (!payments.Open(payment, key)) {
+    SetError(error, "Paiement introuvable : " + std::string(key) + ".");
+    return false;
+  }
+  LPaymentUnapply(payment, profile, payment.IsRefund());
+  LSalesDocumentRemoveTransaction(profile, payment, payment.GetDate());
+  LCoreDataPaymentReverse(profile, payment, false);
+  payment.Invalidate();
+  payments.Delete(key);
+  return true;
+}
+
+bool LCreditNoteApply(LProfile& profile, std::string_view key, const std::vector<LAppliedAmount>& applications,
+                      std::string* error) {
+  LSalesDocument creditNote;
+  if (!CreditNotes(profile).Open(creditNote, key)) {
+    SetError(error, "Avoir introuvable : " + std::string(key) + ".");
+    return false;
+  }
+  if (!CheckApplications(profile, creditNote.GetCustomer(), applications, error)) return false;
+  // What the credit note holds after the request: its other applications and the new ones.
+  std::map<std::string, long long> held;
+  for (const auto& entry : LReadAppliedAmounts(creditNote)) held[entry.invoice] += entry.amount;
+  for (const auto& application : applications) held[application.invoice] = application.amount;
+  long long total = 0;
+  for (const auto& [invoice, amount] : held) total += amount;
+  if (total > creditNote.GetTotal()) {
+    SetError(error, "Le montant imputé dépasse le solde de l'avoir.");
+    return false;
+  }
+  for (const auto& application : applications) {
+    LSalesDocument invoice;
+    if (Invoices(profile).Open(invoice, application.invoice))
+      LCreditNoteApplyToInvoice(creditNote, invoice, application.amount, profile);
+  }
+  creditNote.Flush();
+  return true;
+}
+
+void LInvoiceRemoveApplications(LProfile& profile, LSalesDocument& invoice) {
+  const std::string& key = invoice.GetPrimaryKey();
+  std::vector<std::string> keys;
+  LPayment payment;
+  for (LFileStoreIteratorBase it(profile.MainList(kPaymentsList), payment); payment.IsAttached(); it.Next(payment))
+    if (payment.GetAppliedAmount(key, profile) != 0) keys.push_back(payment.GetPrimaryKey());
+  for (const auto& holder : keys)
+    if (profile.MainList(kPaymentsList).Open(payment, holder))
+      LPaymentUnapply(payment, invoice, profile, payment.IsRefund());
+  payment.Invalidate();
+
+  keys.clear();
+  LSalesDocument creditNote;
+  for (LFileStoreIteratorBase it(CreditNotes(profile), creditNote); creditNote.IsAttached(); it.Next(creditNote))
+    if (LAppliedAmountOf(LReadAppliedAmounts(creditNote), key) != 0) keys.push_back(creditNote.GetPrimaryKey());
+  for (const auto& holder : keys)
+    if (CreditNotes(profile).Open(creditNote, holder)) LCreditNoteUnapply(creditNote, invoice, profile);
+}

@@ -1,0 +1,249 @@
+// Applying payments, refunds and credit notes to invoices, and the invoice side of it: the
+// cached "AmountPaid" / "AmountRefunded", their recomputation and the removal of what an invoice
+// holds beyond its "Total".
+#include <algorithm>
+
+#include "invoice/shared/payment.h"
+#include "invoice/shared/profile.h"
+#include "llib/gen/filestore.h"
+
+namespace {
+
+// What holds applications: a payment or refund (in "Payments") or a credit note.
+struct Applier {
+  LRecord& record;
+  std::string_view list;  // "Payments" or "CreditNotes"
+  bool refundSide;        // applied over the invoices' "AmountRefunded"
+};
+
+std::string_view CreditNotesList() {
+  return LSalesDocumentKindOf(LSalesDocumentType::kCreditNote).recordedList;
+}
+
+std::string_view CachedField(bool refundSide) { return refundSide ? "AmountRefunded" : "AmountPaid"; }
+
+long long CachedAmount(LProfile& profile, LSalesDocument& invoice, bool refundSide) {
+  return refundSide ? invoice.GetAmountRefunded(profile) : invoice.GetAmountPaid(profile);
+}
+
+// The applier's lists, those of an old payment rebuilt first.
+std::vector<LAppliedAmount> Entries(LProfile& profile, Applier& applier) {
+  if (applier.list == kPaymentsList) static_cast<LPayment&>(applier.record).UpdateInvoiceAmounts(profile);
+  return LReadAppliedAmounts(applier.record);
+}
+
+// Whether a record of list takes part on that side for the customer.
+bool OnSide(std::string_view list, const LRecord& record, bool refundSide, const std::string& customer) {
+  if (record.GetString("Customer") != customer) return false;
+  if (list == kPaymentsList) return record.GetBool("IsRefund", false) == refundSide;
+  return refundSide;  // credit notes only refund
+}
+
+// Calls visit with every record of list that takes part on the side for the invoice's customer.
+template <class Visit>
+void ForEachOnSide(LProfile& profile, std::string_view list, const LSalesDocument& invoice, bool refundSide,
+                   Visit visit) {
+  std::string customer = invoice.GetCustomer();
+  LPayment record;  // a payment, or a credit note read through the same fields
+  for (LFileStoreIteratorBase it(profile.MainList(list), record); record.IsAttached(); it.Next(record))
+    if (OnSide(list, record, refundSide, customer)) visit(record);
+}
+
+long long Unapply(LProfile& profile, Applier& applier, LSalesDocument& invoice) {
+  std::vector<LAppliedAmount> entries = Entries(profile, applier);
+  const std::string& key = invoice.GetPrimaryKey();
+  auto found = std::find_if(entries.begin(), entries.end(), [&](const LAppliedAmount& e) { return e.invoice == key; });
+  if (found == entries.end()) return 0;
+  long long removed = found->amount;
+  long long current = CachedAmount(profile, invoice, applier.refundSide);
+  entries.erase(found);
+  LWriteAppliedAmounts(applier.record, entries);
+  invoice.SetInt64(CachedField(applier.refundSide), current - removed);
+  invoice.Flush();
+  return removed;
+}
+
+long long UnapplyAll(LProfile& profile, Applier& applier) {
+  const LFileStoreListBase& invoices = profile.MainList(LSalesDocumentKindOf(LSalesDocumentType::kInvoice).recordedList);
+  long long removed = 0;
+  for (const auto& entry : Entries(profile, applier)) {
+    LSalesDocument invoice;
+    if (invoices.Open(invoice, entry.invoice)) {
+      removed += Unapply(profile, applier, invoice);
+      continue;
+    }
+    // The invoice is gone: its entry only leaves the lists.
+    std::vector<LAppliedAmount> left = LReadAppliedAmounts(applier.record);
+    auto gone = std::find_if(left.begin(), left.end(), [&](const LAppliedAmount& e) { return e.invoice == entry.invoice; });
+    if (gone != left.end()) left.erase(gone);
+    LWriteAppliedAmounts(applier.record, left);
+  }
+  return removed;
+}
+
+bool RemoveExcess(LProfile& profile, LSalesDocument& invoice, bool refundSide, Applier* current);
+
+// Whether "InvoiceNumber" names key, without taking the lists apart (a payment may cover
+// thousands of invoices).
+bool Names(const LRecord& applier, const std::string& key) {
+  std::string keys = applier.GetString("InvoiceNumber");
+  for (std::size_t at = keys.find(key); at != std::string::npos; at = keys.find(key, at + 1)) {
+    bool startsEntry = at == 0 || keys[at - 1] == ',';
+    bool endsEntry = at + key.size() == keys.size() || keys[at + key.size()] == ',';
+    if (startsEntry && endsEntry) return true;
+  }
+  return false;
+}
+
+// Appends one entry to both lists.
+void Append(LRecord& applier, const std::string& key, long long amount) {
+  std::string keys = applier.GetString("InvoiceNumber");
+  std::string amounts = applier.GetString("InvoiceAmounts");
+  if (!keys.empty()) {
+    keys += ',';
+    amounts += ',';
+  }
+  applier.SetString("InvoiceNumber", keys + key);
+  applier.SetString("InvoiceAmounts", amounts + std::to_string(amount));
+}
+
+long long Apply(LProfile& profile, Applier& applier, LSalesDocument& invoice, long long amount) {
+  const std::string& key = invoice.GetPrimaryKey();
+  if (Names(applier.record, key) && LAppliedAmountOf(Entries(profile, applier), key) > 0)
+    Unapply(profile, applier, invoice);
+  long long current = CachedAmount(profile, invoice, applier.refundSide);
+  Entries(profile, applier);  // an old payment's lists are rebuilt before one is added
+  Append(applier.record, key, amount);
+  invoice.SetInt64(CachedField(applier.refundSide), current + amount);
+  invoice.Flush();
+  RemoveExcess(profile, invoice, applier.refundSide, &applier);
+  return amount;
+}
+
+// The keys of list's records holding an application on the invoice, latest first.
+std::vector<std::string> HoldersLatestFirst(LProfile& profile, std::string_view list, const LSalesDocument& invoice,
+                                            bool refundSide) {
+  std::vector<std::string> keys;
+  ForEachOnSide(profile, list, invoice, refundSide, [&](LPayment& record) {
+    std::vector<LAppliedAmount> entries = LReadAppliedAmounts(record);
+    bool holds = std::any_of(entries.begin(), entries.end(),
+                             [&](const LAppliedAmount& e) { return e.invoice == invoice.GetPrimaryKey(); });
+    if (holds) keys.push_back(record.GetPrimaryKey());
+  });
+  std::sort(keys.begin(), keys.end(), [](const std::string& a, const std::string& b) { return LDocumentKeyLess(b, a); });
+  return keys;
+}
+
+bool RemoveExcess(LProfile& profile, LSalesDocument& invoice, bool refundSide, Applier* current) {
+  long long excess = CachedAmount(profile, invoice, refundSide) - invoice.GetTotal();
+  if (excess <= 0) return false;
+  // The walk reads the stored lists: the applier being changed is stored first.
+  if (current != nullptr) current->record.Flush();
+  bool changed = false;
+  std::vector<std::string_view> lists{kPaymentsList};
+  if (refundSide) lists.push_back(CreditNotesList());
+  for (std::string_view list : lists) {
+    for (const std::string& key : HoldersLatestFirst(profile, list, invoice, refundSide)) {
+      if (excess < 1) return changed;
+      bool isCurrent = current != nullptr && current->list == list && current->record.GetPrimaryKey() == key;
+      LPayment opened;
+      Applier holder{opened, list, refundSide};
+      if (!isCurrent && !profile.MainList(list).Open(opened, key)) continue;
+      Applier& applier = isCurrent ? *current : holder;
+      long long held = LAppliedAmountOf(Entries(profile, applier), invoice.GetPrimaryKey());
+      if (held == 0) continue;
+      if (held > excess) {
+        Apply(profile, applier, invoice, held - excess);
+        excess = 0;
+      } else {
+        excess -= Unapply(profile, applier, invoice);
+      }
+      applier.record.Flush();
+      invoice.Flush();
+      changed = true;
+    }
+  }
+  return changed;
+}
+
+// What the customer's payments (or refunds and credit notes) hold for the invoice.
+long long SumHeld(LProfile& profile, const LSalesDocument& invoice, bool refundSide) {
+  std::vector<std::string_view> lists{kPaymentsList};
+  if (refundSide) lists.push_back(CreditNotesList());
+  long long sum = 0;
+  for (std::string_view list : lists) {
+    ForEachOnSide(profile, list, invoice, refundSide, [&](LPayment& record) {
+      if (list == kPaymentsList) record.UpdateInvoiceAmounts(profile);
+      sum += LAppliedAmountOf(LReadAppliedAmounts(record), invoice.GetPrimaryKey());
+    });
+  }
+  return sum;
+}
+
+}  // namespace
+
+// ---- Payments and credit notes ----------------------------------------------------------------
+
+long long LPaymentApplyToInvoice(LPayment& payment, LSalesDocument& invoice, long long amount, LProfile& profile,
+                                 bool isRefund) {
+  Applier applier{payment, kPaymentsList, isRefund};
+  return Apply(profile, applier, invoice, amount);
+}
+
+long long LPaymentUnapply(LPayment& payment, LSalesDocument& invoice, LProfile& profile, bool isRefund) {
+  Applier applier{payment, kPaymentsList, isRefund};
+  return Unapply(profile, applier, invoice);
+}
+
+long long LPaymentUnapply(LPayment& payment, LProfile& profile, bool isRefund) {
+  Applier applier{payment, kPaymentsList, isRefund};
+  return UnapplyAll(profile, applier);
+}
+
+long long LCreditNoteApplyToInvoice(LSalesDocument& creditNote, LSalesDocument& invoice, long long amount,
+                                    LProfile& profile) {
+  Applier applier{creditNote, CreditNotesList(), true};
+  return Apply(profile, applier, invoice, amount);
+}
+
+long long LCreditNoteUnapply(LSalesDocument& creditNote, LSalesDocument& invoice, LProfile& profile) {
+  Applier applier{creditNote, CreditNotesList(), true};
+  return Unapply(profile, applier, invoice);
+}
+
+long long LCreditNoteUnapply(LSalesDocument& creditNote, LProfile& profile) {
+  Applier applier{creditNote, CreditNotesList(), true};
+  return UnapplyAll(profile, applier);
+}
+
+// ---- The invoice side -------------------------------------------------------------------------
+
+long long LSalesDocument::GetAmountPaid(LProfile& profile) {
+  if (GetPrimaryKey().empty() || IsDraft()) return 0;
+  if (!TestFieldExists("AmountPaid")) return UpdateAmountPaid(profile);
+  return GetInt64("AmountPaid", 0);
+}
+
+long long LSalesDocument::GetAmountRefunded(LProfile& profile) {
+  if (GetPrimaryKey().empty() || IsDraft()) return 0;
+  long long refunded = GetInt64("AmountRefunded", -1);
+  return refunded == -1 ? UpdateAmountRefunded(profile) : refunded;
+}
+
+long long LSalesDocument::UpdateAmountPaid(LProfile& profile) {
+  long long sum = SumHeld(profile, *this, false);
+  SetInt64("AmountPaid", sum);
+  Flush();
+  return RemoveExcessPayments(profile) ? GetTotal() : sum;
+}
+
+long long LSalesDocument::UpdateAmountRefunded(LProfile& profile) {
+  long long sum = SumHeld(profile, *this, true);
+  SetInt64("AmountRefunded", sum);
+  Flush();
+  return RemoveExcessCreditNotes(profile) ? GetTotal() : sum;
+}
+
+bool LSalesDocument::RemoveExcessPayments(LProfile& profile) { return RemoveExcess(profile, *this, false, nullptr); }
+
+bool LSalesDocument::RemoveExcessCreditNotes(LProfile& profile) { return RemoveExcess(profile, *this, true, nullptr); }
