@@ -43,6 +43,7 @@ int LCmdQuote(LCliContext& context, LCliArgs& args);
 int LCmdOrder(LCliContext& context, LCliArgs& args);
 int LCmdCreditNote(LCliContext& context, LCliArgs& args);
 int LCmdPOrder(LCliContext& context, LCliArgs& args);
+int LCmdRecurring(LCliContext& context, LCliArgs& args);
 int LCmdImport(LCliContext& context, LCliArgs& args);
 int LCmdExpr(LCliContext& context, LCliArgs& args);
 int LCmdServe(LCliContext& context, LCliArgs& args);

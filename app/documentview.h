@@ -14,7 +14,8 @@ class LProfile;
 // The document as one JSON object: "key", "kind", "draft", "fields" (stored text by field
 // name), "lines" (each line's fields without the "Item<n>" prefix, plus its computed "Total"),
 // "taxes" and "combinedTaxes" ({"name", "amount"}), "subTotal", "taxTotal", "shipping", "total",
-// "amountPaid", "status", "statusText" and "dueDate" ("YYYY-MM-DD HH:MM:SS").
+// "amountPaid", "status", "statusText" and "dueDate" ("YYYY-MM-DD HH:MM:SS") for invoices, and
+// "convertedToInvoice" (the invoice's key, null when not converted) for quotes and orders.
 nlohmann::ordered_json LDocumentToJson(LProfile& profile, const LSalesDocumentKind& kind,
                                        const LSalesDocument& document);
 
@@ -22,7 +23,8 @@ nlohmann::ordered_json LDocumentToJson(LProfile& profile, const LSalesDocumentKi
 void LPrintDocument(LProfile& profile, const LSalesDocumentKind& kind, const LSalesDocument& document,
                     std::ostream& out);
 
-// One line of a list: key, date, customer, total, status text (invoices) or "brouillon".
+// One line of a list: key, date, customer, total, status text (invoices) or "brouillon", and
+// "facturé (facture N)" for a converted quote or order.
 void LPrintDocumentSummary(LProfile& profile, const LSalesDocumentKind& kind, const LSalesDocument& document,
                            std::ostream& out);
 
