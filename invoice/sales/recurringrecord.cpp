@@ -26,13 +26,19 @@ bool IsTemplateOnly(std::string_view field) {
   return std::find(std::begin(kTemplateOnly), std::end(kTemplateOnly), field) != std::end(kTemplateOnly);
 }
 
-// Makes the occurrence dated date of the template in the kind's recorded list: fields copied,
+// Makes the occurrence dated date of the template in the kind's recorded list (refused when its
+// customer no longer exists): fields copied,
 // lines refreshed from the items, totalled, recorded. beforeTotals runs once the document has its
 // key (an invoice puts its copied total on the balance there, the totaller then moves it by what
 // the refresh changed).
 template <class BeforeTotals>
 bool MakeOccurrence(LProfile& profile, const LSalesDocumentKind& kind, const LRecord& schedule, const std::string& date,
                     LSalesDocument& document, BeforeTotals beforeTotals, std::string* error) {
+  std::string customer = schedule.GetString("Customer");
+  if (!profile.MainList(kCustomersList).TestRecordExists(customer)) {
+    SetError(error, "Le client « " + customer + " » n'existe pas.");
+    return false;
+  }
   profile.MainList(kind.recordedList).CreateNewRecord(document);
   for (const auto& field : schedule.Fields())
     if (!field.deleted && !field.binary && !IsTemplateOnly(field.name)) document.SetString(field.name, field.text);

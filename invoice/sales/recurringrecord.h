@@ -23,8 +23,8 @@ class LProfile;
 
 // Records one occurrence of the invoice template (a record of "InvoicesRecurring") and returns
 // the new invoice's key. Empty, with a French message in *error (when given), when the template
-// is never due, a linked account is missing or the invoice cannot be written; nothing is changed
-// then. When only the ledger could not be written, the key is returned and *error set.
+// is never due, its customer does not exist, a linked account is missing or the invoice cannot
+// be written; nothing is changed then. When only the ledger could not be written, the key is returned and *error set.
 std::string LRecurringRecord(LProfile& profile, LRecord& schedule, std::string* error = nullptr);
 // The same for an order template (a record of "OrdersRecurring"); returns the new order's key.
 std::string LRecurringOrderRecord(LProfile& profile, LRecord& schedule, std::string* error = nullptr);

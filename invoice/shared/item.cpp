@@ -3,9 +3,11 @@
 #include "invoice/shared/options.h"
 #include "invoice/shared/profile.h"
 #include "invoice/shared/salesdocument.h"
+#include "llib/gen/filestore.h"
 #include "llib/gen/textnum.h"
 
-void LInvoiceChangeQuantity(LProfile& profile, const LSalesDocument& document, int sign) {
+void LForEachLineItem(LProfile& profile, const LSalesDocument& document,
+                      const std::function<void(int index, LItem& item)>& visit) {
   const LFileStoreListBase& items = profile.MainList(kItemsList);
   LFKItemCollectionRecord lines = document.Items();
   int count = lines.GetItemCount();
@@ -13,9 +15,16 @@ void LInvoiceChangeQuantity(LProfile& profile, const LSalesDocument& document, i
     std::string code = lines.GetItemCode(i);
     LItem item;
     if (code.empty() || !items.Open(item, code)) continue;
-    item.SetString("Quantity", ftotl(item.GetQuantity() + sign * lines.GetItemQty(i)));
+    visit(i, item);
     item.Flush();
   }
+}
+
+void LInvoiceChangeQuantity(LProfile& profile, const LSalesDocument& document, int sign) {
+  LFKItemCollectionRecord lines = document.Items();
+  LForEachLineItem(profile, document, [&](int index, LItem& item) {
+    item.SetString("Quantity", ftotl(item.GetQuantity() + sign * lines.GetItemQty(index)));
+  });
 }
 
 void LItemSyncDocument(LProfile& profile, const LSalesDocument& document, int sign) {

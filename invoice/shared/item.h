@@ -7,6 +7,7 @@
 // movement, "Name" = the item code, "Qty" = the change.
 #pragma once
 
+#include <functional>
 #include <string>
 #include <string_view>
 
@@ -28,6 +29,11 @@ class LItem : public LRecord {
   // "Quantity": units in stock, 0 when absent.
   double GetQuantity() const { return GetFloat("Quantity", 0); }
 };
+
+// Calls visit(index, item) for each line (0-based index) of the document whose code is a record
+// of "Items", with that record open; what visit changes in the item is saved.
+void LForEachLineItem(LProfile& profile, const LSalesDocument& document,
+                      const std::function<void(int index, LItem& item)>& visit);
 
 // Moves the stock of every item a document's lines name by sign × the line's quantity (-1 when
 // the items leave with an invoice). Lines whose code is not a record of "Items" are skipped.

@@ -100,21 +100,14 @@ bool LRecurringTestList(LProfile& profile, std::string_view list, time_t now) {
 bool LRecurringTest(LProfile& profile, time_t now) { return LRecurringTestList(profile, kRecurringInvoicesList, now); }
 
 void LRecurringUpdateDescriptionAndPrice(LProfile& profile, LSalesDocument& document) {
-  const LFileStoreListBase& items = profile.MainList(kItemsList);
-  LFKItemCollectionRecord lines = document.Items();
-  int count = lines.GetItemCount();
-  for (int i = 0; i < count; ++i) {
-    std::string code = lines.GetItemCode(i);
-    LItem item;
-    if (code.empty() || !items.Open(item, code)) continue;
+  LForEachLineItem(profile, document, [&document](int index, LItem& item) {
     if (!item.GetDescription().empty())
-      document.SetString(LFKItemCollectionRecord::ItemField(i, "Description"), item.GetDescription());
+      document.SetString(LFKItemCollectionRecord::ItemField(index, "Description"), item.GetDescription());
     if (item.TestFieldExists("Price")) {
-      document.SetInt64(LFKItemCollectionRecord::ItemField(i, "UnitValue"), item.GetPrice());
-      document.SetInt(LFKItemCollectionRecord::ItemField(i, "UnitValueDigits"), -1);
+      document.SetInt64(LFKItemCollectionRecord::ItemField(index, "UnitValue"), item.GetPrice());
+      document.SetInt(LFKItemCollectionRecord::ItemField(index, "UnitValueDigits"), -1);
     }
-    item.DetachWithoutSave();
-  }
+  });
 }
 
 std::string_view LRecurringListOf(const LSalesDocumentKind& kind) {

@@ -116,13 +116,23 @@ TEST_F(RecurringRecord, OrderMovesNeitherBalanceNorStockNorLedger) {
   EXPECT_FALSE(it.valid);
 }
 
-TEST_F(RecurringRecord, NeverDueTemplateRecordsNothing) {
+TEST_F(RecurringRecord, NeverDueOrOrphanTemplateRecordsNothing) {
   MakeTemplate(kRecurringInvoicesList, "1", "", 2);
-  LRecord schedule;
-  ASSERT_TRUE(Profile().List(kRecurringInvoicesList).Open(schedule, "1"));
-  std::string error;
-  EXPECT_EQ(LRecurringRecord(Profile(), schedule, &error), "");
-  EXPECT_EQ(error, "Ce modèle n'a pas d'échéance.");
+  MakeTemplate(kRecurringInvoicesList, "2", "2024-01-01", 2);
+  {
+    LRecord orphan;
+    Profile().List(kRecurringInvoicesList).Open(orphan, "2");
+    orphan.SetString("Customer", "C2");
+  }
+  for (const auto& [key, message] : {std::pair{"1", "Ce modèle n'a pas d'échéance."},
+                                     {"2", "Le client « C2 » n'existe pas."}}) {
+    LRecord schedule;
+    ASSERT_TRUE(Profile().List(kRecurringInvoicesList).Open(schedule, key));
+    std::string error;
+    EXPECT_EQ(LRecurringRecord(Profile(), schedule, &error), "");
+    EXPECT_EQ(error, message);
+    EXPECT_EQ(schedule.GetString("RecurLast"), "");
+  }
   EXPECT_EQ(Field("Invoices", "1", "Date"), "<absent>");
 }
 
