@@ -27,10 +27,9 @@ bool IsTemplateOnly(std::string_view field) {
 }
 
 // Makes the occurrence dated date of the template in the kind's recorded list (refused when its
-// customer no longer exists): fields copied,
-// lines refreshed from the items, totalled, recorded. beforeTotals runs once the document has its
-// key (an invoice puts its copied total on the balance there, the totaller then moves it by what
-// the refresh changed).
+// customer no longer exists): fields copied, lines refreshed from the items, totalled, recorded.
+// beforeTotals runs once the document has its key (an invoice puts its copied total on the
+// balance there, and the totaller then moves the balance by what the refresh changed).
 template <class BeforeTotals>
 bool MakeOccurrence(LProfile& profile, const LSalesDocumentKind& kind, const LRecord& schedule, const std::string& date,
                     LSalesDocument& document, BeforeTotals beforeTotals, std::string* error) {
