@@ -6,6 +6,7 @@
 #include <ostream>
 
 #include "app/cli.h"
+#include "app/cmd_convert.h"
 #include "app/commands.h"
 #include "app/documentinput.h"
 #include "app/documentview.h"
@@ -151,6 +152,7 @@ int RunDocumentCommand(LCliContext& context, LCliArgs& args, LSalesDocumentType 
   if (verb == "list") return List(context, kind, args);
   if (verb == "edit") return Edit(context, kind, args);
   if (verb == "apply" && type == LSalesDocumentType::kCreditNote) return LCmdCreditNoteApply(context, args);
+  if (verb == "convert") return LCmdDocumentConvert(context, args, kind);
   std::vector<std::string> words;
   std::string error;
   if (!args.Finish(words, error)) return context.Usage(error);

@@ -117,6 +117,7 @@ constexpr LCliCommand kCommands[] = {
      "kontavo quote list [--from D] [--to D] [--customer C] [--drafts]\n"
      "kontavo quote edit KEY (les mêmes options que new)\n"
      "kontavo quote record KEY\n"
+     "kontavo quote convert KEY [--draft]\n"
      "kontavo quote delete KEY\n",
      "devis", LCmdQuote},
     {"order",
@@ -127,6 +128,7 @@ constexpr LCliCommand kCommands[] = {
      "kontavo order list [--from D] [--to D] [--customer C] [--drafts]\n"
      "kontavo order edit KEY (les mêmes options que new)\n"
      "kontavo order record KEY\n"
+     "kontavo order convert KEY [--draft]\n"
      "kontavo order delete KEY\n",
      "commandes clients", LCmdOrder},
     {"creditnote",
@@ -157,6 +159,13 @@ constexpr LCliCommand kCommands[] = {
      "kontavo payment list\n"
      "kontavo payment delete KEY\n",
      "paiements et remboursements des clients, imputés aux factures", LCmdPayment},
+    {"recurring",
+     "kontavo recurring add (--invoice KEY | --order KEY) --start D --interval CODE\n"
+     "        CODE: 0 7 jours, 1 14 jours, 2 mensuel, 3 2 mois, 4 trimestriel, 5 6 mois, 6 annuel, 7 2 ans,\n"
+     "        8 et plus jamais\n"
+     "kontavo recurring list\n"
+     "kontavo recurring run [--all]\n",
+     "factures et commandes périodiques", LCmdRecurring},
     {"import",
      "kontavo import ofx FILE [--json]\n",
      "lit un relevé bancaire OFX et affiche son compte, sa période, son solde et ses lignes", LCmdImport},

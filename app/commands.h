@@ -46,6 +46,7 @@ int LCmdCreditNote(LCliContext& context, LCliArgs& args);
 int LCmdCreditNoteApply(LCliContext& context, LCliArgs& args);
 int LCmdPOrder(LCliContext& context, LCliArgs& args);
 int LCmdPayment(LCliContext& context, LCliArgs& args);
+int LCmdRecurring(LCliContext& context, LCliArgs& args);
 int LCmdImport(LCliContext& context, LCliArgs& args);
 int LCmdExpr(LCliContext& context, LCliArgs& args);
 int LCmdServe(LCliContext& context, LCliArgs& args);

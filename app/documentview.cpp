@@ -2,6 +2,7 @@
 
 #include <cstdlib>
 
+#include "invoice/shared/documentconversion.h"
 #include "invoice/shared/options.h"
 #include "invoice/shared/profile.h"
 #include "llib/gen/date.h"
@@ -33,6 +34,11 @@ std::vector<TaxAmount> CombinedTaxes(const LSalesDocument& document) {
 }
 
 bool IsInvoice(const LSalesDocumentKind& kind) { return kind.type == LSalesDocumentType::kInvoice; }
+
+// Quotes and orders become invoices.
+bool IsConvertible(const LSalesDocumentKind& kind) {
+  return kind.type == LSalesDocumentType::kQuote || kind.type == LSalesDocumentType::kOrder;
+}
 
 // The fields of line index, by their names without the "Item<n>" prefix.
 nlohmann::ordered_json LineFields(const LSalesDocument& document, int index) {
@@ -96,6 +102,10 @@ nlohmann::ordered_json LDocumentToJson(LProfile& profile, const LSalesDocumentKi
     json["statusText"] = LInvoiceStatusText(status);
     json["dueDate"] = LDateTimeText(LInvoiceCalculateDueDate(document));
   }
+  if (IsConvertible(kind)) {
+    std::string invoiceKey = LConvertedInvoiceKey(document);
+    json["convertedToInvoice"] = invoiceKey.empty() ? nlohmann::ordered_json() : nlohmann::ordered_json(invoiceKey);
+  }
   return json;
 }
 
@@ -106,6 +116,8 @@ void LPrintDocument(LProfile& profile, const LSalesDocumentKind& kind, LSalesDoc
   out << "Client : " << document.GetCustomer() << "\n";
   out << "Date : " << document.GetDate() << "\n";
   if (document.TestFieldExists("JournalTxnRef")) out << "Référence : " << document.GetString("JournalTxnRef") << "\n";
+  if (IsConvertible(kind) && !LConvertedInvoiceKey(document).empty())
+    out << "Facturé : facture " << LConvertedInvoiceKey(document) << "\n";
   LFKItemCollectionRecord items = document.Items();
   int count = items.GetItemCount();
   for (int i = 0; i < count; ++i) {
@@ -132,5 +144,7 @@ void LPrintDocumentSummary(LProfile& profile, const LSalesDocumentKind& kind, LS
       << LFormatAmountPlain(document.GetTotal(), profile.GetCurrencyDigits());
   if (document.IsDraft()) out << "\tbrouillon";
   else if (IsInvoice(kind)) out << "\t" << LInvoiceStatusText(LInvoiceGetStatus(profile, document));
+  if (IsConvertible(kind) && !LConvertedInvoiceKey(document).empty())
+    out << "\tfacturé (facture " << LConvertedInvoiceKey(document) << ")";
   out << "\n";
 }

@@ -15,13 +15,15 @@ class LProfile;
 // name), "lines" (each line's fields without the "Item<n>" prefix, plus its computed "Total"),
 // "taxes" and "combinedTaxes" ({"name", "amount"}), "subTotal", "taxTotal", "shipping", "total",
 // and for invoices "amountPaid", "amountRefunded", "status", "statusText" and "dueDate"
-// ("YYYY-MM-DD HH:MM:SS"). Reading the amounts paid and refunded may recompute and store them.
+// ("YYYY-MM-DD HH:MM:SS"), for quotes and orders "convertedToInvoice" (the invoice's key, null
+// when not converted). Reading the amounts paid and refunded may recompute and store them.
 nlohmann::ordered_json LDocumentToJson(LProfile& profile, const LSalesDocumentKind& kind, LSalesDocument& document);
 
 // The same for people, one "Label : value" a line, then the lines and the taxes.
 void LPrintDocument(LProfile& profile, const LSalesDocumentKind& kind, LSalesDocument& document, std::ostream& out);
 
-// One line of a list: key, date, customer, total, status text (invoices) or "brouillon".
+// One line of a list: key, date, customer, total, status text (invoices) or "brouillon", and
+// "facturé (facture N)" for a converted quote or order.
 void LPrintDocumentSummary(LProfile& profile, const LSalesDocumentKind& kind, LSalesDocument& document,
                            std::ostream& out);
 

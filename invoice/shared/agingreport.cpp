@@ -77,8 +77,8 @@ void LReportAccountsReceivableAgingReport::GenerateReport(LReportTable& table) {
   useParentheses_ = options.GetBool("UseParenthesesForNegative", false);
 
   rows_.clear();
-  WalkDocuments("Invoices", [this](const LSalesDocument& invoice) {
-    long long outstanding = invoice.GetTotal() - invoice.GetAmountPaid();
+  WalkDocuments("Invoices", [this](LSalesDocument& invoice) {
+    long long outstanding = invoice.GetTotal() - invoice.GetAmountPaid(Profile());
     long long buckets[5] = {};  // current, 1–30, 31–60, 61–90, over 90
     LAgingBucket bucket = LAgingBucketOf(now_, InvoiceMoment(invoice), TermsSeconds(invoice));
     if (bucket != LAgingBucket::kNone) buckets[static_cast<int>(bucket)] = outstanding;

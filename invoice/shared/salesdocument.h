@@ -102,7 +102,13 @@ class LSalesDocument : public LRecord {
   long long CalculateTaxAmount(LProfile& profile, int index) const;
 };
 
-class LInvoice : public LSalesDocument {};
+class LInvoice : public LSalesDocument {
+ public:
+  // Fill this new invoice from a quote or a sales order (documentconversion.h says what is
+  // carried). false, with this record untouched, when the source does not exist.
+  bool LoadFromQuote(LProfile& profile, std::string_view quoteKey);
+  bool LoadFromOrder(LProfile& profile, std::string_view orderKey);
+};
 class LOrder : public LSalesDocument {};
 class LQuote : public LSalesDocument {};
 class LCreditNote : public LSalesDocument {};

@@ -50,17 +50,17 @@ void LSalesReport::Walk(std::string_view listName, const std::function<void(cons
 }
 
 void LSalesReport::WalkDocuments(std::string_view listName,
-                                 const std::function<void(const LSalesDocument&)>& visit) const {
+                                 const std::function<void(LSalesDocument&)>& visit) const {
   WalkList<LSalesDocument>(profile_, listName, [this](const LRecord& r) { return Keeps(r); }, visit);
 }
 
 std::vector<LSalesReportDocument> LSalesReport::Documents(std::string_view listName) const {
   std::vector<LSalesReportDocument> documents;
-  WalkDocuments(listName, [&documents](const LSalesDocument& document) {
+  WalkDocuments(listName, [this, &documents](LSalesDocument& document) {
     documents.push_back({document.GetPrimaryKey(), document.GetDate(), document.GetCustomer(),
                          document.GetString("SalesPerson"),
                          LDate::FromTime(LInvoiceCalculateDueDate(document)).ToText(), document.GetTotal(), document.GetSubTotal(),
-                         document.GetTaxTotal(), document.GetAmountPaid(), LInvoiceGetStatus(document)});
+                         document.GetTaxTotal(), document.GetAmountPaid(profile_), LInvoiceGetStatus(profile_, document)});
   });
   std::sort(documents.begin(), documents.end(), [](const LSalesReportDocument& a, const LSalesReportDocument& b) {
     if (a.date != b.date) return a.date < b.date;

@@ -56,7 +56,7 @@ class LSalesReport {
   // The records this report covers. Walk calls visit for every record of listName within the
   // period and the customer selection, in the order of the folder.
   void Walk(std::string_view listName, const std::function<void(const LRecord&)>& visit) const;
-  void WalkDocuments(std::string_view listName, const std::function<void(const LSalesDocument&)>& visit) const;
+  void WalkDocuments(std::string_view listName, const std::function<void(LSalesDocument&)>& visit) const;
   // The documents of listName that Walk keeps, oldest first, keys in number order within a day.
   std::vector<LSalesReportDocument> Documents(std::string_view listName) const;
   LProfile& Profile() const { return profile_; }

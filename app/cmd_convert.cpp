@@ -1,0 +1,22 @@
+#include "app/cmd_convert.h"
+
+#include <nlohmann/json.hpp>
+#include <ostream>
+
+#include "app/cli.h"
+#include "invoice/sales/salesconversion.h"
+
+int LCmdDocumentConvert(LCliContext& context, LCliArgs& args, const LSalesDocumentKind& kind) {
+  bool draft = args.TakeFlag("--draft");
+  std::vector<std::string> words;
+  std::string error;
+  if (!args.Finish(words, error)) return context.Usage(error);
+  if (words.size() != 2) return context.Usage();
+  LProfile* profile = context.Profile();
+  if (profile == nullptr) return kExitFailed;
+  std::string key;
+  if (!LSalesDocumentConvertToInvoice(*profile, kind, words[1], draft, key, error)) return context.Fail(error);
+  if (context.json) context.out << nlohmann::json({{"key", key}}).dump() << "\n";
+  else context.out << key << "\n";
+  return kExitOk;
+}

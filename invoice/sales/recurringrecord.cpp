@@ -1,0 +1,134 @@
+#include "invoice/sales/recurringrecord.h"
+
+#include <algorithm>
+
+#include "accounts/linkedaccounts.h"
+#include "invoice/sales/salesbook.h"
+#include "invoice/sales/salesposting.h"
+#include "invoice/shared/customer.h"
+#include "invoice/shared/item.h"
+#include "invoice/shared/profile.h"
+#include "llib/gen/date.h"
+#include "llib/gen/filestore.h"
+#include "llib/gen/system.h"
+
+namespace {
+
+// Fields of a template that stay with it: its schedule, and a reference that belongs to one
+// posted document only.
+constexpr std::string_view kTemplateOnly[] = {"RecurStart", "RecurLast", "RecurInterval", "JournalTxnRef"};
+
+void SetError(std::string* error, std::string_view message) {
+  if (error != nullptr) *error = message;
+}
+
+bool IsTemplateOnly(std::string_view field) {
+  return std::find(std::begin(kTemplateOnly), std::end(kTemplateOnly), field) != std::end(kTemplateOnly);
+}
+
+// Makes the occurrence dated date of the template in the kind's recorded list (refused when its
+// customer no longer exists): fields copied, lines refreshed from the items, totalled, recorded.
+// beforeTotals runs once the document has its key (an invoice puts its copied total on the
+// balance there, and the totaller then moves the balance by what the refresh changed).
+template <class BeforeTotals>
+bool MakeOccurrence(LProfile& profile, const LSalesDocumentKind& kind, const LRecord& schedule, const std::string& date,
+                    LSalesDocument& document, BeforeTotals beforeTotals, std::string* error) {
+  std::string customer = schedule.GetString("Customer");
+  if (!profile.MainList(kCustomersList).TestRecordExists(customer)) {
+    SetError(error, "Le client « " + customer + " » n'existe pas.");
+    return false;
+  }
+  profile.MainList(kind.recordedList).CreateNewRecord(document);
+  for (const auto& field : schedule.Fields())
+    if (!field.deleted && !field.binary && !IsTemplateOnly(field.name)) document.SetString(field.name, field.text);
+  document.SetString("Date", date);
+  document.SetInt64("AmountPaid", 0);
+  document.SetString("OrderNumber", "");
+  if (!document.Flush() || document.GetPrimaryKey().empty()) {
+    SetError(error, "Impossible d'enregistrer le document.");
+    return false;
+  }
+  beforeTotals();
+  LRecurringUpdateDescriptionAndPrice(profile, document);
+  LSalesDocumentSumTotals(profile, kind, document);
+  document.SetString("IsDraft", "0");
+  document.Flush();
+  return true;
+}
+
+// The due date of the template as text; empty (with the message) when it is never due.
+std::string DueDateOf(const LRecord& schedule, std::string* error) {
+  std::string date = LRecurringGetDueDateText(schedule);
+  if (date.empty()) SetError(error, "Ce modèle n'a pas d'échéance.");
+  return date;
+}
+
+void MoveScheduleOn(LRecord& schedule, const std::string& date) {
+  schedule.SetString("RecurLast", date);
+  schedule.Flush();
+}
+
+}  // namespace
+
+std::string LRecurringRecord(LProfile& profile, LRecord& schedule, std::string* error) {
+  std::string date = DueDateOf(schedule, error);
+  if (date.empty()) return {};
+  if (LDefAccountListNeedsUpdate(profile)) {
+    SetError(error, kNeededAccountsWarning);
+    return {};
+  }
+  LSalesDocument invoice;
+  auto addToBalance = [&] { LCustomerChangeBalance(profile, invoice.GetCustomer(), invoice.GetTotal()); };
+  if (!MakeOccurrence(profile, LSalesDocumentKindOf(LSalesDocumentType::kInvoice), schedule, date, invoice,
+                      addToBalance, error))
+    return {};
+  LInvoiceChangeQuantity(profile, invoice, -1);
+  bool posted = LInvoiceRecordTransactions(profile, invoice, LGetPostingUserName(), true);
+  invoice.Flush();  // keeps "JournalTxnRef"
+  MoveScheduleOn(schedule, date);
+  LItemSyncDocument(profile, invoice, -1);
+  if (!posted) SetError(error, "Impossible d'écrire dans le grand livre.");
+  return invoice.GetPrimaryKey();
+}
+
+std::string LRecurringOrderRecord(LProfile& profile, LRecord& schedule, std::string* error) {
+  std::string date = DueDateOf(schedule, error);
+  if (date.empty()) return {};
+  LSalesDocument order;
+  if (!MakeOccurrence(profile, LSalesDocumentKindOf(LSalesDocumentType::kOrder), schedule, date, order, [] {}, error))
+    return {};
+  MoveScheduleOn(schedule, date);
+  return order.GetPrimaryKey();
+}
+
+bool LRecurringRun(LProfile& profile, bool all, time_t now, std::vector<LRecurringMade>& made, std::string& error) {
+  struct Source {
+    LSalesDocumentType type;
+    std::string_view list;
+    std::string (*record)(LProfile&, LRecord&, std::string*);
+  };
+  const Source sources[] = {{LSalesDocumentType::kInvoice, kRecurringInvoicesList, LRecurringRecord},
+                            {LSalesDocumentType::kOrder, kRecurringOrdersList, LRecurringOrderRecord}};
+  bool recorded = true;
+  while (recorded) {
+    recorded = false;
+    for (const Source& source : sources) {
+      for (const std::string& key : LRecurringTemplateKeys(profile, source.list)) {
+        LRecord schedule;
+        if (!profile.MainList(source.list).Open(schedule, key)) continue;  // removed meanwhile
+        if (LRecurringGetDueDate(schedule) > now) {
+          schedule.DetachWithoutSave();
+          continue;
+        }
+        std::string date = LRecurringGetDueDateText(schedule);
+        error.clear();
+        std::string newKey = source.record(profile, schedule, &error);
+        if (!newKey.empty()) made.push_back({source.type, newKey, date});
+        if (!error.empty()) return false;
+        recorded = true;
+      }
+    }
+    if (!all) break;
+  }
+  return true;
+}

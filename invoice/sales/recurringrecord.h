@@ -1,0 +1,43 @@
+// Recording the occurrences of recurring invoices and orders (templates and schedules:
+// invoice/shared/recurring.h).
+//
+// One occurrence of an invoice template, dated D = its next due date: a new recorded invoice in
+// "Invoices" (first free number) with the template's fields but its schedule and ledger
+// reference, "Date" = D, "AmountPaid" 0, "OrderNumber" empty; its total goes onto the customer's
+// balance; its lines take the items' descriptions and prices of today; it is totalled, marked
+// "IsDraft" 0, takes its items out of stock, and is posted to the ledger on D (under a new "SLS"
+// reference, by the user $LOGNAME, else $USER). The template's "RecurLast" becomes D. When the
+// business has "ClientEnabled", the stock movements are queued in "ItemSync".
+//
+// An order template makes a new recorded order in "Orders" the same way, without balance,
+// stock or ledger: orders do not move any of them.
+#pragma once
+
+#include <ctime>
+#include <string>
+#include <vector>
+
+#include "invoice/shared/recurring.h"
+
+class LProfile;
+
+// Records one occurrence of the invoice template (a record of "InvoicesRecurring") and returns
+// the new invoice's key. Empty, with a French message in *error (when given), when the template
+// is never due, its customer does not exist, a linked account is missing or the invoice cannot
+// be written; nothing is changed then. When only the ledger could not be written, the key is returned and *error set.
+std::string LRecurringRecord(LProfile& profile, LRecord& schedule, std::string* error = nullptr);
+// The same for an order template (a record of "OrdersRecurring"); returns the new order's key.
+std::string LRecurringOrderRecord(LProfile& profile, LRecord& schedule, std::string* error = nullptr);
+
+// One document made by a run.
+struct LRecurringMade {
+  LSalesDocumentType type;  // kInvoice or kOrder
+  std::string key;
+  std::string date;         // "YYYY-MM-DD"
+};
+
+// Records one occurrence of every invoice and order template due at or before now, invoice
+// templates first, each list in key order; with all, goes on round after round until none is
+// due. made receives what was recorded, in order. false, with error set, at the first failure
+// (what was made before it stays made and listed).
+bool LRecurringRun(LProfile& profile, bool all, time_t now, std::vector<LRecurringMade>& made, std::string& error);

@@ -1,0 +1,52 @@
+#include "invoice/sales/salesconversion.h"
+
+#include "invoice/sales/salesbook.h"
+#include "invoice/shared/documentconversion.h"
+#include "invoice/shared/profile.h"
+#include "llib/gen/date.h"
+
+namespace {
+
+std::string AlreadyConverted(const LSalesDocumentKind& kind, std::string_view key, const std::string& invoiceKey) {
+  if (kind.type == LSalesDocumentType::kQuote)
+    return "Le devis " + std::string(key) + " a déjà été converti en facture (facture " + invoiceKey + ").";
+  return "La commande " + std::string(key) + " a déjà été convertie en facture (facture " + invoiceKey + ").";
+}
+
+}  // namespace
+
+bool LSalesDocumentConvertToInvoice(LProfile& profile, const LSalesDocumentKind& kind, std::string_view key,
+                                    bool draft, std::string& newKey, std::string& error) {
+  bool fromQuote = kind.type == LSalesDocumentType::kQuote;
+  if (!fromQuote && kind.type != LSalesDocumentType::kOrder) {
+    error = "Seuls les devis et les commandes se convertissent en facture.";
+    return false;
+  }
+  LSalesDocument source;
+  if (!LSalesDocumentOpen(profile, kind, key, source)) {
+    error = "Document introuvable : " + std::string(key) + ".";
+    return false;
+  }
+  std::string converted = LConvertedInvoiceKey(source);
+  if (!converted.empty()) {
+    source.DetachWithoutSave();
+    error = AlreadyConverted(kind, key, converted);
+    return false;
+  }
+
+  LInvoice invoice;
+  bool loaded = fromQuote ? invoice.LoadFromQuote(profile, key) : invoice.LoadFromOrder(profile, key);
+  if (!loaded) {
+    error = "Document introuvable : " + std::string(key) + ".";
+    return false;
+  }
+  if (invoice.GetDate().empty()) invoice.SetString("Date", LDate::Today().ToText());
+  const LSalesDocumentKind& invoiceKind = LSalesDocumentKindOf(LSalesDocumentType::kInvoice);
+  if (!LSalesDocumentCreate(profile, invoiceKind, invoice, draft, {}, newKey, &error)) return false;
+  source.SetString(kConvertedInvoiceField, newKey);
+  if (!source.Flush()) {
+    error = "Impossible d'enregistrer le document.";
+    return false;
+  }
+  return true;
+}

@@ -1,0 +1,20 @@
+// Turning a quote or a sales order into an invoice, as the desk does it: the invoice is filled by
+// LInvoice::LoadFromQuote / LoadFromOrder (invoice/shared/documentconversion.h), dated today when
+// the source gives no date, and created like any new invoice (totalled; recorded ones move the
+// customer's balance and are posted). The source then keeps the invoice's key in
+// "InvoiceNumber", and a second conversion of it is refused.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "invoice/shared/salesdocument.h"
+
+class LProfile;
+
+// Converts the quote or order key (recorded, else draft) of kind into a new invoice, a draft when
+// draft is set; newKey receives the invoice's key. false with a French message in error when the
+// kind is neither a quote nor an order, the source does not exist or was already converted, or
+// the invoice is refused (unknown customer, missing linked account); nothing is written then.
+bool LSalesDocumentConvertToInvoice(LProfile& profile, const LSalesDocumentKind& kind, std::string_view key,
+                                    bool draft, std::string& newKey, std::string& error);
