@@ -22,16 +22,6 @@ constexpr int kMonthsOfCode[] = {1, 2, 3, 6, 12, 24};
 constexpr std::string_view kNotInTemplate[] = {"JournalTxnRef", "AmountPaid", "AmountRefunded", "IsDraft",
                                                kConvertedInvoiceField};
 
-time_t LocalMoment(const LDate& date, int hour) {
-  tm local{};
-  local.tm_year = date.year - 1900;
-  local.tm_mon = date.month - 1;
-  local.tm_mday = date.day;
-  local.tm_hour = hour;
-  local.tm_isdst = -1;
-  return ::mktime(&local);
-}
-
 // A stored schedule date; a time after the date is ignored.
 bool ReadScheduleDate(const LRecord& schedule, std::string_view field, LDate& date) {
   std::string text = schedule.GetString(field);
@@ -62,15 +52,15 @@ LDate AddScheduleMonths(const LDate& last, int months) {
 time_t LRecurringGetDueDate(const LRecord& schedule) {
   LDate date;
   if (schedule.GetString("RecurLast").empty())
-    return ReadScheduleDate(schedule, "RecurStart", date) ? LocalMoment(date, 0) : kRecurNever;
+    return ReadScheduleDate(schedule, "RecurStart", date) ? date.ToLocalTime() : kRecurNever;
   if (!ReadScheduleDate(schedule, "RecurLast", date)) return kRecurNever;
   int code = schedule.GetInt("RecurInterval", kRecurIntervalDefault);
   if (code < 0 || code >= kRecurIntervalNever) return kRecurNever;
   if (code <= 1) {
-    time_t later = LocalMoment(date, 12) + static_cast<time_t>(code == 0 ? 7 : 14) * kSecondsPerDay;
-    return LocalMoment(LDate::FromTime(later), 0);
+    time_t later = date.ToLocalTime(12) + static_cast<time_t>(code == 0 ? 7 : 14) * kSecondsPerDay;
+    return LDate::FromTime(later).ToLocalTime();
   }
-  return LocalMoment(AddScheduleMonths(date, kMonthsOfCode[code - 2]), 0);
+  return AddScheduleMonths(date, kMonthsOfCode[code - 2]).ToLocalTime();
 }
 
 std::string LRecurringGetDueDateText(const LRecord& schedule) {

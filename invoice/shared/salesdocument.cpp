@@ -114,11 +114,5 @@ time_t LInvoiceCalculateDueDate(const LSalesDocument& invoice) {
   LDate date;
   if (!LDate::Parse(invoice.GetDate(), date)) return ::time(nullptr);
   int days = invoice.GetInt("PaymentTerms", 2) == 1 ? 0 : invoice.GetInt("PaymentTermsDays", 30);
-  tm local{};
-  local.tm_year = date.year - 1900;
-  local.tm_mon = date.month - 1;
-  local.tm_mday = date.day;
-  local.tm_hour = 1;
-  local.tm_isdst = -1;
-  return ::mktime(&local) + static_cast<time_t>(days) * 86400;
+  return date.ToLocalTime(1) + static_cast<time_t>(days) * 86400;
 }

@@ -12,13 +12,7 @@ namespace {
 
 time_t StartOfDay(const std::string& text) {
   LDate date;
-  if (!LDate::Parse(text, date)) return 0;
-  tm local{};
-  local.tm_year = date.year - 1900;
-  local.tm_mon = date.month - 1;
-  local.tm_mday = date.day;
-  local.tm_isdst = -1;
-  return ::mktime(&local);
+  return LDate::Parse(text, date) ? date.ToLocalTime() : 0;
 }
 
 }  // namespace

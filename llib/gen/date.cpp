@@ -72,6 +72,16 @@ LDate LDate::FromTime(time_t time) {
   return LDate(local.tm_year + 1900, local.tm_mon + 1, local.tm_mday);
 }
 
+time_t LDate::ToLocalTime(int hour) const {
+  tm local{};
+  local.tm_year = year - 1900;
+  local.tm_mon = month - 1;
+  local.tm_mday = day;
+  local.tm_hour = hour;
+  local.tm_isdst = -1;
+  return ::mktime(&local);
+}
+
 LDate LDate::Today() { return FromTime(::time(nullptr)); }
 
 std::string LDateTimeText(time_t time) {

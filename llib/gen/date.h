@@ -30,6 +30,8 @@ struct LDate {
   int DayOfWeek() const;
   static LDate Today();
   static LDate FromTime(time_t time);  // local date of a Unix time
+  // The Unix time of this date at hour:00:00 on the local clock (daylight saving as the day has it).
+  time_t ToLocalTime(int hour = 0) const;
 
   friend bool operator==(const LDate&, const LDate&) = default;
   friend auto operator<=>(const LDate&, const LDate&) = default;

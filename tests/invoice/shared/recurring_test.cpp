@@ -21,12 +21,7 @@ constexpr const char* kZoneWithDst = "CET-1CEST,M3.5.0,M10.5.0/3";
 time_t LocalMidnight(const char* text) {
   LDate date;
   EXPECT_TRUE(LDate::Parse(text, date)) << text;
-  tm local{};
-  local.tm_year = date.year - 1900;
-  local.tm_mon = date.month - 1;
-  local.tm_mday = date.day;
-  local.tm_isdst = -1;
-  return ::mktime(&local);
+  return date.ToLocalTime();
 }
 
 // The C library reads TZ again only when told: on the way in, and once the old value is back.
