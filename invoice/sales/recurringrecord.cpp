@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "accounts/ledgerlock.h"
 #include "accounts/linkedaccounts.h"
 #include "invoice/sales/salesbook.h"
 #include "invoice/sales/salesposting.h"
@@ -114,6 +115,9 @@ bool LRecurringRun(LProfile& profile, bool all, time_t now, std::vector<LRecurri
     recorded = false;
     for (const Source& source : sources) {
       for (const std::string& key : LRecurringTemplateKeys(profile, source.list)) {
+        // Two desks running at once must not both record the same occurrence: the due test and
+        // the recording that moves "RecurLast" on happen under the ledger lock.
+        LLedgerLock lock(profile);
         LRecord schedule;
         if (!profile.MainList(source.list).Open(schedule, key)) continue;  // removed meanwhile
         if (LRecurringGetDueDate(schedule) > now) {
