@@ -8,6 +8,7 @@
 #include "invoice/sales/paymentbook.h"
 #include "invoice/sales/salesposting.h"
 #include "invoice/shared/customer.h"
+#include "invoice/shared/documentconversion.h"
 #include "invoice/shared/profile.h"
 #include "llib/gen/file.h"
 #include "llib/gen/system.h"
@@ -231,6 +232,7 @@ bool LSalesDocumentRecordDraft(LProfile& profile, const LSalesDocumentKind& kind
     return false;
   }
   if (!LSalesDocumentCreate(profile, kind, draft, false, {}, newKey, error)) return false;
+  if (kind.type == LSalesDocumentType::kInvoice) LConvertedInvoiceMoved(profile, draft, draftKey, newKey);
   draft.Invalidate();
   drafts.Delete(draftKey);
   return true;
@@ -241,18 +243,26 @@ bool LSalesDocumentDelete(LProfile& profile, const LSalesDocumentKind& kind, std
   const LFileStoreListBase& recordedList = profile.MainList(kind.recordedList);
   const LFileStoreListBase& draftsList = profile.MainList(kind.draftsList);
   LSalesDocument document;
+  bool isInvoice = kind.type == LSalesDocumentType::kInvoice;
   if (recordedList.Open(document, key)) {
-    if (kind.type == LSalesDocumentType::kInvoice) LInvoiceRemoveApplications(profile, document);
+    if (isInvoice) {
+      LInvoiceRemoveApplications(profile, document);
+      LConvertedInvoiceMoved(profile, document, key, {});
+    }
     if (kind.type == LSalesDocumentType::kCreditNote) LCreditNoteUnapply(document, profile);
     if (IsPosted(kind)) LSalesDocumentRemoveTransaction(profile, document, document.GetDate());
-    if (kind.type == LSalesDocumentType::kInvoice)
-      LCustomerChangeBalance(profile, document.GetCustomer(), -document.GetTotal());
+    if (isInvoice) LCustomerChangeBalance(profile, document.GetCustomer(), -document.GetTotal());
     if (kind.type == LSalesDocumentType::kCreditNote) LCoreDataCreditNoteApply(profile, document, -1);
     document.Invalidate();
     recordedList.Delete(key);
     return true;
   }
-  if (draftsList.Delete(key)) return true;
+  if (draftsList.Open(document, key)) {
+    if (isInvoice) LConvertedInvoiceMoved(profile, document, key, {});
+    document.Invalidate();
+    draftsList.Delete(key);
+    return true;
+  }
   SetError(error, "Document introuvable : " + std::string(key) + ".");
   return false;
 }

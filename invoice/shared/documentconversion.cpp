@@ -87,3 +87,25 @@ bool LInvoice::LoadFromOrder(LProfile& profile, std::string_view orderKey) {
   SetString("OrderNumber", order.GetPrimaryKey());
   return true;
 }
+
+void LConvertedInvoiceMoved(LProfile& profile, const LRecord& invoice, std::string_view oldKey,
+                            std::string_view newKey) {
+  std::string orderKey = invoice.GetString("OrderNumber");
+  bool fromOrder = !orderKey.empty();
+  std::string sourceKey = fromOrder ? orderKey : invoice.GetString("QuoteNumber");
+  if (sourceKey.empty()) return;
+  const LSalesDocumentKind& kind =
+      LSalesDocumentKindOf(fromOrder ? LSalesDocumentType::kOrder : LSalesDocumentType::kQuote);
+  for (std::string_view list : {kind.recordedList, kind.draftsList}) {
+    LRecord source;
+    if (!profile.MainList(list).Open(source, sourceKey)) continue;
+    if (LConvertedInvoiceKey(source) != oldKey) {
+      source.DetachWithoutSave();
+      return;
+    }
+    if (newKey.empty()) source.DeleteField(kConvertedInvoiceField);
+    else source.SetString(kConvertedInvoiceField, newKey);
+    source.Flush();
+    return;
+  }
+}

@@ -35,3 +35,12 @@ inline constexpr std::string_view kConvertedInvoiceField = "InvoiceNumber";
 
 // The key of the invoice a quote or an order became; empty when it was not converted.
 inline std::string LConvertedInvoiceKey(const LRecord& source) { return source.GetString(kConvertedInvoiceField); }
+
+class LProfile;
+
+// The quote or order an invoice came from ("OrderNumber", else "QuoteNumber") follows the invoice:
+// when its key changes from oldKey (a draft recorded) the source's mark names newKey; when the
+// invoice is deleted (newKey empty) the mark goes, so that the source can be converted again. A
+// source whose mark names another invoice is left alone.
+void LConvertedInvoiceMoved(LProfile& profile, const LRecord& invoice, std::string_view oldKey,
+                            std::string_view newKey);

@@ -59,6 +59,13 @@ TEST_F(RecurringCli, QuoteAndOrderConvertOnceIntoInvoices) {
   EXPECT_EQ(draft.out, "DFT1\n");
   EXPECT_EQ(Balance(), 22000);
   EXPECT_EQ(LRunKontavoJson({"invoice", "show", "DFT1"})["fields"]["OrderNumber"], "1");
+
+  // The mark follows the invoice: recorded under its number, gone with it.
+  ASSERT_EQ(LRunKontavo({"invoice", "record", "DFT1"}).out, "2\n");
+  EXPECT_EQ(LRunKontavoJson({"order", "show", "1"})["convertedToInvoice"], "2");
+  ASSERT_EQ(LRunKontavo({"invoice", "delete", "2"}).exitCode, 0);
+  EXPECT_EQ(LRunKontavoJson({"order", "show", "1"})["convertedToInvoice"], nullptr);
+  EXPECT_EQ(LRunKontavo({"order", "convert", "1"}).out, "2\n");
 }
 
 TEST_F(RecurringCli, MonthlyTemplateCatchesUpOnEveryMissedMonth) {
