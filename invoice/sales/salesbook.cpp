@@ -202,8 +202,10 @@ bool LSalesDocumentEdit(LProfile& profile, const LSalesDocumentKind& kind, std::
   Reopen(list, document);
 
   // The totaller moves an invoice's balance by the change of its total, on the customer it names
-  // now; a change of customer first carries the old total across.
+  // now; a change of customer first carries the old total across, and the old customer's
+  // payments and credit notes let go of the invoice.
   if (inBooks && kind.type == LSalesDocumentType::kInvoice && document.GetCustomer() != oldCustomer) {
+    LInvoiceRemoveApplications(profile, document);
     LCustomerChangeBalance(profile, oldCustomer, -oldTotal);
     LCustomerChangeBalance(profile, document.GetCustomer(), oldTotal);
   }

@@ -58,6 +58,17 @@ TEST_F(PaymentCli, AutoPaymentIsSpreadShownListedAndDeleted) {
   EXPECT_EQ(LRunKontavo({"check"}).exitCode, 0);
 }
 
+TEST_F(PaymentCli, AnInvoiceGivenToAnotherCustomerLeavesThePaymentsOfTheFirst) {
+  ASSERT_EQ(LRunKontavo({"payment", "add", "--customer", "C1", "--amount", "250", "--auto"}).exitCode, 0);
+  ASSERT_EQ(LRunKontavo({"customer", "add", "C2", "Name=Martin"}).exitCode, 0);
+  ASSERT_EQ(LRunKontavo({"invoice", "edit", "3", "--customer", "C2"}).exitCode, 0);
+  EXPECT_EQ(Invoice("3")["amountPaid"], 0);
+  nlohmann::json payment = LRunKontavoJson({"payment", "show", "1"});
+  EXPECT_EQ(payment["fields"]["InvoiceNumber"], "1,2");
+  EXPECT_EQ(payment["unapplied"], 5000);
+  EXPECT_EQ(LRunKontavo({"check"}).exitCode, 0);
+}
+
 TEST_F(PaymentCli, RefusalsAndUsage) {
   auto add = [](std::vector<std::string> extra) {
     std::vector<std::string> args{"payment", "add", "--customer", "C1", "--amount", "10"};
