@@ -3,6 +3,7 @@
 #include <map>
 #include <memory>
 
+#include "accounts/ledgerlock.h"
 #include "invoice/sales/salesposting.h"
 #include "invoice/shared/customer.h"
 #include "invoice/shared/profile.h"
@@ -73,6 +74,8 @@ std::unique_ptr<LSortedInvoiceList> Distribute(LProfile& profile, LPayment& paym
 }  // namespace
 
 bool LPaymentCreate(LProfile& profile, const LPaymentRequest& request, std::string& newKey, std::string* error) {
+  // Applications read and write the invoices' cached amounts: one desk at a time.
+  LLedgerLock lock(profile);
   if (request.customer.empty()) {
     SetError(error, "Veuillez sélectionner un client.");
     return false;
@@ -118,6 +121,8 @@ bool LPaymentCreate(LProfile& profile, const LPaymentRequest& request, std::stri
 }
 
 bool LPaymentDelete(LProfile& profile, std::string_view key, std::string* error) {
+  // Applications read and write the invoices' cached amounts: one desk at a time.
+  LLedgerLock lock(profile);
   const LFileStoreListBase& payments = profile.MainList(kPaymentsList);
   LPayment payment;
   if (!payments.Open(payment, key)) {
@@ -134,6 +139,8 @@ bool LPaymentDelete(LProfile& profile, std::string_view key, std::string* error)
 
 bool LCreditNoteApply(LProfile& profile, std::string_view key, const std::vector<LAppliedAmount>& applications,
                       std::string* error) {
+  // Applications read and write the invoices' cached amounts: one desk at a time.
+  LLedgerLock lock(profile);
   LSalesDocument creditNote;
   if (!CreditNotes(profile).Open(creditNote, key)) {
     SetError(error, "Avoir introuvable : " + std::string(key) + ".");

@@ -64,9 +64,12 @@ std::string DueDateOf(const LRecord& schedule, std::string* error) {
   return date;
 }
 
-void MoveScheduleOn(LRecord& schedule, const std::string& date) {
+// false when the template cannot be written: it would stay due and be recorded again and again.
+bool MoveScheduleOn(LRecord& schedule, const std::string& date, std::string* error) {
   schedule.SetString("RecurLast", date);
-  schedule.Flush();
+  if (schedule.Flush()) return true;
+  SetError(error, "Impossible d'enregistrer le modèle.");
+  return false;
 }
 
 }  // namespace
@@ -86,9 +89,9 @@ std::string LRecurringRecord(LProfile& profile, LRecord& schedule, std::string* 
   LInvoiceChangeQuantity(profile, invoice, -1);
   bool posted = LInvoiceRecordTransactions(profile, invoice, LGetPostingUserName(), true);
   invoice.Flush();  // keeps "JournalTxnRef"
-  MoveScheduleOn(schedule, date);
+  bool moved = MoveScheduleOn(schedule, date, error);
   LItemSyncDocument(profile, invoice, -1);
-  if (!posted) SetError(error, "Impossible d'écrire dans le grand livre.");
+  if (moved && !posted) SetError(error, "Impossible d'écrire dans le grand livre.");
   return invoice.GetPrimaryKey();
 }
 
@@ -98,7 +101,7 @@ std::string LRecurringOrderRecord(LProfile& profile, LRecord& schedule, std::str
   LSalesDocument order;
   if (!MakeOccurrence(profile, LSalesDocumentKindOf(LSalesDocumentType::kOrder), schedule, date, order, [] {}, error))
     return {};
-  MoveScheduleOn(schedule, date);
+  MoveScheduleOn(schedule, date, error);
   return order.GetPrimaryKey();
 }
 

@@ -1,5 +1,6 @@
 #include "invoice/sales/salesconversion.h"
 
+#include "accounts/ledgerlock.h"
 #include "invoice/sales/salesbook.h"
 #include "invoice/shared/documentconversion.h"
 #include "invoice/shared/profile.h"
@@ -17,6 +18,9 @@ std::string AlreadyConverted(const LSalesDocumentKind& kind, std::string_view ke
 
 bool LSalesDocumentConvertToInvoice(LProfile& profile, const LSalesDocumentKind& kind, std::string_view key,
                                     bool draft, std::string& newKey, std::string& error) {
+  // The "already converted" test and the mark that ends it happen under one lock, so that two
+  // desks cannot both turn one quote into an invoice.
+  LLedgerLock lock(profile);
   bool fromQuote = kind.type == LSalesDocumentType::kQuote;
   if (!fromQuote && kind.type != LSalesDocumentType::kOrder) {
     error = "Seuls les devis et les commandes se convertissent en facture.";

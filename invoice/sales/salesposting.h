@@ -15,8 +15,8 @@
 //
 // Line amounts are truncated toward zero, not rounded, and the unit-price digits are not
 // applied: the difference between the document's total and what the lines add up to is credited
-// (debited for a credit note) to the account of the last item line. Documents have always been
-// posted so, and their ledgers must keep agreeing.
+// (debited for a credit note) to the account of the last item line, deliberately: the ledger
+// must agree with the books' existing postings.
 //
 // Accounts are configured by description and turned into numbers just before each line:
 //   receivable  "AccountsReceivable" of the "Invoice" (or "CreditNote") options, default

@@ -2,11 +2,10 @@
 // split by how long it has been due. Each invoice's outstanding amount ("Total" less the amount
 // paid) goes into exactly one bucket: current (not yet due), 1–30, 31–60, 61–90 or over 90 days
 // overdue. An invoice is due its terms after its "Date" at 00:00:00: one day when
-// "PaymentTerms" is 1 (here one day, not at once as on the invoice's own due date; the report has
-// always aged such invoices so), otherwise "PaymentTermsDays" days (default 30).
+// "PaymentTerms" is 1 (deliberately one day here, where the invoice's own due date gives none),
+// otherwise "PaymentTermsDays" days (default 30).
 //
-// The overdue time is computed in unsigned 32-bit seconds, as the report always has: an
-// invoice not yet due wraps to a huge number that fits no overdue bucket, and one overdue for
+// The overdue time is deliberately computed in unsigned 32-bit seconds: an invoice not yet due wraps to a huge number that fits no overdue bucket, and one overdue for
 // more than 68 years fits none either (its amount still counts in the customer's balance).
 //
 // Times are wall-clock times of this machine (LDateTime), so a day is always 86,400 seconds.

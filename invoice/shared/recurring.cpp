@@ -57,8 +57,12 @@ time_t LRecurringGetDueDate(const LRecord& schedule) {
   int code = schedule.GetInt("RecurInterval", kRecurIntervalDefault);
   if (code < 0 || code >= kRecurIntervalNever) return kRecurNever;
   if (code <= 1) {
+    // Back to midnight by taking off the local time of day: on a day that daylight saving
+    // shortens this lands on the evening before, deliberately.
     time_t later = date.ToLocalTime(12) + static_cast<time_t>(code == 0 ? 7 : 14) * kSecondsPerDay;
-    return LDate::FromTime(later).ToLocalTime();
+    tm local{};
+    localtime_r(&later, &local);
+    return later - (local.tm_hour * 3600 + local.tm_min * 60 + local.tm_sec);
   }
   return AddScheduleMonths(date, kMonthsOfCode[code - 2]).ToLocalTime();
 }

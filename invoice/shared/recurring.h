@@ -31,11 +31,11 @@ inline constexpr time_t kRecurNever = 2147483647;
 
 // The next due moment of a template (local time):
 //   - no "RecurLast": "RecurStart" at 00:00:00; kRecurNever when that is empty or unreadable;
-//   - codes 0 and 1: "RecurLast" at 12:00:00 plus 7 or 14 days, taken back to that day's local
-//     midnight (a day that daylight saving shortens or lengthens keeps its own midnight);
+//   - codes 0 and 1: "RecurLast" at 12:00:00 plus 7 or 14 days, less the local hours, minutes
+//     and seconds of the result (midnight; on a day that daylight saving moves, an hour off);
 //   - month codes: "RecurLast" plus n months at 00:00:00. The day is kept; a day beyond the
 //     target month's length spills into the next month, counting February as 28 days also in
-//     leap years (31 January monthly gives 3 March). Kept so: schedules were always so computed;
+//     leap years (31 January monthly gives 3 March), deliberately;
 //   - codes 8 and above, negative codes and an unreadable "RecurLast": kRecurNever.
 time_t LRecurringGetDueDate(const LRecord& schedule);
 // The same as a date "YYYY-MM-DD"; empty when never due.

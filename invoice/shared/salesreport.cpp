@@ -56,11 +56,19 @@ void LSalesReport::WalkDocuments(std::string_view listName,
 
 std::vector<LSalesReportDocument> LSalesReport::Documents(std::string_view listName) const {
   std::vector<LSalesReportDocument> documents;
-  WalkDocuments(listName, [this, &documents](LSalesDocument& document) {
-    documents.push_back({document.GetPrimaryKey(), document.GetDate(), document.GetCustomer(),
-                         document.GetString("SalesPerson"),
-                         LDate::FromTime(LInvoiceCalculateDueDate(document)).ToText(), document.GetTotal(), document.GetSubTotal(),
-                         document.GetTaxTotal(), document.GetAmountPaid(profile_), LInvoiceGetStatus(profile_, document)});
+  // Only invoices are paid: reading an amount paid may recompute and store it, which must never
+  // happen to an order or a quote that shares an invoice's key.
+  bool invoices = listName == LSalesDocumentKindOf(LSalesDocumentType::kInvoice).recordedList;
+  WalkDocuments(listName, [this, invoices, &documents](LSalesDocument& document) {
+    LSalesReportDocument row{document.GetPrimaryKey(), document.GetDate(), document.GetCustomer(),
+                             document.GetString("SalesPerson"), "", document.GetTotal(), document.GetSubTotal(),
+                             document.GetTaxTotal()};
+    if (invoices) {
+      row.due = LDate::FromTime(LInvoiceCalculateDueDate(document)).ToText();
+      row.paid = document.GetAmountPaid(profile_);
+      row.status = LInvoiceGetStatus(profile_, document);
+    }
+    documents.push_back(std::move(row));
   });
   std::sort(documents.begin(), documents.end(), [](const LSalesReportDocument& a, const LSalesReportDocument& b) {
     if (a.date != b.date) return a.date < b.date;

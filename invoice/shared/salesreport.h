@@ -34,12 +34,12 @@ struct LSalesReportDocument {
   std::string date;
   std::string customer;
   std::string salesPerson;  // "SalesPerson"
-  std::string due;          // the due date (LInvoiceCalculateDueDate) as "YYYY-MM-DD"
+  std::string due;          // invoices: the due date (LInvoiceCalculateDueDate) as "YYYY-MM-DD"
   long long total = 0;      // "Total"
   long long subTotal = 0;   // before tax and shipping
   long long taxTotal = 0;
   long long paid = 0;       // GetAmountPaid (0 for every kind but invoices)
-  int status = 0;           // LInvoiceGetStatus
+  int status = 0;           // LInvoiceGetStatus (invoices)
   long long Outstanding() const { return total - paid; }
 };
 

