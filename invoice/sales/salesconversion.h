@@ -16,5 +16,6 @@ class LProfile;
 // draft is set; newKey receives the invoice's key. false with a French message in error when the
 // kind is neither a quote nor an order, the source does not exist or was already converted, or
 // the invoice is refused (unknown customer, missing linked account); nothing is written then.
+// When only the source's mark cannot be written, the invoice stays made and error says so.
 bool LSalesDocumentConvertToInvoice(LProfile& profile, const LSalesDocumentKind& kind, std::string_view key,
                                     bool draft, std::string& newKey, std::string& error);

@@ -19,7 +19,7 @@ struct ItemSums {
   // Whether the invoice comes before the one the description was taken from.
   bool Earlier(const std::string& date, const std::string& key) const {
     if (descriptionKey.empty()) return true;
-    return date != descriptionDate ? date < descriptionDate : LSalesReportKeyLess(key, descriptionKey);
+    return date != descriptionDate ? date < descriptionDate : LDocumentKeyLess(key, descriptionKey);
   }
 };
 using ItemTable = std::map<std::string, ItemSums>;  // by item code

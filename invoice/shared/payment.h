@@ -63,9 +63,9 @@ class LPayment : public LRecord {
 
 // Applies amount cents of the payment to the invoice (isRefund: to its "AmountRefunded"): an
 // earlier amount of the payment on this invoice is unapplied first, the entry is appended to
-// the lists, the invoice's amount grows by amount and is flushed, the payment is flushed, and
-// any excess over the invoice's "Total" is then removed from the invoice's latest applications
-// (RemoveExcessPayments). Returns amount.
+// the lists, the invoice's amount grows by amount and is flushed, and any excess over the
+// invoice's "Total" is then removed from the invoice's latest applications (RemoveExcessPayments).
+// The payment itself is written when the caller flushes it (or the record goes). Returns amount.
 long long LPaymentApplyToInvoice(LPayment& payment, LSalesDocument& invoice, long long amount, LProfile& profile,
                                  bool isRefund);
 // Removes the invoice's entry from the payment and takes its amount off the invoice (isRefund:

@@ -1,7 +1,6 @@
 #include "invoice/shared/salesreport.h"
 
 #include <algorithm>
-#include <tuple>
 
 #include "invoice/shared/profile.h"
 #include "invoice/shared/salesdocument.h"
@@ -72,7 +71,7 @@ std::vector<LSalesReportDocument> LSalesReport::Documents(std::string_view listN
   });
   std::sort(documents.begin(), documents.end(), [](const LSalesReportDocument& a, const LSalesReportDocument& b) {
     if (a.date != b.date) return a.date < b.date;
-    return LSalesReportKeyLess(a.key, b.key);
+    return LDocumentKeyLess(a.key, b.key);
   });
   return documents;
 }
@@ -101,6 +100,3 @@ LReportRow& LSalesReportAddRow(LReportTable& table, LReportRowKind kind, std::st
   return row;
 }
 
-bool LSalesReportKeyLess(std::string_view a, std::string_view b) {
-  return std::make_tuple(a.size(), a) < std::make_tuple(b.size(), b);
-}

@@ -87,6 +87,3 @@ using LSalesReportCell = std::variant<std::string, long long>;
 // Adds a row whose cells follow the table's columns in order.
 LReportRow& LSalesReportAddRow(LReportTable& table, LReportRowKind kind, std::string_view label,
                                const std::vector<LSalesReportCell>& cells);
-// Orders record keys the way people number documents: shorter digit strings first ("9" before
-// "10"), otherwise byte order.
-bool LSalesReportKeyLess(std::string_view a, std::string_view b);

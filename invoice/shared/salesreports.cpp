@@ -110,7 +110,7 @@ void LReportPayments::GenerateReport(LReportTable& table) {
                         payment.GetString("InvoiceNumber"), refund, refund ? -amount : amount});
   });
   std::sort(payments.begin(), payments.end(), [](const Payment& a, const Payment& b) {
-    return a.date != b.date ? a.date < b.date : LSalesReportKeyLess(a.key, b.key);
+    return a.date != b.date ? a.date < b.date : LDocumentKeyLess(a.key, b.key);
   });
   StartTable(table, "Paiements reçus", PeriodText(), {"Date", "Client", "Type", "Factures", "Montant"});
   long long total = 0;
@@ -135,7 +135,7 @@ void LReportCustomers::GenerateReport(LReportTable& table) {
       customers.push_back(
           {customer.GetPrimaryKey(), customer.GetString("Name"), customer.GetOldestDue(), customer.GetBalance()});
   std::sort(customers.begin(), customers.end(),
-            [](const Customer& a, const Customer& b) { return LSalesReportKeyLess(a.key, b.key); });
+            [](const Customer& a, const Customer& b) { return LDocumentKeyLess(a.key, b.key); });
 
   StartTable(table, "Clients", {}, {"Nom", "Solde", "Échéance la plus ancienne"});
   long long total = 0;

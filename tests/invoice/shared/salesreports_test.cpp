@@ -212,7 +212,7 @@ TEST_F(SalesReports, CustomersAndSalesPerCustomerAndSalesPerson) {
     customer.SetString("OldestDue", "2024-02-01 01:00:00");
   }
   LReportTable customers = Make<LReportCustomers>();
-  EXPECT_EQ(Labels(customers), (std::vector<std::string>{"C1", "C2", "C10", "Total :", "Nombre de clients :"}));
+  EXPECT_EQ(Labels(customers), (std::vector<std::string>{"C1", "C10", "C2", "Total :", "Nombre de clients :"}));
   EXPECT_EQ(RowOf(customers, "C2").texts[0], "C2");
   EXPECT_EQ(RowOf(customers, "C2").texts[2], "2024-02-01 01:00:00");
   EXPECT_EQ(RowOf(customers, "Total :").values[1], 1500);
