@@ -26,7 +26,8 @@ std::string Part(const std::string& disposition, const std::string& data, const 
 
 // A statement file whose bytes include line ends, NULs and a near-boundary.
 std::string FileBytes(std::size_t size) {
-  std::string bytes = std::string("OFX\0\r\n------kb4\r\n", 19);
+  constexpr char kStart[] = "OFX\0\r\n------kb4\r\n";
+  std::string bytes(kStart, sizeof kStart - 1);
   while (bytes.size() < size) bytes += static_cast<char>(bytes.size() * 7 % 256);
   return bytes.substr(0, size);
 }
