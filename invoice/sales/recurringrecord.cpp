@@ -15,9 +15,9 @@
 
 namespace {
 
-// Fields of a template that stay with it: its schedule, and a reference that belongs to one
-// posted document only.
-constexpr std::string_view kTemplateOnly[] = {"RecurStart", "RecurLast", "RecurInterval", "JournalTxnRef"};
+// The one field of a template that an occurrence does not take: the ledger reference belongs to
+// one posted document only. The schedule fields go along with every other field.
+constexpr std::string_view kTemplateOnly[] = {"JournalTxnRef"};
 
 void SetError(std::string* error, std::string_view message) {
   if (error != nullptr) *error = message;

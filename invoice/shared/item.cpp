@@ -37,11 +37,9 @@ void LItemSyncDocument(LProfile& profile, const LSalesDocument& document, int si
   LFKItemCollectionRecord lines = document.Items();
   int count = lines.GetItemCount();
   for (int i = 0; i < count; ++i) {
-    std::string code = lines.GetItemCode(i);
-    if (code.empty()) continue;
     LRecord movement;
     queue.CreateNewRecord(movement);
-    movement.SetString("Name", code);
+    movement.SetString("Name", lines.GetItemCode(i));
     movement.SetString("Qty", ftotl(sign * lines.GetItemQty(i)));
     movement.Flush();
   }

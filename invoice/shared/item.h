@@ -40,6 +40,6 @@ void LForEachLineItem(LProfile& profile, const LSalesDocument& document,
 void LInvoiceChangeQuantity(LProfile& profile, const LSalesDocument& document, int sign);
 
 // When "ClientEnabled" is set in "Options": queues in "ItemSync" (under the first free numbers)
-// one record per line of the document that has an item code, "Qty" = sign × the line's
-// quantity. Does nothing otherwise.
+// one record per line of the document, "Name" = the line's item code (empty for a line without
+// one), "Qty" = sign × the line's quantity. Does nothing otherwise.
 void LItemSyncDocument(LProfile& profile, const LSalesDocument& document, int sign);

@@ -127,13 +127,21 @@ std::string LReportWriteJson(const LReportTable& table) {
   document["columns"] = table.columns;
   nlohmann::ordered_json rows = nlohmann::ordered_json::array();
   for (const auto& row : table.rows) {
+    // "values" holds amounts only; text cells (dates, keys, counts) go beside them in "texts".
     nlohmann::ordered_json values = nlohmann::ordered_json::array();
+    nlohmann::ordered_json texts = nlohmann::ordered_json::array();
+    bool hasTexts = false;
     for (std::size_t c = 0; c < table.columns.size(); ++c) {
-      if (c < row.values.size() && row.values[c]) values.push_back(*row.values[c]);
-      else if (const std::string* text = TextCell(row, c)) values.push_back(*text);
+      bool amount = c < row.values.size() && row.values[c];
+      if (amount) values.push_back(*row.values[c]);
       else values.push_back(nullptr);
+      const std::string* text = amount ? nullptr : TextCell(row, c);
+      if (text) texts.push_back(*text);
+      else texts.push_back(nullptr);
+      hasTexts = hasTexts || text != nullptr;
     }
     nlohmann::ordered_json entry = {{"label", row.label}, {"values", values}, {"kind", LReportRowKindName(row.kind)}};
+    if (hasTexts) entry["texts"] = texts;
     if (!row.detail.empty()) entry["detail"] = row.detail;
     rows.push_back(entry);
   }

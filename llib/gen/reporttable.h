@@ -51,8 +51,9 @@ std::string LReportWriteText(const LReportTable& table, const LReportStyle& styl
 // CSV: a heading row ("", columns...), then label and plain amounts ("1234.56") per row; with
 // details, a second column holds them.
 std::string LReportWriteCsv(const LReportTable& table, const LReportStyle& style);
-// {"title":..., "columns":[...], "rows":[{"label":..., "values":[cents, text or null...], "kind":...}]};
-// a row with a detail also has "detail":...
+// {"title":..., "columns":[...], "rows":[{"label":..., "values":[cents or null...], "kind":...}]};
+// a row with text cells also has "texts":[text or null...] (one per column), a row with a
+// detail "detail":...
 std::string LReportWriteJson(const LReportTable& table);
 // An HTML fragment: a <table class="report"> with a caption; rows carry their kind as class.
 std::string LReportWriteHtml(const LReportTable& table, const LReportStyle& style);

@@ -35,7 +35,8 @@ TEST_F(SalesReportCli, AgingAsJsonAndCsvForOneCustomer) {
   EXPECT_EQ(report["rows"][0]["label"], "C1");
   EXPECT_EQ(report["rows"][0]["values"], nlohmann::json::array({7500, 0, 0, 0, 0, 7500}));
   EXPECT_EQ(report["rows"][1]["values"], nlohmann::json::array({5000, 0, 5000, 0, 0, 0}));  // due at once
-  EXPECT_EQ(report["rows"][3]["values"][0], "2");
+  EXPECT_EQ(report["rows"][3]["values"][0], nullptr);
+  EXPECT_EQ(report["rows"][3]["texts"][0], "2");
   EXPECT_EQ(report["rows"][4]["label"], "Montant échu total :");
   EXPECT_EQ(report["rows"][4]["values"][0], 12500);
   // The day before C2's invoice it was not yet due.

@@ -73,7 +73,7 @@ TEST_F(VatCli, ObligationsAreFetchedStoredAndShownAsTheReport) {
   EXPECT_EQ(json["title"], "VAT Obligations");
   ASSERT_EQ(json["rows"].size(), 1u);
   EXPECT_EQ(json["rows"][0]["label"], "17A1");
-  EXPECT_EQ(json["rows"][0]["values"][3], "O");
+  EXPECT_EQ(json["rows"][0]["texts"][3], "O");
   EXPECT_EQ(LExpectSuccess({"record", "list", "VATObligations"}), "17A1\n");
   // The stored periods are a report like any other, without asking HMRC again.
   std::string csv = LExpectSuccess({"report", "vat-obligations", "--format", "csv"});
