@@ -4,6 +4,7 @@
 #include <memory>
 
 #include "accounts/ledgerlock.h"
+#include "invoice/sales/salesbook.h"
 #include "invoice/sales/salesposting.h"
 #include "invoice/shared/customer.h"
 #include "invoice/shared/profile.h"
@@ -76,14 +77,8 @@ std::unique_ptr<LSortedInvoiceList> Distribute(LProfile& profile, LPayment& paym
 bool LPaymentCreate(LProfile& profile, const LPaymentRequest& request, std::string& newKey, std::string* error) {
   // Applications read and write the invoices' cached amounts: one desk at a time.
   LLedgerLock lock(profile);
-  if (request.customer.empty()) {
-    SetError(error, "Veuillez sélectionner un client.");
+  if (!LSalesCheckParty(profile, LSalesDocumentKindOf(LSalesDocumentType::kInvoice), request.customer, error))
     return false;
-  }
-  if (!profile.MainList(kCustomersList).TestRecordExists(request.customer)) {
-    SetError(error, "Le client « " + request.customer + " » n'existe pas.");
-    return false;
-  }
   if (request.amount <= 0) {
     SetError(error, "Le montant doit être supérieur à zéro.");
     return false;

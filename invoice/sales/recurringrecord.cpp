@@ -34,11 +34,7 @@ bool IsTemplateOnly(std::string_view field) {
 template <class BeforeTotals>
 bool MakeOccurrence(LProfile& profile, const LSalesDocumentKind& kind, const LRecord& schedule, const std::string& date,
                     LSalesDocument& document, BeforeTotals beforeTotals, std::string* error) {
-  std::string customer = schedule.GetString("Customer");
-  if (!profile.MainList(kCustomersList).TestRecordExists(customer)) {
-    SetError(error, "Le client « " + customer + " » n'existe pas.");
-    return false;
-  }
+  if (!LSalesCheckParty(profile, kind, schedule.GetString("Customer"), error)) return false;
   profile.MainList(kind.recordedList).CreateNewRecord(document);
   for (const auto& field : schedule.Fields())
     if (!field.deleted && !field.binary && !IsTemplateOnly(field.name)) document.SetString(field.name, field.text);

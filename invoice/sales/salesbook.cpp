@@ -27,8 +27,9 @@ bool IsPosted(const LSalesDocumentKind& kind) {
 
 bool IsDraftKey(std::string_view key) { return key.compare(0, kDraftKeyPrefix.size(), kDraftKeyPrefix) == 0; }
 
-// The party of a document must exist: a customer, or a supplier for a purchase order.
-bool CheckParty(LProfile& profile, const LSalesDocumentKind& kind, const std::string& party, std::string* error) {
+}  // namespace
+
+bool LSalesCheckParty(LProfile& profile, const LSalesDocumentKind& kind, const std::string& party, std::string* error) {
   bool purchase = kind.type == LSalesDocumentType::kPOrder;
   if (party.empty()) {
     SetError(error, purchase ? "Veuillez sélectionner un fournisseur." : "Veuillez sélectionner un client.");
@@ -40,6 +41,8 @@ bool CheckParty(LProfile& profile, const LSalesDocumentKind& kind, const std::st
   }
   return true;
 }
+
+namespace {
 
 // Takes key in list by creating its file exclusively; false when it exists already.
 bool ReserveKey(const LFileStoreListBase& list, const std::string& key) {
@@ -122,7 +125,7 @@ LFKTotalsChange LSalesDocumentSumTotals(LProfile& profile, const LSalesDocumentK
 bool LSalesDocumentCreate(LProfile& profile, const LSalesDocumentKind& kind, const LRecord& content, bool draft,
                           std::string_view key, std::string& newKey, std::string* error) {
   if (!CheckLinkedAccounts(profile, kind, error)) return false;
-  if (!CheckParty(profile, kind, content.GetString("Customer"), error)) return false;
+  if (!LSalesCheckParty(profile, kind, content.GetString("Customer"), error)) return false;
   if (draft && !key.empty() && !IsDraftKey(key)) {
     SetError(error, "Le numéro d'un brouillon doit commencer par DFT.");
     return false;
@@ -185,7 +188,7 @@ bool LSalesDocumentEdit(LProfile& profile, const LSalesDocumentKind& kind, std::
     LSalesDocument trial;
     trial.CopyRecord(document);
     change(trial);
-    if (!CheckParty(profile, kind, trial.GetCustomer(), error)) return false;
+    if (!LSalesCheckParty(profile, kind, trial.GetCustomer(), error)) return false;
   }
   bool inBooks = recorded && IsPosted(kind);
   std::string oldCustomer = document.GetCustomer();

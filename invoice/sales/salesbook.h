@@ -26,6 +26,11 @@ class LProfile;
 // recorded, -1 when it is taken back.
 void LCoreDataCreditNoteApply(LProfile& profile, const LSalesDocument& creditNote, int sign);
 
+// The party of a document of kind must be named and exist: a customer, or a supplier for a
+// purchase order. false with "Veuillez sélectionner un client." or "Le client « X » n'existe
+// pas." (the supplier's words for a purchase order) in *error otherwise.
+bool LSalesCheckParty(LProfile& profile, const LSalesDocumentKind& kind, const std::string& party, std::string* error);
+
 // Creates a document from content (a detached record holding the header fields and lines).
 // draft: into the drafts list under "DFT<n>" (or key, which must then begin with "DFT");
 // otherwise into the recorded list under the first free number (or key). Any "Total" in content
