@@ -1,4 +1,4 @@
-// kontavo import ofx FILE: reads a bank or credit-card statement as the reconciliation does and
+// kontavo import ofx FILE (and import csv: cmd_importcsv.cpp): reads a bank or credit-card statement as the reconciliation does and
 // shows it: account, period, ledger balance, then the lines in the statement's list order (the
 // reverse of the file's). What was read is shown even when the reader reports a fault in the
 // statement's text; the fault's text then goes to stderr and the exit status is 1. A file that
@@ -9,6 +9,7 @@
 #include "accounts/ofx.h"
 #include "app/cli.h"
 #include "app/commands.h"
+#include "app/documentinput.h"
 #include "invoice/shared/profile.h"
 #include "llib/gen/money.h"
 
@@ -52,6 +53,7 @@ bool HoldsAnything(const LBankStatement& statement) {
 }  // namespace
 
 int LCmdImport(LCliContext& context, LCliArgs& args) {
+  if (LCliPeekVerb(args, {"--map"}, {"--dry-run"}) == "csv") return LCmdImportCsv(context, args);
   std::vector<std::string> words;
   std::string error;
   if (!args.Finish(words, error)) return context.Usage(error);

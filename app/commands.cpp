@@ -96,7 +96,11 @@ constexpr LCliCommand kCommands[] = {
      "kontavo customer show KEY\n"
      "kontavo customer retotal [KEY]\n",
      "clients, leur solde et leur plus ancienne échéance", LCmdCustomer},
-    {"supplier", "kontavo supplier add KEY [FIELD=VALUE...]\n", "ajoute un fournisseur", LCmdSupplier},
+    {"supplier",
+     "kontavo supplier add KEY [Name=TEXT] [Address=TEXT] [Contact=TEXT] [Email=ADRESSE] [Phone=TEXT]\n"
+     "    [SIREN=9 CHIFFRES] [VATNumber=FR...] [ExpenseAccount=DESCRIPTION] [PaymentTermsDays=N] [FIELD=VALUE...]\n"
+     "kontavo supplier list\n",
+     "fournisseurs et leurs coordonnées", LCmdSupplier},
     {"item",
      "kontavo item add CODE [--description TEXT] [--price AMOUNT] [--account DESCRIPTION]\n"
      "    [--kind stock|product|service] [--cost AMOUNT] [--reorder-level QTY] [--reorder-qty QTY]\n"
@@ -104,6 +108,14 @@ constexpr LCliCommand kCommands[] = {
      "kontavo item list\n"
      "kontavo item stock CODE [--date D]\n",
      "articles, leur stock, leur coût moyen et leur seuil de commande", LCmdItem},
+    {"salesperson",
+     "kontavo salesperson add KEY [Name=TEXT] [Email=ADRESSE] [CommissionRate=POURCENT]\n"
+     "kontavo salesperson list\n",
+     "vendeurs et leur taux de commission", LCmdSalesPerson},
+    {"group",
+     "kontavo group add KEY [Description=TEXT] [PriceLevel=POURCENT]\n"
+     "kontavo group list\n",
+     "groupes de clients et leur remise sur les prix des articles", LCmdGroup},
     {"invoice",
      "kontavo invoice new [--draft] [--number KEY] (--file DOC.json | --customer C [--date D] [--terms now|DAYS]\n"
      "    [--line 'CODE|DESCRIPTION|QTY|UNIT PRICE|TAX NAME|DISCOUNT %']... [--shipping AMOUNT --shipping-tax NAME]\n"
@@ -172,9 +184,14 @@ constexpr LCliCommand kCommands[] = {
      "kontavo recurring list\n"
      "kontavo recurring run [--all]\n",
      "factures et commandes périodiques", LCmdRecurring},
+    {"export",
+     "kontavo export csv customers|items|suppliers|salespersons|groups|ledger [--out FILE]\n"
+     "kontavo export journal [--out FILE]\n",
+     "exporte des fiches ou les écritures en CSV, ou les livres en journal pour ledger et hledger", LCmdExport},
     {"import",
-     "kontavo import ofx FILE [--json]\n",
-     "lit un relevé bancaire OFX et affiche son compte, sa période, son solde et ses lignes", LCmdImport},
+     "kontavo import ofx FILE [--json]\n"
+     "kontavo import csv customers|items|suppliers|salespersons|groups FILE [--map COLONNE=CHAMP,...] [--dry-run]\n",
+     "lit un relevé bancaire OFX ; importe des clients, articles ou fournisseurs d'un fichier CSV", LCmdImport},
     {"expr",
      "kontavo expr EXPRESSION [NOM=CENTIMES]... [--json]\n",
      "calcule une expression d'état modèle, sur des champs donnés en centimes", LCmdExpr},

@@ -7,6 +7,7 @@
 #include "app/cli.h"
 #include "invoice/shared/item.h"
 #include "invoice/shared/options.h"
+#include "invoice/shared/partyfields.h"
 #include "invoice/shared/profile.h"
 #include "invoice/shared/taxoptions.h"
 #include "llib/gen/date.h"
@@ -133,6 +134,10 @@ void SetDefaults(LProfile& profile, const LSalesDocumentKind& kind, const LTaxOp
   if (!document.TestFieldExists("Notes") && options.TestFieldExists("NotesText"))
     document.SetString("Notes", options.GetString("NotesText"));
   if (!document.TestFieldExists("IsTaxInclusive")) document.SetBool("IsTaxInclusive", tax.IsTaxInclusive());
+  if (!document.TestFieldExists("SalesPerson")) {
+    std::string salesPerson = LCustomerSalesPerson(profile, document.GetCustomer());
+    if (!salesPerson.empty()) document.SetString("SalesPerson", salesPerson);
+  }
 }
 
 }  // namespace
@@ -155,7 +160,7 @@ bool LApplyDocumentLine(LProfile& profile, const LTaxOptions& tax, LSalesDocumen
     error = "Quantité invalide : " + line.quantity + ".";
     return false;
   }
-  long long unitValue = known ? item.GetPrice() : 0;
+  long long unitValue = known ? LCustomerItemPrice(profile, document.GetCustomer(), item.GetPrice()) : 0;
   int digits = -1;
   if (!line.unitPrice.empty() && !ParseUnitPrice(line.unitPrice, profile.GetCurrencyDigits(), unitValue, digits)) {
     error = "Prix invalide : " + line.unitPrice + ".";
