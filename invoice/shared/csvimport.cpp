@@ -67,10 +67,9 @@ bool ParseMap(LPartyKind kind, std::string_view map, std::vector<MapEntry>& entr
 
 // Which field each column fills: "" for a column left out.
 bool MapColumns(LPartyKind kind, const std::vector<std::string>& header, const std::vector<MapEntry>& map,
-                std::vector<std::string>& columns, int& keyColumn, std::vector<std::string>& notes,
-                std::string* error) {
+                std::vector<std::string>& columns, std::vector<std::string>& notes, std::string* error) {
   columns.assign(header.size(), {});
-  keyColumn = -1;
+  int keyColumn = -1;
   std::set<std::string> taken;
   for (std::size_t i = 0; i < header.size(); ++i) {
     std::string field;
@@ -142,18 +141,25 @@ bool ReadRow(LPartyKind kind, int currencyDigits, const LCsvTableRow& row, const
 
 }  // namespace
 
+bool LCsvImportMap(LPartyKind kind, const std::vector<std::string>& header, std::string_view map,
+                   std::vector<std::string>& columns, std::vector<std::string>& notes, std::string* error) {
+  std::vector<MapEntry> entries;
+  columns.clear();
+  notes.clear();
+  return ParseMap(kind, map, entries, error) && MapColumns(kind, header, entries, columns, notes, error);
+}
+
 bool LCsvImportBytes(LProfile& profile, LPartyKind kind, std::string_view bytes, std::string_view map, bool dryRun,
                      LProcessInterface* process, LCsvImportReport& report, std::string* error) {
   report = LCsvImportReport();
-  std::vector<MapEntry> entries;
-  if (!ParseMap(kind, map, entries, error)) return false;
   LCsvTable table;
   if (!LCsvTableParse(bytes, table, error)) return false;
   report.encoding = table.encoding;
   report.separator = table.separator;
   std::vector<std::string> columns;
-  int keyColumn = -1;
-  if (!MapColumns(kind, table.header.cells, entries, columns, keyColumn, report.mapping, error)) return false;
+  if (!LCsvImportMap(kind, table.header.cells, map, columns, report.mapping, error)) return false;
+  int keyColumn = static_cast<int>(std::find(columns.begin(), columns.end(), kKeyColumn) - columns.begin());
+  if (keyColumn == static_cast<int>(columns.size())) keyColumn = -1;
 
   // Every row is read and checked before the first is written.
   int currencyDigits = profile.GetCurrencyDigits();

@@ -50,5 +50,11 @@ bool LCsvImport(LProfile& profile, LPartyKind kind, const std::string& path, std
 bool LCsvImportBytes(LProfile& profile, LPartyKind kind, std::string_view bytes, std::string_view map, bool dryRun,
                      LProcessInterface* process, LCsvImportReport& report, std::string* error);
 
+// The field each column of header fills (kKeyColumn for the key, "" when left out) and one note
+// a column for the user ("Raison sociale -> Name", "Remarque : ignorée"). false with the reason
+// when map does not read, no column is recognised or none gives the key.
+bool LCsvImportMap(LPartyKind kind, const std::vector<std::string>& header, std::string_view map,
+                   std::vector<std::string>& columns, std::vector<std::string>& notes, std::string* error);
+
 // The records of kind as CSV text.
 std::string LCsvExport(LProfile& profile, LPartyKind kind);
