@@ -159,10 +159,9 @@ constexpr LCliCommand kCommands[] = {
      "kontavo porder list [--from D] [--to D] [--customer C] [--drafts]\n"
      "kontavo porder edit KEY (les mêmes options que new)\n"
      "kontavo porder record KEY\n"
+     "kontavo porder receive KEY [--date D]\n"
      "kontavo porder delete KEY\n"
      "kontavo porder pdf KEY [--out FILE]\n",
-     "kontavo porder receive KEY [--date D]\n"
-     "kontavo porder delete KEY\n",
      "bons de commande", LCmdPOrder},
     {"payment",
      "kontavo payment add --customer C --amount AMOUNT [--date D] [--account DESCRIPTION] [--refund]\n"
