@@ -7,23 +7,13 @@
 #include "invoice/shared/item.h"
 #include "invoice/shared/options.h"
 #include "invoice/shared/profile.h"
+#include "invoice/shared/stock.h"
 #include "invoice/shared/taxoptions.h"
 #include "llib/gen/date.h"
 #include "llib/gen/money.h"
 #include "llib/gen/textnum.h"
 
 namespace {
-
-// Decimals a quantity or a discount may carry on the command line.
-constexpr int kQuantityDigits = 6;
-
-// Decimal text ("1.5", "-2", "10") to a double; false for anything else.
-bool ParseDecimal(std::string_view text, double& out) {
-  long long scaled = 0;
-  if (!LParseAmount(text, kQuantityDigits, scaled)) return false;
-  out = static_cast<double>(scaled) / 1e6;
-  return true;
-}
 
 // A unit price in currency units to the stored integer and its digits: prices with no more
 // decimals than the currency are stored in currency decimals (digits -1); finer prices keep
@@ -163,13 +153,13 @@ LDocumentLineError LApplyDocumentLine(LProfile& profile, const LTaxOptions& tax,
   auto field = [index](std::string_view suffix) { return LFKItemCollectionRecord::ItemField(index, suffix); };
 
   double qty = 1;
-  if (!line.quantity.empty() && !ParseDecimal(line.quantity, qty)) return LDocumentLineError::kBadQuantity;
+  if (!line.quantity.empty() && !LParseQuantity(line.quantity, qty)) return LDocumentLineError::kBadQuantity;
   long long unitValue = known ? item.GetPrice() : 0;
   int digits = -1;
   if (!line.unitPrice.empty() && !ParseUnitPrice(line.unitPrice, profile.GetCurrencyDigits(), unitValue, digits))
     return LDocumentLineError::kBadUnitPrice;
   double discount = 0;
-  if (!line.discount.empty() && !ParseDecimal(line.discount, discount)) return LDocumentLineError::kBadDiscount;
+  if (!line.discount.empty() && !LParseQuantity(line.discount, discount)) return LDocumentLineError::kBadDiscount;
   document.SetString(field("Code"), code);
   document.SetString(field("Description"), line.description.empty() && known ? item.GetDescription() : line.description);
   document.SetString(field("Qty"), ftotl(qty));
