@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cctype>
 #include <map>
+#include <set>
 
 #include "accounts/accounts.h"
 #include "accounts/bankmatch.h"
@@ -98,27 +99,33 @@ bool ChooseStatements(LBankImportData& data, LAccount& account, std::vector<LSta
   return true;
 }
 
-// Matches the open lines of store against the ledger and returns nothing; the caller saves.
+// Matches the open lines of store against the ledger (the caller saves). A line that held a
+// transaction since deleted from the ledger (within the dates looked at) is open again.
 void MatchOpenLines(LProfile& profile, std::string_view account, LBankLineStore& store) {
-  std::vector<std::size_t> pending;
-  std::vector<std::pair<std::string, std::string>> held;
   std::string from, to;
-  for (std::size_t i = 0; i < store.Lines().size(); ++i) {
-    const LBankLine& line = store.Lines()[i];
-    if (line.HoldsLedgerLine()) {
-      held.emplace_back(line.ledgerDate, line.ledgerReference);
-      continue;
-    }
-    pending.push_back(i);
+  for (const LBankLine& line : store.Lines()) {
+    if (line.HoldsLedgerLine()) continue;
     if (from.empty() || line.date < from) from = line.date;
     if (to.empty() || line.date > to) to = line.date;
   }
-  if (pending.empty()) return;
   LDate first, last;
   if (!LDate::Parse(from, first) || !LDate::Parse(to, last)) return;
-  std::vector<LBankLedgerLine> ledger =
-      LBankLoadLedgerLines(profile, account, first.AddDays(-kBankMatchChequeDaysBefore).ToText(),
-                           last.AddDays(kBankMatchDaysAfter).ToText(), held);
+  std::string fromDay = first.AddDays(-kBankMatchChequeDaysBefore).ToText();
+  std::string toDay = last.AddDays(kBankMatchDaysAfter).ToText();
+  std::vector<std::pair<std::string, std::string>> held;
+  for (const LBankLine& line : store.Lines())
+    if (line.HoldsLedgerLine()) held.emplace_back(line.ledgerDate, line.ledgerReference);
+  std::set<std::string> present;
+  std::vector<LBankLedgerLine> ledger = LBankLoadLedgerLines(profile, account, fromDay, toDay, held, &present);
+  std::vector<std::size_t> pending;
+  for (std::size_t i = 0; i < store.Lines().size(); ++i) {
+    LBankLine& line = store.Lines()[i];
+    bool inRange = line.ledgerDate >= fromDay && line.ledgerDate <= toDay;
+    bool gone = line.HoldsLedgerLine() && inRange &&
+                !present.contains(line.ledgerDate + " " + LAsciiUpper(line.ledgerReference));
+    if (gone) line.status = LBankLineStatus::kNew;
+    if (!line.HoldsLedgerLine()) pending.push_back(i);
+  }
   LBankMatchLines(profile, store.Lines(), pending, ledger);
 }
 

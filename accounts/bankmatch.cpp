@@ -193,7 +193,8 @@ std::vector<std::string> LBankTextWords(std::string_view text) { return Words(te
 
 std::vector<LBankLedgerLine> LBankLoadLedgerLines(const LProfile& profile, std::string_view account,
                                                   std::string_view from, std::string_view to,
-                                                  const std::vector<std::pair<std::string, std::string>>& held) {
+                                                  const std::vector<std::pair<std::string, std::string>>& held,
+                                                  std::set<std::string>* present) {
   std::set<std::string> cleared;  // "date|REFERENCE|amount" of reconciled rows
   LTextBuffer reconcilePath;
   LReconcileGetCSVFilePath(profile, reconcilePath, account);
@@ -215,6 +216,7 @@ std::vector<LBankLedgerLine> LBankLoadLedgerLines(const LProfile& profile, std::
     const LLedgerJournalLine& line = it.line;
     if (line.account != account) continue;
     std::string transaction = line.date + "|" + LAsciiUpper(line.reference);
+    if (present != nullptr) present->insert(line.date + " " + LAsciiUpper(line.reference));
     if (heldKeys.contains(transaction) || cleared.contains(transaction + "|" + std::to_string(line.amount))) continue;
     lines.push_back({line.date, line.reference, line.type, line.description, line.document, line.amount,
                      DayNumber(line.date)});

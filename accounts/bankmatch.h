@@ -15,6 +15,7 @@
 // ledger line has another candidate nearly as good is only suggested; the rest are matched.
 #pragma once
 
+#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -44,10 +45,13 @@ inline constexpr int kBankMatchNearTie = 15;          // score points that make 
 std::vector<std::string> LBankTextWords(std::string_view text);
 
 // The account's ledger lines dated from..to (both "YYYY-MM-DD"), without those in its
-// reconciliation file and those whose transaction (date, reference) is in held.
+// reconciliation file and those whose transaction (date, reference) is in held. present, when
+// given, receives every transaction of the account in the range as "DATE REFERENCE" (reference
+// in capitals), held ones included.
 std::vector<LBankLedgerLine> LBankLoadLedgerLines(const LProfile& profile, std::string_view account,
                                                   std::string_view from, std::string_view to,
-                                                  const std::vector<std::pair<std::string, std::string>>& held);
+                                                  const std::vector<std::pair<std::string, std::string>>& held,
+                                                  std::set<std::string>* present = nullptr);
 
 // Pairs the lines of store.Lines() whose indexes are in pending (their status new or
 // suggested) with ledger lines: each gets kMatched, kSuggested (ledger date and reference set)
