@@ -13,7 +13,6 @@
 #include "app/cli.h"
 #include "app/cliasker.h"
 #include "app/commands.h"
-#include "app/documentinput.h"
 #include "invoice/sales/bankpayment.h"
 #include "invoice/shared/profile.h"
 #include "llib/gen/processterminal.h"
