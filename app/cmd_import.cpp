@@ -9,7 +9,6 @@
 #include "accounts/ofx.h"
 #include "app/cli.h"
 #include "app/commands.h"
-#include "app/documentinput.h"
 #include "invoice/shared/profile.h"
 #include "llib/gen/money.h"
 

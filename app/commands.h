@@ -52,6 +52,7 @@ int LCmdRecurring(LCliContext& context, LCliArgs& args);
 int LCmdExport(LCliContext& context, LCliArgs& args);
 int LCmdImport(LCliContext& context, LCliArgs& args);
 int LCmdImportCsv(LCliContext& context, LCliArgs& args);
+int LCmdBank(LCliContext& context, LCliArgs& args);
 int LCmdExpr(LCliContext& context, LCliArgs& args);
 int LCmdServe(LCliContext& context, LCliArgs& args);
 int LCmdWeb(LCliContext& context, LCliArgs& args);

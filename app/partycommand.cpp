@@ -5,7 +5,6 @@
 #include <ostream>
 
 #include "app/cli.h"
-#include "app/documentinput.h"
 #include "invoice/shared/profile.h"
 #include "llib/gen/filestore.h"
 

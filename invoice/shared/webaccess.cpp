@@ -1,0 +1,93 @@
+#include "invoice/shared/webaccess.h"
+
+#include "invoice/shared/options.h"
+#include "llib/gen/file.h"
+#include "llib/gen/filestore.h"
+#include "llib/web/webaccount.h"
+#include "llib/web/webletform.h"
+
+namespace {
+
+std::string MultiBusFolder() { return LFile::GetSharedDataFolderApp() + "/MultiBus"; }
+
+// The session's account, opened; false when the session names none.
+bool OpenSessionAccount(LWebletForm& form, LWebAccount& account) {
+  std::string user;
+  form.session.GetString("user", "", user);
+  return !user.empty() && LWebAccountList().Open(account, user);
+}
+
+}  // namespace
+
+std::string LWebCompanyName(std::string_view folder) {
+  std::string path = folder.empty() ? LFile::GetSharedDataFolderApp() : std::string(folder);
+  LRecord company;
+  LFileStoreListBase misc(LFileStoreDataStore(path), kMiscList);
+  if (!misc.Open(company, "Company")) return {};
+  std::string name = company.GetString("Name");
+  company.DetachWithoutSave();
+  return name;
+}
+
+std::vector<LWebBusiness> LWebBusinessList() {
+  std::vector<LWebBusiness> list;
+  std::string primary = LFile::GetSharedDataFolderApp();
+  list.push_back({primary, LWebCompanyName(primary)});
+  std::string multi = MultiBusFolder();
+  for (const std::string& name : LFile::ListFolder(multi)) {
+    std::string folder = multi + "/" + name;
+    if (LFile::IsFolder(folder)) list.push_back({folder, LWebCompanyName(folder)});
+  }
+  return list;
+}
+
+bool LWebFindBusiness(std::string_view companyName, LWebBusiness& found) {
+  for (LWebBusiness& business : LWebBusinessList()) {
+    if (business.name == companyName) {
+      found = std::move(business);
+      return true;
+    }
+  }
+  return false;
+}
+
+bool AuthenticateEx(LWebletForm& form) {
+  if (!form.session.IsPresent()) {
+    WLRedirect(form, "logon");
+    return false;
+  }
+  LWebAccount account;
+  bool allowed = OpenSessionAccount(form, account) && account.IsEnabled() &&
+                 (account.IsAdministrator() || account.HasProfile(LWebCompanyName(WLSessionBusinessFolder(form))));
+  if (!allowed) {
+    form.session.DestroySession();
+    WLRedirect(form, "logon");
+  }
+  return allowed;
+}
+
+bool WLIsAdministator(LWebletForm& form) {
+  LWebAccount account;
+  return OpenSessionAccount(form, account) && account.IsAdministrator();
+}
+
+bool WLMayChangeData(LWebletForm& form) {
+  LWebAccount account;
+  return OpenSessionAccount(form, account) &&
+         (account.IsAdministrator() || account.GetPriviligies() != kWebPrivilegeViewer);
+}
+
+std::string WLSessionUserName(LWebletForm& form) {
+  LWebAccount account;
+  return OpenSessionAccount(form, account) ? account.GetDisplayName() : std::string();
+}
+
+std::string WLSessionBusinessFolder(LWebletForm& form) {
+  std::string folder;
+  form.session.GetString("profile", "", folder);
+  return folder.empty() ? LFile::GetSharedDataFolderApp() : folder;
+}
+
+void LWebPageEx::PrintHeader() { WLStandardHeader(form_, navLinks_, title_, WLSessionUserName(form_), styleCss_); }
+
+void LWebDialogEx::PrintHeader() { WLStandardHeader(form_, navLinks_, title_, WLSessionUserName(form_), styleCss_); }
