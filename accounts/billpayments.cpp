@@ -32,6 +32,32 @@ bool LBillPaymentRecordTransactions(LProfile& profile, LBillPayment& payment, st
   return recorded;
 }
 
+bool LBillPaymentCreate(LProfile& profile, LBillPayment& payment, std::string_view userName, std::string* error) {
+  auto fail = [error](std::string_view message) {
+    if (error != nullptr) *error = message;
+    return false;
+  };
+  LFileStoreListBase payments = profile.List(kBillPaymentsList);
+  LBillPayment created;
+  payments.CreateNewRecord(created);
+  created.CopyRecord(payment);
+  if (!created.Flush()) {
+    created.DetachWithoutSave();
+    return fail("Impossible de créer la fiche.");
+  }
+  std::string key = created.GetPrimaryKey();
+  if (!LBillPaymentRecordTransactions(profile, created, userName) || !created.Flush()) {
+    std::string date = created.GetString("Date"), reference = created.GetString("JournalTxnRef");
+    created.DetachWithoutSave();
+    (void)LAccountTransactionDelete(profile, date, reference);  // nothing to take out when the posting failed
+    (void)payments.Delete(key);
+    return fail(kLedgerNotWrittenMessage);
+  }
+  payment.CopyRecord(created);
+  payment.SetPrimaryKey(key);
+  return true;
+}
+
 bool LBillPaymentDeleteForLedger(LProfile& profile, std::string_view document, std::string_view reference) {
   LFileStoreListBase payments = profile.List(kBillPaymentsList);
   LBillPayment payment;
@@ -39,6 +65,7 @@ bool LBillPaymentDeleteForLedger(LProfile& profile, std::string_view document, s
   std::string date = payment.GetString("Date");
   payment.DetachWithoutSave();
   LLedgerLock lock(profile);
-  LAccountTransactionDelete(profile, date, reference);
+  // A posting already gone from the ledger leaves nothing to take out: the document goes all the same.
+  (void)LAccountTransactionDelete(profile, date, reference);
   return payments.Delete(document);
 }
