@@ -7,6 +7,7 @@
 #include "accounts/ledgerlock.h"
 #include "accounts/references.h"
 #include "invoice/shared/profile.h"
+#include "llib/gen/system.h"
 
 bool LBillPaymentRecordTransactions(LProfile& profile, LBillPayment& payment, std::string_view userName) {
   std::string reference = payment.GetString("JournalTxnRef");
@@ -32,32 +33,6 @@ bool LBillPaymentRecordTransactions(LProfile& profile, LBillPayment& payment, st
   return recorded;
 }
 
-bool LBillPaymentCreate(LProfile& profile, LBillPayment& payment, std::string_view userName, std::string* error) {
-  auto fail = [error](std::string_view message) {
-    if (error != nullptr) *error = message;
-    return false;
-  };
-  LFileStoreListBase payments = profile.List(kBillPaymentsList);
-  LBillPayment created;
-  payments.CreateNewRecord(created);
-  created.CopyRecord(payment);
-  if (!created.Flush()) {
-    created.DetachWithoutSave();
-    return fail("Impossible de créer la fiche.");
-  }
-  std::string key = created.GetPrimaryKey();
-  if (!LBillPaymentRecordTransactions(profile, created, userName) || !created.Flush()) {
-    std::string date = created.GetString("Date"), reference = created.GetString("JournalTxnRef");
-    created.DetachWithoutSave();
-    (void)LAccountTransactionDelete(profile, date, reference);  // nothing to take out when the posting failed
-    (void)payments.Delete(key);
-    return fail(kLedgerNotWrittenMessage);
-  }
-  payment.CopyRecord(created);
-  payment.SetPrimaryKey(key);
-  return true;
-}
-
 bool LBillPaymentDeleteForLedger(LProfile& profile, std::string_view document, std::string_view reference) {
   LFileStoreListBase payments = profile.List(kBillPaymentsList);
   LBillPayment payment;
@@ -68,4 +43,34 @@ bool LBillPaymentDeleteForLedger(LProfile& profile, std::string_view document, s
   // A posting already gone from the ledger leaves nothing to take out: the document goes all the same.
   (void)LAccountTransactionDelete(profile, date, reference);
   return payments.Delete(document);
+}
+
+bool LBillPaymentCreate(LProfile& profile, const LBillPaymentRequest& request, std::string& reference,
+                        std::string& error) {
+  LFileStoreListBase payments = profile.List(kBillPaymentsList);
+  LBillPayment payment;
+  payments.CreateNewRecord(payment);
+  payment.SetString("Supplier", request.supplier);
+  payment.SetInt64("Amount", request.amount);
+  payment.SetString("Date", request.date);
+  payment.SetString("Notes", request.notes);
+  if (!request.payingAccount.empty()) payment.SetString("DepositAccount", request.payingAccount);
+  if (!request.method.empty()) payment.SetString("BillPaymentMethod", request.method);
+  // The payment's key is its identifier in the ledger: it is taken before posting.
+  if (!payment.Flush()) {
+    payment.DetachWithoutSave();
+    error = "Impossible de créer la fiche.";
+    return false;
+  }
+  std::string key = payment.GetPrimaryKey();
+  if (!LBillPaymentRecordTransactions(profile, payment, LGetPostingUserName()) || !payment.Flush()) {
+    std::string date = payment.GetString("Date"), posted = payment.GetString("JournalTxnRef");
+    payment.DetachWithoutSave();
+    (void)LAccountTransactionDelete(profile, date, posted);  // nothing to take out when the posting failed
+    (void)payments.Delete(key);
+    error = kLedgerNotWrittenMessage;
+    return false;
+  }
+  reference = payment.GetString("JournalTxnRef");
+  return true;
 }

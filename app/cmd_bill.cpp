@@ -125,13 +125,9 @@ int LCmdBillPayment(LCliContext& context, LCliArgs& args) {
   std::string message;
   if (!CanPost(context, *profile, date, message)) return context.Fail(message);
 
-  LBillPayment payment;
-  payment.SetString("Supplier", supplier);
-  payment.SetInt64("Amount", amount);
-  payment.SetString("Date", date.ToText());
-  payment.SetString("Notes", notes);
-  if (accountGiven) payment.SetString("DepositAccount", account);
-  if (methodGiven) payment.SetString("BillPaymentMethod", method);
-  if (!LBillPaymentCreate(*profile, payment, LGetPostingUserName(), &message)) return context.Fail(message);
-  return PrintReference(context, payment.GetString("JournalTxnRef"));
+  LBillPaymentRequest request{supplier, amount, date.ToText(), accountGiven ? account : "", notes,
+                              methodGiven ? method : ""};
+  std::string reference;
+  if (!LBillPaymentCreate(*profile, request, reference, error)) return context.Fail(error);
+  return PrintReference(context, reference);
 }

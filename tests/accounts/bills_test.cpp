@@ -86,20 +86,18 @@ TEST_F(BillSaveTest, ARefusedRepostPutsTheOldPostingBack) {
 }
 
 TEST_F(BillSaveTest, ARefusedPaymentLeavesNoRecord) {
-  LBillPayment payment;
-  payment.SetString("Supplier", "Martin");
-  payment.SetInt64("Amount", 1200);
-  payment.SetString("Date", "2026-03-09");
+  LBillPaymentRequest request{"Martin", 1200, "2026-03-09", "", "", ""};
   BlockDay("2026-03-09");
-  std::string error;
-  EXPECT_FALSE(LBillPaymentCreate(Profile(), payment, "test", &error));
+  std::string reference, error;
+  EXPECT_FALSE(LBillPaymentCreate(Profile(), request, reference, error));
   EXPECT_EQ(error, kLedgerNotWrittenMessage);
   EXPECT_FALSE(Profile().List(kBillPaymentsList).TestRecordExists("1"));
 
-  payment.SetString("Date", "2026-03-10");
-  ASSERT_TRUE(LBillPaymentCreate(Profile(), payment, "test", &error)) << error;
-  EXPECT_EQ(payment.GetPrimaryKey(), "1");
-  EXPECT_FALSE(payment.GetString("JournalTxnRef").empty());
+  request.date = "2026-03-10";
+  ASSERT_TRUE(LBillPaymentCreate(Profile(), request, reference, error)) << error;
+  LBillPayment stored;
+  ASSERT_TRUE(Profile().List(kBillPaymentsList).Open(stored, "1"));
+  EXPECT_EQ(stored.GetString("JournalTxnRef"), reference);
 }
 
 }  // namespace
