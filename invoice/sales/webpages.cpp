@@ -1,6 +1,7 @@
 #include "invoice/sales/webpages.h"
 
 #include "invoice/sales/webitems.h"
+#include "invoice/sales/webparties.h"
 #include "invoice/shared/webnavtabs.h"
 #include "llib/web/webletroutes.h"
 
@@ -10,6 +11,13 @@ const LWebletRoute kSalesRoutes[] = {
     {"itemlist", WLWebPageRun<LWebItemsPage>},
     {"itemprop", WLWebDialogRun<LWebItemDialog>},
     {"itemdelete", WLItemDelete},
+    {"itemstock", WLWebPageRun<LWebItemStockPage>},
+    {"salespersonlist", WLWebPageRun<LWebSalesPersonsPage>},
+    {"salespersonprop", WLWebDialogRun<LWebSalesPersonDialog>},
+    {"salespersondelete", WLSalesPersonDelete},
+    {"grouplist", WLWebPageRun<LWebGroupsPage>},
+    {"groupprop", WLWebDialogRun<LWebGroupDialog>},
+    {"groupdelete", WLGroupDelete},
 };
 
 }  // namespace
@@ -21,6 +29,8 @@ void LSalesInstallWebPages() {
                                 LWebNavTab{"creditnotelist", "Avoirs", 60}, LWebNavTab{"paymentlist", "Paiements", 70},
                                 LWebNavTab{"supplierlist", "Fournisseurs", 80},
                                 LWebNavTab{"porderlist", "Bons de commande", 90},
-                                LWebNavTab{"itemlist", "Articles", 120}})
+                                LWebNavTab{"itemlist", "Articles", 120},
+                                LWebNavTab{"salespersonlist", "Vendeurs", 125},
+                                LWebNavTab{"grouplist", "Groupes", 126}})
     LWebNavTabInstall(tab);
 }

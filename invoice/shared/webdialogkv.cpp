@@ -120,7 +120,7 @@ bool LWebDialogKV::CmOk() {
   bool opened = true;
   if (creating) list.OpenAlways(record, key);  // a new record: attached, written by its first save
   else opened = list.Open(record, key);
-  if (!opened || !ReadControls(record) || !CheckValues()) {
+  if (!opened || !ReadControls(record) || !CheckValues(record)) {
     record.DetachWithoutSave();
     if (!opened) PopupBoxError("L'enregistrement « " + key + " » n'existe plus.");
     return false;

@@ -18,6 +18,10 @@ const run = (args, input) => execFileSync(kontavo, args, { env, input, encoding:
 run(['record', 'set', 'Misc', 'Company', 'Name=Principale SARL']);
 mkdirSync(join(home, 'Shared', 'MultiBus', '1'), { recursive: true });
 run(['--business', '1', 'record', 'set', 'Misc', 'Company', 'Name=Autre SA']);
+// An item with a stock under its reorder level (an opening quantity) in the second business.
+run(['--business', '1', 'item', 'add', 'W', '--description', 'Widget', '--price', '10', '--reorder-level', '5',
+  '--reorder-qty', '20']);
+run(['--business', '1', 'record', 'set', 'Items', 'W', 'Quantity=3']);
 run(['user', 'add', 'admin@example.fr', '--name', 'Alice Admin', '--admin', '--password-stdin'], 'secret12\n');
 
 const { server, base } = await startKontavoServer(kontavo, env);
@@ -86,6 +90,56 @@ try {
   await page.waitForURL(base + 'itemlist');
   assert.match(await page.locator('table.hltbl tbody').innerText(), /PAIN\s+Pain de campagne/);
   await snap(page, 'itemlist');
+
+  // The list shows the stock, marked when under the reorder level; the stock page lists the movements.
+  assert.match(await page.locator('table.hltbl tbody').innerText(), /W\s+Widget\s+Produit stocké[^\n]*\s3 !/);
+  await page.click('a[href="itemstock?id=W"]');
+  await page.waitForURL(/itemstock/);
+  assert.match(await page.locator('h2').innerText(), /W Widget/);
+  assert.match(await page.locator('table.hltbl tbody').innerText(), /Stock initial\s+3/);
+  await snap(page, 'itemstock');
+  // The kind of an item is checked as the command line checks it, and stored as its word.
+  await page.goto(base + 'itemprop?id=PAIN&onok=itemlist&oncancel=itemlist');
+  await page.fill('[id="105"]', 'gadget');
+  await page.click('input[name=submit][value="  OK  "]');
+  await page.waitForSelector('#errorTag');
+  assert.match(await errorText(page), /Type d'article invalide : gadget/);
+  await page.fill('[id="105"]', 'Service');
+  await page.fill('[id="106"]', '1.20');
+  await page.click('input[name=submit][value="  OK  "]');
+  await page.waitForURL(base + 'itemlist');
+  assert.match(await page.locator('table.hltbl tbody').innerText(), /PAIN\s+Pain de campagne\s+Service/);
+  assert.equal(run(['--business', '1', 'record', 'get', 'Items', 'PAIN', 'Kind']), 'service\n');
+
+  // Sales persons with their commission rate, and customer groups with their price level.
+  await page.click('div.navtabs a:has-text("Vendeurs")');
+  await page.waitForURL(base + 'salespersonlist');
+  await page.click('text=Ajouter un vendeur');
+  await page.waitForURL(/salespersonprop/);
+  await page.fill('[id="101"]', 'ANNE');
+  await page.fill('[id="102"]', 'Anne Martin');
+  await page.fill('[id="103"]', 'anne@exemple.fr');
+  await page.fill('[id="104"]', '150');
+  await page.click('input[name=submit][value="  OK  "]');
+  await page.waitForSelector('#errorTag');
+  assert.match(await errorText(page), /Le taux CommissionRate doit être entre 0 et 100 : 150\./);
+  await snap(page, 'salespersonprop-error');
+  await page.fill('[id="104"]', '5,5');
+  await page.click('input[name=submit][value="  OK  "]');
+  await page.waitForURL(base + 'salespersonlist');
+  assert.match(await page.locator('table.hltbl tbody').innerText(), /ANNE\s+Anne Martin\s+anne@exemple\.fr\s+5\.5/);
+  await snap(page, 'salespersonlist');
+  await page.click('div.navtabs a:has-text("Groupes")');
+  await page.waitForURL(base + 'grouplist');
+  await page.click('text=Ajouter un groupe de clients');
+  await page.waitForURL(/groupprop/);
+  await page.fill('[id="101"]', 'PRO');
+  await page.fill('[id="102"]', 'Professionnels');
+  await page.fill('[id="103"]', '10');
+  await page.click('input[name=submit][value="  OK  "]');
+  await page.waitForURL(base + 'grouplist');
+  assert.match(await page.locator('table.hltbl tbody').innerText(), /PRO\s+Professionnels\s+10/);
+  await snap(page, 'grouplist');
 
   // A new user through "userprop", with each refusal of its checks.
   await page.goto(base + 'userlist');
