@@ -34,7 +34,8 @@ TEST_F(WebPagesTest, TabsShowTheServedSectionsAndMarkTheCurrentOne) {
   std::string session = AdminSession();
   std::string main = LHttpGet(port_, "/main", session).body;
   EXPECT_NE(main.find("</tr></table><br><div class=navtabs><a href='main' class='navtab navtabcurrent'>Accueil</a>"
-                      "<a href='itemlist' class=navtab>Articles</a><a href='recon' class=navtab>Banque</a>"
+                      "<a href='itemlist' class=navtab>Articles</a><a href='salespersonlist' class=navtab>Vendeurs</a>"
+                      "<a href='grouplist' class=navtab>Groupes</a><a href='recon' class=navtab>Banque</a>"
                       "<a href='userlist' class=navtab>Utilisateurs</a></div><div class=contenttable>"),
             std::string::npos)
       << main;
