@@ -54,6 +54,7 @@ int LCmdImport(LCliContext& context, LCliArgs& args);
 int LCmdImportCsv(LCliContext& context, LCliArgs& args);
 int LCmdBank(LCliContext& context, LCliArgs& args);
 int LCmdExpr(LCliContext& context, LCliArgs& args);
+int LCmdFacturX(LCliContext& context, LCliArgs& args);
 int LCmdServe(LCliContext& context, LCliArgs& args);
 int LCmdWeb(LCliContext& context, LCliArgs& args);
 int LCmdUser(LCliContext& context, LCliArgs& args);
