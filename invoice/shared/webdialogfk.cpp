@@ -194,15 +194,19 @@ bool LWebDialogFK::GetItemLines(LSalesDocument& document) {
   int index = 0;
   for (int line = 0; line < GridLineCount(); ++line) {
     if (IsEmptyRow(line)) continue;
-    LDocumentLineInput input{GetTextAndTrim(GridControl(line, kFKGridCode)),
+    LDocumentLineInput typed{GetTextAndTrim(GridControl(line, kFKGridCode)),
                              GetTextAndTrim(GridControl(line, kFKGridDescription)),
-                             PlainNumber(GridControl(line, kFKGridQuantity)),
-                             PlainNumber(GridControl(line, kFKGridUnitPrice)),
+                             GetTextAndTrim(GridControl(line, kFKGridQuantity)),
+                             GetTextAndTrim(GridControl(line, kFKGridUnitPrice)),
                              GetTextAndTrim(GridControl(line, kFKGridTax)),
-                             PlainNumber(GridControl(line, kFKGridDiscount))};
+                             GetTextAndTrim(GridControl(line, kFKGridDiscount))};
+    LDocumentLineInput input = typed;  // the numbers as the line input reads them
+    input.quantity = PlainNumber(GridControl(line, kFKGridQuantity));
+    input.unitPrice = PlainNumber(GridControl(line, kFKGridUnitPrice));
+    input.discount = PlainNumber(GridControl(line, kFKGridDiscount));
     LDocumentLineError refusal = LApplyDocumentLine(Profile(), tax, document, index, input);
     if (refusal != LDocumentLineError::kNone)
-      return refuse(GridControl(line, ColumnOfError(refusal)), LDocumentLineErrorMessage(refusal, input));
+      return refuse(GridControl(line, ColumnOfError(refusal)), LDocumentLineErrorMessage(refusal, typed));
     int origin = LTextToInt(GetTextAndTrim(GridControl(line, kFKGridOrigin))) - 1;
     if (origin >= 0 && origin < old.GetItemCount() && origin != oldFixed) {
       LFKItemCollectionRecord items = document.Items();
