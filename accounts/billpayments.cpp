@@ -7,6 +7,7 @@
 #include "accounts/ledgerlock.h"
 #include "accounts/references.h"
 #include "invoice/shared/profile.h"
+#include "llib/gen/system.h"
 
 bool LBillPaymentRecordTransactions(LProfile& profile, LBillPayment& payment, std::string_view userName) {
   std::string reference = payment.GetString("JournalTxnRef");
@@ -39,6 +40,37 @@ bool LBillPaymentDeleteForLedger(LProfile& profile, std::string_view document, s
   std::string date = payment.GetString("Date");
   payment.DetachWithoutSave();
   LLedgerLock lock(profile);
-  LAccountTransactionDelete(profile, date, reference);
+  // A posting already gone from the ledger leaves nothing to take out: the document goes all the same.
+  (void)LAccountTransactionDelete(profile, date, reference);
   return payments.Delete(document);
+}
+
+bool LBillPaymentCreate(LProfile& profile, const LBillPaymentRequest& request, std::string& reference,
+                        std::string& error) {
+  LFileStoreListBase payments = profile.List(kBillPaymentsList);
+  LBillPayment payment;
+  payments.CreateNewRecord(payment);
+  payment.SetString("Supplier", request.supplier);
+  payment.SetInt64("Amount", request.amount);
+  payment.SetString("Date", request.date);
+  payment.SetString("Notes", request.notes);
+  if (!request.payingAccount.empty()) payment.SetString("DepositAccount", request.payingAccount);
+  if (!request.method.empty()) payment.SetString("BillPaymentMethod", request.method);
+  // The payment's key is its identifier in the ledger: it is taken before posting.
+  if (!payment.Flush()) {
+    payment.DetachWithoutSave();
+    error = "Impossible de créer la fiche.";
+    return false;
+  }
+  std::string key = payment.GetPrimaryKey();
+  if (!LBillPaymentRecordTransactions(profile, payment, LGetPostingUserName()) || !payment.Flush()) {
+    std::string date = payment.GetString("Date"), posted = payment.GetString("JournalTxnRef");
+    payment.DetachWithoutSave();
+    (void)LAccountTransactionDelete(profile, date, posted);  // nothing to take out when the posting failed
+    (void)payments.Delete(key);
+    error = kLedgerNotWrittenMessage;
+    return false;
+  }
+  reference = payment.GetString("JournalTxnRef");
+  return true;
 }

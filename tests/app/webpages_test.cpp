@@ -37,8 +37,8 @@ TEST_F(WebPagesTest, TabsShowTheServedSectionsAndMarkTheCurrentOne) {
                       "<a href='customerlist' class=navtab>Clients</a><a href='quotelist' class=navtab>Devis</a>"
                       "<a href='orderlist' class=navtab>Commandes</a><a href='invoicelist' class=navtab>Factures</a>"
                       "<a href='creditnotelist' class=navtab>Avoirs</a>"
-                      "<a href='itemlist' class=navtab>Articles</a><a href='userlist' class=navtab>Utilisateurs</a>"
-                      "</div><div class=contenttable>"),
+                      "<a href='itemlist' class=navtab>Articles</a><a href='recon' class=navtab>Banque</a>"
+                      "<a href='userlist' class=navtab>Utilisateurs</a></div><div class=contenttable>"),
             std::string::npos)
       << main;
   // Sections whose pages are not served have no tab.
@@ -56,7 +56,7 @@ TEST_F(WebPagesTest, TabsShowTheServedSectionsAndMarkTheCurrentOne) {
 
   // The users tab is for administrators only.
   std::string userMain = LHttpGet(port_, "/main", UserSession("--user")).body;
-  EXPECT_NE(userMain.find("<a href='itemlist' class=navtab>Articles</a></div>"), std::string::npos);
+  EXPECT_NE(userMain.find("<a href='recon' class=navtab>Banque</a></div>"), std::string::npos);
   EXPECT_EQ(userMain.find("userlist"), std::string::npos);
 }
 
