@@ -15,6 +15,7 @@
 #include "llib/gen/date.h"
 #include "llib/gen/filestore.h"
 #include "llib/gen/money.h"
+#include "llib/gen/moneyinput.h"
 #include "llib/gen/textnum.h"
 #include "llib/web/webformat.h"
 #include "llib/web/webletform.h"

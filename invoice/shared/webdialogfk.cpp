@@ -13,6 +13,7 @@
 #include "invoice/shared/taxrate.h"
 #include "llib/gen/filestore.h"
 #include "llib/gen/money.h"
+#include "llib/gen/moneyinput.h"
 #include "llib/gen/textnum.h"
 #include "llib/web/webformat.h"
 #include "llib/web/webletform.h"

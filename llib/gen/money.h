@@ -18,12 +18,6 @@ struct LCurrencyFormat {
 // units. false for anything else, or for more decimals than digits; out is then unchanged.
 bool LParseAmount(std::string_view text, int digits, long long& out);
 
-// Text typed the business's own way ("1 234,56", "1 234,56 €", "(5,00)") as the plain decimal
-// text LParseAmount reads ("1234.56", "-5.00"): the symbol, spaces (no-break ones too) and
-// thousands separators go, the decimal separator becomes "."; "." is still taken as the decimal
-// point when it is not the thousands separator. Anything else is left for LParseAmount to refuse.
-std::string LPlainAmountText(std::string_view text, const LCurrencyFormat& format);
-
 // Minor units as plain decimal text with digits decimals: 123456, 2 -> "1234.56".
 std::string LFormatAmountPlain(long long amount, int digits);
 

@@ -8,6 +8,7 @@
 #include "llib/gen/file.h"
 #include "llib/gen/locale.h"
 #include "llib/gen/money.h"
+#include "llib/gen/moneyinput.h"
 #include "llib/gen/system.h"
 #include "llib/gen/usersettings.h"
 #include "tests/support/testhome.h"
