@@ -1,7 +1,9 @@
 #include "invoice/sales/webpages.h"
 
+#include "invoice/sales/webcustomers.h"
 #include "invoice/sales/webitems.h"
 #include "invoice/sales/webparties.h"
+#include "invoice/sales/websalesdocuments.h"
 #include "invoice/shared/webnavtabs.h"
 #include "llib/web/webletroutes.h"
 
@@ -18,6 +20,23 @@ const LWebletRoute kSalesRoutes[] = {
     {"grouplist", WLWebPageRun<LWebGroupsPage>},
     {"groupprop", WLWebDialogRun<LWebGroupDialog>},
     {"groupdelete", WLGroupDelete},
+    {"customerlist", WLWebPageRun<LWebCustomersPage>},
+    {"customerprop", WLWebDialogRun<LWebCustomerDialog>},
+    {"customerdelete", WLCustomerDelete},
+    {"invoicelist", WLWebPageRun<LWebSalesDocumentsPageOf<LSalesDocumentType::kInvoice>>},
+    {"invoiceprop", WLWebDialogRun<LWebSalesDocumentDialogOf<LSalesDocumentType::kInvoice>>},
+    {"invoicedelete", WLSalesDocumentDeleteOf<LSalesDocumentType::kInvoice>},
+    {"quotelist", WLWebPageRun<LWebSalesDocumentsPageOf<LSalesDocumentType::kQuote>>},
+    {"quoteprop", WLWebDialogRun<LWebSalesDocumentDialogOf<LSalesDocumentType::kQuote>>},
+    {"quotedelete", WLSalesDocumentDeleteOf<LSalesDocumentType::kQuote>},
+    {"quoteci", WLSalesDocumentToInvoiceOf<LSalesDocumentType::kQuote>},
+    {"orderlist", WLWebPageRun<LWebSalesDocumentsPageOf<LSalesDocumentType::kOrder>>},
+    {"orderprop", WLWebDialogRun<LWebSalesDocumentDialogOf<LSalesDocumentType::kOrder>>},
+    {"orderdelete", WLSalesDocumentDeleteOf<LSalesDocumentType::kOrder>},
+    {"orderci", WLSalesDocumentToInvoiceOf<LSalesDocumentType::kOrder>},
+    {"creditnotelist", WLWebPageRun<LWebSalesDocumentsPageOf<LSalesDocumentType::kCreditNote>>},
+    {"creditnoteprop", WLWebDialogRun<LWebSalesDocumentDialogOf<LSalesDocumentType::kCreditNote>>},
+    {"creditnotedelete", WLSalesDocumentDeleteOf<LSalesDocumentType::kCreditNote>},
 };
 
 }  // namespace

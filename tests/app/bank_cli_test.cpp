@@ -227,6 +227,9 @@ TEST_F(BankCliAccounts, FileOfSeveralAccountsImportsTheChosenOne) {
   LRunResult again = LRunKontavo({"bank", "import", file, "--account", "1110"});
   ASSERT_EQ(again.exitCode, 0) << again.err;
   EXPECT_EQ(again.out, "1\t2005-08-11\t-23.00\tInterest Charge\tknown\n2\t2005-08-11\t350.00\tPayment - Thank You\tknown\n");
+  // A new number takes the statement lines and the remembered bank account along.
+  ASSERT_EQ(LRunKontavo({"account", "edit", "1110", "--number", "1111", "--yes"}).exitCode, 0);
+  EXPECT_EQ(LRunKontavo({"bank", "lines", "--account", "1111"}).out, card.out);
 }
 
 // A line whose paired transaction is deleted from the ledger is matched again at the next import
