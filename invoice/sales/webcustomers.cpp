@@ -127,7 +127,7 @@ LWebCustomerDialog::LWebCustomerDialog(LWebletForm& form)
   SetKeyMessages("Veuillez entrer le code du client.", "Le client « %s » existe déjà.");
 }
 
-bool LWebCustomerDialog::CheckValues() {
+bool LWebCustomerDialog::CheckValues(LRecord&) {
   std::string siren = GetTextAndTrim(kSirenControl);
   siren.erase(std::remove(siren.begin(), siren.end(), ' '), siren.end());
   if (!siren.empty() && !AllDigits(siren, 9)) {

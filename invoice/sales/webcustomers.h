@@ -24,7 +24,7 @@ class LWebCustomerDialog : public LWebDialogExKv {
   explicit LWebCustomerDialog(LWebletForm& form);
 
  protected:
-  bool CheckValues() override;
+  bool CheckValues(LRecord& record) override;
 };
 
 void WLCustomerDelete(LWebletForm& form);
