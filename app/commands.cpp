@@ -194,6 +194,14 @@ constexpr LCliCommand kCommands[] = {
      "              aging (au --date), unpaid, invoices, payments, quotes, orders, customers,\n"
      "              customer-sales, items, items-per-customer, salesperson\n",
      "plan comptable, états financiers, rapports de ventes et obligations de TVA", LCmdReport},
+    {"export",
+     "kontavo export fec --year YYYY [--out FOLDER] [--utf8]\n"
+     "kontavo export fec --check FILE\n"
+     "        the file of the fiscal year ending in YYYY, SIRENFECAAAAMMJJ.txt (ISO-8859-15 unless --utf8);\n"
+     "        --check applies the tax administration's rules to any such file\n",
+     "fichier des écritures comptables (FEC) et son contrôle", LCmdExport},
+    {"audit", "kontavo audit verify\n",
+     "vérifie la chaîne d'empreintes de la piste d'audit des écritures et des documents", LCmdAudit},
     {{}, {}, {}, nullptr},
 };
 

@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include "accounts/audittrail.h"
 #include "accounts/ledgerlock.h"
 #include "accounts/linkedaccounts.h"
 #include "invoice/sales/paymentbook.h"
@@ -161,8 +162,9 @@ bool LSalesDocumentCreate(LProfile& profile, const LSalesDocumentKind& kind, con
   LSalesDocumentSumTotals(profile, kind, document);
   if (!draft && kind.type == LSalesDocumentType::kCreditNote) LCoreDataCreditNoteApply(profile, document, +1);
   document.Flush();
-  if (!draft && IsPosted(kind)) return Post(profile, kind, document, error);
-  return true;
+  if (draft) return true;
+  LAuditAppendDocument(profile, kAuditRecord, kind.title, document);
+  return !IsPosted(kind) || Post(profile, kind, document, error);
 }
 
 bool LSalesDocumentOpen(LProfile& profile, const LSalesDocumentKind& kind, std::string_view key,
@@ -215,6 +217,7 @@ bool LSalesDocumentEdit(LProfile& profile, const LSalesDocumentKind& kind, std::
   LSalesDocumentSumTotals(profile, kind, document);
   if (inBooks && kind.type == LSalesDocumentType::kCreditNote) LCoreDataCreditNoteApply(profile, document, +1);
   document.Flush();
+  if (recorded) LAuditAppendDocument(profile, kAuditEdit, kind.title, document);
   if (!inBooks) return true;
   if (kind.type == LSalesDocumentType::kInvoice) {
     // A lower total gives back what its payments and credit notes now hold beyond it.
@@ -258,6 +261,8 @@ bool LSalesDocumentDelete(LProfile& profile, const LSalesDocumentKind& kind, std
     if (IsPosted(kind)) LSalesDocumentRemoveTransaction(profile, document, document.GetDate());
     if (isInvoice) LCustomerChangeBalance(profile, document.GetCustomer(), -document.GetTotal());
     if (kind.type == LSalesDocumentType::kCreditNote) LCoreDataCreditNoteApply(profile, document, -1);
+    document.Flush();
+    LAuditAppendDocument(profile, kAuditDeleteDocument, kind.title, document);
     document.Invalidate();
     recordedList.Delete(key);
     return true;
