@@ -15,6 +15,7 @@
 #include "llib/gen/filelock.h"
 #include "llib/gen/hashtable.h"
 #include "llib/gen/log.h"
+#include "llib/gen/percent.h"
 #include "llib/gen/record.h"
 #include "llib/gen/system.h"
 #include "llib/gen/textnum.h"
@@ -159,6 +160,32 @@ bool LAuditAppendDocument(const LProfile& profile, std::string_view action, std:
     fields.SaveHTTPString(event.lines);
   }
   return LAuditAppend(profile, event);
+}
+
+std::string LAuditTransactionKey(std::string_view date, std::string_view reference) {
+  std::string key(date);
+  key += '\t';
+  for (char c : reference) key += c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
+  return key;
+}
+
+std::unordered_map<std::string, std::string> LAuditPostingDays(const LProfile& profile) {
+  std::unordered_map<std::string, std::string> days;
+  std::string content;
+  if (!LFile::ReadAll(LogPath(profile), content)) return days;
+  for (std::size_t at = 0; at < content.size();) {
+    std::size_t end = content.find('\n', at);
+    if (end == std::string::npos) end = content.size();
+    std::string_view line(content.data() + at, end - at);
+    at = end + 1;
+    std::string_view action = RawField(line, "Action");
+    if (action != kAuditPost && action != kAuditDelete) continue;
+    std::string key = LAuditTransactionKey(LPercentDecode(RawField(line, "Date")),
+                                           LPercentDecode(RawField(line, "Reference")));
+    if (action == kAuditDelete) days.erase(key);
+    else days[key] = std::string(RawField(line, "Time").substr(0, 10));
+  }
+  return days;
 }
 
 LAuditVerifyResult LAuditVerifyText(std::string_view content, std::string_view head) {

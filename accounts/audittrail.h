@@ -27,6 +27,7 @@
 
 #include <string>
 #include <string_view>
+#include <unordered_map>
 
 class LProfile;
 class LLedgerTransaction;
@@ -65,6 +66,13 @@ bool LAuditAppendTransaction(const LProfile& profile, std::string_view action, c
 // when it is deleted.
 bool LAuditAppendDocument(const LProfile& profile, std::string_view action, std::string_view title,
                           const LRecord& document);
+
+// The day (UTC, "YYYY-MM-DD") each transaction still in the books was last posted, as the trail
+// tells it, keyed by LAuditTransactionKey. Empty for books without a trail.
+std::unordered_map<std::string, std::string> LAuditPostingDays(const LProfile& profile);
+// The key of a transaction in that map: its date, a tab, its reference upper-cased (the ledger
+// tells references apart without regard to letter case).
+std::string LAuditTransactionKey(std::string_view date, std::string_view reference);
 
 // The SHA-256 of text in lower-case hexadecimal.
 std::string LAuditHash(std::string_view text);

@@ -10,6 +10,7 @@
 
 #include "accounts/accounts.h"
 #include "accounts/accounttotaller.h"
+#include "accounts/audittrail.h"
 #include "accounts/fec.h"
 #include "accounts/fecthirdparty.h"
 #include "accounts/ledgeriterator.h"
@@ -42,6 +43,7 @@ struct LFecAccount {
 struct LFecContext {
   std::unordered_map<std::string, LFecAccount> accounts;
   LFecThirdParties thirdParties;
+  std::unordered_map<std::string, std::string> postingDays;  // from the audit trail
   LDate closingDate;            // of the books ("CTDDate"), valid only when enabled
   bool closingEnabled = false;
   int digits = 2;
@@ -178,7 +180,10 @@ const LFecJournal& JournalOf(const LFecContext& context, std::string_view type,
   return kGeneralJournal;
 }
 
-LDate ValidDateOf(const LFecContext& context, const LDate& date) {
+LDate ValidDateOf(const LFecContext& context, const LDate& date, std::string_view reference) {
+  auto posted = context.postingDays.find(LAuditTransactionKey(date.ToText(), reference));
+  LDate day;
+  if (posted != context.postingDays.end() && LDate::Parse(posted->second, day)) return day;
   if (context.closingEnabled && !(context.closingDate < date)) return context.closingDate;
   return date;
 }
@@ -239,7 +244,7 @@ void WriteDay(const LFecContext& context, std::vector<LLedgerJournalLine>& rows,
     for (const auto& line : lines)
       if (document.empty()) document = line.document;
     const LFecThirdPartyLine* thirdParty = context.thirdParties.Find(lines.back().type, document, first.reference);
-    entries.Write(JournalOf(context, lines.back().type, lines), date, first.reference, ValidDateOf(context, date),
+    entries.Write(JournalOf(context, lines.back().type, lines), date, first.reference, ValidDateOf(context, date, first.reference),
                   lines, thirdParty);
   }
 }
@@ -270,6 +275,7 @@ bool LFecExport(LProfile& profile, const LFecExportOptions& options, LFecExportR
   for (LDataStoreListIterator<LFileStoreDataStore, LAccount> it(accountList); it.IsValid(); it.Next())
     context.accounts[it->GetNumber()] = {it->GetDescription(), it->GetType(), it->IsCash()};
   context.thirdParties.Load(profile, end);
+  context.postingDays = LAuditPostingDays(profile);
 
   std::string folder = options.folder.empty() ? std::string(".") : options.folder;
   result.path = LFile::MakeFilePath(folder, LFecFileName(siren, end));

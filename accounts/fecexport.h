@@ -12,8 +12,8 @@
 //
 // any other type goes to BQ when one of its lines is on a bank or cash account, else to OD.
 // Customer and supplier lines carry their auxiliary account and lettering (fecthirdparty.h).
-// ValidDate is the closing date of the books when the entry lies in the closed period, else the
-// entry's date.
+// ValidDate is the day the entry was posted when the audit trail holds it (audittrail.h), else
+// the closing date of the books when the entry lies in the closed period, else the entry's date.
 //
 // The file is ISO-8859-15 unless UTF-8 is asked for; characters that ISO-8859-15 lacks are
 // written as "?" and counted. A "|" or a line break inside a text would break the line apart,

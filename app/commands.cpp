@@ -196,7 +196,7 @@ constexpr LCliCommand kCommands[] = {
     {"report",
      "kontavo report NAME [--from D] [--to D] [--date D] [--compare-from D --compare-to D] [--customer KEY]...\n"
      "        [--consolidate B=FACTOR,...] [--format text|csv|json|html]\n"
-     "        NAME: coa, pl, pl-compare, bs (au --date), tb, cf, vat-obligations,\n"
+     "        NAME: coa, pl, pl-compare, bs (au --date), tb, cf, vat-obligations, tva-ca3,\n"
      "              aging (au --date), unpaid, invoices, payments, quotes, orders, customers,\n"
      "              customer-sales, items, items-per-customer, salesperson,\n"
      "              inventory (au --date), reorder, movements\n",

@@ -82,34 +82,15 @@ LFKTotalsChange SumTotals(LProfile& profile, LSalesDocument& document, bool isIn
   change.oldTaxTotal = document.GetTaxTotal();
   change.oldSubTotal = document.GetSubTotal();
 
-  LOptions options;
-  options.OpenFrom(profile);
-  bool ignoreDiscount = options.GetBool("DontShowDiscountColumn", true);
   LTaxOptions taxOptions;
   taxOptions.OpenFrom(profile);
-  int taxMode = document.GetDocumentTaxMode();
-  LFKTaxContext context;
-  context.taxOptions = &taxOptions;
-  context.defaultTaxNumber = taxMode == kDocumentTaxDefault ? taxOptions.GetDefaultRate() : 0;
-  context.defaultTaxName = taxOptions.GetTaxName(context.defaultTaxNumber);
-  context.useOldTaxRates = document.GetBool("UseOldTaxRates", true);
-
-  LFKTaxTable table = LFKExtractTaxNames(document, context);
-  LFKItemCollectionRecord items = document.Items();
-  LFKItemSums sums = LFKSumItems(items, table, context, ignoreDiscount, profile.GetCurrencyDigits());
-
-  long long total = sums.untaxed;
+  long long total = 0;
+  LFKTaxTable table = LFKDocumentTaxBases(profile, document, total);
   for (const auto& entry : table) total += entry.second.base;
-  long long shipping = document.GetShippingCosts();
-  if (shipping != 0) {
-    auto taxed = table.find(ShippingTaxName(document, context));
-    if (taxed != table.end()) taxed->second.base += shipping;
-  }
-  total += shipping;
 
   LFKTaxAmounts separate;
   LFKTaxAmounts combined;
-  if (taxMode != kDocumentUntaxed) {
+  if (document.GetDocumentTaxMode() != kDocumentUntaxed) {
     bool inclusive = taxOptions.IsTaxInclusive();
     LApplyTaxes(table, inclusive, false, separate);
     total += LApplyTaxes(table, inclusive, true, combined);
@@ -134,6 +115,28 @@ LFKTotalsChange SumTotals(LProfile& profile, LSalesDocument& document, bool isIn
 }
 
 }  // namespace
+
+LFKTaxTable LFKDocumentTaxBases(LProfile& profile, LSalesDocument& document, long long& untaxed) {
+  LOptions options;
+  options.OpenFrom(profile);
+  bool ignoreDiscount = options.GetBool("DontShowDiscountColumn", true);
+  LTaxOptions taxOptions;
+  taxOptions.OpenFrom(profile);
+  LFKTaxContext context;
+  context.taxOptions = &taxOptions;
+  context.defaultTaxNumber = document.GetDocumentTaxMode() == kDocumentTaxDefault ? taxOptions.GetDefaultRate() : 0;
+  context.defaultTaxName = taxOptions.GetTaxName(context.defaultTaxNumber);
+  context.useOldTaxRates = document.GetBool("UseOldTaxRates", true);
+
+  LFKTaxTable table = LFKExtractTaxNames(document, context);
+  LFKItemCollectionRecord items = document.Items();
+  untaxed = LFKSumItems(items, table, context, ignoreDiscount, profile.GetCurrencyDigits()).untaxed;
+  long long shipping = document.GetShippingCosts();
+  auto taxed = shipping == 0 ? table.end() : table.find(ShippingTaxName(document, context));
+  if (taxed != table.end()) taxed->second.base += shipping;
+  else untaxed += shipping;
+  return table;
+}
 
 std::string LFKLineTaxName(const LFKItemCollection& items, int index, const LFKTaxContext& context) {
   double rate1 = 0, rate2 = 0;

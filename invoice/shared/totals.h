@@ -79,6 +79,11 @@ LFKItemSums LFKSumItems(LFKItemCollection& items, LFKTaxTable& table, const LFKT
 long long LApplyTaxes(const LFKTaxTable& table, bool inclusive, bool combinedPass, LFKTaxAmounts& amounts,
                       std::vector<std::string>* missing = nullptr);
 
+// Steps 1 to 3 on document: its tax table, each tax's base holding its lines (after the fixed
+// discount) and, when taxed, the shipping; untaxed receives the lines without a tax and untaxed
+// shipping. The discount line's amount is written back into document, as the totaller does.
+LFKTaxTable LFKDocumentTaxBases(LProfile& profile, LSalesDocument& document, long long& untaxed);
+
 // The totals before and after one run of the totaller.
 struct LFKTotalsChange {
   long long oldTotal = 0;

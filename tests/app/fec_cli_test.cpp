@@ -4,6 +4,7 @@
 // its à-nouveaux carry the earlier balances, and lettering pairs invoices with what settles them.
 #include <gtest/gtest.h>
 
+#include <ctime>
 #include <map>
 
 #include "accounts/feccheck.h"
@@ -123,6 +124,11 @@ TEST_F(FecCli, AYearPassesTheCheckerAndAddsUpToTheTrialBalance) {
   }
   std::erase_if(fromFile, [](const auto& entry) { return entry.second == 0; });
   EXPECT_EQ(fromFile, fromReport);
+  // ValidDate: the day each entry was posted, as the audit trail holds it (today, in UTC).
+  std::time_t now = std::time(nullptr);
+  char today[16];
+  std::strftime(today, sizeof today, "%Y%m%d", std::gmtime(&now));
+  for (std::size_t i = 3; i < lines.size(); ++i) EXPECT_EQ(lines[i][15], today) << "line " << i;
   // The deleted entry and the next year's are not there; a "|" in a text does not split its line.
   std::string content = LReadFile(path);
   EXPECT_EQ(content.find("Erreur"), std::string::npos);
