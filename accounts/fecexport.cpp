@@ -13,6 +13,7 @@
 #include "accounts/audittrail.h"
 #include "accounts/fec.h"
 #include "accounts/fecthirdparty.h"
+#include "accounts/fiscalyear.h"
 #include "accounts/ledgeriterator.h"
 #include "invoice/shared/company.h"
 #include "invoice/shared/profile.h"
@@ -264,8 +265,11 @@ bool LFecExport(LProfile& profile, const LFecExportOptions& options, LFecExportR
   if (!LFecIsSiren(siren))
     return fail("Le numéro SIREN de l'entreprise (9 chiffres) est nécessaire pour nommer le fichier des écritures "
                 "comptables : renseignez le champ « SIREN » de la fiche de l'entreprise.");
-  LDate end = company.GetFiscalYearEnd(options.year);
-  LDate start = company.GetFiscalYearStart(options.year);
+  // The fiscal year that holds the 1st of January of the year is the one that ends in it.
+  LDTPeriod year = LFiscalYearOf(profile, LDate(options.year, 1, 1));
+  LDate start, end;
+  if (!LDate::Parse(year.from, start) || !LDate::Parse(year.to, end))
+    return fail("Exercice invalide : " + std::to_string(options.year));
 
   LFecContext context;
   context.digits = profile.GetCurrencyDigits();

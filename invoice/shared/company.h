@@ -2,12 +2,11 @@
 // "Address" and "Contact" that the start wizard writes, it holds the legal mentions ("SIREN", 9
 // digits; "SIRET", 14; "VATNumber"; "LegalForm"; "ShareCapital" in cents; "RCS"; "Email";
 // "Phone"; "VATExempt") and the end of the fiscal year ("FiscalYearEnd" month,
-// "FiscalYearEndDay" day; 31 December when not set).
+// "FiscalYearEndDay" day; accounts/fiscalyear.h reads them).
 #pragma once
 
 #include <string>
 
-#include "llib/gen/date.h"
 #include "llib/gen/record.h"
 
 class LProfile;
@@ -23,10 +22,4 @@ class LCompanyOptions : public LRecord {
   std::string GetSIREN() const { return GetString("SIREN"); }
   std::string GetSIRET() const { return GetString("SIRET"); }
   std::string GetVATNumber() const { return GetString("VATNumber"); }
-
-  // The last day of the fiscal year that ends in year (the day cut to the month's length);
-  // 31 December when the stored month is not 1 to 12.
-  LDate GetFiscalYearEnd(int year) const;
-  // The first day of the fiscal year that ends in year: the day after the previous year's end.
-  LDate GetFiscalYearStart(int year) const { return GetFiscalYearEnd(year - 1).AddDays(1); }
 };
