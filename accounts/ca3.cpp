@@ -74,21 +74,19 @@ class LCa3Builder {
     bool inclusive = tax_.IsTaxInclusive();
     for (LRecordIterator it(list); it.IsValid(); it.Next()) {
       if (!InPeriod(it->GetDate(), from_, to_)) continue;
-      LSalesDocument copy;  // the totaller writes the discount line back: never into the books
-      copy.CopyRecord(*it);
-      long long untaxed = 0;
-      LFKTaxTable table = LFKDocumentTaxBases(profile_, copy, untaxed);
       bool untaxedDocument = it->GetDocumentTaxMode() == kDocumentUntaxed;
       std::string label = title + " " + it->GetPrimaryKey();
-      for (const auto& [name, entry] : table) {
-        if (untaxedDocument) {
-          untaxed += entry.base;
-          continue;
-        }
-        long long tax = TaxAmountOf(*it, name);
+      // What no tax is taken on: the total less the taxed bases and, unless prices include
+      // them, the taxes.
+      long long untaxed = it->GetTotal();
+      for (const LFKTaxBreakdownLine& entry : LFKDocumentTaxBreakdown(profile_, *it)) {
+        // The tax as recorded and posted, not as today's rates would make it.
+        long long tax = untaxedDocument ? 0 : TaxAmountOf(*it, entry.name);
+        untaxed -= inclusive ? entry.base : entry.base + tax;
+        if (untaxedDocument) continue;
         long long base = inclusive ? entry.base - tax : entry.base;
-        LCa3Line& line = byRate_[{-entry.rate.rate1, name}];
-        if (line.label.empty()) line = {CodeOfRate(entry.rate.rate1), name, 0, 0, {}};
+        LCa3Line& line = byRate_[{-entry.rate.rate1, entry.name}];
+        if (line.label.empty()) line = {CodeOfRate(entry.rate.rate1), entry.name, 0, 0, {}};
         Add(line, {label, it->GetDate(), sign * base, sign * tax});
       }
       if (untaxed != 0) Add(figures_.untaxed, {label, it->GetDate(), sign * untaxed, 0});

@@ -259,9 +259,9 @@ bool LFecExport(LProfile& profile, const LFecExportOptions& options, LFecExportR
   };
   result = {};
   if (options.year < 2 || options.year > 9999) return fail("Exercice invalide : " + std::to_string(options.year));
-  LCompanyOptions company;
+  LCompany company;
   company.OpenFrom(profile);
-  std::string siren = company.GetSIREN();
+  std::string siren = company.GetSiren();
   if (!LFecIsSiren(siren))
     return fail("Le numéro SIREN de l'entreprise (9 chiffres) est nécessaire pour nommer le fichier des écritures "
                 "comptables : renseignez le champ « SIREN » de la fiche de l'entreprise.");

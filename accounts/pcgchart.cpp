@@ -126,8 +126,8 @@ const LChartRow kPcgChart[] = {
 
 void LAccountListCreatePCG(LProfile& profile) {
   {
-    LCompanyOptions company;
-    company.OpenFrom(profile);
+    LRecord company;
+    profile.List(kMiscList).OpenAlways(company, kCompanyRecord);
     company.SetInt("NumberOfDigits", kPcgAccountDigits);
   }
   LAccountListApplyChartRows(profile, kPcgChart, true);

@@ -45,6 +45,9 @@ struct LFKTaxContext {
   bool useOldTaxRates = true;   // rates stored on the document come before today's options
 };
 
+// The context of document under taxOptions (which must outlive it).
+LFKTaxContext LFKMakeTaxContext(const LTaxOptions& taxOptions, const LSalesDocument& document);
+
 // The tax name of line index: the name stored on the line when its tax index is negative,
 // otherwise the name of tax number index - 1, or of the default tax for index 0; "Valeur/défaut"
 // becomes the default tax's name.
@@ -79,11 +82,6 @@ LFKItemSums LFKSumItems(LFKItemCollection& items, LFKTaxTable& table, const LFKT
 long long LApplyTaxes(const LFKTaxTable& table, bool inclusive, bool combinedPass, LFKTaxAmounts& amounts,
                       std::vector<std::string>* missing = nullptr);
 
-// Steps 1 to 3 on document: its tax table, each tax's base holding its lines (after the fixed
-// discount) and, when taxed, the shipping; untaxed receives the lines without a tax and untaxed
-// shipping. The discount line's amount is written back into document, as the totaller does.
-LFKTaxTable LFKDocumentTaxBases(LProfile& profile, LSalesDocument& document, long long& untaxed);
-
 // The totals before and after one run of the totaller.
 struct LFKTotalsChange {
   long long oldTotal = 0;
@@ -103,3 +101,16 @@ LFKTotalsChange LOrderSumTotals(LProfile& profile, LSalesDocument& order);
 LFKTotalsChange LQuoteSumTotals(LProfile& profile, LSalesDocument& quote);
 LFKTotalsChange LCreditNoteSumTotals(LProfile& profile, LSalesDocument& creditNote);
 LFKTotalsChange LPOrderSumTotals(LProfile& profile, LSalesDocument& purchaseOrder);
+
+// One tax of a document as printed: its name, rates, the base it was taken on and its amount
+// (separate pass), all in minor units.
+struct LFKTaxBreakdownLine {
+  std::string name;
+  LFKTaxRate rate;
+  long long base = 0;
+  long long amount = 0;
+};
+// The document's taxes in name order, as the totaller computes them now; nothing is written to
+// document. A tax with neither base nor amount is left out; an untaxed document gives bases
+// without amounts.
+std::vector<LFKTaxBreakdownLine> LFKDocumentTaxBreakdown(LProfile& profile, const LSalesDocument& document);
