@@ -27,12 +27,6 @@ int Latin9Byte(char32_t codePoint) {
   return codePoint < 0x100 ? static_cast<int>(codePoint) : -1;
 }
 
-char32_t Latin9CodePoint(unsigned char byte) {
-  for (const auto& difference : kDifferences)
-    if (difference.byte == byte) return difference.codePoint;
-  return byte;
-}
-
 // Decodes one UTF-8 sequence at text[at]; its length in length (1 for a bad byte, which gives
 // false).
 bool DecodeUtf8(std::string_view text, std::size_t at, char32_t& codePoint, std::size_t& length) {
@@ -56,19 +50,6 @@ bool DecodeUtf8(std::string_view text, std::size_t at, char32_t& codePoint, std:
   codePoint = value;
   length = need;
   return true;
-}
-
-void AppendUtf8(char32_t codePoint, std::string& out) {
-  if (codePoint < 0x80) {
-    out += static_cast<char>(codePoint);
-  } else if (codePoint < 0x800) {
-    out += static_cast<char>(0xC0 | (codePoint >> 6));
-    out += static_cast<char>(0x80 | (codePoint & 0x3F));
-  } else {
-    out += static_cast<char>(0xE0 | (codePoint >> 12));
-    out += static_cast<char>(0x80 | ((codePoint >> 6) & 0x3F));
-    out += static_cast<char>(0x80 | (codePoint & 0x3F));
-  }
 }
 
 }  // namespace
@@ -97,17 +78,3 @@ std::size_t LUtf8ToLatin9(std::string_view utf8, std::string& out) {
   return replaced;
 }
 
-void LLatin9ToUtf8(std::string_view latin9, std::string& out) {
-  out.reserve(out.size() + latin9.size());
-  for (char c : latin9) AppendUtf8(Latin9CodePoint(static_cast<unsigned char>(c)), out);
-}
-
-bool LIsValidUtf8(std::string_view text) {
-  for (std::size_t at = 0; at < text.size();) {
-    char32_t codePoint = 0;
-    std::size_t length = 1;
-    if (!DecodeUtf8(text, at, codePoint, length)) return false;
-    at += length;
-  }
-  return true;
-}
