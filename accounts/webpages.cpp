@@ -19,6 +19,7 @@ void LAccountsInstallWebPages() {
   for (const LWebNavTab& tab : {LWebNavTab{"billlist", "Factures fournisseurs", 100},
                                 LWebNavTab{"billpaymentlist", "Règlements fournisseurs", 110},
                                 LWebNavTab{"acclist", "Comptes", 130}, LWebNavTab{"viewjournal", "Journal", 140},
-                                LWebNavTab{"reports", "Rapports", 150}, LWebNavTab{"fecexport", "FEC", 160}})
+                                LWebNavTab{"reports", "Rapports", 150},
+                                LWebNavTab{"fecexport", "FEC", 170, true}})
     LWebNavTabInstall(tab);
 }

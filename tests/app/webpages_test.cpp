@@ -35,7 +35,7 @@ TEST_F(WebPagesTest, TabsShowTheServedSectionsAndMarkTheCurrentOne) {
   std::string main = LHttpGet(port_, "/main", session).body;
   EXPECT_NE(main.find("</tr></table><br><div class=navtabs><a href='main' class='navtab navtabcurrent'>Accueil</a>"
                       "<a href='itemlist' class=navtab>Articles</a><a href='userlist' class=navtab>Utilisateurs</a>"
-                      "</div><div class=contenttable>"),
+                      "<a href='fecexport' class=navtab>FEC</a></div><div class=contenttable>"),
             std::string::npos)
       << main;
   // Sections whose pages are not served have no tab.
@@ -51,10 +51,11 @@ TEST_F(WebPagesTest, TabsShowTheServedSectionsAndMarkTheCurrentOne) {
   EXPECT_NE(users.find("<a href='main' class=navtab>Accueil</a>"), std::string::npos);
   EXPECT_EQ(users.find("class=mainfigures"), std::string::npos);
 
-  // The users tab is for administrators only.
+  // The users and FEC tabs are for administrators only.
   std::string userMain = LHttpGet(port_, "/main", UserSession("--user")).body;
   EXPECT_NE(userMain.find("<a href='itemlist' class=navtab>Articles</a></div>"), std::string::npos);
   EXPECT_EQ(userMain.find("userlist"), std::string::npos);
+  EXPECT_EQ(userMain.find("fecexport"), std::string::npos);
 }
 
 TEST_F(WebPagesTest, ItemDialogChecksThenCreatesAndEditsTheRecord) {
