@@ -1,5 +1,6 @@
 #include "accounts/webpages.h"
 
+#include "accounts/webbank.h"
 #include "accounts/webfec.h"
 #include "invoice/shared/webnavtabs.h"
 #include "llib/web/webletroutes.h"
@@ -15,11 +16,12 @@ const LWebletRoute kAccountsRoutes[] = {
 
 void LAccountsInstallWebPages() {
   LWebletInstallScripts(kAccountsRoutes);
+  LAccountsInstallBankPages();
   // Each tab shows once a page serves its route.
   for (const LWebNavTab& tab : {LWebNavTab{"billlist", "Factures fournisseurs", 100},
                                 LWebNavTab{"billpaymentlist", "Règlements fournisseurs", 110},
                                 LWebNavTab{"acclist", "Comptes", 130}, LWebNavTab{"viewjournal", "Journal", 140},
-                                LWebNavTab{"reports", "Rapports", 150},
+                                LWebNavTab{"recon", "Banque", 145}, LWebNavTab{"reports", "Rapports", 150},
                                 LWebNavTab{"fecexport", "FEC", 170, true}})
     LWebNavTabInstall(tab);
 }
