@@ -10,6 +10,7 @@
 
 #include "accounts/accounts.h"
 #include "accounts/audittrail.h"
+#include "accounts/banklines.h"
 #include "accounts/bills.h"
 #include "accounts/ledger.h"
 #include "accounts/ledgerlock.h"
@@ -101,6 +102,7 @@ LProcessResult Process(LProcessInterface& process, LAccountRenumberProcess& data
   LReconcileGetCSVFilePath(profile, oldReconcile, data.oldNumber);
   LReconcileGetCSVFilePath(profile, newReconcile, data.newNumber);
   if (LFile::Exists(oldReconcile) && !LFile::Exists(newReconcile)) ::rename(oldReconcile, newReconcile);
+  LBankLinesRenumber(profile, data.oldNumber, data.newNumber);
 
   RenumberOptions(profile, data);
   RenumberBills(profile, data);
