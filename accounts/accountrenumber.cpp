@@ -9,6 +9,7 @@
 #include <cstdio>
 
 #include "accounts/accounts.h"
+#include "accounts/audittrail.h"
 #include "accounts/banklines.h"
 #include "accounts/bills.h"
 #include "accounts/ledger.h"
@@ -116,5 +117,7 @@ LProcessResult Process(LProcessInterface& process, LAccountRenumberProcess& data
     process.SetError(kRenumberFailedMessage);
     return kProcessFailed;
   }
+  LAuditAppend(profile, {std::string(kAuditRenumber), data.oldNumber + " -> " + data.newNumber, {}, 0,
+                         std::to_string(data.nRowsChanged) + " lignes"});
   return kProcessFinished;
 }

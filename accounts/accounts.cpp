@@ -133,8 +133,7 @@ void LAccount::UpdateOpeningBalance(LProfile& profile, long long amount) {
   SetInt64("TotalBalance", GetTotalBalance() + change);
   MarkUsed(*this);
   Flush();
-  std::string historical;
-  LGetAccountNumberUsingName(accounts, kHistoricalBalanceDescription, historical);
+  std::string historical = LGetOpeningBalanceAccountNumber(profile);
   if (historical.empty()) return;
   LAccount balancing;
   if (historical == number) {
@@ -191,6 +190,11 @@ std::string LGetAccountNumberUsingDescription(const LProfile& profile, std::stri
   std::string number;
   LGetAccountNumberUsingName(list, description, number);
   return number;
+}
+
+std::string LGetOpeningBalanceAccountNumber(const LProfile& profile) {
+  std::string number = LGetAccountNumberUsingDescription(profile, kHistoricalBalanceDescription);
+  return number.empty() ? LGetAccountNumberUsingDescription(profile, kOpeningBalanceSheetDescription) : number;
 }
 
 void LCreateAccount(LProfile& profile, std::string_view number, std::string_view description, AccountType type,

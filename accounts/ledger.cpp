@@ -9,6 +9,7 @@
 #include <unistd.h>
 
 #include "accounts/accounts.h"
+#include "accounts/audittrail.h"
 #include "accounts/ledgerlock.h"
 #include "invoice/shared/profile.h"
 #include "llib/gen/csv.h"
@@ -74,6 +75,7 @@ bool LAccountTransactionRecord(LProfile& profile, const LLedgerTransaction& txn)
   LLedgerLock lock(profile);
   if (!LLedgerTransactionRecord(profile, txn)) return false;
   _LAccountTransactionRecord(profile, txn, +1);
+  LAuditAppendTransaction(profile, kAuditPost, txn);
   return true;
 }
 

@@ -6,6 +6,7 @@
 #include <mutex>
 #include <string>
 
+#include "accounts/audittrail.h"
 #include "accounts/billpayments.h"
 #include "accounts/bills.h"
 #include "accounts/ledger.h"
@@ -66,6 +67,7 @@ bool LAccountTransactionDelete(LProfile& profile, std::string_view date, std::st
   if (!LLedgerTransactionLoadAndReverse(profile, txn, date, reference)) return false;
   for (const auto& line : txn.Lines()) RemoveReconciledRow(profile, line, reference);
   _LAccountTransactionRecord(profile, txn, -1);
+  LAuditAppendTransaction(profile, kAuditDelete, txn);
   return true;
 }
 

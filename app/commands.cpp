@@ -190,10 +190,6 @@ constexpr LCliCommand kCommands[] = {
      "kontavo recurring list\n"
      "kontavo recurring run [--all]\n",
      "factures et commandes périodiques", LCmdRecurring},
-    {"export",
-     "kontavo export csv customers|items|suppliers|salespersons|groups|ledger [--out FILE]\n"
-     "kontavo export journal [--out FILE]\n",
-     "exporte des fiches ou les écritures en CSV, ou les livres en journal pour ledger et hledger", LCmdExport},
     {"import",
      "kontavo import ofx FILE [--json]\n"
      "kontavo import csv customers|items|suppliers|salespersons|groups FILE [--map COLONNE=CHAMP,...] [--dry-run]\n",
@@ -234,11 +230,21 @@ constexpr LCliCommand kCommands[] = {
     {"report",
      "kontavo report NAME [--from D] [--to D] [--date D] [--compare-from D --compare-to D] [--customer KEY]...\n"
      "        [--consolidate B=FACTOR,...] [--format text|csv|json|html]\n"
-     "        NAME: coa, pl, pl-compare, bs (au --date), tb, cf, vat-obligations,\n"
+     "        NAME: coa, pl, pl-compare, bs (au --date), tb, cf, vat-obligations, tva-ca3,\n"
      "              aging (au --date), unpaid, invoices, payments, quotes, orders, customers,\n"
      "              customer-sales, items, items-per-customer, salesperson,\n"
      "              inventory (au --date), reorder, movements, reconcile (--account NUMBER, au --date)\n",
      "plan comptable, états financiers, rapports de ventes et obligations de TVA", LCmdReport},
+    {"export",
+     "kontavo export fec --year YYYY [--out FOLDER] [--utf8]\n"
+     "kontavo export fec --check FILE\n"
+     "        the file of the fiscal year ending in YYYY, SIRENFECAAAAMMJJ.txt (ISO-8859-15 unless --utf8);\n"
+     "        --check applies the tax administration's rules to any such file\n"
+     "kontavo export csv customers|items|suppliers|salespersons|groups|ledger [--out FILE]\n"
+     "kontavo export journal [--out FILE]\n",
+     "FEC et son contrôle, fiches ou écritures en CSV, livres en journal pour ledger et hledger", LCmdExport},
+    {"audit", "kontavo audit verify\n",
+     "vérifie la chaîne d'empreintes de la piste d'audit des écritures et des documents", LCmdAudit},
     {{}, {}, {}, nullptr},
 };
 

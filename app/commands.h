@@ -59,3 +59,5 @@ int LCmdServe(LCliContext& context, LCliArgs& args);
 int LCmdWeb(LCliContext& context, LCliArgs& args);
 int LCmdUser(LCliContext& context, LCliArgs& args);
 int LCmdReport(LCliContext& context, LCliArgs& args);
+int LCmdExport(LCliContext& context, LCliArgs& args);
+int LCmdAudit(LCliContext& context, LCliArgs& args);

@@ -102,6 +102,11 @@ bool AskOpening(LStartWizardPrompter& prompter, std::string_view hasPrompt, std:
   return true;
 }
 
+// The French general chart: asked for, or by default for a business in France.
+bool IsPcgChart(const LStartWizardAnswers& answers) {
+  return answers.chart.empty() ? answers.country == "FR" : answers.chart == kStartWizardPcgChart;
+}
+
 }  // namespace
 
 // ---- Country -----------------------------------------------------------------------------------
@@ -232,6 +237,11 @@ void LStartWizardPageCurrencySettings::Write(LProfile& profile, const LStartWiza
 // ---- Accounting ----------------------------------------------------------------------------------
 
 bool LStartWizardPageAccounting::Ask(LStartWizardPrompter& prompter, const LProfile&, LStartWizardAnswers& answers) {
+  if (answers.country == "FR") {
+    bool pcg = IsPcgChart(answers);
+    if (!prompter.AskYesNo("Utiliser le plan comptable général (PCG) ?", pcg, pcg)) return false;
+    answers.chart = pcg ? kStartWizardPcgChart : kStartWizardGenericChart;
+  }
   return prompter.AskYesNo("Créer vous-même les comptes du plan comptable ?", answers.manualAccounts,
                            answers.manualAccounts) &&
          AskOpening(prompter, "L'entreprise a-t-elle un compte-chèque ?", "Solde initial du compte-chèque",
@@ -242,6 +252,10 @@ bool LStartWizardPageAccounting::Ask(LStartWizardPrompter& prompter, const LProf
 
 bool LStartWizardPageAccounting::Check(const LProfile& profile, const LStartWizardAnswers& answers,
                                        std::string& message) {
+  if (!answers.chart.empty() && answers.chart != kStartWizardPcgChart && answers.chart != kStartWizardGenericChart) {
+    message = "Veuillez choisir le plan comptable : pcg (plan comptable général) ou generic.";
+    return false;
+  }
   long long amountCents;
   if (answers.openingChecking.has_value() && !ParseOpening(answers.openingChecking, profile, amountCents)) {
     message = kWizardCheckingMessage;
@@ -260,13 +274,14 @@ void LStartWizardPageAccounting::Write(LProfile& profile, const LStartWizardAnsw
     OpenMisc(profile, company, "Company");
     company.SetString("ManualCreateAccounts", answers.manualAccounts ? "1" : "0");
   }
-  // The opening balances go on accounts of the default chart: it comes first.
-  LStartWizardCreateDefaultAccounts(profile);
+  // The opening balances go on accounts of the chart: it comes first.
+  bool pcg = IsPcgChart(answers);
+  LStartWizardCreateDefaultAccounts(profile, pcg);
   long long amountCents;
   if (ParseOpening(answers.openingChecking, profile, amountCents))
-    LStartWizardSetOpeningBalance(profile, kStartWizardCheckingAccount, amountCents);
+    LStartWizardSetOpeningBalance(profile, LStartWizardCheckingAccount(pcg), amountCents);
   if (ParseOpening(answers.openingCreditCard, profile, amountCents))
-    LStartWizardSetOpeningBalance(profile, kStartWizardCreditCardAccount, amountCents);
+    LStartWizardSetOpeningBalance(profile, LStartWizardCreditCardAccount(pcg), amountCents);
 }
 
 // ---- Business usage ------------------------------------------------------------------------------

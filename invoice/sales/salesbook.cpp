@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include "accounts/audittrail.h"
 #include "accounts/ledgerlock.h"
 #include "accounts/linkedaccounts.h"
 #include "invoice/sales/paymentbook.h"
@@ -163,6 +164,7 @@ bool LSalesDocumentCreate(LProfile& profile, const LSalesDocumentKind& kind, con
   if (!draft && kind.type == LSalesDocumentType::kCreditNote) LCoreDataCreditNoteApply(profile, document, +1);
   document.Flush();
   if (draft) return true;
+  LAuditAppendDocument(profile, kAuditRecord, kind.title, document);
   // Stock moves first: the posting of an invoice reads the cost of what left.
   bool stocked = LSalesDocumentMoveStock(profile, kind, newKey, nullptr, &document, error);
   if (IsPosted(kind) && !Post(profile, kind, document, error)) return false;
@@ -221,6 +223,7 @@ bool LSalesDocumentEdit(LProfile& profile, const LSalesDocumentKind& kind, std::
   LSalesDocumentSumTotals(profile, kind, document);
   if (inBooks && kind.type == LSalesDocumentType::kCreditNote) LCoreDataCreditNoteApply(profile, document, +1);
   document.Flush();
+  if (recorded) LAuditAppendDocument(profile, kAuditEdit, kind.title, document);
   bool stocked = !recorded || LSalesDocumentMoveStock(profile, kind, key, &before, &document, error);
   if (!inBooks) return stocked;
   if (kind.type == LSalesDocumentType::kInvoice) {
@@ -266,6 +269,8 @@ bool LSalesDocumentDelete(LProfile& profile, const LSalesDocumentKind& kind, std
     if (isInvoice) LCustomerChangeBalance(profile, document.GetCustomer(), -document.GetTotal());
     if (kind.type == LSalesDocumentType::kCreditNote) LCoreDataCreditNoteApply(profile, document, -1);
     bool stocked = LSalesDocumentMoveStock(profile, kind, key, &document, nullptr, error);
+    document.Flush();
+    LAuditAppendDocument(profile, kAuditDeleteDocument, kind.title, document);
     document.Invalidate();
     recordedList.Delete(key);
     return stocked;

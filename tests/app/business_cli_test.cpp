@@ -41,10 +41,13 @@ TEST_F(BusinessCliTest, AddTakesTheFirstFreeNumberAndWritesEveryPage) {
       {"Invoice", "ItemcodeColumnTitle", "Code taux"},
   };
   for (const auto& [record, field, value] : written) EXPECT_EQ(Misc("2", record, field), value) << field;
-  // The default chart of accounts, with the opening balance on the checking account only.
-  EXPECT_EQ(LStoredField("Accounts", "1110", "OpeningBalance", "2"), "150025");
-  EXPECT_EQ(LStoredField("Accounts", "2110", "Description", "2"), "Carte de crédit");
-  EXPECT_EQ(LStoredField("Accounts", "2110", "OpeningBalance", "2"), "<absent>");
+  // In France the general chart (PCG), with the opening balance on the bank account only,
+  // balanced by the opening balance sheet account.
+  EXPECT_EQ(LStoredField("Accounts", "512000", "OpeningBalance", "2"), "150025");
+  EXPECT_EQ(LStoredField("Accounts", "890000", "OpeningBalance", "2"), "-150025");
+  EXPECT_EQ(LStoredField("Accounts", "519000", "Description", "2"), "Concours bancaires courants");
+  EXPECT_EQ(LStoredField("Accounts", "519000", "OpeningBalance", "2"), "<absent>");
+  EXPECT_EQ(LStoredField("Accounts", "1110", "Description", "2"), "<absent>");
 
   // The next one takes 4, and a business selling products keeps the usual layout.
   EXPECT_EQ(LExpectSuccess({"business", "add", "--name", "Épicerie"}), "4\n");

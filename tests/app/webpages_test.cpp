@@ -39,7 +39,8 @@ TEST_F(WebPagesTest, TabsShowTheServedSectionsAndMarkTheCurrentOne) {
                       "<a href='creditnotelist' class=navtab>Avoirs</a>"
                       "<a href='itemlist' class=navtab>Articles</a><a href='salespersonlist' class=navtab>Vendeurs</a>"
                       "<a href='grouplist' class=navtab>Groupes</a><a href='recon' class=navtab>Banque</a>"
-                      "<a href='userlist' class=navtab>Utilisateurs</a></div><div class=contenttable>"),
+                      "<a href='userlist' class=navtab>Utilisateurs</a><a href='fecexport' class=navtab>FEC</a>"
+                      "</div><div class=contenttable>"),
             std::string::npos)
       << main;
   // Sections whose pages are not served have no tab.
@@ -55,10 +56,11 @@ TEST_F(WebPagesTest, TabsShowTheServedSectionsAndMarkTheCurrentOne) {
   EXPECT_NE(users.find("<a href='main' class=navtab>Accueil</a>"), std::string::npos);
   EXPECT_EQ(users.find("class=mainfigures"), std::string::npos);
 
-  // The users tab is for administrators only.
+  // The users and FEC tabs are for administrators only.
   std::string userMain = LHttpGet(port_, "/main", UserSession("--user")).body;
   EXPECT_NE(userMain.find("<a href='recon' class=navtab>Banque</a></div>"), std::string::npos);
   EXPECT_EQ(userMain.find("userlist"), std::string::npos);
+  EXPECT_EQ(userMain.find("fecexport"), std::string::npos);
 }
 
 TEST_F(WebPagesTest, ItemDialogChecksThenCreatesAndEditsTheRecord) {

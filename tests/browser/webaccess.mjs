@@ -2,7 +2,7 @@
 // against a real `kontavo serve` in a fresh application folder. A screenshot of each page goes
 // to the output folder. Usage: node webaccess.mjs KONTAVO_BINARY OUTPUT_FOLDER
 import { execFileSync } from 'node:child_process';
-import { mkdtempSync, mkdirSync, rmSync } from 'node:fs';
+import { copyFileSync, mkdtempSync, mkdirSync, readFileSync, rmSync } from 'node:fs';
 import { tmpdir } from 'node:os';
 import { join } from 'node:path';
 import assert from 'node:assert/strict';
@@ -22,6 +22,12 @@ run(['--business', '1', 'record', 'set', 'Misc', 'Company', 'Name=Autre SA']);
 run(['--business', '1', 'item', 'add', 'W', '--description', 'Widget', '--price', '10', '--reorder-level', '5',
   '--reorder-qty', '20']);
 run(['--business', '1', 'record', 'set', 'Items', 'W', 'Quantity=3']);
+// The second business keeps French books: a SIREN and last year's rent, for its FEC.
+const lastYear = new Date().getFullYear() - 1;
+run(['--business', '1', 'record', 'set', 'Misc', 'Company', 'SIREN=732829320']);
+run(['--business', '1', 'account', 'defaults']);
+run(['--business', '1', '--yes', 'journal', 'add', '--date', `${lastYear}-06-01`, '--ref', 'GJ1', '--desc', 'Loyer',
+     'dr:6410:100', 'cr:1110:100']);
 run(['user', 'add', 'admin@example.fr', '--name', 'Alice Admin', '--admin', '--password-stdin'], 'secret12\n');
 
 const { server, base } = await startKontavoServer(kontavo, env);
@@ -140,6 +146,30 @@ try {
   await page.waitForURL(base + 'grouplist');
   assert.match(await page.locator('table.hltbl tbody').innerText(), /PRO\s+Professionnels\s+10/);
   await snap(page, 'grouplist');
+  // The administrator downloads last year's FEC from its tab; the file passes our checker.
+  await page.click('div.navtabs a:has-text("FEC")');
+  await page.waitForURL(base + 'fecexport');
+  await snap(page, 'fecexport');
+  const [download] = await Promise.all([page.waitForEvent('download'),
+    page.click('input[name=submit][value="Télécharger le FEC"]')]);
+  const fecName = `732829320FEC${lastYear}1231.txt`;
+  assert.equal(download.suggestedFilename(), fecName);
+  const fecPath = join(home, fecName);
+  copyFileSync(await download.path(), fecPath);
+  const fec = readFileSync(fecPath, 'latin1');
+  assert.match(fec, /^JournalCode\|JournalLib\|EcritureNum\|/);
+  assert.match(fec, /\nOD\|Opérations diverses\|1\|\d{8}\|6410\|Loyer\|/);
+  assert.match(run(['export', 'fec', '--check', fecPath]), /Fichier conforme : 2 lignes, 1 écritures\./);
+  // Without a SIREN the page says why.
+  await page.goto(base + 'chooseprofile');
+  await page.getByLabel('Principale SARL').check();
+  await page.click('input[name=submit][value="  OK  "]');
+  await page.waitForURL(base + 'main');
+  await page.goto(base + 'fecexport');
+  await page.click('input[name=submit][value="Télécharger le FEC"]');
+  await page.waitForSelector('#errorTag');
+  assert.match(await errorText(page), /Le numéro SIREN de l'entreprise \(9 chiffres\) est nécessaire/);
+  await snap(page, 'fecexport-no-siren');
 
   // A new user through "userprop", with each refusal of its checks.
   await page.goto(base + 'userlist');
@@ -235,6 +265,10 @@ try {
   await bobPage.waitForURL(base + 'chooseprofile');
   assert.equal(await bobPage.locator('input[type=radio]').count(), 1);
   await snap(bobPage, 'chooseprofile-user');
+  // The FEC is for administrators only.
+  await bobPage.goto(base + 'fecdownload?year=' + lastYear);
+  assert.match(await bobPage.content(), /réservé aux administrateurs/);
+  await snap(bobPage, 'fecexport-user');
 
   assert.deepEqual(problems, [], 'no script errors on the pages');
   console.log(`browser test passed; screenshots in ${output}`);
