@@ -2,12 +2,16 @@
 
 #include <sys/stat.h>
 
+#include "app/webbusiness.h"
+#include "app/webdesk.h"
 #include "app/webitems.h"
 #include "app/webmain.h"
+#include "app/webstartwizard.h"
 #include "app/weblogonpages.h"
 #include "app/webuser.h"
 #include "llib/gen/file.h"
 #include "llib/gen/log.h"
+#include "llib/gen/programpath.h"
 #include "llib/web/webletroutes.h"
 #include "llib/web/weblogon.h"
 #include "llib/web/webupload.h"
@@ -32,6 +36,10 @@ const LWebScript WebScriptArray[] = {
     {"itemprop", WLWebDialogRun<LWebItemDialog>},
     {"itemdelete", WLItemDelete},
     {"chooseprofile", WLWebDialogRun<LWebSelectProfileDialog>},
+    {"startwizard", WLWebDialogRun<LWebStartWizardDialog>},
+    {"businesslist", WLWebPageRun<LWebBusinessesPage>},
+    {"businessopen", WLBusinessOpen},
+    {"businessdelete", WLWebDialogRun<LWebBusinessDeleteDialog>},
 };
 
 // The routes of the logon pages and the upload progress, installed beside the table.
@@ -41,6 +49,7 @@ const LWebScript kLogonScripts[] = {
     {"lostpassword", WLWebDialogRun<LWebLostPasswordDialog>},
     {"lostpasswordsent", WLWebPageRun<LWebLostPasswordSentPage>},
     {"uploadProgress", WLUploadProgress},
+    {"desk", WLDeskLogon},
 };
 
 long long ModifiedTime(const std::string& path) {
@@ -55,7 +64,14 @@ void LWebControlInstallRoutes() {
   for (const LWebScript& script : WebScriptArray) LWebletInstallScript(script.name, script.handler);
 }
 
-std::string LWebStaticFilesSource() { return std::string(KONTAVO_SOURCE_DIR) + "/app/webfiles"; }
+std::string LWebStaticFilesSource() {
+  // Installed: PREFIX/bin/kontavo beside PREFIX/share/kontavo/web. In a build folder the build
+  // copies the files beside the program instead, so tests and `make run` find them the same way.
+  std::string program = LProgramPath();
+  std::string folder = program.substr(0, program.rfind('/') + 1);
+  std::string installed = folder + "../" + std::string(kWebStaticFilesFolder);
+  return LFile::IsFolder(installed) ? installed : folder + std::string(kWebStaticFilesFolder);
+}
 
 int LWebInstallStaticFiles(const std::string& sourceFolder, const std::string& webFolder) {
   int copied = 0;

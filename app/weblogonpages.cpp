@@ -1,5 +1,6 @@
 #include "app/weblogonpages.h"
 
+#include "app/maindialog.h"
 #include "llib/web/webaccount.h"
 #include "llib/web/webformat.h"
 #include "llib/web/webletform.h"
@@ -64,6 +65,11 @@ LWebSelectProfileDialog::LWebSelectProfileDialog(LWebletForm& form) : LWebDialog
 }
 
 bool LWebSelectProfileDialog::Authenticate() {
+  if (WLIsDeskSession(form_)) {
+    administrator_ = true;
+    allowed_ = LWebBusinessList();
+    return true;
+  }
   LWebAccount account;
   if (!form_.session.IsPresent() || !OpenSessionAccount(form_, account) || !account.IsEnabled()) {
     form_.session.DestroySession();
@@ -111,6 +117,8 @@ bool LWebSelectProfileDialog::CmOk() {
   }
   const LWebBusiness& chosen = allowed_[static_cast<std::size_t>(index)];
   form_.session.SetString("profile", chosen.folder);
+  // The desk opens, next time, the business it worked in last, as the desktop does.
+  if (WLIsDeskSession(form_)) MainDialog::SetWorkingFolder(chosen.folder);
   LWebAccount account;
   if (OpenSessionAccount(form_, account)) account.SetString("LastUsedProfiles", chosen.name);
   return true;

@@ -19,5 +19,11 @@ class LWebPageMainEx : public LWebPageWithNavTabsEx {
 class LWebPageMain : public LWebPageMainEx {
  public:
   explicit LWebPageMain(LWebletForm& form);
+  // An administrator whose business has no company name yet is sent to the start wizard.
+  bool Authenticate() override;
   void Generate() override;
+
+ private:
+  // The business's accounts with their balances, in number order.
+  void WriteChartOfAccounts();
 };

@@ -24,6 +24,7 @@ const LWebNavTab kNavTabs[] = {
     {"viewjournal", "Journal", false},
     {"reports", "Rapports", false},
     {"userlist", "Utilisateurs", true},
+    {"businesslist", "Entreprises", true},
 };
 
 }  // namespace
