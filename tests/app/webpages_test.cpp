@@ -35,7 +35,7 @@ TEST_F(WebPagesTest, TabsShowTheServedSectionsAndMarkTheCurrentOne) {
   std::string main = LHttpGet(port_, "/main", session).body;
   EXPECT_NE(main.find("</tr></table><br><div class=navtabs><a href='main' class='navtab navtabcurrent'>Accueil</a>"
                       "<a href='itemlist' class=navtab>Articles</a><a href='userlist' class=navtab>Utilisateurs</a>"
-                      "</div><div class=contenttable>"),
+                      "<a href='businesslist' class=navtab>Entreprises</a></div><div class=contenttable>"),
             std::string::npos)
       << main;
   // Sections whose pages are not served have no tab.
