@@ -12,6 +12,8 @@
 #include "app/documentview.h"
 #include "invoice/shared/profile.h"
 #include "invoice/sales/salesbook.h"
+#include "invoice/sales/salesstock.h"
+#include "llib/gen/date.h"
 #include "llib/gen/filestore.h"
 
 namespace {
@@ -141,6 +143,21 @@ int Delete(LCliContext& context, const LSalesDocumentKind& kind, const std::stri
   return kExitOk;
 }
 
+// porder receive KEY [--date D]: the goods of the order come into stock on D (today by default).
+int Receive(LCliContext& context, LCliArgs& args) {
+  std::string dateText, error;
+  bool hasDate = args.TakeOption("--date", dateText);
+  std::vector<std::string> words;
+  if (!args.Finish(words, error)) return context.Usage(error);
+  if (words.size() != 2) return context.Usage();
+  LDate date = LDate::Today();
+  if (hasDate && !LDate::Parse(dateText, date)) return context.Fail("Date invalide : " + dateText + ".");
+  LProfile* profile = context.Profile();
+  if (profile == nullptr) return kExitFailed;
+  if (!LPOrderReceive(*profile, words[1], date.ToText(), &error)) return context.Fail(error);
+  return kExitOk;
+}
+
 int RunDocumentCommand(LCliContext& context, LCliArgs& args, LSalesDocumentType type) {
   const LSalesDocumentKind& kind = LSalesDocumentKindOf(type);
   // The verb decides which options exist.
@@ -153,6 +170,7 @@ int RunDocumentCommand(LCliContext& context, LCliArgs& args, LSalesDocumentType 
   if (verb == "edit") return Edit(context, kind, args);
   if (verb == "apply" && type == LSalesDocumentType::kCreditNote) return LCmdCreditNoteApply(context, args);
   if (verb == "convert") return LCmdDocumentConvert(context, args, kind);
+  if (verb == "receive" && type == LSalesDocumentType::kPOrder) return Receive(context, args);
   std::vector<std::string> words;
   std::string error;
   if (!args.Finish(words, error)) return context.Usage(error);

@@ -15,17 +15,6 @@
 
 namespace {
 
-// Decimals a quantity or a discount may carry on the command line.
-constexpr int kQuantityDigits = 6;
-
-// Decimal text ("1.5", "-2", "10") to a double; false for anything else.
-bool ParseDecimal(std::string_view text, double& out) {
-  long long scaled = 0;
-  if (!LParseAmount(text, kQuantityDigits, scaled)) return false;
-  out = static_cast<double>(scaled) / 1e6;
-  return true;
-}
-
 // A unit price in currency units to the stored integer and its digits: prices with no more
 // decimals than the currency are stored in currency decimals (digits -1); finer prices keep
 // their own decimals ("1.999" is 1999 at 3 digits).
@@ -162,7 +151,7 @@ bool LApplyDocumentLine(LProfile& profile, const LTaxOptions& tax, LSalesDocumen
   auto field = [index](std::string_view suffix) { return LFKItemCollectionRecord::ItemField(index, suffix); };
 
   double qty = 1;
-  if (!line.quantity.empty() && !ParseDecimal(line.quantity, qty)) {
+  if (!line.quantity.empty() && !LParseQuantity(line.quantity, qty)) {
     error = "Quantité invalide : " + line.quantity + ".";
     return false;
   }
@@ -173,7 +162,7 @@ bool LApplyDocumentLine(LProfile& profile, const LTaxOptions& tax, LSalesDocumen
     return false;
   }
   double discount = 0;
-  if (!line.discount.empty() && !ParseDecimal(line.discount, discount)) {
+  if (!line.discount.empty() && !LParseQuantity(line.discount, discount)) {
     error = "Remise invalide : " + line.discount + ".";
     return false;
   }
