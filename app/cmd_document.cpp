@@ -8,7 +8,7 @@
 #include "app/cli.h"
 #include "app/cmd_convert.h"
 #include "app/commands.h"
-#include "app/documentinput.h"
+#include "invoice/shared/documentinput.h"
 #include "app/documentview.h"
 #include "invoice/shared/profile.h"
 #include "invoice/sales/salesbook.h"
@@ -29,12 +29,25 @@ bool KeyLess(const std::string& a, const std::string& b) {
   return a < b;
 }
 
+// Takes every document option from args (the caller finishes args afterwards).
+void TakeDocumentInput(LCliArgs& args, LDocumentInput& input) {
+  args.TakeOption("--file", input.file);
+  args.TakeOption("--customer", input.customer);
+  args.TakeOption("--date", input.date);
+  args.TakeOption("--terms", input.terms);
+  input.lines = args.TakeOptionAll("--line");
+  args.TakeOption("--shipping", input.shipping);
+  args.TakeOption("--shipping-tax", input.shippingTax);
+  input.untaxed = args.TakeFlag("--untaxed");
+  input.hasNotes = args.TakeOption("--notes", input.notes);
+}
+
 int New(LCliContext& context, const LSalesDocumentKind& kind, LCliArgs& args) {
   bool draft = args.TakeFlag("--draft");
   std::string number;
   args.TakeOption("--number", number);
   LDocumentInput input;
-  input.TakeFrom(args);
+  TakeDocumentInput(args, input);
   std::vector<std::string> words;
   std::string error;
   if (!args.Finish(words, error)) return context.Usage(error);
@@ -99,7 +112,7 @@ int List(LCliContext& context, const LSalesDocumentKind& kind, LCliArgs& args) {
 
 int Edit(LCliContext& context, const LSalesDocumentKind& kind, LCliArgs& args) {
   LDocumentInput input;
-  input.TakeFrom(args);
+  TakeDocumentInput(args, input);
   std::vector<std::string> words;
   std::string error;
   if (!args.Finish(words, error)) return context.Usage(error);

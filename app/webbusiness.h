@@ -6,7 +6,7 @@
 #pragma once
 
 #include "app/multiplebusiness.h"
-#include "app/webnavtabs.h"
+#include "invoice/shared/webnavtabs.h"
 
 class LWebBusinessesPage : public LWebPageWithNavTabs {
  public:

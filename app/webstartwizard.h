@@ -12,7 +12,7 @@
 #pragma once
 
 #include "app/startwizard.h"
-#include "app/webaccess.h"
+#include "invoice/shared/webaccess.h"
 
 class LWebStartWizardDialog : public LWebDialogEx {
  public:
