@@ -112,7 +112,8 @@ constexpr LCliCommand kCommands[] = {
      "kontavo invoice list [--from D] [--to D] [--customer C] [--drafts]\n"
      "kontavo invoice edit KEY (les mêmes options que new)\n"
      "kontavo invoice record KEY\n"
-     "kontavo invoice delete KEY\n",
+     "kontavo invoice delete KEY\n"
+     "kontavo invoice pdf KEY [--out FILE]\n",
      "factures", LCmdInvoice},
     {"quote",
      "kontavo quote new [--draft] [--number KEY] (--file DOC.json | --customer C [--date D] [--terms now|DAYS]\n"
@@ -123,7 +124,8 @@ constexpr LCliCommand kCommands[] = {
      "kontavo quote edit KEY (les mêmes options que new)\n"
      "kontavo quote record KEY\n"
      "kontavo quote convert KEY [--draft]\n"
-     "kontavo quote delete KEY\n",
+     "kontavo quote delete KEY\n"
+     "kontavo quote pdf KEY [--out FILE]\n",
      "devis", LCmdQuote},
     {"order",
      "kontavo order new [--draft] [--number KEY] (--file DOC.json | --customer C [--date D] [--terms now|DAYS]\n"
@@ -134,7 +136,8 @@ constexpr LCliCommand kCommands[] = {
      "kontavo order edit KEY (les mêmes options que new)\n"
      "kontavo order record KEY\n"
      "kontavo order convert KEY [--draft]\n"
-     "kontavo order delete KEY\n",
+     "kontavo order delete KEY\n"
+     "kontavo order pdf KEY [--out FILE]\n",
      "commandes clients", LCmdOrder},
     {"creditnote",
      "kontavo creditnote new [--draft] [--number KEY] (--file DOC.json | --customer C [--date D] [--terms now|DAYS]\n"
@@ -145,6 +148,7 @@ constexpr LCliCommand kCommands[] = {
      "kontavo creditnote edit KEY (les mêmes options que new)\n"
      "kontavo creditnote record KEY\n"
      "kontavo creditnote delete KEY\n"
+     "kontavo creditnote pdf KEY [--out FILE]\n"
      "kontavo creditnote apply KEY INVOICE=AMOUNT...\n",
      "avoirs", LCmdCreditNote},
     {"porder",
@@ -156,7 +160,8 @@ constexpr LCliCommand kCommands[] = {
      "kontavo porder edit KEY (les mêmes options que new)\n"
      "kontavo porder record KEY\n"
      "kontavo porder receive KEY [--date D]\n"
-     "kontavo porder delete KEY\n",
+     "kontavo porder delete KEY\n"
+     "kontavo porder pdf KEY [--out FILE]\n",
      "bons de commande", LCmdPOrder},
     {"payment",
      "kontavo payment add --customer C --amount AMOUNT [--date D] [--account DESCRIPTION] [--refund]\n"
