@@ -180,6 +180,18 @@ constexpr LCliCommand kCommands[] = {
     {"import",
      "kontavo import ofx FILE [--json]\n",
      "lit un relevé bancaire OFX et affiche son compte, sa période, son solde et ses lignes", LCmdImport},
+    {"bank",
+     "kontavo bank import FILE --account NUMBER [--format ofx|csv|camt|cfonb|qif|mt940] [--csv-map SPEC]\n"
+     "        [--statement-account ID]\n"
+     "        SPEC: date=N,text=N,(amount=N | debit=N,credit=N)[,ref=N][,sep=;][,decimal=comma|point]\n"
+     "              [,dates=dmy|mdy][,skip=N][,encoding=utf-8|utf-16|windows-1252]\n"
+     "kontavo bank lines --account NUMBER [--unmatched]\n"
+     "kontavo bank accept --account NUMBER [LINE[=REF]...] [--all-matched]\n"
+     "kontavo bank post --account NUMBER LINE (--to ACCOUNT [--desc TEXT] | --customer C | --supplier S)\n"
+     "kontavo bank reconcile --account NUMBER [--date D --balance AMOUNT] [--clear REF...] [--unclear REF...]\n"
+     "        [--finish | --cancel]\n"
+     "kontavo bank rollback --account NUMBER\n",
+     "relevés bancaires : import, rapprochement avec le grand livre, saisie des lignes nouvelles", LCmdBank},
     {"expr",
      "kontavo expr EXPRESSION [NOM=CENTIMES]... [--json]\n",
      "calcule une expression d'état modèle, sur des champs donnés en centimes", LCmdExpr},
@@ -207,7 +219,7 @@ constexpr LCliCommand kCommands[] = {
      "        NAME: coa, pl, pl-compare, bs (au --date), tb, cf, vat-obligations,\n"
      "              aging (au --date), unpaid, invoices, payments, quotes, orders, customers,\n"
      "              customer-sales, items, items-per-customer, salesperson,\n"
-     "              inventory (au --date), reorder, movements\n",
+     "              inventory (au --date), reorder, movements, reconcile (--account NUMBER, au --date)\n",
      "plan comptable, états financiers, rapports de ventes et obligations de TVA", LCmdReport},
     {{}, {}, {}, nullptr},
 };
