@@ -177,8 +177,8 @@ int RunDocumentCommand(LCliContext& context, LCliArgs& args, LSalesDocumentType 
   // The verb decides which options exist.
   std::string verb = LCliPeekVerb(args,
                                   {"--number", "--file", "--customer", "--date", "--terms", "--line", "--shipping",
-                                   "--shipping-tax", "--notes", "--from", "--to", "--out"},
-                                  {"--draft", "--untaxed", "--drafts"});
+                                   "--shipping-tax", "--notes", "--from", "--to", "--out", "--profile"},
+                                  {"--draft", "--untaxed", "--drafts", "--facturx"});
   if (verb == "new") return New(context, kind, args);
   if (verb == "list") return List(context, kind, args);
   if (verb == "edit") return Edit(context, kind, args);

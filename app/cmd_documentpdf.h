@@ -1,5 +1,5 @@
-// kontavo invoice|quote|order|creditnote|porder pdf KEY [--out FILE]: the verb "pdf" of the
-// document commands (app/cmd_document.cpp hands it over).
+// kontavo invoice|quote|order|creditnote|porder pdf KEY [--out FILE] [--facturx [--profile
+// en16931|basic]]: the verb "pdf" of the document commands (app/cmd_document.cpp hands it over).
 #pragma once
 
 class LCliArgs;

@@ -113,7 +113,7 @@ constexpr LCliCommand kCommands[] = {
      "kontavo invoice edit KEY (les mêmes options que new)\n"
      "kontavo invoice record KEY\n"
      "kontavo invoice delete KEY\n"
-     "kontavo invoice pdf KEY [--out FILE]\n",
+     "kontavo invoice pdf KEY [--out FILE] [--facturx [--profile en16931|basic]]\n",
      "factures", LCmdInvoice},
     {"quote",
      "kontavo quote new [--draft] [--number KEY] (--file DOC.json | --customer C [--date D] [--terms now|DAYS]\n"
@@ -148,7 +148,7 @@ constexpr LCliCommand kCommands[] = {
      "kontavo creditnote edit KEY (les mêmes options que new)\n"
      "kontavo creditnote record KEY\n"
      "kontavo creditnote delete KEY\n"
-     "kontavo creditnote pdf KEY [--out FILE]\n"
+     "kontavo creditnote pdf KEY [--out FILE] [--facturx [--profile en16931|basic]]\n"
      "kontavo creditnote apply KEY INVOICE=AMOUNT...\n",
      "avoirs", LCmdCreditNote},
     {"porder",

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "tests/app/clitest.h"
+#include "tests/support/frenchbusiness.h"
 #include "tests/support/pdfreader.h"
 #include "tests/support/testhome.h"
 
@@ -15,19 +16,7 @@ namespace {
 
 class DocumentPdf : public LHomeTest {
  protected:
-  void SetUp() override {
-    LExpectSuccess({"account", "defaults"});
-    LExpectSuccess({"record", "set", "Misc", "Options", "CountryCode=FR", "CurrencySymbol=€", "CurrencyOrder=3",
-                    "DecimalSymbol=,", "ThousandsSymbol= ", "PrintedDateOrder=1", "PrintedDateSeparator=/"});
-    LExpectSuccess({"record", "set", "Misc", "Company", "Name=Atelier Dupuis", "Address=12 rue des Lilas\n69003 Lyon",
-                    "SIREN=123456789", "SIRET=12345678900012", "VATNumber=FR32123456789", "LegalForm=SARL",
-                    "ShareCapital=1000000", "RCS=RCS Lyon", "LatePenaltyRate=12.500000"});
-    LExpectSuccess({"tax", "set", "--count", "2", "--name", "1=TVA", "--rate", "1=20", "--name", "2=Réduite",
-                    "--rate", "2=5.5", "--default", "1"});
-    LExpectSuccess({"customer", "add", "C1", "Name=Boulangerie Martin", "Address=3 place Bellecour\n69002 Lyon",
-                    "SIREN=987654321"});
-    LExpectSuccess({"customer", "add", "P1", "Name=Jeanne Petit", "Address=8 quai Rambaud"});
-  }
+  void SetUp() override { LSetUpFrenchBusiness(); }
 
   // Prints document KEY of kind to a file of the test's folder and returns its path.
   std::string Print(const std::string& kind, const std::string& key) {
@@ -49,7 +38,7 @@ TEST_F(DocumentPdf, InvoiceCarriesTheLegalMentionsInTheBusinessFormat) {
         "Atelier Dupuis", "12 rue des Lilas", "SARL au capital de 10 000,00 €", "SIREN 123456789",
         "SIRET 12345678900012", "RCS Lyon", "N° TVA FR32123456789",
         // buyer
-        "Boulangerie Martin", "3 place Bellecour", "SIREN 987654321",
+        "Boulangerie Martin", "3 place Bellecour", "SIREN 987654321", "N° TVA FR11987654321",
         // lines: unit price excluding tax, quantity, rate, total
         "Pain de campagne au levain", "3,50", "5,5 %", "42,00 €", "Maintenance du four", "1 450,00", "20 %",
         "1 450,00 €", "Frais de port", "15,00 €",
