@@ -128,13 +128,16 @@ void LReconcileGetCSVFilePath(const LProfile& profile, LTextBuffer& out, std::st
 
 // ---- Posting ----------------------------------------------------------------------------------
 
+// What a user is told when a posting could not be written.
+inline constexpr std::string_view kLedgerNotWrittenMessage = "Impossible d'écrire la transaction dans le grand livre.";
+
 // Appends the lines to the day file only, under its exclusive lock. false when the date is not a
 // day or the file cannot be opened: nothing is written then.
 [[nodiscard]] bool LLedgerTransactionRecord(const LProfile& profile, const LLedgerTransaction& txn);
 // The posting entry point of every document: under the ledger lock, appends the rows and, only if
 // that succeeded, adds each amount to its account's balances. A transaction without lines does
 // nothing and counts as recorded. false when the rows could not be written (balances untouched).
-bool LAccountTransactionRecord(LProfile& profile, const LLedgerTransaction& txn);
+[[nodiscard]] bool LAccountTransactionRecord(LProfile& profile, const LLedgerTransaction& txn);
 // Applies each line's amount * sign to its account: the month bucket of the transaction's date
 // and the total. Lines whose account record does not exist are skipped. Callers hold the ledger
 // lock.

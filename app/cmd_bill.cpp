@@ -6,7 +6,7 @@
 #include "accounts/accounts.h"
 #include "accounts/billpayments.h"
 #include "accounts/bills.h"
-#include "accounts/ledgerdelete.h"
+#include "accounts/ledger.h"
 #include "accounts/linkedaccounts.h"
 #include "accounts/transactiondate.h"
 #include "app/cli.h"
@@ -16,8 +16,6 @@
 #include "llib/gen/system.h"
 
 namespace {
-
-constexpr std::string_view kNotWritten = "Impossible d'écrire la transaction dans le grand livre.";
 
 // What every purchase posting checks first: the linked accounts, then the date guard.
 bool CanPost(LCliContext& context, LProfile& profile, const LDate& date, std::string& message) {
@@ -68,7 +66,6 @@ int LCmdBill(LCliContext& context, LCliArgs& args) {
   LBill bill;  // detached until it has its reference
   bill.SetString("Supplier", supplier);
   bill.SetString("Notes", notes);
-  long long total = 0;
   for (const std::string& word : words) {
     std::string itemAccount, taxText;
     long long amount = 0;
@@ -76,7 +73,6 @@ int LCmdBill(LCliContext& context, LCliArgs& args) {
       return context.Usage("ligne attendue sous la forme COMPTE:MONTANT[:TAXE] : " + word);
     if (!LAccountIsLive(*profile, itemAccount)) return context.Fail(LAccountNotInChartMessage(itemAccount));
     bill.AddItemLine(itemAccount, amount, taxText);
-    total += amount;
   }
   int nTaxes = LBillTaxCount(*profile);
   for (const std::string& tax : taxes) {
@@ -87,9 +83,7 @@ int LCmdBill(LCliContext& context, LCliArgs& args) {
       return context.Usage("taxe attendue sous la forme K=MONTANT : " + tax);
     if (number > nTaxes) return context.Fail("La taxe " + std::to_string(number) + " n'est pas définie.");
     bill.SetInt64("TaxAmount" + std::to_string(number), amount);
-    total += amount;
   }
-  bill.SetInt64("Total", total);
   if (accountGiven) {
     if (!LAccountIsLive(*profile, account)) return context.Fail(LAccountNotInChartMessage(account));
     bill.SetString("DepositAccount", account);
@@ -100,23 +94,9 @@ int LCmdBill(LCliContext& context, LCliArgs& args) {
   std::string message;
   if (!CanPost(context, *profile, date, message)) return context.Fail(message);
 
-  LFileStoreListBase bills = profile->List(kBillsList);
-  if (referenceGiven) {
-    // A bill posted again under its reference replaces its previous posting.
-    LBill previous;
-    if (bills.Open(previous, reference)) {
-      std::string previousDate = previous.GetString("Date");
-      previous.DetachWithoutSave();
-      LAccountTransactionDelete(*profile, previousDate, reference);
-    }
-    bill.SetString("JournalTxnRef", reference);
-  }
-  bool recorded = LBillRecordTransactions(*profile, bill, LGetPostingUserName());
-  if (!recorded) return context.Fail(kNotWritten);
-  LBill stored;
-  bills.OpenAlways(stored, bill.GetPrimaryKey());
-  stored.CopyRecord(bill);
-  stored.Flush();
+  // A bill posted again under its reference replaces its previous posting.
+  if (referenceGiven) bill.SetString("JournalTxnRef", reference);
+  if (!LBillSave(*profile, bill, LGetPostingUserName())) return context.Fail(kLedgerNotWrittenMessage);
   return PrintReference(context, bill.GetPrimaryKey());
 }
 

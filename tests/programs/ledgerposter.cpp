@@ -10,6 +10,7 @@
 #include <string>
 
 #include "accounts/ledger.h"
+#include "app/appinstall.h"
 #include "invoice/shared/profile.h"
 
 int main(int argc, char** argv) {
@@ -17,6 +18,7 @@ int main(int argc, char** argv) {
     std::fprintf(stderr, "usage: ledgerposter FOLDER TAG COUNT\n");
     return 2;
   }
+  LAppInstall();
   LProfile profile(argv[1]);
   std::string tag = argv[2];
   int count = std::atoi(argv[3]);
