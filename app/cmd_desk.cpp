@@ -6,7 +6,7 @@
 #include "app/cli.h"
 #include "app/commands.h"
 #include "llib/gen/openbrowser.h"
-#include "llib/gen/programpath.h"
+#include "llib/gen/processworker.h"
 #include "llib/web/deskstart.h"
 
 int LCmdDesk(LCliContext& context, LCliArgs& args) {
@@ -17,7 +17,7 @@ int LCmdDesk(LCliContext& context, LCliArgs& args) {
   if (!words.empty()) return context.Usage();
 
   int port = 0;
-  LDeskStart started = LWebDeskStartService(LProgramPath(), port);
+  LDeskStart started = LWebDeskStartService(LCurrentExecutablePath(), port);
   if (started != LDeskStart::kReady) {
     std::string page;
     if (!noOpen && LWebDeskWriteProblemPage(started, port, page)) (void)LOpenInBrowser("file://" + page);

@@ -13,7 +13,7 @@
 #include "invoice/shared/webnavtabs.h"
 #include "llib/gen/file.h"
 #include "llib/gen/log.h"
-#include "llib/gen/programpath.h"
+#include "llib/gen/processworker.h"
 #include "llib/web/webletroutes.h"
 #include "llib/web/weblogon.h"
 #include "llib/web/webupload.h"
@@ -67,7 +67,7 @@ void LWebControlInstallRoutes() {
 std::string LWebStaticFilesSource() {
   // Installed: PREFIX/bin/kontavo beside PREFIX/share/kontavo/web. In a build folder the build
   // copies the files beside the program instead, so tests and `make run` find them the same way.
-  std::string program = LProgramPath();
+  std::string program = LCurrentExecutablePath();
   std::string folder = program.substr(0, program.rfind('/') + 1);
   std::string installed = folder + "../" + std::string(kWebStaticFilesFolder);
   return LFile::IsFolder(installed) ? installed : folder + std::string(kWebStaticFilesFolder);

@@ -58,6 +58,7 @@ void WLLogon(LWebletForm& form) {
 
 LWebSelectProfileDialog::LWebSelectProfileDialog(LWebletForm& form) : LWebDialog(form, "chooseprofile") {
   SetTitle("Choisir la société");
+  AddNavLink("help/businesslist.html", "Aide");
   AddNavLink("main", "Page principale");
   AddNavLink("logoff", "Déconnexion");
   SetOkPage("main");
@@ -128,6 +129,7 @@ bool LWebSelectProfileDialog::CmOk() {
 
 LWebChangePasswordDialog::LWebChangePasswordDialog(LWebletForm& form) : LWebDialogEx(form, "changepassword") {
   SetTitle("Changer le mot de passe");
+  AddNavLink("help/login.html", "Aide");
   AddNavLink("main", "Page principale");
   SetOkPage("changepasswordchanged");
   SetCancelPage("main");
@@ -181,6 +183,7 @@ void LWebChangePasswordChangedPage::Generate() {
 
 LWebLostPasswordDialog::LWebLostPasswordDialog(LWebletForm& form) : LWebDialog(form, "lostpassword") {
   SetTitle("Mot de passe oublié");
+  AddNavLink("help/login.html", "Aide");
   AddNavLink("logon", "Connexion");
   SetOkPage("lostpasswordsent");
   SetCancelPage("logon");

@@ -104,6 +104,7 @@ void LAppWebAccountsPage::Generate() {
 LAppWebAccountDialog::LAppWebAccountDialog(LWebletForm& form)
     : LWebDialogEx(form, "userprop"), businesses_(LWebBusinessList()) {
   SetTitle("Compte d'utilisateur Web");
+  AddNavLink("help/userlist.html", "Aide");
   AddNavLink("userlist", "Utilisateurs");
   AddNavLink("main", "Page principale");
   SetOkPage("userlist");

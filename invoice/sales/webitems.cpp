@@ -65,6 +65,7 @@ void LWebItemsPage::Generate() {
 
 LWebItemDialog::LWebItemDialog(LWebletForm& form) : LWebDialogExKv(form, "itemprop", kItemsList, "itemlist") {
   SetTitle("Article");
+  AddNavLink("help/itemlist.html", "Aide");
   AddNavLink("itemlist", "Articles");
   AddNavLink("main", "Page principale");
   SetOkPage("itemlist");

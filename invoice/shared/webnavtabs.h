@@ -43,9 +43,12 @@ void WLWriteNavTabs(LWebletForm& form, std::string_view current);
 // An application page with the tab bar under its header.
 class LWebPageWithNavTabs : public LWebPageEx {
  public:
-  // currentTab: the route of the section the page belongs to.
+  // currentTab: the route of the section the page belongs to; its help page is
+  // "help/<currentTab>.html", the header's "Aide" link.
   LWebPageWithNavTabs(LWebletForm& form, std::string_view currentTab)
-      : LWebPageEx(form), currentTab_(currentTab) {}
+      : LWebPageEx(form), currentTab_(currentTab) {
+    AddNavLink("help/" + currentTab_ + ".html", "Aide");
+  }
   void PrintHeader() override;
 
  private:

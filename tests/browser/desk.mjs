@@ -146,6 +146,32 @@ try {
   assert.doesNotMatch(await page.locator('table.hltbl').innerText(), /Martin Bruxelles/);
   assert.equal(existsSync(join(home, 'Shared', 'MultiBus', '1')), false);
 
+  // Every link of the product answers, and every "Aide" link leads to a help page.
+  const seen = new Set();
+  const queue = ['main', 'logon', 'lostpassword'];
+  const helpPages = new Set();
+  const leaves = /logoff|delete|businessopen|desk\?/;
+  while (queue.length > 0) {
+    const path = queue.shift();
+    if (seen.has(path)) continue;
+    seen.add(path);
+    const response = await context.request.get(base + path, { maxRedirects: 0 });
+    assert.notEqual(response.status(), 404, `${path} answers 404`);
+    assert.ok(response.status() < 500, `${path} answers ${response.status()}`);
+    if (!(response.headers()['content-type'] || '').includes('text/html')) continue;
+    const html = await response.text();
+    for (const match of html.matchAll(/<a href=['"]?([^'" >]+)[^>]*>Aide</g)) helpPages.add(new URL(match[1], base + path).pathname);
+    for (const match of html.matchAll(/(?:href|src)=['"]?([^'" >]+)/g)) {
+      const target = new URL(match[1].replaceAll('&amp;', '&'), base + path);
+      if (target.origin !== new URL(base).origin || leaves.test(target.pathname + target.search)) continue;
+      queue.push(target.pathname.slice(1) + target.search);
+    }
+  }
+  assert.ok(helpPages.size >= 4, `help pages linked: ${[...helpPages]}`);
+  for (const help of helpPages) assert.equal((await context.request.get(base + help.slice(1))).status(), 200, help);
+  await page.goto(base + 'help/index.html');
+  await snap(page, 'help-index');
+
   // The spent link no longer opens anything.
   const stranger = await (await browser.newContext()).newPage();
   const refused = await stranger.goto(link);
