@@ -3,9 +3,11 @@
 #include <mutex>
 
 #include "accounts/accounts.h"
+#include "accounts/bankpost.h"
 #include "accounts/check.h"
 #include "accounts/ledger.h"
 #include "accounts/ledgerdelete.h"
+#include "invoice/sales/bankpayment.h"
 #include "invoice/sales/salesbook.h"
 #include "invoice/sales/taxaccounts.h"
 #include "invoice/shared/customer.h"
@@ -19,6 +21,7 @@ void LSalesLedgerInstall() {
     LLedgerSetDocumentDeleteRoute(kTxnTypeReceipt, LPaymentDeleteForLedger);
     LCheckAddBookCheck(LCheckCustomerBalances);
     LAccountsSetTaxAccountsCreator(LTaxOptionsCreateDefaultTaxAccounts);
+    LBankSetCustomerPaymentPoster(LBankPostCustomerPayment);
   });
 }
 

@@ -4,7 +4,9 @@
 //     "Reçus" transaction its payment, through the sales side (salesbook.h);
 //   - checking the books also compares every customer's "Balance" with its documents;
 //   - the default chart of a new business also receives the accounts its taxes are collected
-//     into (taxaccounts.h).
+//     into (taxaccounts.h);
+//   - a statement line can be posted as a customer payment from the ledger side's pages
+//     (bankpayment.h).
 #pragma once
 
 #include <map>
@@ -13,7 +15,7 @@
 struct LCheckReport;
 class LProfile;
 
-// Installs the three hooks above. Call once at start-up, before any business is opened; calling
+// Installs the hooks above. Call once at start-up, before any business is opened; calling
 // it again changes nothing.
 void LSalesLedgerInstall();
 
