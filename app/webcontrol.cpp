@@ -7,6 +7,7 @@
 #include "app/webdesk.h"
 #include "app/weblogonpages.h"
 #include "app/webmain.h"
+#include "app/websettings.h"
 #include "app/webstartwizard.h"
 #include "app/webuser.h"
 #include "invoice/sales/webpages.h"
@@ -35,6 +36,7 @@ const LWebletRoute WebScriptArray[] = {
     {"businesslist", WLWebPageRun<LWebBusinessesPage>},
     {"businessopen", WLBusinessOpen},
     {"businessdelete", WLWebDialogRun<LWebBusinessDeleteDialog>},
+    {"settings", WLWebDialogRun<LWebCompanySettingsDialog>},
 };
 
 // The routes of the logon pages and the upload progress, installed beside the table.

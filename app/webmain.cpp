@@ -25,6 +25,7 @@ void LWebPageMain::Generate() {
   for (const LWebNavTab& tab : WLVisibleNavTabs(form_))
     if (tab.target != "main")
       links += LWebFormat("<li><a href='%s'>%H</a></li>", tab.target.c_str(), tab.text.c_str());
+  if (WLIsAdministator(form_)) links += "<li><a href='settings'>Coordonnées et mentions légales</a></li>";
   links += "<li><a href='chooseprofile'>Changer de société</a></li>";
   // The desk has no web account, hence no password of its own.
   if (!WLIsDeskSession(form_)) links += "<li><a href='changepassword'>Changer le mot de passe</a></li>";
