@@ -9,6 +9,7 @@
 #include <cstdio>
 
 #include "accounts/accounts.h"
+#include "accounts/banklines.h"
 #include "accounts/bills.h"
 #include "accounts/ledger.h"
 #include "accounts/ledgerlock.h"
@@ -100,6 +101,7 @@ LProcessResult Process(LProcessInterface& process, LAccountRenumberProcess& data
   LReconcileGetCSVFilePath(profile, oldReconcile, data.oldNumber);
   LReconcileGetCSVFilePath(profile, newReconcile, data.newNumber);
   if (LFile::Exists(oldReconcile) && !LFile::Exists(newReconcile)) ::rename(oldReconcile, newReconcile);
+  LBankLinesRenumber(profile, data.oldNumber, data.newNumber);
 
   RenumberOptions(profile, data);
   RenumberBills(profile, data);
