@@ -1,6 +1,8 @@
 #include "invoice/sales/webpages.h"
 
+#include "invoice/sales/webcustomers.h"
 #include "invoice/sales/webitems.h"
+#include "invoice/sales/websalesdocuments.h"
 #include "invoice/shared/webnavtabs.h"
 #include "llib/web/webletroutes.h"
 
@@ -10,6 +12,23 @@ const LWebletRoute kSalesRoutes[] = {
     {"itemlist", WLWebPageRun<LWebItemsPage>},
     {"itemprop", WLWebDialogRun<LWebItemDialog>},
     {"itemdelete", WLItemDelete},
+    {"customerlist", WLWebPageRun<LWebCustomersPage>},
+    {"customerprop", WLWebDialogRun<LWebCustomerDialog>},
+    {"customerdelete", WLCustomerDelete},
+    {"invoicelist", WLWebPageRun<LWebSalesDocumentsPageOf<LSalesDocumentType::kInvoice>>},
+    {"invoiceprop", WLWebDialogRun<LWebSalesDocumentDialogOf<LSalesDocumentType::kInvoice>>},
+    {"invoicedelete", WLSalesDocumentDeleteOf<LSalesDocumentType::kInvoice>},
+    {"quotelist", WLWebPageRun<LWebSalesDocumentsPageOf<LSalesDocumentType::kQuote>>},
+    {"quoteprop", WLWebDialogRun<LWebSalesDocumentDialogOf<LSalesDocumentType::kQuote>>},
+    {"quotedelete", WLSalesDocumentDeleteOf<LSalesDocumentType::kQuote>},
+    {"quoteci", WLSalesDocumentToInvoiceOf<LSalesDocumentType::kQuote>},
+    {"orderlist", WLWebPageRun<LWebSalesDocumentsPageOf<LSalesDocumentType::kOrder>>},
+    {"orderprop", WLWebDialogRun<LWebSalesDocumentDialogOf<LSalesDocumentType::kOrder>>},
+    {"orderdelete", WLSalesDocumentDeleteOf<LSalesDocumentType::kOrder>},
+    {"orderci", WLSalesDocumentToInvoiceOf<LSalesDocumentType::kOrder>},
+    {"creditnotelist", WLWebPageRun<LWebSalesDocumentsPageOf<LSalesDocumentType::kCreditNote>>},
+    {"creditnoteprop", WLWebDialogRun<LWebSalesDocumentDialogOf<LSalesDocumentType::kCreditNote>>},
+    {"creditnotedelete", WLSalesDocumentDeleteOf<LSalesDocumentType::kCreditNote>},
 };
 
 }  // namespace

@@ -43,6 +43,8 @@ bool WLIsAdministator(LWebletForm& form);
 // false for a user who may only view the data ("Priviligies" 3, "Afficheur", not an
 // administrator): pages that change records refuse it.
 bool WLMayChangeData(LWebletForm& form);
+// What such a user is told when a page would change something.
+inline constexpr char kWebViewerRefusal[] = "Votre compte permet seulement de consulter les données.";
 // The "DisplayName" of the session's user ("" without session).
 std::string WLSessionUserName(LWebletForm& form);
 // The data folder of the session's business.
