@@ -22,6 +22,6 @@ void LAccountsInstallWebPages() {
                                 LWebNavTab{"billpaymentlist", "Règlements fournisseurs", 110},
                                 LWebNavTab{"acclist", "Comptes", 130}, LWebNavTab{"viewjournal", "Journal", 140},
                                 LWebNavTab{"recon", "Banque", 145}, LWebNavTab{"reports", "Rapports", 150},
-                                LWebNavTab{"fecexport", "FEC", 170, true}})
+                                LWebNavTab{"fecexport", "FEC", 165, true}})
     LWebNavTabInstall(tab);
 }

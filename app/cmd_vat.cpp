@@ -1,7 +1,5 @@
 // kontavo vat ...: the UK VAT return through HMRC (configuration, authorization, obligations,
 // submission, viewing). The texts of HMRC's side are the system's own English ones.
-#include <spawn.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <cstdlib>
@@ -21,6 +19,7 @@
 #include "llib/gen/date.h"
 #include "llib/gen/file.h"
 #include "llib/gen/money.h"
+#include "llib/gen/openbrowser.h"
 #include "llib/gen/processterminal.h"
 #include "llib/gen/reporttable.h"
 #include "llib/gen/system.h"
@@ -103,20 +102,6 @@ int VatConfig(LCliContext& context, LCliArgs& args) {
   return kExitOk;
 }
 
-// Opens the page in the user's browser when there is a display; never waits for the browser.
-void OpenInBrowser(const std::string& url) {
-  if (!std::getenv("DISPLAY") && !std::getenv("WAYLAND_DISPLAY")) return;
-  pid_t pid = -1;
-  const char* argv[] = {"xdg-open", url.c_str(), nullptr};
-  posix_spawn_file_actions_t actions;
-  posix_spawn_file_actions_init(&actions);
-  posix_spawn_file_actions_addopen(&actions, 1, "/dev/null", 1, 0);
-  posix_spawn_file_actions_addopen(&actions, 2, "/dev/null", 1, 0);
-  if (posix_spawnp(&pid, "xdg-open", &actions, nullptr, const_cast<char**>(argv), environ) == 0)
-    ::waitpid(pid, nullptr, WNOHANG);
-  posix_spawn_file_actions_destroy(&actions);
-}
-
 int VatAuth(LCliContext& context, LCliArgs& args) {
   std::string code;
   bool hasCode = args.TakeOption("--code", code);
@@ -131,7 +116,7 @@ int VatAuth(LCliContext& context, LCliArgs& args) {
   if (!hasCode) {
     context.err << FKMTDforVATAuthDlg::kTitle << "\n";
     context.out << url << "\n" << std::flush;
-    OpenInBrowser(url);
+    (void)LOpenInBrowser(url);  // the address is printed above either way
     if (LIsTerminal(STDIN_FILENO)) context.err << "Code d'autorisation : " << std::flush;
     std::getline(std::cin, code);
   }

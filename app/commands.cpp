@@ -215,6 +215,9 @@ constexpr LCliCommand kCommands[] = {
     {"serve",
      "kontavo serve [--port N]\n",
      "lance le service (serveur Web et envoi des courriels) au premier plan", LCmdServe},
+    {"desk",
+     "kontavo desk [--no-open]\n",
+     "ouvre Kontavo dans le navigateur (démarre le service au besoin) ; --no-open affiche le lien", LCmdDesk},
     {"web",
      "kontavo web status\n"
      "kontavo web enable\n"

@@ -56,6 +56,7 @@ int LCmdBank(LCliContext& context, LCliArgs& args);
 int LCmdExpr(LCliContext& context, LCliArgs& args);
 int LCmdFacturX(LCliContext& context, LCliArgs& args);
 int LCmdServe(LCliContext& context, LCliArgs& args);
+int LCmdDesk(LCliContext& context, LCliArgs& args);
 int LCmdWeb(LCliContext& context, LCliArgs& args);
 int LCmdUser(LCliContext& context, LCliArgs& args);
 int LCmdReport(LCliContext& context, LCliArgs& args);

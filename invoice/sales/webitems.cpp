@@ -125,6 +125,7 @@ void LWebItemStockPage::Generate() {
 
 LWebItemDialog::LWebItemDialog(LWebletForm& form) : LWebPartyDialog(form, "itemprop", LPartyKind::kItem, "itemlist") {
   SetTitle("Article");
+  AddNavLink("help/itemlist.html", "Aide");
   AddNavLink("itemlist", "Articles");
   AddNavLink("main", "Page principale");
   SetOkPage("itemlist");

@@ -69,6 +69,24 @@ TEST_F(BusinessCliTest, CanadianProvinceChosenOnTheCountryPageKeepsItsTaxes) {
   EXPECT_EQ(LExpectSuccess({"--business", "1", "tax", "show"}).find("TVQ"), std::string::npos);
 }
 
+TEST_F(BusinessCliTest, BusinessOfAnotherCountryTakesThatCountrysMoneyAndNumbers) {
+  LEnvScope language("LANG", "en_US.UTF-8");
+  LEnvScope all("LC_ALL", nullptr);
+  LEnvScope monetary("LC_MONETARY", nullptr);
+  LEnvScope country("KONTAVO_COUNTRY", nullptr);
+  LExpectSuccess({"business", "add", "--name", "Lyon", "--country", "FR", "--opening-checking", "300"});
+  LExpectSuccess({"business", "add", "--name", "Boston"});
+  const std::tuple<const char*, const char*, const char*> expected[] = {
+      {"1", "CurrencyType", "EUR"},   {"1", "CurrencySymbol", "€"}, {"1", "DecimalSymbol", ","},
+      {"1", "ThousandsSymbol", " "},  {"1", "CurrencyOrder", "3"},  {"1", "MeasurementUnits", "0"},
+      {"1", "PrintedDateOrder", "1"}, {"2", "CurrencyType", "USD"}, {"2", "DecimalSymbol", "."},
+      {"2", "CurrencySymbol", "$"},
+  };
+  for (const auto& [business, field, value] : expected)
+    EXPECT_EQ(Misc(business, "Options", field), value) << business << " " << field;
+  EXPECT_EQ(LStoredField("Accounts", "1110", "OpeningBalance", "1"), "30000");
+}
+
 TEST_F(BusinessCliTest, FiscalYearEndFollowsTheCountry) {
   const std::tuple<const char*, const char*, const char*> cases[] = {
       {"AU", "6", "30"}, {"CA", "3", "31"},  {"NZ", "3", "31"}, {"ZA", "3", "31"},
