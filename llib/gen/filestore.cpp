@@ -210,8 +210,11 @@ bool LFileStoreListBase::Save(LRecord& r) const {
   LLockedFile file = LLockedFile::OpenCurrent(path, O_RDWR | O_CREAT, LOCK_EX, kRecordLockTimeoutMs);
   if (file.IsOpen()) MergeStored(ReadWholeFile(file.Get()), r);
   if (r.GetStoredKey().empty()) r.SetStoredKey(r.GetPrimaryKey());
-  // A record file that cannot be opened is reported as saved, as the store has always done.
-  if (file.IsOpen() && !LFile::WriteAllAtomic(path, BuildFileText(r))) return false;
+  // A record file that cannot be opened is reported as saved, as the store has always done. The
+  // new file takes the old one's permissions (a settings record is readable by its owner only).
+  struct stat st;
+  unsigned mode = file.IsOpen() && ::fstat(file.Get(), &st) == 0 ? st.st_mode & 07777 : 0666;
+  if (file.IsOpen() && !LFile::WriteAllAtomic(path, BuildFileText(r), mode)) return false;
   MarkSaved(r);
   return true;
 }
