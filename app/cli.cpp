@@ -112,6 +112,25 @@ bool LCliArgs::Finish(std::vector<std::string>& positional, std::string& error) 
 
 // ---- Context ----------------------------------------------------------------------------------
 
+std::string LCliPeekVerb(const LCliArgs& args, std::initializer_list<std::string_view> valueOptions,
+                         std::initializer_list<std::string_view> flags) {
+  LCliArgs copy = args;
+  for (std::string_view option : valueOptions) copy.TakeOptionAll(option);
+  for (std::string_view flag : flags) copy.TakeFlag(flag);
+  std::vector<std::string> words;
+  std::string ignored;
+  (void)copy.Finish(words, ignored);
+  return words.empty() ? std::string() : words.front();
+}
+
+bool LCliSplitAssignment(std::string_view word, std::string& name, std::string& value) {
+  std::size_t equals = word.find('=');
+  if (equals == std::string_view::npos || equals == 0) return false;
+  name = std::string(word.substr(0, equals));
+  value = std::string(word.substr(equals + 1));
+  return true;
+}
+
 LCliContext::LCliContext(std::ostream& out, std::ostream& err) : out(out), err(err) {}
 LCliContext::~LCliContext() = default;
 

@@ -4,6 +4,7 @@
 // failed, with the system's French message on stderr; 2 wrong usage.
 #pragma once
 
+#include <initializer_list>
 #include <iosfwd>
 #include <memory>
 #include <string>
@@ -41,6 +42,15 @@ class LCliArgs {
   std::vector<std::string> words_;
   std::string error_;
 };
+
+// The verb of a command with several forms ("new", "show", ...): its first positional word once
+// the options it may carry are set aside (options with a value, then bare flags). Empty when
+// there is none. args is left as it was.
+std::string LCliPeekVerb(const LCliArgs& args, std::initializer_list<std::string_view> valueOptions,
+                         std::initializer_list<std::string_view> flags = {});
+
+// "NAME=VALUE" into its parts; false without "=" or with an empty name.
+bool LCliSplitAssignment(std::string_view word, std::string& name, std::string& value);
 
 // What every command handler gets.
 class LCliContext {

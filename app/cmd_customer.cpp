@@ -6,7 +6,6 @@
 
 #include "app/cli.h"
 #include "app/commands.h"
-#include "app/documentinput.h"
 #include "invoice/shared/customer.h"
 #include "invoice/shared/profile.h"
 #include "llib/gen/filestore.h"

@@ -8,10 +8,12 @@
 #include "app/cli.h"
 #include "app/cmd_convert.h"
 #include "app/commands.h"
-#include "app/documentinput.h"
+#include "invoice/shared/documentinput.h"
 #include "app/documentview.h"
 #include "invoice/shared/profile.h"
 #include "invoice/sales/salesbook.h"
+#include "invoice/sales/salesstock.h"
+#include "llib/gen/date.h"
 #include "llib/gen/filestore.h"
 
 namespace {
@@ -27,12 +29,25 @@ bool KeyLess(const std::string& a, const std::string& b) {
   return a < b;
 }
 
+// Takes every document option from args (the caller finishes args afterwards).
+void TakeDocumentInput(LCliArgs& args, LDocumentInput& input) {
+  args.TakeOption("--file", input.file);
+  args.TakeOption("--customer", input.customer);
+  args.TakeOption("--date", input.date);
+  args.TakeOption("--terms", input.terms);
+  input.lines = args.TakeOptionAll("--line");
+  args.TakeOption("--shipping", input.shipping);
+  args.TakeOption("--shipping-tax", input.shippingTax);
+  input.untaxed = args.TakeFlag("--untaxed");
+  input.hasNotes = args.TakeOption("--notes", input.notes);
+}
+
 int New(LCliContext& context, const LSalesDocumentKind& kind, LCliArgs& args) {
   bool draft = args.TakeFlag("--draft");
   std::string number;
   args.TakeOption("--number", number);
   LDocumentInput input;
-  input.TakeFrom(args);
+  TakeDocumentInput(args, input);
   std::vector<std::string> words;
   std::string error;
   if (!args.Finish(words, error)) return context.Usage(error);
@@ -97,7 +112,7 @@ int List(LCliContext& context, const LSalesDocumentKind& kind, LCliArgs& args) {
 
 int Edit(LCliContext& context, const LSalesDocumentKind& kind, LCliArgs& args) {
   LDocumentInput input;
-  input.TakeFrom(args);
+  TakeDocumentInput(args, input);
   std::vector<std::string> words;
   std::string error;
   if (!args.Finish(words, error)) return context.Usage(error);
@@ -141,6 +156,21 @@ int Delete(LCliContext& context, const LSalesDocumentKind& kind, const std::stri
   return kExitOk;
 }
 
+// porder receive KEY [--date D]: the goods of the order come into stock on D (today by default).
+int Receive(LCliContext& context, LCliArgs& args) {
+  std::string dateText, error;
+  bool hasDate = args.TakeOption("--date", dateText);
+  std::vector<std::string> words;
+  if (!args.Finish(words, error)) return context.Usage(error);
+  if (words.size() != 2) return context.Usage();
+  LDate date = LDate::Today();
+  if (hasDate && !LDate::Parse(dateText, date)) return context.Fail("Date invalide : " + dateText + ".");
+  LProfile* profile = context.Profile();
+  if (profile == nullptr) return kExitFailed;
+  if (!LPOrderReceive(*profile, words[1], date.ToText(), &error)) return context.Fail(error);
+  return kExitOk;
+}
+
 int RunDocumentCommand(LCliContext& context, LCliArgs& args, LSalesDocumentType type) {
   const LSalesDocumentKind& kind = LSalesDocumentKindOf(type);
   // The verb decides which options exist.
@@ -153,6 +183,7 @@ int RunDocumentCommand(LCliContext& context, LCliArgs& args, LSalesDocumentType 
   if (verb == "edit") return Edit(context, kind, args);
   if (verb == "apply" && type == LSalesDocumentType::kCreditNote) return LCmdCreditNoteApply(context, args);
   if (verb == "convert") return LCmdDocumentConvert(context, args, kind);
+  if (verb == "receive" && type == LSalesDocumentType::kPOrder) return Receive(context, args);
   std::vector<std::string> words;
   std::string error;
   if (!args.Finish(words, error)) return context.Usage(error);

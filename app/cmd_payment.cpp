@@ -10,7 +10,6 @@
 #include "app/cli.h"
 #include "app/cliasker.h"
 #include "app/commands.h"
-#include "app/documentinput.h"
 #include "app/paymentinput.h"
 #include "invoice/sales/paymentbook.h"
 #include "invoice/shared/payment.h"

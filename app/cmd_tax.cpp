@@ -5,7 +5,6 @@
 
 #include "app/cli.h"
 #include "app/commands.h"
-#include "app/documentinput.h"
 #include "invoice/shared/profile.h"
 #include "invoice/shared/taxoptions.h"
 #include "invoice/shared/taxrename.h"

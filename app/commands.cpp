@@ -97,8 +97,13 @@ constexpr LCliCommand kCommands[] = {
      "kontavo customer retotal [KEY]\n",
      "clients, leur solde et leur plus ancienne échéance", LCmdCustomer},
     {"supplier", "kontavo supplier add KEY [FIELD=VALUE...]\n", "ajoute un fournisseur", LCmdSupplier},
-    {"item", "kontavo item add CODE [--description TEXT] [--price AMOUNT] [--account DESCRIPTION]\n",
-     "ajoute un article", LCmdItem},
+    {"item",
+     "kontavo item add CODE [--description TEXT] [--price AMOUNT] [--account DESCRIPTION]\n"
+     "    [--kind stock|product|service] [--cost AMOUNT] [--reorder-level QTY] [--reorder-qty QTY]\n"
+     "kontavo item edit CODE (les mêmes options que add)\n"
+     "kontavo item list\n"
+     "kontavo item stock CODE [--date D]\n",
+     "articles, leur stock, leur coût moyen et leur seuil de commande", LCmdItem},
     {"invoice",
      "kontavo invoice new [--draft] [--number KEY] (--file DOC.json | --customer C [--date D] [--terms now|DAYS]\n"
      "    [--line 'CODE|DESCRIPTION|QTY|UNIT PRICE|TAX NAME|DISCOUNT %']... [--shipping AMOUNT --shipping-tax NAME]\n"
@@ -150,6 +155,7 @@ constexpr LCliCommand kCommands[] = {
      "kontavo porder list [--from D] [--to D] [--customer C] [--drafts]\n"
      "kontavo porder edit KEY (les mêmes options que new)\n"
      "kontavo porder record KEY\n"
+     "kontavo porder receive KEY [--date D]\n"
      "kontavo porder delete KEY\n",
      "bons de commande", LCmdPOrder},
     {"payment",
@@ -192,7 +198,8 @@ constexpr LCliCommand kCommands[] = {
      "        [--consolidate B=FACTOR,...] [--format text|csv|json|html]\n"
      "        NAME: coa, pl, pl-compare, bs (au --date), tb, cf, vat-obligations,\n"
      "              aging (au --date), unpaid, invoices, payments, quotes, orders, customers,\n"
-     "              customer-sales, items, items-per-customer, salesperson\n",
+     "              customer-sales, items, items-per-customer, salesperson,\n"
+     "              inventory (au --date), reorder, movements\n",
      "plan comptable, états financiers, rapports de ventes et obligations de TVA", LCmdReport},
     {{}, {}, {}, nullptr},
 };

@@ -1,7 +1,7 @@
 #include "app/paymentinput.h"
 
+#include "app/cli.h"
 #include "app/cliasker.h"
-#include "app/documentinput.h"
 
 bool LCliParseApplications(const LProfile& profile, const std::vector<std::string>& words,
                            std::vector<LAppliedAmount>& applications, std::string& error) {

@@ -13,6 +13,7 @@
 #include "app/cli.h"
 #include "app/reportcommand.h"
 #include "invoice/shared/agingreport.h"
+#include "invoice/shared/inventory.h"
 #include "invoice/shared/itemsreport.h"
 #include "invoice/shared/salesreports.h"
 #include "invoice/shared/vatobligationsreport.h"
@@ -134,6 +135,24 @@ bool BuildSales(LCliContext&, LProfile& profile, const LReportRequest& request, 
   return true;
 }
 
+// The stock at the end of --date (today by default).
+bool BuildInventory(LCliContext&, LProfile& profile, const LReportRequest& request, LReportTable& table,
+                    std::string&) {
+  LReportInventory(profile, request.date).GenerateReport(table);
+  return true;
+}
+
+bool BuildReorder(LCliContext&, LProfile& profile, const LReportRequest&, LReportTable& table, std::string&) {
+  LReportReorder(profile).GenerateReport(table);
+  return true;
+}
+
+bool BuildItemMovements(LCliContext&, LProfile& profile, const LReportRequest& request, LReportTable& table,
+                        std::string&) {
+  LReportItemMovements(profile, request.from, request.to).GenerateReport(table);
+  return true;
+}
+
 // Invoices are aged as at the last second of --date (today by default): invoices fall due at
 // midnight, so this gives the buckets of any moment of that day after midnight.
 bool BuildAging(LCliContext&, LProfile& profile, const LReportRequest& request, LReportTable& table, std::string&) {
@@ -163,6 +182,9 @@ constexpr LReportEntry kReports[] = {
     {"items", BuildSales<LReportItems>},
     {"items-per-customer", BuildSales<LReportItemsPerCustomer>},
     {"salesperson", BuildSales<LReportSalesPerson>},
+    {"inventory", BuildInventory},
+    {"reorder", BuildReorder},
+    {"movements", BuildItemMovements},
     {{}, nullptr},
 };
 

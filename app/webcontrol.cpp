@@ -2,10 +2,12 @@
 
 #include <sys/stat.h>
 
-#include "app/webitems.h"
-#include "app/webmain.h"
+#include "accounts/webpages.h"
 #include "app/weblogonpages.h"
+#include "app/webmain.h"
 #include "app/webuser.h"
+#include "invoice/sales/webpages.h"
+#include "invoice/shared/webnavtabs.h"
 #include "llib/gen/file.h"
 #include "llib/gen/log.h"
 #include "llib/web/webletroutes.h"
@@ -14,13 +16,9 @@
 
 namespace {
 
-struct LWebScript {
-  const char* name;
-  LWebletHandler handler;
-};
-
-// The routes of the pages that exist; the first row, the empty name, runs the main page.
-const LWebScript WebScriptArray[] = {
+// The routes of the application's own pages; the first row, the empty name, runs the main page.
+// The pages of the sales and ledger sides install their own (LSalesInstallWebPages, ...).
+const LWebletRoute WebScriptArray[] = {
     {"", WLWebPageRun<LWebPageMain>},
     {"logon", WLLogon},
     {"logoff", WLLogout},
@@ -28,14 +26,11 @@ const LWebScript WebScriptArray[] = {
     {"userlist", WLWebPageRun<LAppWebAccountsPage>},
     {"userprop", WLWebDialogRun<LAppWebAccountDialog>},
     {"userdelete", WLUserDelete},
-    {"itemlist", WLWebPageRun<LWebItemsPage>},
-    {"itemprop", WLWebDialogRun<LWebItemDialog>},
-    {"itemdelete", WLItemDelete},
     {"chooseprofile", WLWebDialogRun<LWebSelectProfileDialog>},
 };
 
 // The routes of the logon pages and the upload progress, installed beside the table.
-const LWebScript kLogonScripts[] = {
+const LWebletRoute kLogonScripts[] = {
     {"changepassword", WLWebDialogRun<LWebChangePasswordDialog>},
     {"changepasswordchanged", WLWebPageRun<LWebChangePasswordChangedPage>},
     {"lostpassword", WLWebDialogRun<LWebLostPasswordDialog>},
@@ -51,8 +46,12 @@ long long ModifiedTime(const std::string& path) {
 }  // namespace
 
 void LWebControlInstallRoutes() {
-  for (const LWebScript& script : kLogonScripts) LWebletInstallScript(script.name, script.handler);
-  for (const LWebScript& script : WebScriptArray) LWebletInstallScript(script.name, script.handler);
+  LWebletInstallScripts(kLogonScripts);
+  LWebletInstallScripts(WebScriptArray);
+  LWebNavTabInstall({"main", "Accueil", 10});
+  LWebNavTabInstall({"userlist", "Utilisateurs", 160, true});
+  LSalesInstallWebPages();
+  LAccountsInstallWebPages();
 }
 
 std::string LWebStaticFilesSource() { return std::string(KONTAVO_SOURCE_DIR) + "/app/webfiles"; }

@@ -2,7 +2,7 @@
 // next), the business chooser, changing one's password and the lost-password pages.
 #pragma once
 
-#include "app/webaccess.h"
+#include "invoice/shared/webaccess.h"
 #include "llib/web/weblogon.h"
 
 // Route "logon". A request that already has a session goes straight to "onok" (or "main").

@@ -7,8 +7,8 @@
 #include <string_view>
 #include <vector>
 
-#include "app/webaccess.h"
-#include "app/webnavtabs.h"
+#include "invoice/shared/webaccess.h"
+#include "invoice/shared/webnavtabs.h"
 #include "llib/web/webaccount.h"
 
 // A web account of the application.

@@ -6,8 +6,8 @@
 #include "accounts/linkedaccounts.h"
 #include "invoice/sales/salesbook.h"
 #include "invoice/sales/salesposting.h"
+#include "invoice/sales/salesstock.h"
 #include "invoice/shared/customer.h"
-#include "invoice/shared/item.h"
 #include "invoice/shared/profile.h"
 #include "llib/gen/date.h"
 #include "llib/gen/filestore.h"
@@ -82,12 +82,14 @@ std::string LRecurringRecord(LProfile& profile, LRecord& schedule, std::string* 
   if (!MakeOccurrence(profile, LSalesDocumentKindOf(LSalesDocumentType::kInvoice), schedule, date, invoice,
                       addToBalance, error))
     return {};
-  LInvoiceChangeQuantity(profile, invoice, -1);
+  std::string stockError;
+  bool stocked = LSalesDocumentMoveStock(profile, LSalesDocumentKindOf(LSalesDocumentType::kInvoice),
+                                         invoice.GetPrimaryKey(), nullptr, &invoice, &stockError);
   bool posted = LInvoiceRecordTransactions(profile, invoice, LGetPostingUserName(), true);
   invoice.Flush();  // keeps "JournalTxnRef"
   bool moved = MoveScheduleOn(schedule, date, error);
-  LItemSyncDocument(profile, invoice, -1);
   if (moved && !posted) SetError(error, "Impossible d'écrire dans le grand livre.");
+  else if (moved && !stocked) SetError(error, stockError);
   return invoice.GetPrimaryKey();
 }
 

@@ -5,9 +5,8 @@
 // "Invoices" (first free number) with the template's fields but its schedule and ledger
 // reference, "Date" = D, "AmountPaid" 0, "OrderNumber" empty; its total goes onto the customer's
 // balance; its lines take the items' descriptions and prices of today; it is totalled, marked
-// "IsDraft" 0, takes its items out of stock, and is posted to the ledger on D (under a new "SLS"
-// reference, by the user $LOGNAME, else $USER). The template's "RecurLast" becomes D. When the
-// business has "ClientEnabled", the stock movements are queued in "ItemSync".
+// "IsDraft" 0, takes its items out of stock (invoice/sales/salesstock.h), and is posted to the ledger on D (under a new "SLS"
+// reference, by the user $LOGNAME, else $USER). The template's "RecurLast" becomes D.
 //
 // An order template makes a new recorded order in "Orders" the same way, without balance,
 // stock or ledger: orders do not move any of them.

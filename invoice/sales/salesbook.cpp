@@ -8,6 +8,7 @@
 #include "invoice/sales/paymentbook.h"
 #include "invoice/sales/salesledger.h"
 #include "invoice/sales/salesposting.h"
+#include "invoice/sales/salesstock.h"
 #include "invoice/shared/customer.h"
 #include "invoice/shared/documentconversion.h"
 #include "invoice/shared/profile.h"
@@ -163,8 +164,11 @@ bool LSalesDocumentCreate(LProfile& profile, const LSalesDocumentKind& kind, con
   LSalesDocumentSumTotals(profile, kind, document);
   if (!draft && kind.type == LSalesDocumentType::kCreditNote) LCoreDataCreditNoteApply(profile, document, +1);
   document.Flush();
-  if (!draft && IsPosted(kind)) return Post(profile, kind, document, error);
-  return true;
+  if (draft) return true;
+  // Stock moves first: the posting of an invoice reads the cost of what left.
+  bool stocked = LSalesDocumentMoveStock(profile, kind, newKey, nullptr, &document, error);
+  if (IsPosted(kind) && !Post(profile, kind, document, error)) return false;
+  return stocked;
 }
 
 bool LSalesDocumentOpen(LProfile& profile, const LSalesDocumentKind& kind, std::string_view key,
@@ -193,6 +197,8 @@ bool LSalesDocumentEdit(LProfile& profile, const LSalesDocumentKind& kind, std::
     change(trial);
     if (!LSalesCheckParty(profile, kind, trial.GetCustomer(), error)) return false;
   }
+  LSalesDocument before;  // what the recorded document moved in stock until now
+  before.CopyRecord(document);
   bool inBooks = recorded && IsPosted(kind);
   std::string oldCustomer = document.GetCustomer();
   long long oldTotal = document.GetTotal();
@@ -218,7 +224,8 @@ bool LSalesDocumentEdit(LProfile& profile, const LSalesDocumentKind& kind, std::
   LSalesDocumentSumTotals(profile, kind, document);
   if (inBooks && kind.type == LSalesDocumentType::kCreditNote) LCoreDataCreditNoteApply(profile, document, +1);
   document.Flush();
-  if (!inBooks) return true;
+  bool stocked = !recorded || LSalesDocumentMoveStock(profile, kind, key, &before, &document, error);
+  if (!inBooks) return stocked;
   if (kind.type == LSalesDocumentType::kInvoice) {
     // A lower total gives back what its payments and credit notes now hold beyond it.
     document.RemoveExcessPayments(profile);
@@ -228,7 +235,7 @@ bool LSalesDocumentEdit(LProfile& profile, const LSalesDocumentKind& kind, std::
   // the document half posted.
   LLedgerLock lock(profile);
   LSalesDocumentRemoveTransaction(profile, document, oldDate);
-  return Post(profile, kind, document, error);
+  return Post(profile, kind, document, error) && stocked;
 }
 
 bool LSalesDocumentRecordDraft(LProfile& profile, const LSalesDocumentKind& kind, std::string_view draftKey,
@@ -262,9 +269,10 @@ bool LSalesDocumentDelete(LProfile& profile, const LSalesDocumentKind& kind, std
     if (IsPosted(kind)) LSalesDocumentRemoveTransaction(profile, document, document.GetDate());
     if (isInvoice) LCustomerChangeBalance(profile, document.GetCustomer(), -document.GetTotal());
     if (kind.type == LSalesDocumentType::kCreditNote) LCoreDataCreditNoteApply(profile, document, -1);
+    bool stocked = LSalesDocumentMoveStock(profile, kind, key, &document, nullptr, error);
     document.Invalidate();
     recordedList.Delete(key);
-    return true;
+    return stocked;
   }
   if (draftsList.Open(document, key)) {
     if (isInvoice) LConvertedInvoiceMoved(profile, document, key, {});

@@ -7,9 +7,11 @@
 #include "accounts/ledgerdelete.h"
 #include "accounts/ledgerlock.h"
 #include "accounts/references.h"
+#include "invoice/sales/salesstock.h"
 #include "invoice/shared/item.h"
 #include "invoice/shared/options.h"
 #include "invoice/shared/profile.h"
+#include "invoice/shared/stock.h"
 #include "invoice/shared/taxcalc.h"
 #include "invoice/shared/taxoptions.h"
 #include "llib/gen/textnum.h"
@@ -83,6 +85,31 @@ std::string LInvoiceOptions::GetFreightCollected() const { return GetString("Fre
 
 // ---- Building ---------------------------------------------------------------------------------
 
+namespace {
+
+// With perpetual inventory, the cost of the goods that left stock with the document (came back
+// with a credit note) goes from the stock account to the cost of sales. Without both accounts
+// there is nowhere to post it, and nothing is posted.
+template <class Add>
+void AddCostOfSales(LProfile& profile, const LSalesDocument& document, bool creditNote, const Add& add) {
+  LPerpetualInventory inventory = LPerpetualInventoryOf(profile);
+  if (!inventory.enabled) return;
+  std::string stock = LGetAccountNumberUsingDescription(profile, inventory.stockAccount);
+  std::string costOfSales = LGetAccountNumberUsingDescription(profile, inventory.costOfSalesAccount);
+  if (stock.empty() || costOfSales.empty()) return;
+  const LSalesDocumentKind& kind =
+      LSalesDocumentKindOf(creditNote ? LSalesDocumentType::kCreditNote : LSalesDocumentType::kInvoice);
+  std::vector<std::string> codes;
+  LFKItemCollectionRecord lines = document.Items();
+  for (int i = 0; i < lines.GetItemCount(); ++i) codes.push_back(lines.GetItemCode(i));
+  long long cost = LStockDocumentCost(profile, LSalesStockDocument(kind, document.GetPrimaryKey()), codes);
+  if (cost == 0) return;
+  add(costOfSales, cost);
+  add(stock, -cost);
+}
+
+}  // namespace
+
 void LSalesDocumentBuildTransaction(LProfile& profile, const LSalesDocument& document, bool creditNote,
                                     std::string_view date, std::string_view reference, std::string_view userName,
                                     LLedgerTransaction& txn) {
@@ -140,6 +167,7 @@ void LSalesDocumentBuildTransaction(LProfile& profile, const LSalesDocument& doc
     if (lastAccount.empty()) lastAccount = AccountOrSlot(profile, kDefaultIncome, kSlotIncome);
     add(lastAccount, sign * (total - credited));
   }
+  AddCostOfSales(profile, document, creditNote, add);
 }
 
 // ---- Posting ----------------------------------------------------------------------------------

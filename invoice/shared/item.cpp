@@ -20,13 +20,6 @@ void LForEachLineItem(LProfile& profile, const LSalesDocument& document,
   }
 }
 
-void LInvoiceChangeQuantity(LProfile& profile, const LSalesDocument& document, int sign) {
-  LFKItemCollectionRecord lines = document.Items();
-  LForEachLineItem(profile, document, [&](int index, LItem& item) {
-    item.SetString("Quantity", ftotl(item.GetQuantity() + sign * lines.GetItemQty(index)));
-  });
-}
-
 void LItemSyncDocument(LProfile& profile, const LSalesDocument& document, int sign) {
   LOptions options;
   options.OpenFrom(profile);
@@ -43,4 +36,28 @@ void LItemSyncDocument(LProfile& profile, const LSalesDocument& document, int si
     movement.SetString("Qty", ftotl(sign * lines.GetItemQty(i)));
     movement.Flush();
   }
+}
+
+bool LItemSave(LProfile& profile, std::string_view code, const LItemInput& input, bool create, std::string* error) {
+  auto fail = [&](std::string message) {
+    if (error != nullptr) *error = std::move(message);
+    return false;
+  };
+  if (code.empty()) return fail("Veuillez indiquer le code de l'article.");
+  const LFileStoreListBase& list = profile.MainList(kItemsList);
+  bool exists = list.TestRecordExists(code);
+  if (create && exists) return fail("L'article « " + std::string(code) + " » existe déjà.");
+  if (!create && !exists) return fail("Article introuvable : " + std::string(code) + ".");
+  LItem item;
+  list.OpenAlways(item, code);
+  if (input.description) item.SetString("Description", *input.description);
+  if (input.price) item.SetInt64("Price", *input.price);
+  if (input.account) item.SetString("PLAccount", *input.account);
+  if (input.kind) item.SetString("Kind", LItemKindWord(*input.kind));
+  if (input.cost) item.SetInt64("Cost", *input.cost);
+  if (input.reorderLevel) item.SetString("ReorderLevel", ftotl(*input.reorderLevel));
+  if (input.reorderQuantity) item.SetString("ReorderQty", ftotl(*input.reorderQuantity));
+  item.SetDirty(true);
+  if (!item.Flush()) return fail("Impossible d'enregistrer l'article.");
+  return true;
 }

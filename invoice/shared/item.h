@@ -1,6 +1,6 @@
 // Items (LItem, list "Items", key = the item code that document lines carry in "Item<n>Code"):
 // a description, a unit price and the income account, by description, that sales of the item
-// are posted to ("PLAccount"), and the quantity in stock ("Quantity").
+// are posted to ("PLAccount"), and its stock (invoice/shared/stock.h).
 //
 // When the business's "Options" record has "ClientEnabled" set, stock movements are also queued
 // in the item synchronisation list "ItemSync" for the linked client to pick up: one record per
@@ -8,9 +8,11 @@
 #pragma once
 
 #include <functional>
+#include <optional>
 #include <string>
 #include <string_view>
 
+#include "invoice/shared/stock.h"
 #include "llib/gen/record.h"
 
 class LProfile;
@@ -35,11 +37,24 @@ class LItem : public LRecord {
 void LForEachLineItem(LProfile& profile, const LSalesDocument& document,
                       const std::function<void(int index, LItem& item)>& visit);
 
-// Moves the stock of every item a document's lines name by sign × the line's quantity (-1 when
-// the items leave with an invoice). Lines whose code is not a record of "Items" are skipped.
-void LInvoiceChangeQuantity(LProfile& profile, const LSalesDocument& document, int sign);
-
 // When "ClientEnabled" is set in "Options": queues in "ItemSync" (under the first free numbers)
 // one record per line of the document, "Name" = the line's item code (empty for a line without
 // one), "Qty" = sign × the line's quantity. Does nothing otherwise.
 void LItemSyncDocument(LProfile& profile, const LSalesDocument& document, int sign);
+
+// What a form, the command line or an import sets on an item; what is not given is left as it
+// is.
+struct LItemInput {
+  std::optional<std::string> description;
+  std::optional<long long> price;          // cents
+  std::optional<std::string> account;      // "PLAccount", by description
+  std::optional<LItemKind> kind;
+  std::optional<long long> cost;           // cents
+  std::optional<double> reorderLevel;      // units
+  std::optional<double> reorderQuantity;   // units
+};
+
+// Creates the item code (create: refused with "L'article « X » existe déjà." when it exists) or
+// changes it (refused with "Article introuvable : X." when it does not). false with the message
+// in *error; nothing is written then.
+bool LItemSave(LProfile& profile, std::string_view code, const LItemInput& input, bool create, std::string* error);

@@ -76,12 +76,12 @@ std::vector<LSalesReportDocument> LSalesReport::Documents(std::string_view listN
   return documents;
 }
 
-std::string LSalesReport::PeriodText() const {
-  bool from = filter_.from.IsValid();
-  bool to = filter_.to.IsValid();
-  if (from && to) return "Du " + filter_.from.ToText() + " au " + filter_.to.ToText();
-  if (from) return "Depuis le " + filter_.from.ToText();
-  if (to) return "Jusqu'au " + filter_.to.ToText();
+std::string LSalesReport::PeriodText() const { return LSalesReportPeriodText(filter_.from, filter_.to); }
+
+std::string LSalesReportPeriodText(const LDate& from, const LDate& to) {
+  if (from.IsValid() && to.IsValid()) return "Du " + from.ToText() + " au " + to.ToText();
+  if (from.IsValid()) return "Depuis le " + from.ToText();
+  if (to.IsValid()) return "Jusqu'au " + to.ToText();
   return {};
 }
 

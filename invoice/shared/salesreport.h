@@ -82,6 +82,9 @@ class LSalesReport {
   std::set<std::string, std::less<>> selected_;  // the customers named
 };
 
+// "Du 2024-01-01 au 2024-12-31", "Depuis le …", "Jusqu'au …" or "" for invalid bounds.
+std::string LSalesReportPeriodText(const LDate& from, const LDate& to);
+
 // One cell of a row: a text or an amount in minor units.
 using LSalesReportCell = std::variant<std::string, long long>;
 // Adds a row whose cells follow the table's columns in order.

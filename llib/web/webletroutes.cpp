@@ -40,6 +40,10 @@ void LWebletInstallScript(std::string_view name, LWebletHandler handler) {
   Push(Scripts().scripts, name, handler);
 }
 
+void LWebletInstallScripts(std::span<const LWebletRoute> routes) {
+  for (const LWebletRoute& route : routes) LWebletInstallScript(route.name, route.handler);
+}
+
 void LWebletInstallPostScript(std::string_view name, LWebletHandler handler) {
   Push(Scripts().postScripts, name, handler);
 }

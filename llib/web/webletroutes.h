@@ -9,13 +9,22 @@
 // atomic so that a reader always sees a whole list.
 #pragma once
 
+#include <span>
 #include <string_view>
 
 class LWebletForm;
 
 using LWebletHandler = void (*)(LWebletForm& form);
 
+// One row of a route table.
+struct LWebletRoute {
+  const char* name;
+  LWebletHandler handler;
+};
+
 void LWebletInstallScript(std::string_view name, LWebletHandler handler);
+// Installs each route of the table in order.
+void LWebletInstallScripts(std::span<const LWebletRoute> routes);
 void LWebletInstallPostScript(std::string_view name, LWebletHandler handler);
 
 // The handler of the newest pair with exactly that name (case-sensitive); null when none.

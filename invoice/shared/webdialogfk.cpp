@@ -1,8 +1,8 @@
-#include "app/webdialogfk.h"
+#include "invoice/shared/webdialogfk.h"
 
 #include <algorithm>
 
-#include "app/documentinput.h"
+#include "invoice/shared/documentinput.h"
 #include "invoice/shared/item.h"
 #include "invoice/shared/itemcollection.h"
 #include "invoice/shared/profile.h"
@@ -19,12 +19,15 @@ namespace {
 
 constexpr char kLineCountParam[] = "fklines";
 
-// The grid column a refusal of the line is about (the refusals name their field first).
-int ColumnOfError(std::string_view error) {
-  if (error.starts_with("Quantité")) return kFKGridQuantity;
-  if (error.starts_with("Prix")) return kFKGridUnitPrice;
-  if (error.starts_with("Remise")) return kFKGridDiscount;
-  if (error.starts_with("Taxe")) return kFKGridTax;
+// The grid column a refusal of the line is about.
+int ColumnOfError(LDocumentLineError error) {
+  switch (error) {
+    case LDocumentLineError::kBadQuantity: return kFKGridQuantity;
+    case LDocumentLineError::kBadUnitPrice: return kFKGridUnitPrice;
+    case LDocumentLineError::kBadDiscount: return kFKGridDiscount;
+    case LDocumentLineError::kUnknownTax: return kFKGridTax;
+    case LDocumentLineError::kNone: break;
+  }
   return kFKGridCode;
 }
 
@@ -127,10 +130,10 @@ bool LWebDialogFK::GetItemLines(LSalesDocument& document) {
                              GetTextAndTrim(GridControl(line, kFKGridUnitPrice)),
                              GetTextAndTrim(GridControl(line, kFKGridTax)),
                              GetTextAndTrim(GridControl(line, kFKGridDiscount))};
-    std::string error;
-    if (!LApplyDocumentLine(Profile(), tax, document, index, input, error)) {
+    LDocumentLineError refusal = LApplyDocumentLine(Profile(), tax, document, index, input);
+    if (refusal != LDocumentLineError::kNone) {
       tax.DetachWithoutSave();
-      PopupControlDataInvalid(GridControl(line, ColumnOfError(error)), error);
+      PopupControlDataInvalid(GridControl(line, ColumnOfError(refusal)), LDocumentLineErrorMessage(refusal, input));
       return false;
     }
     ++index;

@@ -16,7 +16,7 @@
 #include <memory>
 #include <string_view>
 
-#include "app/webaccess.h"
+#include "invoice/shared/webaccess.h"
 
 class LProfile;
 class LSalesDocument;

@@ -1,4 +1,4 @@
-#include "app/webaccess.h"
+#include "invoice/shared/webaccess.h"
 
 #include "invoice/shared/options.h"
 #include "llib/gen/file.h"

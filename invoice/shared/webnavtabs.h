@@ -1,28 +1,40 @@
 // The navigation tabs of the web access: one tab per section of the business (home, customers,
-// invoices, items, ...) under the header bar, the page's own section marked. A tab is shown only
-// when its section's page is served (its route is installed), so sections appear as their pages
-// are added; the users tab only to administrators.
+// invoices, items, ...) under the header bar, the page's own section marked. Each layer that
+// serves pages installs its sections' tabs beside its routes (LWebNavTabInstall); a tab is shown
+// only when its section's page is served (its route is installed), so sections appear as their
+// pages are added; an administrator's tab only to administrators. The bar orders tabs by rank:
+// home 10, customers 20, quotes 30, orders 40, invoices 50, credit notes 60, payments 70,
+// suppliers 80, purchase orders 90, bills 100, bill payments 110, items 120, accounts 130,
+// journal 140, reports 150, users 160.
 //
 //     class LWebItemsPage : public LWebPageMainEx {   // tab "itemlist" marked
 //       LWebItemsPage(LWebletForm& form) : LWebPageMainEx(form, "itemlist", "Articles") {}
 //     };
+//     LWebNavTabInstall({"itemlist", "Articles", 120});
+//
+// The tabs, like the routes, are installed before the server listens; a mutex guards the list
+// all the same, as tests install them while other servers run.
 #pragma once
 
 #include <string>
 #include <string_view>
 #include <vector>
 
-#include "app/webaccess.h"
+#include "invoice/shared/webaccess.h"
 
 // One tab: the route of its section's page and its text.
 struct LWebNavTab {
-  const char* target;
-  const char* text;
-  bool administratorOnly;
+  std::string target;              // the route of the section's page
+  std::string text;                // the tab's text
+  int rank = 0;                    // its place in the bar, lowest first
+  bool administratorOnly = false;  // shown to administrators only
 };
 
-// The tabs the session's user sees, in order: installed routes only, the users tab only for an
-// administrator.
+// Adds tab to the bar, or replaces the tab of the same target (installing twice is harmless).
+void LWebNavTabInstall(const LWebNavTab& tab);
+
+// The tabs the session's user sees, by rank: installed routes only, administrators' tabs only for
+// an administrator.
 std::vector<LWebNavTab> WLVisibleNavTabs(LWebletForm& form);
 // Writes the tab bar: "<div class=navtabs>", one link per visible tab (class "navtab", and
 // "navtab navtabcurrent" for the tab whose target is current), "</div>".

@@ -2,7 +2,7 @@
 // lines of a document into the grid, the grid's rows back into lines, and the refusal of a row.
 #include <gtest/gtest.h>
 
-#include "app/webdialogfk.h"
+#include "invoice/shared/webdialogfk.h"
 #include "invoice/shared/item.h"
 #include "invoice/shared/itemcollection.h"
 #include "llib/gen/filestore.h"

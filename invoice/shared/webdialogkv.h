@@ -22,7 +22,7 @@
 #include <string_view>
 #include <vector>
 
-#include "app/webaccess.h"
+#include "invoice/shared/webaccess.h"
 
 class LProfile;
 class LRecord;

@@ -3,8 +3,8 @@
 // a code, a description, a unit price and the income account its sales go to.
 #pragma once
 
-#include "app/webdialogkv.h"
-#include "app/webmain.h"
+#include "accounts/webpagemainex.h"
+#include "invoice/shared/webdialogkv.h"
 
 class LWebItemsPage : public LWebPageMainEx {
  public:

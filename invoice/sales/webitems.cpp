@@ -1,4 +1,4 @@
-#include "app/webitems.h"
+#include "invoice/sales/webitems.h"
 
 #include <algorithm>
 #include <climits>

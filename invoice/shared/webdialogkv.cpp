@@ -1,6 +1,6 @@
-#include "app/webdialogkv.h"
+#include "invoice/shared/webdialogkv.h"
 
-#include "app/webnavtabs.h"
+#include "invoice/shared/webnavtabs.h"
 #include "invoice/shared/profile.h"
 #include "llib/gen/filestore.h"
 #include "llib/gen/money.h"

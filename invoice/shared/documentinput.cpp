@@ -1,30 +1,19 @@
-#include "app/documentinput.h"
+#include "invoice/shared/documentinput.h"
 
 #include <fstream>
 #include <nlohmann/json.hpp>
 #include <sstream>
 
-#include "app/cli.h"
 #include "invoice/shared/item.h"
 #include "invoice/shared/options.h"
 #include "invoice/shared/profile.h"
+#include "invoice/shared/stock.h"
 #include "invoice/shared/taxoptions.h"
 #include "llib/gen/date.h"
 #include "llib/gen/money.h"
 #include "llib/gen/textnum.h"
 
 namespace {
-
-// Decimals a quantity or a discount may carry on the command line.
-constexpr int kQuantityDigits = 6;
-
-// Decimal text ("1.5", "-2", "10") to a double; false for anything else.
-bool ParseDecimal(std::string_view text, double& out) {
-  long long scaled = 0;
-  if (!LParseAmount(text, kQuantityDigits, scaled)) return false;
-  out = static_cast<double>(scaled) / 1e6;
-  return true;
-}
 
 // A unit price in currency units to the stored integer and its digits: prices with no more
 // decimals than the currency are stored in currency decimals (digits -1); finer prices keep
@@ -38,6 +27,8 @@ bool ParseUnitPrice(std::string_view text, int currencyDigits, long long& value,
   return true;
 }
 
+std::string UnknownTaxMessage(std::string_view name) { return "Taxe inconnue : " + std::string(name) + "."; }
+
 std::vector<std::string> SplitBars(std::string_view text) {
   std::vector<std::string> parts;
   while (true) {
@@ -49,9 +40,9 @@ std::vector<std::string> SplitBars(std::string_view text) {
 }
 
 // The tax fields of a line or of the shipping under prefix ("Item3" or "Shipping"): the name,
-// and for a defined tax its rates and combination as the tax options give them today.
-bool SetTaxFields(const LTaxOptions& tax, LRecord& document, const std::string& prefix, std::string_view name,
-                  std::string& error) {
+// and for a defined tax its rates and combination as the tax options give them today. false
+// when the name is no tax of the business.
+bool SetTaxFields(const LTaxOptions& tax, LRecord& document, const std::string& prefix, std::string_view name) {
   if (name.empty()) name = kTaxNameDefault;
   document.SetString(prefix + "TaxName", name);
   if (name == kTaxNameDefault || name == kTaxNameNone) {
@@ -62,10 +53,7 @@ bool SetTaxFields(const LTaxOptions& tax, LRecord& document, const std::string& 
     return true;
   }
   int number = tax.GetTaxNumberFromName(name);
-  if (number == 0) {
-    error = "Taxe inconnue : " + std::string(name) + ".";
-    return false;
-  }
+  if (number == 0) return false;
   document.SetString(prefix + "TaxRate", LFKFormatTaxRateTriple(tax.GetTaxRate(number)));
   std::string combined = tax.GetTaxCombined(number);
   if (combined.empty()) document.DeleteField(prefix + "CombinedTaxName");
@@ -83,7 +71,10 @@ bool ApplyLine(LProfile& profile, const LTaxOptions& tax, LSalesDocument& docume
   }
   parts.resize(6);
   LDocumentLineInput line{parts[0], parts[1], parts[2], parts[3], parts[4], parts[5]};
-  return LApplyDocumentLine(profile, tax, document, index, line, error);
+  LDocumentLineError refusal = LApplyDocumentLine(profile, tax, document, index, line);
+  if (refusal == LDocumentLineError::kNone) return true;
+  error = LDocumentLineErrorMessage(refusal, line);
+  return false;
 }
 
 // A JSON value as the text a record stores.
@@ -154,72 +145,46 @@ void LRemoveDocumentLines(LSalesDocument& document) {
   document.DeleteField("FixedPercentageDiscountItem");
 }
 
-bool LApplyDocumentLine(LProfile& profile, const LTaxOptions& tax, LSalesDocument& document, int index,
-                        const LDocumentLineInput& line, std::string& error) {
+LDocumentLineError LApplyDocumentLine(LProfile& profile, const LTaxOptions& tax, LSalesDocument& document, int index,
+                                      const LDocumentLineInput& line) {
   const std::string& code = line.code;
   LItem item;
   bool known = !code.empty() && profile.MainList(kItemsList).Open(item, code);
   auto field = [index](std::string_view suffix) { return LFKItemCollectionRecord::ItemField(index, suffix); };
 
   double qty = 1;
-  if (!line.quantity.empty() && !ParseDecimal(line.quantity, qty)) {
-    error = "Quantité invalide : " + line.quantity + ".";
-    return false;
-  }
+  if (!line.quantity.empty() && !LParseQuantity(line.quantity, qty)) return LDocumentLineError::kBadQuantity;
   long long unitValue = known ? item.GetPrice() : 0;
   int digits = -1;
-  if (!line.unitPrice.empty() && !ParseUnitPrice(line.unitPrice, profile.GetCurrencyDigits(), unitValue, digits)) {
-    error = "Prix invalide : " + line.unitPrice + ".";
-    return false;
-  }
+  if (!line.unitPrice.empty() && !ParseUnitPrice(line.unitPrice, profile.GetCurrencyDigits(), unitValue, digits))
+    return LDocumentLineError::kBadUnitPrice;
   double discount = 0;
-  if (!line.discount.empty() && !ParseDecimal(line.discount, discount)) {
-    error = "Remise invalide : " + line.discount + ".";
-    return false;
-  }
+  if (!line.discount.empty() && !LParseQuantity(line.discount, discount)) return LDocumentLineError::kBadDiscount;
   document.SetString(field("Code"), code);
   document.SetString(field("Description"), line.description.empty() && known ? item.GetDescription() : line.description);
   document.SetString(field("Qty"), ftotl(qty));
   document.SetInt64(field("UnitValue"), unitValue);
   document.SetInt(field("UnitValueDigits"), digits);
   document.SetString(field("Discount"), ftotl(discount));
-  return SetTaxFields(tax, document, "Item" + std::to_string(index + 1), line.taxName, error);
+  if (!SetTaxFields(tax, document, "Item" + std::to_string(index + 1), line.taxName))
+    return LDocumentLineError::kUnknownTax;
+  return LDocumentLineError::kNone;
 }
 
-void LDocumentInput::TakeFrom(LCliArgs& args) {
-  args.TakeOption("--file", file);
-  args.TakeOption("--customer", customer);
-  args.TakeOption("--date", date);
-  args.TakeOption("--terms", terms);
-  lines = args.TakeOptionAll("--line");
-  args.TakeOption("--shipping", shipping);
-  args.TakeOption("--shipping-tax", shippingTax);
-  untaxed = args.TakeFlag("--untaxed");
-  hasNotes = args.TakeOption("--notes", notes);
+std::string LDocumentLineErrorMessage(LDocumentLineError error, const LDocumentLineInput& line) {
+  switch (error) {
+    case LDocumentLineError::kNone: break;
+    case LDocumentLineError::kBadQuantity: return "Quantité invalide : " + line.quantity + ".";
+    case LDocumentLineError::kBadUnitPrice: return "Prix invalide : " + line.unitPrice + ".";
+    case LDocumentLineError::kBadDiscount: return "Remise invalide : " + line.discount + ".";
+    case LDocumentLineError::kUnknownTax: return UnknownTaxMessage(line.taxName);
+  }
+  return {};
 }
 
 bool LDocumentInput::HasFieldOptions() const {
   return !customer.empty() || !date.empty() || !terms.empty() || !lines.empty() || !shipping.empty() ||
          !shippingTax.empty() || untaxed || hasNotes;
-}
-
-std::string LCliPeekVerb(const LCliArgs& args, std::initializer_list<std::string_view> valueOptions,
-                         std::initializer_list<std::string_view> flags) {
-  LCliArgs copy = args;
-  for (std::string_view option : valueOptions) copy.TakeOptionAll(option);
-  for (std::string_view flag : flags) copy.TakeFlag(flag);
-  std::vector<std::string> words;
-  std::string ignored;
-  (void)copy.Finish(words, ignored);
-  return words.empty() ? std::string() : words.front();
-}
-
-bool LCliSplitAssignment(std::string_view word, std::string& name, std::string& value) {
-  std::size_t equals = word.find('=');
-  if (equals == std::string_view::npos || equals == 0) return false;
-  name = std::string(word.substr(0, equals));
-  value = std::string(word.substr(equals + 1));
-  return true;
 }
 
 bool LApplyDocumentInput(LProfile& profile, const LSalesDocumentKind& kind, const LDocumentInput& input, bool isNew,
@@ -253,7 +218,8 @@ bool LApplyDocumentInput(LProfile& profile, const LSalesDocumentKind& kind, cons
       return error = "Montant invalide : " + input.shipping + ".", false;
     document.SetInt64("ShippingCosts", shipping);
   }
-  if (!input.shippingTax.empty() && !SetTaxFields(tax, document, "Shipping", input.shippingTax, error)) return false;
+  if (!input.shippingTax.empty() && !SetTaxFields(tax, document, "Shipping", input.shippingTax))
+    return error = UnknownTaxMessage(input.shippingTax), false;
   if (input.untaxed) document.SetInt("TaxRate", kDocumentUntaxed);
   if (input.hasNotes) document.SetString("Notes", input.notes);
   if (isNew) SetDefaults(profile, kind, tax, document);

@@ -1,0 +1,32 @@
+// How sales-side documents move the stock of their items (invoice/shared/stock.h keeps the
+// movements). Every recorded document moves stock through LSalesDocumentMoveStock, whether it is
+// recorded, edited or deleted from the command line, the web pages or a recurring run:
+//   invoice        its lines leave stock on its "Date", at the items' average cost;
+//   credit note    its lines come back on its "Date", at the average cost;
+//   purchase order once received ("ReceivedDate" set), its lines come in on that date at their
+//                  net unit price;
+// quotes, sales orders and drafts move nothing. For invoices the movements are also queued for
+// the linked client (LItemSyncDocument).
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "invoice/shared/salesdocument.h"
+
+class LProfile;
+
+// The movements of the recorded document key of kind become those of after: what before (the
+// document as it was, null when it was not recorded) moved is taken back, what after moves is
+// added (null when the document is deleted). Under the ledger lock. false with a message in
+// *error when an item could not be written.
+bool LSalesDocumentMoveStock(LProfile& profile, const LSalesDocumentKind& kind, std::string_view key,
+                             const LSalesDocument* before, const LSalesDocument* after, std::string* error);
+
+// The stock movement identifier of a recorded document: "Invoices/12".
+std::string LSalesStockDocument(const LSalesDocumentKind& kind, std::string_view key);
+
+// Records the receipt of the purchase order key on date ("ReceivedDate"), its lines coming into
+// stock; a received order is received again on the new date. false with the message in *error
+// when the order does not exist or is a draft.
+bool LPOrderReceive(LProfile& profile, std::string_view key, std::string_view date, std::string* error);

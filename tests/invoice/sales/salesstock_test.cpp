@@ -1,0 +1,200 @@
+// Stock following the documents: purchase orders received at different costs make the weighted
+// average, invoices take goods out at it and credit notes bring them back; edits and deletes
+// move the stock back; the stock at a past date; and perpetual-inventory postings that balance
+// and leave the book check clean.
+#include <gtest/gtest.h>
+
+#include "accounts/check.h"
+#include "accounts/ledger.h"
+#include "invoice/sales/salesbook.h"
+#include "invoice/sales/salesstock.h"
+#include "invoice/shared/inventory.h"
+#include "invoice/shared/item.h"
+#include "invoice/shared/options.h"
+#include "llib/gen/process.h"
+#include "llib/gen/textnum.h"
+#include "tests/support/salestestbusiness.h"
+
+namespace {
+
+const LSalesDocumentKind& kInvoiceKind = LSalesDocumentKindOf(LSalesDocumentType::kInvoice);
+const LSalesDocumentKind& kCreditKind = LSalesDocumentKindOf(LSalesDocumentType::kCreditNote);
+const LSalesDocumentKind& kPOrderKind = LSalesDocumentKindOf(LSalesDocumentType::kPOrder);
+
+class SalesStock : public LSalesTestBusiness {
+ protected:
+  void SetUp() override {
+    LSalesTestBusiness::SetUp();
+    AddCustomer("C1");
+    LRecord supplier;
+    Profile().MainList("Suppliers").OpenAlways(supplier, "S1");
+    supplier.SetString("Name", "S1");
+    ASSERT_TRUE(supplier.Flush());
+    LItemInput widget;
+    widget.description = "Widget";
+    widget.price = 1500;
+    ASSERT_TRUE(LItemSave(Profile(), "W", widget, true, nullptr));
+    LItemInput service;
+    service.kind = LItemKind::kService;
+    service.cost = 300;
+    ASSERT_TRUE(LItemSave(Profile(), "SRV", service, true, nullptr));
+  }
+
+  // A document of one party on date, untaxed, with one line of code: qty at unit cents.
+  static void Content(LRecord& content, const std::string& party, const std::string& date, const std::string& code,
+                      double qty, long long unit) {
+    content.SetString("Customer", party);
+    content.SetString("Date", date);
+    content.SetInt("TaxRate", kDocumentUntaxed);
+    int line = content.GetInt("ItemCount", 0);
+    AddLine(content, unit, -1, qty, 0, "", "");
+    content.SetString(LFKItemCollectionRecord::ItemField(line, "Code"), code);
+  }
+  std::string Create(const LSalesDocumentKind& kind, LRecord& content, bool draft = false) {
+    std::string key, error;
+    EXPECT_TRUE(LSalesDocumentCreate(Profile(), kind, content, draft, {}, key, &error)) << error;
+    return key;
+  }
+  // Receives qty of W at unit cents on date through a new purchase order.
+  std::string Receive(const std::string& date, double qty, long long unit) {
+    LRecord order;
+    Content(order, "S1", date, "W", qty, unit);
+    std::string key = Create(kPOrderKind, order);
+    std::string error;
+    EXPECT_TRUE(LPOrderReceive(Profile(), key, date, &error)) << error;
+    return key;
+  }
+  LInventoryItem Item(const std::string& code, const std::string& date = {}) {
+    LInventoryItem item;
+    EXPECT_TRUE(LInventoryItemAt(Profile(), code, date, item));
+    return item;
+  }
+  // Receives 10 W at 4.00, then invoices qty of them on 2024-03-01: the invoice's key and posting.
+  std::string InvoiceAfterReceipt(double qty, LLedgerTransaction& txn) {
+    Receive("2024-01-10", 10, 400);
+    LRecord content;
+    Content(content, "C1", "2024-03-01", "W", qty, 1500);
+    std::string invoice = Create(kInvoiceKind, content);
+    LSalesDocument document;
+    EXPECT_TRUE(LSalesDocumentOpen(Profile(), kInvoiceKind, invoice, document));
+    EXPECT_TRUE(LLedgerTransactionLoad(Profile(), txn, "2024-03-01", document.GetString("JournalTxnRef")));
+    return invoice;
+  }
+  void SetQuantity(const LSalesDocumentKind& kind, const std::string& key, double qty) {
+    std::string error;
+    EXPECT_TRUE(LSalesDocumentEdit(
+        Profile(), kind, key, [qty](LSalesDocument& d) { d.SetString("Item1Qty", ftotl(qty)); }, &error))
+        << error;
+  }
+};
+
+TEST_F(SalesStock, ReceiptsMakeTheAverageAndDocumentsMoveTheStockBackAndForth) {
+  Receive("2024-01-10", 10, 500);
+  std::string secondOrder = Receive("2024-02-01", 10, 800);
+  EXPECT_EQ(Item("W").stock.quantity, 20);
+  EXPECT_EQ(Item("W").stock.AverageCost(), 650);
+  EXPECT_EQ(Item("W", "2024-01-31").stock.quantity, 10);
+  EXPECT_EQ(Item("W", "2024-01-31").stock.value, 5000);
+  EXPECT_EQ(Item("W", "2023-12-31").stock.quantity, 0);
+
+  LRecord content;
+  Content(content, "C1", "2024-03-01", "W", 4, 1500);
+  Content(content, "C1", "2024-03-01", "SRV", 1, 9000);  // a service has no stock
+  std::string invoice = Create(kInvoiceKind, content);
+  LInventoryItem widget = Item("W");
+  EXPECT_EQ(widget.stock.quantity, 16);
+  EXPECT_EQ(widget.stock.value, 13000 - 4 * 650);
+  ASSERT_EQ(widget.moves.size(), 3u);
+  EXPECT_EQ(widget.moves.back().document, "Invoices/" + invoice);
+  EXPECT_EQ(widget.moves.back().unitCost, 650);
+  EXPECT_TRUE(Item("SRV").moves.empty());
+  LRecord itemRecord;
+  ASSERT_TRUE(Profile().MainList(kItemsList).Open(itemRecord, "W"));
+  EXPECT_EQ(itemRecord.GetFloat("Quantity", -1), 16);
+
+  // A draft moves nothing until it is recorded.
+  LRecord draft;
+  Content(draft, "C1", "2024-03-02", "W", 1, 1500);
+  std::string draftKey = Create(kInvoiceKind, draft, true);
+  EXPECT_EQ(Item("W").stock.quantity, 16);
+  std::string recordedKey, error;
+  ASSERT_TRUE(LSalesDocumentRecordDraft(Profile(), kInvoiceKind, draftKey, recordedKey, &error)) << error;
+  EXPECT_EQ(Item("W").stock.quantity, 15);
+
+  // An edit replaces the invoice's movement; a delete takes it back.
+  SetQuantity(kInvoiceKind, invoice, 6);
+  EXPECT_EQ(Item("W").stock.quantity, 13);
+  EXPECT_EQ(Item("W").moves.size(), 4u);
+  ASSERT_TRUE(LSalesDocumentDelete(Profile(), kInvoiceKind, recordedKey, &error)) << error;
+  EXPECT_EQ(Item("W").stock.quantity, 14);
+
+  // A credit note brings goods back at the average cost; deleting it takes them out again.
+  LRecord credit;
+  Content(credit, "C1", "2024-03-05", "W", 2, 1500);
+  std::string creditKey = Create(kCreditKind, credit);
+  EXPECT_EQ(Item("W").stock.quantity, 16);
+  EXPECT_EQ(Item("W").stock.AverageCost(), 650);
+
+  // A received order edited to a lower quantity moves the receipt; a deleted one takes it out.
+  SetQuantity(kPOrderKind, secondOrder, 4);
+  EXPECT_EQ(Item("W").stock.quantity, 10);
+  ASSERT_TRUE(LSalesDocumentDelete(Profile(), kPOrderKind, secondOrder, &error)) << error;
+  EXPECT_EQ(Item("W").stock.quantity, 6);
+  ASSERT_TRUE(LSalesDocumentDelete(Profile(), kCreditKind, creditKey, &error)) << error;
+  ASSERT_TRUE(LSalesDocumentDelete(Profile(), kInvoiceKind, invoice, &error)) << error;
+  EXPECT_EQ(Item("W").stock.quantity, 10);
+  EXPECT_EQ(Item("W").stock.value, 5000);
+  EXPECT_EQ(Item("W").moves.size(), 1u);
+}
+
+TEST_F(SalesStock, UnreceivedOrdersAndQuotesMoveNothingAndAReceiptMovesWithItsDate) {
+  LRecord order;
+  Content(order, "S1", "2024-01-05", "W", 3, 1000);
+  std::string key = Create(kPOrderKind, order);
+  EXPECT_EQ(Item("W").stock.quantity, 0);
+  std::string error;
+  ASSERT_TRUE(LPOrderReceive(Profile(), key, "2024-01-20", &error)) << error;
+  ASSERT_TRUE(LPOrderReceive(Profile(), key, "2024-01-25", &error)) << error;
+  EXPECT_EQ(Item("W", "2024-01-24").stock.quantity, 0);
+  EXPECT_EQ(Item("W", "2024-01-25").stock.quantity, 3);
+  EXPECT_FALSE(LPOrderReceive(Profile(), "99", "2024-01-25", &error));
+  EXPECT_EQ(error, "Bon de commande introuvable : 99.");
+}
+
+TEST_F(SalesStock, PerpetualInventoryPostsTheCostOfSalesAndTheBooksStayClean) {
+  LOptions options;
+  options.OpenFrom(Profile());
+  options.SetBool("PerpetualInventory", true);
+  ASSERT_TRUE(options.Flush());
+  LLedgerTransaction txn;
+  std::string invoice = InvoiceAfterReceipt(3, txn);
+  EXPECT_EQ(txn.Sum(), 0);
+  long long stock = 0, costOfSales = 0;
+  for (const auto& line : txn.Lines()) {
+    if (line.account == "1310") stock += line.amount;
+    if (line.account == "6110") costOfSales += line.amount;
+  }
+  EXPECT_EQ(stock, -1200);
+  EXPECT_EQ(costOfSales, 1200);
+
+  // A credit note takes the cost back; an edit reposts the new cost.
+  LRecord credit;
+  Content(credit, "C1", "2024-03-02", "W", 1, 1500);
+  Create(kCreditKind, credit);
+  SetQuantity(kInvoiceKind, invoice, 5);
+
+  LBookCheckProcess data;
+  data.profile = &Profile();
+  LProcessInterfaceVoid silent;
+  ASSERT_EQ(Process(silent, data), kProcessFinished);
+  EXPECT_TRUE(data.report.differences.empty());
+}
+
+TEST_F(SalesStock, WithoutTheOptionInvoicesPostNoCost) {
+  LLedgerTransaction txn;
+  InvoiceAfterReceipt(3, txn);
+  EXPECT_FALSE(txn.Lines().empty());
+  for (const auto& line : txn.Lines()) EXPECT_NE(line.account, "1310");
+}
+
+}  // namespace

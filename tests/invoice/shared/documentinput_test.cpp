@@ -1,0 +1,73 @@
+// Item lines as a user types them: what an empty column takes, the rates frozen on the line, and
+// each refusal naming its column and rule, so the command line and the web grid say the same.
+#include <gtest/gtest.h>
+
+#include "invoice/shared/documentinput.h"
+#include "invoice/shared/item.h"
+#include "invoice/shared/taxoptions.h"
+#include "llib/gen/filestore.h"
+#include "tests/support/salestestbusiness.h"
+
+namespace {
+
+class DocumentLineInputTest : public LSalesTestBusiness {
+ protected:
+  void SetUp() override {
+    LSalesTestBusiness::SetUp();
+    LItem item;
+    Profile().MainList(kItemsList).OpenAlways(item, "PAIN");
+    item.SetString("Description", "Pain de campagne");
+    item.SetInt64("Price", 250);
+    ASSERT_TRUE(item.Flush());
+    tax.OpenFrom(Profile());
+  }
+  void TearDown() override { tax.DetachWithoutSave(); }
+  LDocumentLineError Apply(const LDocumentLineInput& line) {
+    return LApplyDocumentLine(Profile(), tax, document, 0, line);
+  }
+  LTaxOptions tax;
+  LSalesDocument document;
+};
+
+TEST_F(DocumentLineInputTest, EmptyColumnsTakeTheItemAndTheDefaults) {
+  ASSERT_EQ(Apply({"PAIN", "", "", "", "", ""}), LDocumentLineError::kNone);
+  EXPECT_EQ(document.GetString("Item1Description"), "Pain de campagne");
+  EXPECT_EQ(document.GetInt64("Item1UnitValue", 0), 250);
+  EXPECT_EQ(document.GetInt("Item1UnitValueDigits", 0), -1);
+  EXPECT_EQ(document.GetFloat("Item1Qty"), 1.0);
+  EXPECT_EQ(document.GetString("Item1TaxName"), "Valeur/défaut");
+  EXPECT_EQ(document.GetString("Item1TaxRate"), "0");
+
+  // A finer price keeps its decimals; a named tax has today's rates frozen on the line.
+  ASSERT_EQ(Apply({"", "Conseil", "2.5", "1.999", "BC", "10"}), LDocumentLineError::kNone);
+  EXPECT_EQ(document.GetInt64("Item1UnitValue", 0), 1999);
+  EXPECT_EQ(document.GetInt("Item1UnitValueDigits", 0), 3);
+  EXPECT_EQ(document.GetFloat("Item1Discount"), 10.0);
+  EXPECT_EQ(document.GetString("Item1TaxRate"), LFKFormatTaxRateTriple(tax.GetTaxRate(5)));
+  EXPECT_EQ(document.GetString("Item1CombinedTaxName"), "*B+C");
+}
+
+TEST_F(DocumentLineInputTest, EachRefusalNamesItsColumnAndRule) {
+  struct Case {
+    LDocumentLineInput line;
+    LDocumentLineError error;
+    const char* message;
+  };
+  const Case cases[] = {
+      {{"", "x", "deux", "1", "", ""}, LDocumentLineError::kBadQuantity, "Quantité invalide : deux."},
+      {{"", "x", "1", "1,50", "", ""}, LDocumentLineError::kBadUnitPrice, "Prix invalide : 1,50."},
+      {{"", "x", "1", "1", "", "5%"}, LDocumentLineError::kBadDiscount, "Remise invalide : 5%."},
+      {{"", "x", "1", "1", "Q", ""}, LDocumentLineError::kUnknownTax, "Taxe inconnue : Q."},
+      // Several faults: the first column in the order quantity, price, discount, tax.
+      {{"", "x", "?", "?", "Q", "?"}, LDocumentLineError::kBadQuantity, "Quantité invalide : ?."},
+      {{"", "x", "1", "?", "Q", "?"}, LDocumentLineError::kBadUnitPrice, "Prix invalide : ?."},
+  };
+  for (const Case& c : cases) {
+    LDocumentLineError error = Apply(c.line);
+    EXPECT_EQ(error, c.error) << c.message;
+    EXPECT_EQ(LDocumentLineErrorMessage(error, c.line), c.message);
+  }
+  EXPECT_EQ(LDocumentLineErrorMessage(LDocumentLineError::kNone, cases[0].line), "");
+}
+
+}  // namespace
