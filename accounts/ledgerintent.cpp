@@ -10,6 +10,7 @@
 #include <cerrno>
 #include <map>
 #include <mutex>
+#include <vector>
 
 #include "accounts/ledger.h"
 #include "accounts/ledgerlock.h"
@@ -130,19 +131,16 @@ LIntentSettler FindSettler(std::string_view name) {
   return it == settlers.byExtension.end() ? nullptr : it->second;
 }
 
-// Settles the change file of a dead owner; a live owner's file stays locked and is left alone.
-bool SettleChange(const LProfile& profile, const std::string& path, LIntentSettler settler) {
+// Whether the owner of a change file is gone: its lock died with it. A live owner's file stays
+// locked and is left alone; one locked after its owner removed it ended normally in between.
+bool IsAbandoned(const std::string& path) {
   LFileDescriptor fd(LRobustOpen(path, O_RDONLY));
   if (!fd.IsOpen()) return false;
   int locked;
   do {
     locked = ::flock(fd.Get(), LOCK_EX | LOCK_NB);
   } while (locked != 0 && errno == EINTR);
-  // Locked after its owner removed it: the change ended normally in between.
-  if (locked != 0 || !LFile::Exists(path)) return false;
-  settler(profile);
-  LLogWarning("Une modification des documents a été interrompue : les soldes qui en dépendent ont été recalculés.");
-  return ::unlink(path.c_str()) == 0;
+  return locked == 0 && LFile::Exists(path);
 }
 
 }  // namespace
@@ -156,13 +154,20 @@ void LLedgerAddIntentSettler(std::string_view extension, LIntentSettler settler)
 int LLedgerSettleIntents(const LProfile& profile) {
   std::string folder = IntentsFolder(profile);
   int nSettled = 0;
+  // Abandoned change files by settler: however many a crash left, each settler runs once.
+  std::map<LIntentSettler, std::vector<std::string>> abandoned;
   for (const std::string& name : LFile::ListFolder(folder)) {
     std::string path = LFile::MakeFilePath(folder, name);
     if (name.ends_with(kIntentExtension)) {
       if (Settle(profile, path)) ++nSettled;
-    } else if (LIntentSettler settler = FindSettler(name)) {
-      if (SettleChange(profile, path, settler)) ++nSettled;
+    } else if (LIntentSettler settler = FindSettler(name); settler != nullptr && IsAbandoned(path)) {
+      abandoned[settler].push_back(path);
     }
+  }
+  for (const auto& [settler, paths] : abandoned) {
+    settler(profile);
+    LLogWarning("Une modification des documents a été interrompue : les soldes qui en dépendent ont été recalculés.");
+    for (const std::string& path : paths) nSettled += ::unlink(path.c_str()) == 0;
   }
   return nSettled;
 }

@@ -23,6 +23,7 @@
 #include "accounts/check.h"
 #include "accounts/ledger.h"
 #include "accounts/ledgerdelete.h"
+#include "accounts/ledgerintent.h"
 #include "invoice/shared/profile.h"
 #include "llib/gen/file.h"
 #include "llib/gen/log.h"
@@ -114,6 +115,38 @@ TEST_F(LedgerCrashTest, AFailureOnAnyCallLeavesBooksInStepWithTheJournal) {
   EXPECT_GT(nRefused, 0);
   EXPECT_GT(nSettled, 0);
   EXPECT_NE(log_.find("espace disque insuffisant"), std::string::npos);
+}
+
+// A posting killed after its intent: with no row written, or only part of them, it is undone (the
+// day file cut back to where it was); with every row written, it is completed. Either way the
+// balances then agree with the day file, and settling twice changes nothing.
+TEST_F(LedgerCrashTest, AnInterruptedPostingIsCompletedOrUndoneByWhatTheDayFileHolds) {
+  ASSERT_TRUE(LAccountTransactionRecord(profile_, Rent("2024-03-01", "GJ0", 700)));
+  std::string day = home_.SharedFolder() + "/Ledger/2024-03-01.csv";
+  std::string before = LReadFile(day);
+  for (std::size_t written : {std::size_t{0}, std::size_t{50}, std::string::npos}) {
+    LLedgerTransaction txn = Rent("2024-03-01", "GJ" + std::to_string(written), 4200);
+    std::string rows;
+    for (const auto& line : txn.Lines()) rows += line.BuildCSVRow();
+    {
+      LLedgerIntent intent(profile_);  // never ended: the process dies here
+      intent.AddTransaction(txn, +1);
+      ASSERT_TRUE(intent.BeginPosting(txn, static_cast<long long>(LReadFile(day).size()), rows));
+      LWriteFile(day, LReadFile(day) + rows.substr(0, written));
+    }
+    std::size_t logged = log_.size();
+    LLedgerSettleInterrupted(profile_);
+    bool whole = written == std::string::npos;
+    EXPECT_NE(log_.find(whole ? "achevée" : "annulée", logged), std::string::npos) << log_;
+    if (!whole) {
+      EXPECT_EQ(LReadFile(day), before);
+    }
+    before = LReadFile(day);
+    LLedgerSettleInterrupted(profile_);
+    LCheckReport report = Check(profile_);
+    EXPECT_TRUE(report.differences.empty()) << written;
+    EXPECT_TRUE(report.problems.empty()) << written;
+  }
 }
 
 // A real full disk (a small tmpfs): the posting is refused with the reason in French, the day
