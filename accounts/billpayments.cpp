@@ -7,6 +7,7 @@
 #include "accounts/ledgerlock.h"
 #include "accounts/references.h"
 #include "invoice/shared/profile.h"
+#include "llib/gen/system.h"
 
 bool LBillPaymentRecordTransactions(LProfile& profile, LBillPayment& payment, std::string_view userName) {
   std::string reference = payment.GetString("JournalTxnRef");
@@ -41,4 +42,31 @@ bool LBillPaymentDeleteForLedger(LProfile& profile, std::string_view document, s
   LLedgerLock lock(profile);
   LAccountTransactionDelete(profile, date, reference);
   return payments.Delete(document);
+}
+
+bool LBillPaymentCreate(LProfile& profile, const LBillPaymentRequest& request, std::string& reference,
+                        std::string& error) {
+  LBillPayment payment;
+  profile.List(kBillPaymentsList).CreateNewRecord(payment);
+  payment.SetString("Supplier", request.supplier);
+  payment.SetInt64("Amount", request.amount);
+  payment.SetString("Date", request.date);
+  payment.SetString("Notes", request.notes);
+  if (!request.payingAccount.empty()) payment.SetString("DepositAccount", request.payingAccount);
+  if (!request.method.empty()) payment.SetString("BillPaymentMethod", request.method);
+  // The payment's key is its identifier in the ledger: it is taken before posting.
+  if (!payment.Flush()) {
+    error = "Impossible de créer la fiche.";
+    return false;
+  }
+  if (!LBillPaymentRecordTransactions(profile, payment, LGetPostingUserName())) {
+    std::string key = payment.GetPrimaryKey();
+    payment.DetachWithoutSave();
+    (void)profile.List(kBillPaymentsList).Delete(key);
+    error = "Impossible d'écrire la transaction dans le grand livre.";
+    return false;
+  }
+  (void)payment.Flush();
+  reference = payment.GetString("JournalTxnRef");
+  return true;
 }

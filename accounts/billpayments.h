@@ -8,6 +8,7 @@
 // by description.
 #pragma once
 
+#include <string>
 #include <string_view>
 
 #include "llib/gen/record.h"
@@ -18,6 +19,21 @@ inline constexpr std::string_view kBillPaymentsList = "BillPayments";
 inline constexpr std::string_view kDefaultPaymentAccount = "Compte-chèque";
 
 class LBillPayment : public LRecord {};
+
+struct LBillPaymentRequest {
+  std::string supplier;       // supplier key
+  long long amount = 0;       // cents paid
+  std::string date;           // "YYYY-MM-DD"
+  std::string payingAccount;  // description of the paying account; empty: "Compte-chèque"
+  std::string notes;          // empty: "Paiements; " and the supplier
+  std::string method;         // "BillPaymentMethod"; empty: none stored
+};
+
+// Saves a new bill payment under the first free number of "BillPayments" and posts it;
+// reference receives its ledger reference. false with error set when the record could not be
+// made or the ledger written (the record is then removed again).
+[[nodiscard]] bool LBillPaymentCreate(LProfile& profile, const LBillPaymentRequest& request, std::string& reference,
+                                      std::string& error);
 
 // Posts the payment (the record must already have its key). Reference: "JournalTxnRef" when set,
 // otherwise the next bill-payment number (taken at once). Without notes the description is

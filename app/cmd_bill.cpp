@@ -146,22 +146,9 @@ int LCmdBillPayment(LCliContext& context, LCliArgs& args) {
   std::string message;
   if (!CanPost(context, *profile, date, message)) return context.Fail(message);
 
-  LBillPayment payment;
-  profile->List(kBillPaymentsList).CreateNewRecord(payment);
-  payment.SetString("Supplier", supplier);
-  payment.SetInt64("Amount", amount);
-  payment.SetString("Date", date.ToText());
-  payment.SetString("Notes", notes);
-  if (accountGiven) payment.SetString("DepositAccount", account);
-  if (methodGiven) payment.SetString("BillPaymentMethod", method);
-  // The payment's key is its identifier in the ledger: it is taken before posting.
-  if (!payment.Flush()) return context.Fail("Impossible de créer la fiche.");
-  if (!LBillPaymentRecordTransactions(*profile, payment, LGetPostingUserName())) {
-    std::string key = payment.GetPrimaryKey();
-    payment.DetachWithoutSave();
-    profile->List(kBillPaymentsList).Delete(key);
-    return context.Fail(kNotWritten);
-  }
-  payment.Flush();
-  return PrintReference(context, payment.GetString("JournalTxnRef"));
+  LBillPaymentRequest request{supplier, amount, date.ToText(), accountGiven ? account : "", notes,
+                              methodGiven ? method : ""};
+  std::string reference;
+  if (!LBillPaymentCreate(*profile, request, reference, error)) return context.Fail(error);
+  return PrintReference(context, reference);
 }

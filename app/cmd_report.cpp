@@ -1,5 +1,6 @@
 // kontavo report NAME [--from D] [--to D] [--date D] [--compare-from D --compare-to D]
-//                     [--customer KEY]... [--consolidate B=FACTOR,...] [--format text|csv|json|html]
+//                     [--customer KEY]... [--consolidate B=FACTOR,...] [--account NUMBER]
+//                     [--format text|csv|json|html]
 #include <ostream>
 
 #include "app/cli.h"
@@ -33,6 +34,7 @@ int LCmdReport(LCliContext& context, LCliArgs& args) {
   args.TakeOption("--format", format);
   request.customers = args.TakeOptionAll("--customer");
   args.TakeOption("--consolidate", request.consolidate);
+  args.TakeOption("--account", request.account);
   if (!TakeDate(args, "--from", request.from, error) || !TakeDate(args, "--to", request.to, error) ||
       !TakeDate(args, "--date", request.date, error) || !TakeDate(args, "--compare-from", request.compareFrom, error) ||
       !TakeDate(args, "--compare-to", request.compareTo, error))

@@ -112,7 +112,8 @@ constexpr LCliCommand kCommands[] = {
      "kontavo invoice list [--from D] [--to D] [--customer C] [--drafts]\n"
      "kontavo invoice edit KEY (les mêmes options que new)\n"
      "kontavo invoice record KEY\n"
-     "kontavo invoice delete KEY\n",
+     "kontavo invoice delete KEY\n"
+     "kontavo invoice pdf KEY [--out FILE] [--facturx [--profile en16931|basic]]\n",
      "factures", LCmdInvoice},
     {"quote",
      "kontavo quote new [--draft] [--number KEY] (--file DOC.json | --customer C [--date D] [--terms now|DAYS]\n"
@@ -123,7 +124,8 @@ constexpr LCliCommand kCommands[] = {
      "kontavo quote edit KEY (les mêmes options que new)\n"
      "kontavo quote record KEY\n"
      "kontavo quote convert KEY [--draft]\n"
-     "kontavo quote delete KEY\n",
+     "kontavo quote delete KEY\n"
+     "kontavo quote pdf KEY [--out FILE]\n",
      "devis", LCmdQuote},
     {"order",
      "kontavo order new [--draft] [--number KEY] (--file DOC.json | --customer C [--date D] [--terms now|DAYS]\n"
@@ -134,7 +136,8 @@ constexpr LCliCommand kCommands[] = {
      "kontavo order edit KEY (les mêmes options que new)\n"
      "kontavo order record KEY\n"
      "kontavo order convert KEY [--draft]\n"
-     "kontavo order delete KEY\n",
+     "kontavo order delete KEY\n"
+     "kontavo order pdf KEY [--out FILE]\n",
      "commandes clients", LCmdOrder},
     {"creditnote",
      "kontavo creditnote new [--draft] [--number KEY] (--file DOC.json | --customer C [--date D] [--terms now|DAYS]\n"
@@ -145,6 +148,7 @@ constexpr LCliCommand kCommands[] = {
      "kontavo creditnote edit KEY (les mêmes options que new)\n"
      "kontavo creditnote record KEY\n"
      "kontavo creditnote delete KEY\n"
+     "kontavo creditnote pdf KEY [--out FILE] [--facturx [--profile en16931|basic]]\n"
      "kontavo creditnote apply KEY INVOICE=AMOUNT...\n",
      "avoirs", LCmdCreditNote},
     {"porder",
@@ -156,7 +160,8 @@ constexpr LCliCommand kCommands[] = {
      "kontavo porder edit KEY (les mêmes options que new)\n"
      "kontavo porder record KEY\n"
      "kontavo porder receive KEY [--date D]\n"
-     "kontavo porder delete KEY\n",
+     "kontavo porder delete KEY\n"
+     "kontavo porder pdf KEY [--out FILE]\n",
      "bons de commande", LCmdPOrder},
     {"payment",
      "kontavo payment add --customer C --amount AMOUNT [--date D] [--account DESCRIPTION] [--refund]\n"
@@ -175,6 +180,18 @@ constexpr LCliCommand kCommands[] = {
     {"import",
      "kontavo import ofx FILE [--json]\n",
      "lit un relevé bancaire OFX et affiche son compte, sa période, son solde et ses lignes", LCmdImport},
+    {"bank",
+     "kontavo bank import FILE --account NUMBER [--format ofx|csv|camt|cfonb|qif|mt940] [--csv-map SPEC]\n"
+     "        [--statement-account ID]\n"
+     "        SPEC: date=N,text=N,(amount=N | debit=N,credit=N)[,ref=N][,sep=;][,decimal=comma|point]\n"
+     "              [,dates=dmy|mdy][,skip=N][,encoding=utf-8|utf-16|windows-1252]\n"
+     "kontavo bank lines --account NUMBER [--unmatched]\n"
+     "kontavo bank accept --account NUMBER [LINE[=REF]...] [--all-matched]\n"
+     "kontavo bank post --account NUMBER LINE (--to ACCOUNT [--desc TEXT] | --customer C | --supplier S)\n"
+     "kontavo bank reconcile --account NUMBER [--date D --balance AMOUNT] [--clear REF...] [--unclear REF...]\n"
+     "        [--finish | --cancel]\n"
+     "kontavo bank rollback --account NUMBER\n",
+     "relevés bancaires : import, rapprochement avec le grand livre, saisie des lignes nouvelles", LCmdBank},
     {"expr",
      "kontavo expr EXPRESSION [NOM=CENTIMES]... [--json]\n",
      "calcule une expression d'état modèle, sur des champs donnés en centimes", LCmdExpr},
@@ -199,7 +216,7 @@ constexpr LCliCommand kCommands[] = {
      "        NAME: coa, pl, pl-compare, bs (au --date), tb, cf, vat-obligations,\n"
      "              aging (au --date), unpaid, invoices, payments, quotes, orders, customers,\n"
      "              customer-sales, items, items-per-customer, salesperson,\n"
-     "              inventory (au --date), reorder, movements\n",
+     "              inventory (au --date), reorder, movements, reconcile (--account NUMBER, au --date)\n",
      "plan comptable, états financiers, rapports de ventes et obligations de TVA", LCmdReport},
     {{}, {}, {}, nullptr},
 };

@@ -48,6 +48,7 @@ int LCmdPOrder(LCliContext& context, LCliArgs& args);
 int LCmdPayment(LCliContext& context, LCliArgs& args);
 int LCmdRecurring(LCliContext& context, LCliArgs& args);
 int LCmdImport(LCliContext& context, LCliArgs& args);
+int LCmdBank(LCliContext& context, LCliArgs& args);
 int LCmdExpr(LCliContext& context, LCliArgs& args);
 int LCmdServe(LCliContext& context, LCliArgs& args);
 int LCmdWeb(LCliContext& context, LCliArgs& args);

@@ -22,6 +22,7 @@ struct LReportRequest {
   LDate compareTo;                     // --compare-to
   std::vector<std::string> customers;  // --customer KEY...
   std::string consolidate;             // --consolidate B=FACTOR,... as given
+  std::string account;                 // --account NUMBER (the reconciliation report)
 };
 
 // Fills table; false with error set when the report cannot be made (exit 1, error on stderr).

@@ -4,11 +4,13 @@
 // defaults to --date, itself today by default.
 #include <cstdlib>
 
+#include "accounts/accounts.h"
 #include "accounts/accounttotaller.h"
 #include "accounts/balancesheet.h"
 #include "accounts/cfstmt.h"
 #include "accounts/chartofaccounts.h"
 #include "accounts/profitandloss.h"
+#include "accounts/reconcile.h"
 #include "accounts/trialbalance.h"
 #include "app/cli.h"
 #include "app/reportcommand.h"
@@ -163,6 +165,22 @@ bool BuildAging(LCliContext&, LProfile& profile, const LReportRequest& request, 
   return true;
 }
 
+// The reconciliation of the bank account --account: the one in progress, else the last finished
+// on or before --date.
+bool BuildReconcile(LCliContext&, LProfile& profile, const LReportRequest& request, LReportTable& table,
+                    std::string& error) {
+  if (request.account.empty()) {
+    error = "Indiquez le compte bancaire (--account).";
+    return false;
+  }
+  LReconcileState state;
+  if (!LReconcileLoad(profile, request.account, request.date.ToText(), state, error)) return false;
+  LAccount account;
+  (void)LAccountList(profile).Open(account, request.account);
+  LReconcileReport(state, account.GetDescription(), table);
+  return true;
+}
+
 constexpr LReportEntry kReports[] = {
     {"coa", BuildChart},
     {"pl", BuildProfitAndLoss},
@@ -185,6 +203,7 @@ constexpr LReportEntry kReports[] = {
     {"inventory", BuildInventory},
     {"reorder", BuildReorder},
     {"movements", BuildItemMovements},
+    {"reconcile", BuildReconcile},
     {{}, nullptr},
 };
 

@@ -76,44 +76,56 @@ void WriteAmounts(LSalesDocument& document, const LFKTaxAmounts& amounts, const 
   }
 }
 
-LFKTotalsChange SumTotals(LProfile& profile, LSalesDocument& document, bool isInvoice) {
-  LFKTotalsChange change;
-  change.oldTotal = document.GetTotal();
-  change.oldTaxTotal = document.GetTaxTotal();
-  change.oldSubTotal = document.GetSubTotal();
+// Steps 1 to 4 on document: the tax table with its bases, the amounts of both passes and the
+// total. Only the fixed discount line's own amount is written back to document.
+struct DocumentTaxes {
+  LFKTaxTable table;
+  LFKTaxAmounts separate;
+  LFKTaxAmounts combined;
+  long long total = 0;
+};
 
+DocumentTaxes ComputeTaxes(LProfile& profile, LSalesDocument& document) {
   LOptions options;
   options.OpenFrom(profile);
   bool ignoreDiscount = options.GetBool("DontShowDiscountColumn", true);
   LTaxOptions taxOptions;
   taxOptions.OpenFrom(profile);
   int taxMode = document.GetDocumentTaxMode();
-  LFKTaxContext context;
-  context.taxOptions = &taxOptions;
-  context.defaultTaxNumber = taxMode == kDocumentTaxDefault ? taxOptions.GetDefaultRate() : 0;
-  context.defaultTaxName = taxOptions.GetTaxName(context.defaultTaxNumber);
-  context.useOldTaxRates = document.GetBool("UseOldTaxRates", true);
+  LFKTaxContext context = LFKMakeTaxContext(taxOptions, document);
 
-  LFKTaxTable table = LFKExtractTaxNames(document, context);
+  DocumentTaxes taxes;
+  taxes.table = LFKExtractTaxNames(document, context);
   LFKItemCollectionRecord items = document.Items();
-  LFKItemSums sums = LFKSumItems(items, table, context, ignoreDiscount, profile.GetCurrencyDigits());
+  LFKItemSums sums = LFKSumItems(items, taxes.table, context, ignoreDiscount, profile.GetCurrencyDigits());
 
-  long long total = sums.untaxed;
-  for (const auto& entry : table) total += entry.second.base;
+  taxes.total = sums.untaxed;
+  for (const auto& entry : taxes.table) taxes.total += entry.second.base;
   long long shipping = document.GetShippingCosts();
   if (shipping != 0) {
-    auto taxed = table.find(ShippingTaxName(document, context));
-    if (taxed != table.end()) taxed->second.base += shipping;
+    auto taxed = taxes.table.find(ShippingTaxName(document, context));
+    if (taxed != taxes.table.end()) taxed->second.base += shipping;
   }
-  total += shipping;
+  taxes.total += shipping;
 
-  LFKTaxAmounts separate;
-  LFKTaxAmounts combined;
   if (taxMode != kDocumentUntaxed) {
     bool inclusive = taxOptions.IsTaxInclusive();
-    LApplyTaxes(table, inclusive, false, separate);
-    total += LApplyTaxes(table, inclusive, true, combined);
+    LApplyTaxes(taxes.table, inclusive, false, taxes.separate);
+    taxes.total += LApplyTaxes(taxes.table, inclusive, true, taxes.combined);
   }
+  return taxes;
+}
+
+LFKTotalsChange SumTotals(LProfile& profile, LSalesDocument& document, bool isInvoice) {
+  LFKTotalsChange change;
+  change.oldTotal = document.GetTotal();
+  change.oldTaxTotal = document.GetTaxTotal();
+  change.oldSubTotal = document.GetSubTotal();
+
+  DocumentTaxes taxes = ComputeTaxes(profile, document);
+  const LFKTaxAmounts& separate = taxes.separate;
+  const LFKTaxAmounts& combined = taxes.combined;
+  long long total = taxes.total;
   WriteAmounts(document, separate, "TaxAmountCount", "TaxAmount", "TaxAmountName");
   WriteAmounts(document, combined, "TaxAmountCountCombined", "TaxAmountCombined", "TaxAmountNameCombined");
 
@@ -134,6 +146,16 @@ LFKTotalsChange SumTotals(LProfile& profile, LSalesDocument& document, bool isIn
 }
 
 }  // namespace
+
+LFKTaxContext LFKMakeTaxContext(const LTaxOptions& taxOptions, const LSalesDocument& document) {
+  LFKTaxContext context;
+  context.taxOptions = &taxOptions;
+  context.defaultTaxNumber =
+      document.GetDocumentTaxMode() == kDocumentTaxDefault ? taxOptions.GetDefaultRate() : 0;
+  context.defaultTaxName = taxOptions.GetTaxName(context.defaultTaxNumber);
+  context.useOldTaxRates = document.GetBool("UseOldTaxRates", true);
+  return context;
+}
 
 std::string LFKLineTaxName(const LFKItemCollection& items, int index, const LFKTaxContext& context) {
   double rate1 = 0, rate2 = 0;
@@ -246,4 +268,17 @@ LFKTotalsChange LCreditNoteSumTotals(LProfile& profile, LSalesDocument& creditNo
 }
 LFKTotalsChange LPOrderSumTotals(LProfile& profile, LSalesDocument& purchaseOrder) {
   return SumTotals(profile, purchaseOrder, false);
+}
+
+std::vector<LFKTaxBreakdownLine> LFKDocumentTaxBreakdown(LProfile& profile, const LSalesDocument& document) {
+  LSalesDocument copy;  // detached: the discount line written back by the totaller stays here
+  copy.CopyRecord(document);
+  DocumentTaxes taxes = ComputeTaxes(profile, copy);
+  std::vector<LFKTaxBreakdownLine> lines;
+  for (const auto& [name, entry] : taxes.table) {
+    auto amount = taxes.separate.find(name);
+    if (entry.base == 0 && amount == taxes.separate.end()) continue;
+    lines.push_back({name, entry.rate, entry.base, amount == taxes.separate.end() ? 0 : amount->second});
+  }
+  return lines;
 }

@@ -45,6 +45,9 @@ struct LFKTaxContext {
   bool useOldTaxRates = true;   // rates stored on the document come before today's options
 };
 
+// The context of document under taxOptions (which must outlive it).
+LFKTaxContext LFKMakeTaxContext(const LTaxOptions& taxOptions, const LSalesDocument& document);
+
 // The tax name of line index: the name stored on the line when its tax index is negative,
 // otherwise the name of tax number index - 1, or of the default tax for index 0; "Valeur/défaut"
 // becomes the default tax's name.
@@ -98,3 +101,16 @@ LFKTotalsChange LOrderSumTotals(LProfile& profile, LSalesDocument& order);
 LFKTotalsChange LQuoteSumTotals(LProfile& profile, LSalesDocument& quote);
 LFKTotalsChange LCreditNoteSumTotals(LProfile& profile, LSalesDocument& creditNote);
 LFKTotalsChange LPOrderSumTotals(LProfile& profile, LSalesDocument& purchaseOrder);
+
+// One tax of a document as printed: its name, rates, the base it was taken on and its amount
+// (separate pass), all in minor units.
+struct LFKTaxBreakdownLine {
+  std::string name;
+  LFKTaxRate rate;
+  long long base = 0;
+  long long amount = 0;
+};
+// The document's taxes in name order, as the totaller computes them now; nothing is written to
+// document. A tax with neither base nor amount is left out; an untaxed document gives bases
+// without amounts.
+std::vector<LFKTaxBreakdownLine> LFKDocumentTaxBreakdown(LProfile& profile, const LSalesDocument& document);

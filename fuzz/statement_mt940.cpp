@@ -1,0 +1,14 @@
+// Fuzz target: the MT940 statement reader over arbitrary bytes (see statement_support.h).
+#include <cstdint>
+
+#include "accounts/statementreaders.h"
+#include "fuzz/statement_support.h"
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  std::string_view bytes(reinterpret_cast<const char*>(data), size);
+  std::vector<LStatementAccount> statements;
+  std::string error;
+  bool read = LStatementReadMT940(bytes, 2, statements, error);
+  LFuzzCheckStatements(read, statements, error);
+  return 0;
+}

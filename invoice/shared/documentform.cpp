@@ -1,0 +1,397 @@
+#include "invoice/shared/documentform.h"
+
+#include <algorithm>
+#include <vector>
+
+#include "invoice/shared/company.h"
+#include "invoice/shared/options.h"
+#include "invoice/shared/printformat.h"
+#include "invoice/shared/profile.h"
+#include "invoice/shared/taxoptions.h"
+#include "invoice/shared/totals.h"
+#include "llib/gen/date.h"
+#include "llib/gen/pdfcanvas.h"
+#include "llib/gen/pdftable.h"
+
+namespace {
+
+constexpr std::string_view kSuppliersList = "Suppliers";
+constexpr std::string_view kIndemnityMention =
+    "Indemnité forfaitaire pour frais de recouvrement en cas de retard de paiement : 40 €.";
+constexpr std::string_view kNoDiscountMention = "Pas d'escompte pour paiement anticipé.";
+constexpr std::string_view kLegalPenaltyRate =
+    "taux de la Banque centrale européenne à son opération de refinancement la plus récente, majoré de 10 points";
+
+// Everything the form prints, read once.
+struct FormData {
+  const LSalesDocumentKind& kind;
+  const LSalesDocument& document;
+  LPrintFormat format;
+  LCompany company;
+  LRecord party;        // the customer, or the supplier of a purchase order
+  LRecord kindOptions;  // "Invoice", "Quote", ... of "Misc": "NotesText", "FooterText"
+  bool taxInclusive = false;
+  bool untaxed = false;  // the document's "TaxRate" says no tax
+  std::string logoPath;  // empty: no logo
+};
+
+// A customer that is a business: it has a registration number, a VAT number or a company name.
+bool IsBusinessParty(const LRecord& party) {
+  return !party.GetString("SIREN").empty() || !party.GetString("VATNumber").empty() ||
+         !party.GetString("Company").empty();
+}
+
+// "SARL au capital de 10 000,00 € – SIREN 123456789 – SIRET ... – RCS Lyon – TVA FR..."
+std::string LegalIdentity(const FormData& data) {
+  const LCompany& company = data.company;
+  std::vector<std::string> parts;
+  std::string name = company.GetName();
+  std::string form = company.GetLegalForm();
+  if (company.GetShareCapital() > 0) {
+    form += (form.empty() ? "Capital de " : " au capital de ") + data.format.Money(company.GetShareCapital());
+  }
+  if (!name.empty()) parts.push_back(name);
+  if (!form.empty()) parts.push_back(form);
+  if (!company.GetSiren().empty()) parts.push_back("SIREN " + company.GetSiren());
+  if (!company.GetSiret().empty()) parts.push_back("SIRET " + company.GetSiret());
+  if (!company.GetRcs().empty()) parts.push_back(company.GetRcs());
+  if (!company.GetVatNumber().empty()) parts.push_back("N° TVA " + company.GetVatNumber());
+  std::string text;
+  for (const std::string& part : parts) text += (text.empty() ? "" : " – ") + part;
+  return text;
+}
+
+std::string PartyName(const FormData& data) {
+  std::string name = data.party.GetString("Name");
+  return name.empty() ? data.document.GetCustomer() : name;
+}
+
+// Lines of a block, empty ones left out.
+std::string JoinLines(const std::vector<std::string>& lines) {
+  std::string text;
+  for (const std::string& line : lines) {
+    if (line.empty()) continue;
+    if (!text.empty()) text += "\n";
+    text += line;
+  }
+  return text;
+}
+
+// ---- Top of the first page --------------------------------------------------------------------
+
+std::string DocumentNumberLine(const FormData& data) {
+  std::string key = data.document.GetPrimaryKey();
+  if (data.document.IsDraft()) return "Brouillon " + key;
+  return "N° " + key;
+}
+
+// Seller at the left (logo, name, address, contact), title, number and dates at the right;
+// returns the y below both.
+double DrawHeader(LPdfCanvas& canvas, const FormData& data, std::string* warning) {
+  const double top = canvas.Top();
+  const double width = canvas.Right() - canvas.Left();
+  double left = top;
+  if (!data.logoPath.empty()) {
+    double logoHeight = 0;
+    std::string error;
+    if (canvas.Image(data.logoPath, canvas.Left(), left, width * 0.4, 60, &logoHeight, &error)) {
+      left += logoHeight + 6;
+    } else if (warning != nullptr) {
+      *warning = error + " Le document est imprimé sans logo.";
+    }
+  }
+  LTextStyle name;
+  name.sizePt = 13;
+  name.bold = true;
+  left += canvas.Text(canvas.Left(), left, width * 0.55, data.company.GetName(), name);
+  LTextStyle small;
+  small.sizePt = 8.5;
+  std::string contact = JoinLines({data.company.GetAddress(),
+                                   data.company.GetPhone().empty() ? "" : "Tél. " + data.company.GetPhone(),
+                                   data.company.GetEmail()});
+  left += canvas.Text(canvas.Left(), left + 2, width * 0.55, contact, small) + 2;
+
+  LTextStyle title;
+  title.sizePt = 20;
+  title.bold = true;
+  title.align = LTextAlign::kRight;
+  double x = canvas.Left() + width * 0.55;
+  double right = top;
+  std::string titleText = std::string(data.kind.title);
+  for (char& c : titleText) c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
+  right += canvas.Text(x, right, width * 0.45, titleText, title);
+  LTextStyle info;
+  info.sizePt = 9;
+  info.align = LTextAlign::kRight;
+  const LSalesDocument& document = data.document;
+  std::vector<std::string> lines = {DocumentNumberLine(data), "Date : " + data.format.Date(document.GetDate())};
+  if (data.kind.type == LSalesDocumentType::kInvoice) {
+    std::string delivery = document.GetString("DeliveryDate");
+    lines.push_back("Date de livraison : " + data.format.Date(delivery.empty() ? document.GetDate() : delivery));
+    lines.push_back("Échéance : " +
+                    data.format.Date(LDate::FromTime(LInvoiceCalculateDueDate(document)).ToText()));
+  }
+  if (!document.GetString("CustomerPO").empty()) lines.push_back("Votre commande : " + document.GetString("CustomerPO"));
+  if (data.kind.type == LSalesDocumentType::kOrder && !document.GetString("ShipBy").empty())
+    lines.push_back("Expédition prévue : " + data.format.Date(document.GetString("ShipBy")));
+  right += canvas.Text(x, right + 4, width * 0.45, JoinLines(lines), info) + 4;
+  return std::max(left, right) + 14;
+}
+
+// The buyer's block (the supplier's for a purchase order), at the right half; returns the y
+// below it.
+double DrawParty(LPdfCanvas& canvas, const FormData& data, double y) {
+  const double width = canvas.Right() - canvas.Left();
+  double x = canvas.Left() + width * 0.5;
+  LTextStyle label;
+  label.sizePt = 8;
+  label.gray = 0.4;
+  std::string heading = data.kind.type == LSalesDocumentType::kPOrder ? "Fournisseur" : "Client";
+  double h = canvas.Text(x, y, width * 0.5, heading, label);
+  LTextStyle name;
+  name.sizePt = 11;
+  name.bold = true;
+  h += canvas.Text(x, y + h + 2, width * 0.5, PartyName(data), name) + 2;
+  std::string address = data.document.GetString("Address");
+  if (address.empty()) address = data.party.GetString("Address");
+  std::vector<std::string> lines = {address};
+  if (!data.party.GetString("SIREN").empty()) lines.push_back("SIREN " + data.party.GetString("SIREN"));
+  if (!data.party.GetString("VATNumber").empty()) lines.push_back("N° TVA " + data.party.GetString("VATNumber"));
+  LTextStyle text;
+  text.sizePt = 9;
+  h += canvas.Text(x, y + h + 2, width * 0.5, JoinLines(lines), text) + 2;
+  std::string shipping = data.document.GetString("ShippingAddress");
+  if (!shipping.empty() && shipping != address) {
+    double hs = canvas.Text(canvas.Left(), y, width * 0.45, "Livraison", label);
+    canvas.Text(canvas.Left(), y + hs + 2, width * 0.45, shipping, text);
+  }
+  return y + h + 16;
+}
+
+// ---- Lines ------------------------------------------------------------------------------------
+
+// The page top of continued pages: the document's title and number.
+double ContinuedPageTop(LPdfCanvas& canvas, const FormData& data) {
+  LTextStyle style;
+  style.sizePt = 9;
+  style.bold = true;
+  std::string text = std::string(data.kind.title) + " " + DocumentNumberLine(data) + " (suite)";
+  return canvas.Top() + canvas.Text(canvas.Left(), canvas.Top(), canvas.Right() - canvas.Left(), text, style) + 8;
+}
+
+// The rate printed for a tax: "20 %", "5 % + 9,975 %", or the tax's name when it has no rate.
+std::string RateText(const FormData& data, const std::string& name, const std::vector<LFKTaxBreakdownLine>& taxes) {
+  for (const LFKTaxBreakdownLine& tax : taxes) {
+    if (tax.name != name) continue;
+    if (tax.rate.IsZero()) return name;
+    std::string text = data.format.Percent(tax.rate.rate1);
+    if (tax.rate.rate2 > 0) text += " + " + data.format.Percent(tax.rate.rate2);
+    return text;
+  }
+  return name.empty() ? "" : name;
+}
+
+void DrawLines(LPdfCanvas& canvas, LProfile& profile, const FormData& data,
+               const std::vector<LFKTaxBreakdownLine>& taxes, double& y) {
+  const double width = canvas.Right() - canvas.Left();
+  std::string ht = data.taxInclusive ? "TTC" : "HT";
+  bool showTax = !data.untaxed && !data.company.IsVatExempt();
+  std::vector<LPdfColumn> columns = {{"Réf.", 58, LTextAlign::kLeft},
+                                     {"Désignation", 0, LTextAlign::kLeft},
+                                     {"Qté", 44, LTextAlign::kRight},
+                                     {"P.U. " + ht, 72, LTextAlign::kRight},
+                                     {"TVA", showTax ? 48.0 : 0.0, LTextAlign::kRight},
+                                     {"Total " + ht, 78, LTextAlign::kRight}};
+  double fixed = 0;
+  for (const LPdfColumn& column : columns) fixed += column.widthPt;
+  columns[1].widthPt = width - fixed;
+  if (!showTax) columns.erase(columns.begin() + 4);
+  LPdfTable table(canvas, columns, canvas.Left(), [&data](LPdfCanvas& c) { return ContinuedPageTop(c, data); });
+  table.Heading(y);
+
+  LOptions options;
+  options.OpenFrom(profile);
+  bool ignoreDiscount = options.GetBool("DontShowDiscountColumn", true);
+  LTaxOptions taxOptions;
+  taxOptions.OpenFrom(profile);
+  LFKTaxContext context = LFKMakeTaxContext(taxOptions, data.document);
+  LFKItemCollectionRecord items = data.document.Items();
+  int discountLine = items.GetFixedPercentageDiscountItem();
+  for (int i = 0; i < items.GetItemCount(); ++i) {
+    std::string description = items.GetItemDescription(i);
+    double discount = items.GetItemDiscount(i);
+    if (!ignoreDiscount && discount != 0 && i != discountLine)
+      description += "\n(remise " + data.format.Percent(discount) + ")";
+    std::vector<std::string> cells = {items.GetItemCode(i), description};
+    if (i == discountLine) {
+      cells.insert(cells.end(), {"", "", ""});
+    } else {
+      cells.push_back(data.format.Quantity(items.GetItemQty(i)));
+      cells.push_back(data.format.UnitPrice(items.GetItemUnitValue(i), items.GetItemUnitValueDigits(i)));
+      cells.push_back(RateText(data, LFKLineTaxName(items, i, context), taxes));
+    }
+    cells.push_back(data.format.Money(
+        LFKDocumentLineTotal(items, i, ignoreDiscount || i == discountLine, profile.GetCurrencyDigits())));
+    if (!showTax) cells.erase(cells.begin() + 4);
+    table.Row(cells, y);
+  }
+  long long shipping = data.document.GetShippingCosts();
+  if (shipping != 0) {
+    std::vector<std::string> cells = {"", "Frais de port", "", "", "", data.format.Money(shipping)};
+    std::string shippingTax = data.document.GetString("ShippingTaxName");
+    if (shippingTax == "Valeur/défaut") shippingTax = context.defaultTaxName;
+    cells[4] = RateText(data, shippingTax == "Aucun" ? "" : shippingTax, taxes);
+    if (!showTax) cells.erase(cells.begin() + 4);
+    table.Row(cells, y);
+  }
+  y += 10;
+}
+
+// ---- Taxes and totals -------------------------------------------------------------------------
+
+void DrawTotals(LPdfCanvas& canvas, const FormData& data,
+                const std::vector<LFKTaxBreakdownLine>& taxes, double& y) {
+  const double width = canvas.Right() - canvas.Left();
+  const LSalesDocument& document = data.document;
+  auto continued = [&data](LPdfCanvas& c) { return ContinuedPageTop(c, data); };
+  double taxesHeight = 0;
+  bool showTax = !data.untaxed && !data.company.IsVatExempt() && !taxes.empty();
+  if (showTax) {
+    LPdfTable breakdown(canvas,
+                        {{"TVA", 80, LTextAlign::kLeft},
+                         {"Base HT", 78, LTextAlign::kRight},
+                         {"Montant", 70, LTextAlign::kRight}},
+                        canvas.Left(), continued);
+    double rowsHeight = (static_cast<double>(taxes.size()) + 1) * 17;
+    breakdown.Reserve(rowsHeight + 70, y, false);
+    double top = y;
+    breakdown.Heading(y);
+    for (const LFKTaxBreakdownLine& tax : taxes) {
+      long long base = data.taxInclusive ? tax.base - tax.amount : tax.base;
+      breakdown.Row({tax.name + " " + RateText(data, tax.name, taxes), data.format.Money(base), data.format.Money(tax.amount)},
+                    y);
+    }
+    taxesHeight = y - top;
+    y = top;
+  } else {
+    LPdfTable none(canvas, {{"", 1, LTextAlign::kLeft}}, canvas.Left(), continued);
+    none.Reserve(80, y, false);
+  }
+
+  long long total = document.GetTotal();
+  long long taxTotal = document.GetTaxTotal();
+  std::vector<std::pair<std::string, long long>> rows;
+  if (data.untaxed || data.company.IsVatExempt()) {
+    rows.push_back({"Total", total});
+  } else {
+    rows.push_back({"Total HT", total - taxTotal});
+    rows.push_back({"TVA", taxTotal});
+    rows.push_back({"Total TTC", total});
+  }
+  if (data.kind.type == LSalesDocumentType::kInvoice && !document.IsDraft() && !document.GetPrimaryKey().empty()) {
+    long long paid = document.GetInt64("AmountPaid", 0);
+    if (paid != 0) {
+      rows.push_back({"Déjà réglé", paid});
+      rows.push_back({"Reste à payer", total - paid});
+    }
+  }
+  double x = canvas.Left() + width * 0.55;
+  double labelWidth = width * 0.45 - 90;
+  double ty = y;
+  for (std::size_t i = 0; i < rows.size(); ++i) {
+    LTextStyle label;
+    label.sizePt = 9.5;
+    label.bold = rows[i].first == "Total TTC" || rows[i].first == "Total" || rows[i].first == "Reste à payer";
+    LTextStyle amount = label;
+    amount.align = LTextAlign::kRight;
+    if (label.bold) canvas.FillRect(x, ty - 2, width * 0.45, 17, 0.9);
+    canvas.Text(x + 4, ty + 1, labelWidth, rows[i].first, label);
+    ty += canvas.Text(x + labelWidth, ty + 1, 86, data.format.Money(rows[i].second), amount) + 5;
+  }
+  y = std::max(y + taxesHeight, ty) + 12;
+}
+
+// ---- Notes, conditions and footer -------------------------------------------------------------
+
+void DrawParagraph(LPdfCanvas& canvas, const FormData& data, const std::string& text, const LTextStyle& style,
+                   double& y) {
+  if (text.empty()) return;
+  double width = canvas.Right() - canvas.Left();
+  double height = canvas.TextHeight(text, width, style);
+  if (y + height > canvas.Bottom()) {
+    canvas.NewPage();
+    y = ContinuedPageTop(canvas, data);
+  }
+  y += canvas.Text(canvas.Left(), y, width, text, style) + 6;
+}
+
+void DrawConditions(LPdfCanvas& canvas, const FormData& data, double& y) {
+  LTextStyle style;
+  style.sizePt = 8.5;
+  const LSalesDocument& document = data.document;
+  if (data.company.IsVatExempt()) {
+    LTextStyle bold = style;
+    bold.bold = true;
+    DrawParagraph(canvas, data, std::string(kVatExemptMention), bold, y);
+  }
+  if (data.kind.type == LSalesDocumentType::kInvoice) {
+    std::vector<std::string> lines;
+    bool atOnce = document.GetInt("PaymentTerms", 2) == 1;
+    std::string due = data.format.Date(LDate::FromTime(LInvoiceCalculateDueDate(document)).ToText());
+    lines.push_back(atOnce ? "Paiement à réception de la facture." : "Paiement au plus tard le " + due + ".");
+    if (IsBusinessParty(data.party)) {
+      double rate = data.company.GetLatePenaltyRate();
+      lines.push_back("Pénalités de retard : " +
+                      (rate > 0 ? data.format.Percent(rate) + " par an" : std::string(kLegalPenaltyRate)) + ".");
+      lines.push_back(std::string(kIndemnityMention));
+      lines.push_back(std::string(kNoDiscountMention));
+    }
+    DrawParagraph(canvas, data, JoinLines(lines), style, y);
+  }
+  std::string notes = document.TestFieldExists("Notes") ? document.GetString("Notes") : data.kindOptions.GetString("NotesText");
+  DrawParagraph(canvas, data, notes, style, y);
+  LTextStyle footer = style;
+  footer.italic = true;
+  footer.align = LTextAlign::kCenter;
+  DrawParagraph(canvas, data, data.kindOptions.GetString("FooterText"), footer, y);
+}
+
+}  // namespace
+
+std::string LSalesDocumentPdfName(const LSalesDocumentKind& kind, std::string_view key) {
+  std::string name;
+  for (char c : kind.title) name += c == ' ' ? '-' : c;
+  name += "-";
+  for (char c : key) name += (c == '/' || c == '\\' || static_cast<unsigned char>(c) < 32) ? '_' : c;
+  return name + ".pdf";
+}
+
+bool LSalesDocumentPdf(LProfile& profile, const LSalesDocumentKind& kind, const LSalesDocument& document,
+                       std::string& pdf, std::string* error, std::string* warning) {
+  if (warning != nullptr) warning->clear();
+  FormData data{kind, document, LPrintFormat(profile), {}, {}, {}, false, false, {}};
+  data.company.OpenFrom(profile);
+  data.logoPath = data.company.GetLogoPath(profile);
+  std::string party = document.GetCustomer();
+  if (kind.type != LSalesDocumentType::kPOrder || !profile.List(kSuppliersList).Open(data.party, party))
+    (void)profile.MainList("Customers").Open(data.party, party);
+  (void)profile.List(kMiscList).Open(data.kindOptions, kind.optionsRecord);
+  LTaxOptions taxOptions;
+  taxOptions.OpenFrom(profile);
+  data.taxInclusive = document.GetBool("IsTaxInclusive", taxOptions.IsTaxInclusive());
+  data.untaxed = document.GetDocumentTaxMode() == kDocumentUntaxed;
+  std::vector<LFKTaxBreakdownLine> taxes = LFKDocumentTaxBreakdown(profile, document);
+
+  LOptions options;
+  options.OpenFrom(profile);
+  LPdfCanvas canvas(LPaperSizeForCountry(options.GetString("CountryCode")));
+  canvas.SetTitle(std::string(kind.title) + " " + document.GetPrimaryKey());
+  canvas.SetAuthor(data.company.GetName());
+  canvas.SetFootNote(LegalIdentity(data));
+  double y = DrawHeader(canvas, data, warning);
+  y = DrawParty(canvas, data, y);
+  DrawLines(canvas, profile, data, taxes, y);
+  DrawTotals(canvas, data, taxes, y);
+  DrawConditions(canvas, data, y);
+  return canvas.Finish(pdf, error);
+}
