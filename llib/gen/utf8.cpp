@@ -10,9 +10,14 @@ constexpr char16_t kWindows1252High[32] = {
 
 bool IsContinuation(unsigned char byte) { return (byte & 0xC0) == 0x80; }
 
+void AppendWindows1252(unsigned char byte, std::string& out) {
+  LAppendUtf8(byte >= 0x80 && byte < 0xA0 ? kWindows1252High[byte - 0x80] : byte, out);
+}
+
 }  // namespace
 
 void LAppendUtf8(char32_t code, std::string& out) {
+  if (code > 0x10FFFF || (code >= 0xD800 && code <= 0xDFFF)) code = 0xFFFD;
   if (code < 0x80) {
     out.push_back(static_cast<char>(code));
   } else if (code < 0x800) {
@@ -73,9 +78,15 @@ std::string LTextAsUtf8(std::string_view text) {
       text.remove_prefix(length);
       continue;
     }
-    auto byte = static_cast<unsigned char>(text[0]);
-    LAppendUtf8(byte >= 0x80 && byte < 0xA0 ? kWindows1252High[byte - 0x80] : byte, out);
+    AppendWindows1252(static_cast<unsigned char>(text[0]), out);
     text.remove_prefix(1);
   }
+  return out;
+}
+
+std::string LWindows1252ToUtf8(std::string_view bytes) {
+  std::string out;
+  out.reserve(bytes.size() + bytes.size() / 8);
+  for (char byte : bytes) AppendWindows1252(static_cast<unsigned char>(byte), out);
   return out;
 }
