@@ -9,6 +9,7 @@
 #include <cstdio>
 
 #include "accounts/accounts.h"
+#include "accounts/banklines.h"
 #include "accounts/bills.h"
 #include "accounts/ledger.h"
 #include "accounts/ledgerlock.h"
@@ -105,6 +106,7 @@ LProcessResult Process(LProcessInterface& process, LAccountRenumberProcess& data
     process.SetError(kRenumberFailedMessage);
     return kProcessFailed;
   }
+  LBankLinesRenumber(profile, data.oldNumber, data.newNumber);
 
   RenumberOptions(profile, data);
   RenumberBills(profile, data);

@@ -40,14 +40,16 @@ bool LBillPaymentDeleteForLedger(LProfile& profile, std::string_view document, s
   std::string date = payment.GetString("Date");
   payment.DetachWithoutSave();
   LLedgerLock lock(profile);
-  LAccountTransactionDelete(profile, date, reference);
+  // A posting already gone from the ledger leaves nothing to take out: the document goes all the same.
+  (void)LAccountTransactionDelete(profile, date, reference);
   return payments.Delete(document);
 }
 
 bool LBillPaymentCreate(LProfile& profile, const LBillPaymentRequest& request, std::string& reference,
                         std::string& error) {
+  LFileStoreListBase payments = profile.List(kBillPaymentsList);
   LBillPayment payment;
-  profile.List(kBillPaymentsList).CreateNewRecord(payment);
+  payments.CreateNewRecord(payment);
   payment.SetString("Supplier", request.supplier);
   payment.SetInt64("Amount", request.amount);
   payment.SetString("Date", request.date);
@@ -56,17 +58,19 @@ bool LBillPaymentCreate(LProfile& profile, const LBillPaymentRequest& request, s
   if (!request.method.empty()) payment.SetString("BillPaymentMethod", request.method);
   // The payment's key is its identifier in the ledger: it is taken before posting.
   if (!payment.Flush()) {
+    payment.DetachWithoutSave();
     error = "Impossible de créer la fiche.";
     return false;
   }
-  if (!LBillPaymentRecordTransactions(profile, payment, LGetPostingUserName())) {
-    std::string key = payment.GetPrimaryKey();
+  std::string key = payment.GetPrimaryKey();
+  if (!LBillPaymentRecordTransactions(profile, payment, LGetPostingUserName()) || !payment.Flush()) {
+    std::string date = payment.GetString("Date"), posted = payment.GetString("JournalTxnRef");
     payment.DetachWithoutSave();
-    (void)profile.List(kBillPaymentsList).Delete(key);
-    error = "Impossible d'écrire la transaction dans le grand livre.";
+    (void)LAccountTransactionDelete(profile, date, posted);  // nothing to take out when the posting failed
+    (void)payments.Delete(key);
+    error = kLedgerNotWrittenMessage;
     return false;
   }
-  (void)payment.Flush();
   reference = payment.GetString("JournalTxnRef");
   return true;
 }

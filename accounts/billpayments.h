@@ -29,9 +29,11 @@ struct LBillPaymentRequest {
   std::string method;         // "BillPaymentMethod"; empty: none stored
 };
 
-// Saves a new bill payment under the first free number of "BillPayments" and posts it;
-// reference receives its ledger reference. false with error set when the record could not be
-// made or the ledger written (the record is then removed again).
+// What saving a new bill payment does, from the command line, the bank statements and the web:
+// the payment is saved under the first free number of "BillPayments" (its key is its identifier
+// in the ledger, so it is taken before posting), posted, and saved again with its reference;
+// reference receives it. false with the French message in error when the record could not be
+// made or the ledger written: no payment and no posting are left behind then.
 [[nodiscard]] bool LBillPaymentCreate(LProfile& profile, const LBillPaymentRequest& request, std::string& reference,
                                       std::string& error);
 
@@ -39,7 +41,7 @@ struct LBillPaymentRequest {
 // otherwise the next bill-payment number (taken at once). Without notes the description is
 // "Paiements; " and the supplier, saved into "Notes" as well. Afterwards "JournalTxnRef" holds
 // the reference (the caller saves the record). false when the ledger could not be written.
-bool LBillPaymentRecordTransactions(LProfile& profile, LBillPayment& payment, std::string_view userName);
+[[nodiscard]] bool LBillPaymentRecordTransactions(LProfile& profile, LBillPayment& payment, std::string_view userName);
 
 // The ledger's route for "Paiements": the bill payment document, when its "JournalTxnRef" is
 // reference, is deleted with its postings. false when there is no such payment.

@@ -116,6 +116,42 @@ bool LBillRecordTransactions(LProfile& profile, LBill& bill, std::string_view us
   return recorded;
 }
 
+long long LBillSumTotal(const LProfile& profile, const LBill& bill) {
+  long long total = 0;
+  for (int line = 1; line <= bill.GetItemCount(); ++line) total += bill.GetItemAmount(profile, line);
+  for (int tax = 1, nTaxes = LBillTaxCount(profile); tax <= nTaxes; ++tax) total += bill.GetTaxAmount(tax);
+  return total;
+}
+
+bool LBillSave(LProfile& profile, LBill& bill, std::string_view userName) {
+  bill.SetInt64("Total", LBillSumTotal(profile, bill));
+  LFileStoreListBase bills = profile.List(kBillsList);
+  LLedgerLock lock(profile);
+  // The posting a stored bill of that reference made, taken out first and put back on failure.
+  std::string reference = bill.GetString("JournalTxnRef");
+  LLedgerTransaction previous;
+  bool replacing = false;
+  if (LBill stored; !reference.empty() && bills.Open(stored, reference)) {
+    std::string previousDate = stored.GetString("Date");
+    stored.DetachWithoutSave();
+    replacing = LLedgerTransactionLoad(profile, previous, previousDate, reference) &&
+                LAccountTransactionDelete(profile, previousDate, reference);
+  }
+  auto restore = [&] { return !replacing || LAccountTransactionRecord(profile, previous); };
+  if (!LBillRecordTransactions(profile, bill, userName)) {
+    (void)restore();  // a ledger that refused the new posting may refuse the old one: nothing more to do
+    return false;
+  }
+  LBill stored;
+  bills.OpenAlways(stored, bill.GetPrimaryKey());
+  stored.CopyRecord(bill);
+  if (stored.Flush()) return true;
+  stored.DetachWithoutSave();
+  (void)LAccountTransactionDelete(profile, bill.GetString("Date"), bill.GetPrimaryKey());
+  (void)restore();
+  return false;
+}
+
 bool LBillDeleteForLedger(LProfile& profile, std::string_view document, std::string_view reference) {
   LFileStoreListBase bills = profile.List(kBillsList);
   LBill bill;
@@ -123,6 +159,7 @@ bool LBillDeleteForLedger(LProfile& profile, std::string_view document, std::str
   std::string date = bill.GetString("Date");
   bill.DetachWithoutSave();
   LLedgerLock lock(profile);
-  LAccountTransactionDelete(profile, date, reference);
+  // A posting already gone from the ledger leaves nothing to take out: the document goes all the same.
+  (void)LAccountTransactionDelete(profile, date, reference);
   return bills.Delete(document);
 }

@@ -56,7 +56,20 @@ std::string LBillTaxPaidAccountNumber(const LProfile& profile, int tax);
 // the other lines: that is how they have always been written. Afterwards the bill's key and
 // "JournalTxnRef" are the reference (the caller saves the bill). false when the ledger could
 // not be written.
-bool LBillRecordTransactions(LProfile& profile, LBill& bill, std::string_view userName);
+[[nodiscard]] bool LBillRecordTransactions(LProfile& profile, LBill& bill, std::string_view userName);
+
+// The bill's "Total": the amounts of its item lines plus its tax amounts (taxes 1 to
+// LBillTaxCount).
+long long LBillSumTotal(const LProfile& profile, const LBill& bill);
+
+// What saving a bill does, from the command line as from the web: "Total" is summed
+// (LBillSumTotal), the bill posted (LBillRecordTransactions) and, once posted, stored in "Bills"
+// under its reference. A bill whose "JournalTxnRef" names a stored bill replaces it: the old
+// posting is deleted and the new one recorded under one hold of the ledger lock, so nobody sees
+// the bill posted twice or not at all. bill need not be attached; afterwards its key and
+// "JournalTxnRef" are the reference. false when the ledger or the record could not be written:
+// the books are then as they were, the old posting back in place.
+[[nodiscard]] bool LBillSave(LProfile& profile, LBill& bill, std::string_view userName);
 
 // The ledger's route for "Achats": the bill document, when its "JournalTxnRef" is reference, is
 // deleted with its postings. false when there is no such bill.

@@ -26,7 +26,6 @@ constexpr std::string_view kNoLine = "Aucun compte n'a été imputé. Veuillez c
 constexpr std::string_view kReconciledQuestion =
     "Cet enregistrement de transaction a été rapproché. Voulez-vous vraiment l'enregistrer ?";
 constexpr std::string_view kSaved = "La transaction a été enregistrée.";
-constexpr std::string_view kNotWritten = "Impossible d'écrire la transaction dans le grand livre.";
 
 std::string_view Trim(std::string_view text) {
   std::size_t first = text.find_first_not_of(" \t\r\n");
@@ -142,9 +141,10 @@ bool LJournalEntryDlg::CmOk(std::string* message) {
       LLedgerTransaction stored;
       LLedgerTransactionLoad(profile_, stored, storedDate, storedReference);
       changed = !LLedgerTransactionEqual(stored, txn);
-      if (changed) LAccountTransactionDelete(profile_, storedDate, storedReference);
+      // A stored entry whose rows are already gone is simply recorded anew.
+      if (changed) (void)LAccountTransactionDelete(profile_, storedDate, storedReference);
     }
-    if (changed && !LAccountTransactionRecord(profile_, txn)) return SetMessage(message, kNotWritten), false;
+    if (changed && !LAccountTransactionRecord(profile_, txn)) return SetMessage(message, kLedgerNotWrittenMessage), false;
   }
   wroteLedger_ = changed;
 

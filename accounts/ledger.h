@@ -126,6 +126,9 @@ void LReconcileGetCSVFilePath(const LProfile& profile, LTextBuffer& out, std::st
 
 // ---- Posting ----------------------------------------------------------------------------------
 
+// What a user is told when a posting could not be written.
+inline constexpr std::string_view kLedgerNotWrittenMessage = "Impossible d'écrire la transaction dans le grand livre.";
+
 // Appends the lines to the day file only, under its exclusive lock. false when the date is not a
 // day or the file cannot be opened: nothing is written then.
 [[nodiscard]] bool LLedgerTransactionRecord(const LProfile& profile, const LLedgerTransaction& txn);
@@ -134,7 +137,7 @@ void LReconcileGetCSVFilePath(const LProfile& profile, LTextBuffer& out, std::st
 // total; lines naming no account record are skipped). A transaction without lines does nothing
 // and counts as recorded. false when the rows could not be written (balances untouched). A
 // crash midway is settled by the next holder of the ledger lock (accounts/ledgerintent.h).
-bool LAccountTransactionRecord(LProfile& profile, const LLedgerTransaction& txn);
+[[nodiscard]] bool LAccountTransactionRecord(LProfile& profile, const LLedgerTransaction& txn);
 
 // ---- Reading ----------------------------------------------------------------------------------
 

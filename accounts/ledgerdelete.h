@@ -17,7 +17,7 @@ class LProfile;
 // Removes (date, reference) from the ledger, the reconciliation files and the balances, under the
 // ledger lock. false when the ledger holds no such transaction or its day file could not be
 // rewritten (nothing is changed then).
-bool LAccountTransactionDelete(LProfile& profile, std::string_view date, std::string_view reference);
+[[nodiscard]] bool LAccountTransactionDelete(LProfile& profile, std::string_view date, std::string_view reference);
 
 // Deletes the document whose identifier is document when its "JournalTxnRef" equals reference,
 // which removes its postings; true when a document was deleted. false leaves everything as it
@@ -28,4 +28,4 @@ void LLedgerSetDocumentDeleteRoute(std::string_view type, LDocumentDeleteRoute r
 
 // The user-level delete. false when the transaction does not exist; true when it was deleted,
 // through its document or from the ledger.
-bool LedgerTransactionDelete(LProfile& profile, std::string_view date, std::string_view reference);
+[[nodiscard]] bool LedgerTransactionDelete(LProfile& profile, std::string_view date, std::string_view reference);

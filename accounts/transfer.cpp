@@ -16,7 +16,6 @@ constexpr std::string_view kSameAccounts = "Les comptes de départ et d'arrivée
 constexpr std::string_view kNotPositive = "Vous devez transférer un montant positif.";
 constexpr std::string_view kFutureDate = "Vous ne pouvez pas planifier un transfert avec une date future";
 constexpr std::string_view kAboveBalance = "Le solde de ce compte est inexact.";
-constexpr std::string_view kNotWritten = "Impossible d'écrire la transaction dans le grand livre.";
 constexpr std::string_view kTransferDescription = "Transférer";
 
 bool Refuse(std::string* message, std::string_view text) {
@@ -56,7 +55,7 @@ bool LAccountTransfer(LProfile& profile, LAsker& asker, std::string_view from, s
   std::string userName = LGetPostingUserName();
   txn.AddLine(destination, kTransferDescription, amount, userName, "", "");
   txn.AddLine(source, kTransferDescription, -amount, userName, "", "");
-  if (!LAccountTransactionRecord(profile, txn)) return Refuse(message, kNotWritten);
+  if (!LAccountTransactionRecord(profile, txn)) return Refuse(message, kLedgerNotWrittenMessage);
   LStoreReferenceNumber(profile, kGeneralJournalCounter, number + 1);
   if (reference != nullptr) *reference = txnReference;
   return true;

@@ -4,11 +4,11 @@
 #include <ostream>
 
 #include "accounts/ledgerintent.h"
+#include "app/appinstall.h"
 #include "app/commands.h"
 #include "app/maindialog.h"
 #include "app/multiplebusiness.h"
 #include "app/worker.h"
-#include "invoice/sales/salesledger.h"
 #include "invoice/shared/profile.h"
 #include "llib/gen/file.h"
 
@@ -192,7 +192,7 @@ void PrintHelp(std::ostream& out) {
 }  // namespace
 
 int LCliMain(int argc, char** argv, std::ostream& out, std::ostream& err) {
-  LSalesLedgerInstall();  // the sales side's part in ledger deletions, checks and new charts
+  LAppInstall();
   // kontavo started by itself to run a long operation (app/worker.h).
   if (argc >= 2 && std::string_view(argv[1]) == "--worker") return LCliWorkerMain(argc - 2, argv + 2);
   LCliContext context(out, err);

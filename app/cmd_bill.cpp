@@ -4,9 +4,10 @@
 #include <ostream>
 
 #include "accounts/accounts.h"
+#include "accounts/billimport.h"
 #include "accounts/billpayments.h"
 #include "accounts/bills.h"
-#include "accounts/ledgerdelete.h"
+#include "accounts/ledger.h"
 #include "accounts/linkedaccounts.h"
 #include "accounts/transactiondate.h"
 #include "app/cli.h"
@@ -17,8 +18,6 @@
 #include "llib/gen/jsontext.h"
 
 namespace {
-
-constexpr std::string_view kNotWritten = "Impossible d'écrire la transaction dans le grand livre.";
 
 // What every purchase posting checks first: the linked accounts, then the date guard.
 bool CanPost(LCliContext& context, LProfile& profile, const LDate& date, std::string& message) {
@@ -48,10 +47,34 @@ bool ParseItem(const LProfile& profile, const std::string& word, std::string& ac
   return LCliParseAmount(profile, amountText, amount);
 }
 
+// bill import FILE [--supplier KEY]: a received e-invoice as a posted bill.
+int Import(LCliContext& context, LCliArgs& args) {
+  std::string supplier;
+  args.TakeOption("--supplier", supplier);
+  std::vector<std::string> words;
+  std::string error;
+  if (!args.Finish(words, error)) return context.Usage(error);
+  if (words.size() != 1) return context.Usage();
+  LProfile* profile = context.Profile();
+  if (profile == nullptr) return kExitFailed;
+  LEInvoice invoice;
+  if (!LEInvoiceReadFile(words[0], invoice, &error)) return context.Fail(error);
+  LBillImport plan;
+  if (!LBillImportPrepare(*profile, invoice, supplier, plan, &error)) return context.Fail(error);
+  LDate date;
+  if (!LDate::Parse(plan.date, date)) return context.Fail(LCliBadDateMessage(plan.date));
+  if (!CanPost(context, *profile, date, error)) return context.Fail(error);
+  std::string reference;
+  if (!LBillImportPost(*profile, plan, LGetPostingUserName(), reference, &error)) return context.Fail(error);
+  return PrintReference(context, reference);
+}
+
 }  // namespace
 
 int LCmdBill(LCliContext& context, LCliArgs& args) {
-  if (args.TakeVerb() != "add") return context.Usage();
+  std::string verb = args.TakeVerb();
+  if (verb == "import") return Import(context, args);
+  if (verb != "add") return context.Usage();
   std::string supplier, dateText, notes, account, reference;
   bool supplierGiven = args.TakeOption("--supplier", supplier);
   bool dateGiven = args.TakeOption("--date", dateText);
@@ -69,7 +92,6 @@ int LCmdBill(LCliContext& context, LCliArgs& args) {
   LBill bill;  // detached until it has its reference
   bill.SetString("Supplier", supplier);
   bill.SetString("Notes", notes);
-  long long total = 0;
   for (const std::string& word : words) {
     std::string itemAccount, taxText;
     long long amount = 0;
@@ -77,7 +99,6 @@ int LCmdBill(LCliContext& context, LCliArgs& args) {
       return context.Usage("ligne attendue sous la forme COMPTE:MONTANT[:TAXE] : " + word);
     if (!LAccountIsLive(*profile, itemAccount)) return context.Fail(LAccountNotInChartMessage(itemAccount));
     bill.AddItemLine(itemAccount, amount, taxText);
-    total += amount;
   }
   int nTaxes = LBillTaxCount(*profile);
   for (const std::string& tax : taxes) {
@@ -88,9 +109,7 @@ int LCmdBill(LCliContext& context, LCliArgs& args) {
       return context.Usage("taxe attendue sous la forme K=MONTANT : " + tax);
     if (number > nTaxes) return context.Fail("La taxe " + std::to_string(number) + " n'est pas définie.");
     bill.SetInt64("TaxAmount" + std::to_string(number), amount);
-    total += amount;
   }
-  bill.SetInt64("Total", total);
   if (accountGiven) {
     if (!LAccountIsLive(*profile, account)) return context.Fail(LAccountNotInChartMessage(account));
     bill.SetString("DepositAccount", account);
@@ -101,23 +120,9 @@ int LCmdBill(LCliContext& context, LCliArgs& args) {
   std::string message;
   if (!CanPost(context, *profile, date, message)) return context.Fail(message);
 
-  LFileStoreListBase bills = profile->List(kBillsList);
-  if (referenceGiven) {
-    // A bill posted again under its reference replaces its previous posting.
-    LBill previous;
-    if (bills.Open(previous, reference)) {
-      std::string previousDate = previous.GetString("Date");
-      previous.DetachWithoutSave();
-      LAccountTransactionDelete(*profile, previousDate, reference);
-    }
-    bill.SetString("JournalTxnRef", reference);
-  }
-  bool recorded = LBillRecordTransactions(*profile, bill, LGetPostingUserName());
-  if (!recorded) return context.Fail(kNotWritten);
-  LBill stored;
-  bills.OpenAlways(stored, bill.GetPrimaryKey());
-  stored.CopyRecord(bill);
-  stored.Flush();
+  // A bill posted again under its reference replaces its previous posting.
+  if (referenceGiven) bill.SetString("JournalTxnRef", reference);
+  if (!LBillSave(*profile, bill, LGetPostingUserName())) return context.Fail(kLedgerNotWrittenMessage);
   return PrintReference(context, bill.GetPrimaryKey());
 }
 

@@ -8,7 +8,6 @@
 #include <filesystem>
 #include <iostream>
 #include <nlohmann/json.hpp>
-#include <optional>
 #include <ostream>
 
 #include "app/cli.h"
@@ -183,79 +182,54 @@ bool ChoosePeriod(LProfile& profile, const std::string& periodKey, bool fulfille
   return false;
 }
 
-// The figures of "vat submit": the options given, the running figures for boxes 1, 6 and 8
-// otherwise, box 3 = box 1 + box 2 and box 5 = |box 3 - box 4| unless given, the rest 0.
-struct SubmitFigures {
-  FKVatReturns vatReturn;
-  FKVatRunningFigures used;  // what the running figures gave, taken out after the submission
-};
-
-bool TakeFigures(LCliArgs& args, const FKVatRunningFigures& running, SubmitFigures& figures, std::string& problem) {
-  FKVatReturns& r = figures.vatReturn;
-  std::optional<long long> money[5];
-  const char* moneyNames[5] = {"--vatDueSales", "--vatDueAcquisitions", "--totalVatDue", "--vatReclaimedCurrPeriod",
-                               "--netVatDue"};
-  for (int i = 0; i < 5; ++i) {
+// The boxes "vat submit" is given, by their names in the JSON body: money in pounds and pence,
+// the "ExVAT" boxes in whole pounds.
+bool TakeFigures(LCliArgs& args, FKVatGivenFigures& given, std::string& problem) {
+  const char* names[10] = {nullptr,
+                           "--vatDueSales",
+                           "--vatDueAcquisitions",
+                           "--totalVatDue",
+                           "--vatReclaimedCurrPeriod",
+                           "--netVatDue",
+                           "--totalValueSalesExVAT",
+                           "--totalValuePurchasesExVAT",
+                           "--totalValueGoodsSuppliedExVAT",
+                           "--totalAcquisitionsExVAT"};
+  for (int box = 1; box <= 9; ++box) {
     std::string text;
-    if (!args.TakeOption(moneyNames[i], text)) continue;
-    long long pence = 0;
-    if (!LParseAmount(text, 2, pence)) {
-      problem = std::string(moneyNames[i]) + " : montant non valide";
-      return false;
-    }
-    money[i] = pence;
-  }
-  std::optional<long long> pounds[4];
-  const char* poundNames[4] = {"--totalValueSalesExVAT", "--totalValuePurchasesExVAT",
-                               "--totalValueGoodsSuppliedExVAT", "--totalAcquisitionsExVAT"};
-  for (int i = 0; i < 4; ++i) {
-    std::string text;
-    if (!args.TakeOption(poundNames[i], text)) continue;
+    if (!args.TakeOption(names[box], text)) continue;
+    bool pounds = box >= 6;
     long long value = 0;
-    if (!LParseAmount(text, 0, value)) {
-      problem = std::string(poundNames[i]) + " : nombre entier de livres attendu";
+    if (!LParseAmount(text, pounds ? 0 : 2, value)) {
+      problem = std::string(names[box]) + (pounds ? " : nombre entier de livres attendu" : " : montant non valide");
       return false;
     }
-    pounds[i] = value;
+    given.box[box] = value;
   }
-  if (!money[0]) figures.used.outputTax = running.outputTax;
-  if (!pounds[0]) figures.used.salesExVat = running.salesExVat / 100 * 100;
-  if (!pounds[2]) figures.used.goodsSuppliedExVat = running.goodsSuppliedExVat / 100 * 100;
-  long long box1 = money[0].value_or(running.outputTax), box2 = money[1].value_or(0);
-  long long box3 = money[2].value_or(box1 + box2), box4 = money[3].value_or(0);
-  long long box5 = money[4].value_or(box3 >= box4 ? box3 - box4 : box4 - box3);
-  r.vatDueSales = box1 / 100.0;
-  r.vatDueAcquisitions = box2 / 100.0;
-  r.totalVatDue = box3 / 100.0;
-  r.vatReclaimedCurrPeriod = box4 / 100.0;
-  r.netVatDue = box5 / 100.0;
-  r.totalValueSalesExVAT = pounds[0].value_or(running.salesExVat / 100);
-  r.totalValuePurchasesExVAT = pounds[1].value_or(0);
-  r.totalValueGoodsSuppliedExVAT = pounds[2].value_or(running.goodsSuppliedExVat / 100);
-  r.totalAcquisitionsExVAT = pounds[3].value_or(0);
   return true;
 }
 
 int VatSubmit(LCliContext& context, LCliArgs& args) {
   LProfile* profile = context.Profile();
   if (!profile) return kExitFailed;
-  SubmitFigures figures;
+  FKVatGivenFigures given;
   std::string problem;
-  if (!TakeFigures(args, FKVatRunningFiguresLoad(*profile), figures, problem)) return context.Usage(problem);
+  if (!TakeFigures(args, given, problem)) return context.Usage(problem);
   std::vector<std::string> words;
   if (!args.Finish(words, problem)) return context.Usage(problem);
   if (words.size() != 1) return context.Usage();
-  figures.vatReturn.periodKey = words[0];
+  FKVatReturns vatReturn;
+  FKVatRunningFigures used;
+  FKVatReturnFromFigures(given, FKVatRunningFiguresLoad(*profile), vatReturn, used);
+  vatReturn.periodKey = words[0];
   std::string refusal;
   if (!ChoosePeriod(*profile, words[0], false, refusal)) return context.Fail(refusal);
 
   LProcessTerminal progress("HMRC");
   FKMTDforVATDlg dialog(*profile, progress);
   std::string receipt;
-  if (!dialog.SubmitVatReturns(figures.vatReturn, &receipt)) return FailAlert(context, dialog.Alert());
-  FKAdjustOutputTax(*profile, -figures.used.outputTax);
-  FKAdjustTotalValueSalesExVat(*profile, -figures.used.salesExVat);
-  FKAdjustTotalValueGoodsSuppliedExVat(*profile, -figures.used.goodsSuppliedExVat);
+  if (!dialog.SubmitVatReturns(vatReturn, &receipt)) return FailAlert(context, dialog.Alert());
+  FKVatRunningFiguresTakeOut(*profile, used);
 
   nlohmann::json answer = nlohmann::json::parse(receipt, nullptr, false);
   if (!answer.is_object()) answer = nlohmann::json::object();

@@ -60,7 +60,8 @@ constexpr LCliCommand kCommands[] = {
      "affiche les lignes du grand livre ou supprime une transaction", LCmdLedger},
     {"bill",
      "kontavo bill add --supplier S [--date D] [--notes TEXT] [--account NUMBER] [--ref REF] LINE... [--tax K=AMOUNT]...\n"
-     "        LINE: ACCOUNT:AMOUNT[:TAXTEXT]\n",
+     "        LINE: ACCOUNT:AMOUNT[:TAXTEXT]\n"
+     "kontavo bill import FILE [--supplier KEY]\n",
      "enregistre et impute une facture fournisseur", LCmdBill},
     {"billpayment",
      "kontavo billpayment add --supplier S --amount AMOUNT [--date D] [--account DESCRIPTION] [--notes TEXT]\n"
@@ -192,6 +193,9 @@ constexpr LCliCommand kCommands[] = {
      "        [--finish | --cancel]\n"
      "kontavo bank rollback --account NUMBER\n",
      "relevés bancaires : import, rapprochement avec le grand livre, saisie des lignes nouvelles", LCmdBank},
+    {"facturx",
+     "kontavo facturx read FILE [--json]\n",
+     "lit une facture électronique reçue (PDF Factur-X ou XML CII)", LCmdFacturX},
     {"expr",
      "kontavo expr EXPRESSION [NOM=CENTIMES]... [--json]\n",
      "calcule une expression d'état modèle, sur des champs donnés en centimes", LCmdExpr},

@@ -9,9 +9,9 @@
 #include <string>
 
 #include "accounts/accounts.h"
+#include "app/appinstall.h"
 #include "bench/benchfolder.h"
 #include "invoice/sales/paymentbook.h"
-#include "invoice/sales/salesledger.h"
 #include "invoice/shared/customer.h"
 #include "invoice/shared/profile.h"
 #include "invoice/shared/sortedinvoice.h"
@@ -28,7 +28,7 @@ struct Business {
   Business() {
     ::setenv("KONTAVO_HOME", folder.Path().c_str(), 1);
     ::setenv("KONTAVO_COUNTRY", "FR", 1);
-    LSalesLedgerInstall();
+    LAppInstall();
     profile = std::make_unique<LProfile>(folder.Path() + "/Shared");
     LAccountListCreateDefault(*profile);
     LCustomer customer;

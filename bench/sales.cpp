@@ -6,11 +6,11 @@
 #include <string>
 
 #include "accounts/accounts.h"
+#include "app/appinstall.h"
 #include "bench/benchfolder.h"
-#include "invoice/sales/salesledger.h"
+#include "invoice/sales/salesbook.h"
 #include "invoice/shared/customer.h"
 #include "invoice/shared/profile.h"
-#include "invoice/sales/salesbook.h"
 #include "llib/gen/textnum.h"
 
 namespace {
@@ -24,7 +24,7 @@ struct Business {
   std::unique_ptr<LProfile> profile;
   Business() {
     ::setenv("KONTAVO_COUNTRY", "FR", 1);
-    LSalesLedgerInstall();
+    LAppInstall();
     profile = std::make_unique<LProfile>(home.Business());
     LAccountListCreateDefault(*profile);
     for (int c = 0; c < kCustomers; ++c) {

@@ -3,9 +3,11 @@
 #include <mutex>
 
 #include "accounts/accounts.h"
+#include "accounts/bankpost.h"
 #include "accounts/check.h"
 #include "accounts/ledger.h"
 #include "accounts/ledgerdelete.h"
+#include "invoice/sales/bankpayment.h"
 #include "invoice/sales/salesbook.h"
 #include "invoice/sales/taxaccounts.h"
 #include "invoice/shared/customer.h"
@@ -32,6 +34,7 @@ void LSalesLedgerInstall() {
     LCheckAddBookCheck(LCheckCustomerBalances);
     LLedgerAddIntentSettler(kSalesChangeIntentExtension, SettleSalesChange);
     LAccountsSetTaxAccountsCreator(LTaxOptionsCreateDefaultTaxAccounts);
+    LBankSetCustomerPaymentPoster(LBankPostCustomerPayment);
   });
 }
 

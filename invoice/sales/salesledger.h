@@ -6,7 +6,9 @@
 //   - the default chart of a new business also receives the accounts its taxes are collected
 //     into (taxaccounts.h);
 //   - a sales change killed midway (LSalesChangeIntent) has every customer balance computed
-//     again from the documents by the next holder of the ledger lock.
+//     again from the documents by the next holder of the ledger lock;
+//   - a statement line can be posted as a customer payment from the ledger side's pages
+//     (bankpayment.h).
 #pragma once
 
 #include <map>

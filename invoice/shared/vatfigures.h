@@ -7,7 +7,10 @@
 // the next return.
 #pragma once
 
+#include <optional>
+
 class LProfile;
+struct FKVatReturns;
 
 inline constexpr const char* kVatReturnRecord = "VATReturn";
 
@@ -26,6 +29,21 @@ FKVatRunningFigures FKVatRunningFiguresLoad(const LProfile& profile);
 void FKAdjustOutputTax(const LProfile& profile, long long change);
 void FKAdjustTotalValueSalesExVat(const LProfile& profile, long long change);
 void FKAdjustTotalValueGoodsSuppliedExVat(const LProfile& profile, long long change);
+
+// The boxes of a return as the user gives them; an absent box takes its default.
+struct FKVatGivenFigures {
+  std::optional<long long> box[10];  // box[1] to box[5] in pence, box[6] to box[9] in whole pounds
+};
+
+// The return to submit: each given box as given; otherwise box 1 the running output tax, box 3 =
+// box 1 + box 2, box 5 = |box 3 - box 4|, box 6 and box 8 the running sales figures in whole
+// pounds (pence dropped), the others 0. used receives what was taken from the running figures
+// (box 6 and 8 as whole pounds in pence), to be taken out once the return is accepted.
+void FKVatReturnFromFigures(const FKVatGivenFigures& given, const FKVatRunningFigures& running,
+                            FKVatReturns& vatReturn, FKVatRunningFigures& used);
+// After an accepted submission: takes used out of the running figures, so that sales recorded
+// meanwhile count toward the next return.
+void FKVatRunningFiguresTakeOut(const LProfile& profile, const FKVatRunningFigures& used);
 
 // What the totaller calls when a recorded invoice's total changed: when submission is in use,
 // the output tax by the change of the tax total and both sales figures by the change of the

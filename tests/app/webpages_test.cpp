@@ -34,8 +34,8 @@ TEST_F(WebPagesTest, TabsShowTheServedSectionsAndMarkTheCurrentOne) {
   std::string session = AdminSession();
   std::string main = LHttpGet(port_, "/main", session).body;
   EXPECT_NE(main.find("</tr></table><br><div class=navtabs><a href='main' class='navtab navtabcurrent'>Accueil</a>"
-                      "<a href='itemlist' class=navtab>Articles</a><a href='userlist' class=navtab>Utilisateurs</a>"
-                      "</div><div class=contenttable>"),
+                      "<a href='itemlist' class=navtab>Articles</a><a href='recon' class=navtab>Banque</a>"
+                      "<a href='userlist' class=navtab>Utilisateurs</a></div><div class=contenttable>"),
             std::string::npos)
       << main;
   // Sections whose pages are not served have no tab.
@@ -53,7 +53,7 @@ TEST_F(WebPagesTest, TabsShowTheServedSectionsAndMarkTheCurrentOne) {
 
   // The users tab is for administrators only.
   std::string userMain = LHttpGet(port_, "/main", UserSession("--user")).body;
-  EXPECT_NE(userMain.find("<a href='itemlist' class=navtab>Articles</a></div>"), std::string::npos);
+  EXPECT_NE(userMain.find("<a href='recon' class=navtab>Banque</a></div>"), std::string::npos);
   EXPECT_EQ(userMain.find("userlist"), std::string::npos);
 }
 

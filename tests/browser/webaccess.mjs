@@ -1,13 +1,13 @@
 // Kontavo web access in a real browser: Debian's chromium, headless, driven by playwright-core,
 // against a real `kontavo serve` in a fresh application folder. A screenshot of each page goes
 // to the output folder. Usage: node webaccess.mjs KONTAVO_BINARY OUTPUT_FOLDER
-import { spawn, execFileSync } from 'node:child_process';
+import { execFileSync } from 'node:child_process';
 import { mkdtempSync, mkdirSync, rmSync } from 'node:fs';
-import { createServer } from 'node:net';
 import { tmpdir } from 'node:os';
 import { join } from 'node:path';
 import assert from 'node:assert/strict';
 import { chromium } from 'playwright-core';
+import { startKontavoServer } from './serve.mjs';
 
 const [kontavo, output] = process.argv.slice(2);
 mkdirSync(output, { recursive: true });
@@ -20,22 +20,7 @@ mkdirSync(join(home, 'Shared', 'MultiBus', '1'), { recursive: true });
 run(['--business', '1', 'record', 'set', 'Misc', 'Company', 'Name=Autre SA']);
 run(['user', 'add', 'admin@example.fr', '--name', 'Alice Admin', '--admin', '--password-stdin'], 'secret12\n');
 
-const port = await new Promise((resolve) => {
-  const probe = createServer().listen(0, '127.0.0.1', () => {
-    const { port } = probe.address();
-    probe.close(() => resolve(port));
-  });
-});
-const server = spawn(kontavo, ['serve', '--port', String(port)], { env, stdio: ['ignore', 'pipe', 'inherit'] });
-await new Promise((resolve, reject) => {
-  let seen = '';
-  server.stdout.on('data', (chunk) => {
-    seen += chunk;
-    if (seen.includes('http://')) resolve();
-  });
-  server.on('exit', () => reject(new Error('kontavo serve ended: ' + seen)));
-});
-const base = `http://127.0.0.1:${port}/`;
+const { server, base } = await startKontavoServer(kontavo, env);
 
 const browser = await chromium.launch({ executablePath: '/usr/bin/chromium', args: ['--no-sandbox'] });
 let shot = 0;

@@ -13,6 +13,7 @@
 
 #include "accounts/ledger.h"
 #include "accounts/ledgerdelete.h"
+#include "app/appinstall.h"
 #include "invoice/shared/profile.h"
 
 int main(int argc, char** argv) {
@@ -20,6 +21,7 @@ int main(int argc, char** argv) {
     std::fprintf(stderr, "usage: ledgerposter FOLDER TAG COUNT [DELETE]\n");
     return 2;
   }
+  LAppInstall();
   LProfile profile(argv[1]);
   std::string tag = argv[2];
   int count = std::atoi(argv[3]);

@@ -3,7 +3,6 @@
 #include <cstdlib>
 
 #include "accounts/accounts.h"
-#include "invoice/sales/salesledger.h"
 #include "invoice/shared/itemcollection.h"
 #include "invoice/shared/options.h"
 #include "invoice/shared/taxoptions.h"
@@ -11,7 +10,6 @@
 
 void LSalesTestBusiness::SetUp() {
   ::setenv("KONTAVO_COUNTRY", "US", 1);
-  LSalesLedgerInstall();
   profile_ = std::make_unique<LProfile>(home_.SharedFolder());
   LAccountListCreateDefault(*profile_);
   LTaxOptions tax;

@@ -12,6 +12,8 @@
 #include <fstream>
 #include <sstream>
 
+#include "app/appinstall.h"
+
 extern char** environ;
 
 namespace {
@@ -45,6 +47,7 @@ LTempHome::LTempHome() {
     hadPrevious_ = true;
   }
   ::setenv("KONTAVO_HOME", path_.c_str(), 1);
+  LAppInstall();  // a test's business is joined up as the program's is
 }
 
 LTempHome::~LTempHome() {

@@ -1,0 +1,5 @@
+#include "app/appinstall.h"
+
+#include "invoice/sales/salesledger.h"
+
+void LAppInstall() { LSalesLedgerInstall(); }
