@@ -82,13 +82,21 @@ void MarkUsed(LAccount& account) {
 
 }  // namespace
 
-void LAccount::AddBalance(int year, int month, long long amount) {
-  int monthIndex = year * 12 + month - 1;
+void LAccount::AddToBucket(int monthIndex, long long amount) {
   std::string field = LAccountBucketField(monthIndex);
   SetInt64(field, GetInt64(field, 0) + amount);
   if (!TestFieldExists("BalanceFirst") || GetInt("BalanceFirst", 0) > monthIndex) SetInt("BalanceFirst", monthIndex);
   MarkUsed(*this);
+}
+
+void LAccount::AddBalance(int year, int month, long long amount) {
+  AddToBucket(year * 12 + month - 1, amount);
   Flush();
+}
+
+void LAccount::MoveBalance(int monthIndex, long long amount) {
+  AddToBucket(monthIndex, amount);
+  SetInt64("TotalBalance", GetTotalBalance() + amount);
 }
 
 void LAccount::IncrementTotalBalance(long long amount) {

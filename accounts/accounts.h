@@ -75,6 +75,8 @@ class LAccount : public LRecord {
   void AddBalance(int year, int month, long long amount);
   // Adds amount to "TotalBalance", marks the account used, and flushes.
   void IncrementTotalBalance(long long amount);
+  // Both at once without flushing: what one posting does to an account, saved by one flush.
+  void MoveBalance(int monthIndex, long long amount);
   // "TotalBalance" back to the opening balance (not flushed).
   void ResetTotalBalance();
   // "OpeningBalance" plus every bucket from "BalanceFirst" to (year, month) included; the
@@ -90,6 +92,9 @@ class LAccount : public LRecord {
   // Takes the ledger lock itself and re-reads the record under it (pending changes are flushed
   // first).
   void UpdateOpeningBalance(LProfile& profile, long long amount);
+
+ private:
+  void AddToBucket(int monthIndex, long long amount);
 };
 
 // "Balance%d" of a month index.

@@ -15,6 +15,7 @@
 #include "app/commands.h"
 #include "invoice/shared/profile.h"
 #include "llib/gen/system.h"
+#include "llib/gen/jsontext.h"
 
 namespace {
 
@@ -29,7 +30,7 @@ bool CanPost(LCliContext& context, LProfile& profile, const LDate& date, std::st
 }
 
 int PrintReference(LCliContext& context, const std::string& reference) {
-  if (context.json) context.out << nlohmann::json({{"reference", reference}}).dump() << "\n";
+  if (context.json) context.out << LJsonDump(nlohmann::json({{"reference", reference}})) << "\n";
   else context.out << reference << "\n";
   return kExitOk;
 }

@@ -12,6 +12,7 @@
 #include "llib/gen/filestore.h"
 #include "llib/gen/money.h"
 #include "llib/gen/processterminal.h"
+#include "llib/gen/jsontext.h"
 
 namespace {
 
@@ -35,7 +36,7 @@ int List(LCliContext& context, LProfile& profile) {
                   << "\n";
     }
   }
-  if (context.json) context.out << all.dump() << "\n";
+  if (context.json) context.out << LJsonDump(all) << "\n";
   return kExitOk;
 }
 
@@ -46,7 +47,7 @@ int Show(LCliContext& context, LProfile& profile, const std::string& key) {
     nlohmann::ordered_json fields = nlohmann::ordered_json::object();
     for (const auto& field : customer.Fields())
       if (!field.deleted) fields[field.name] = field.text;
-    context.out << nlohmann::ordered_json({{"key", key}, {"fields", fields}, {"Balance", customer.GetBalance()}}).dump()
+    context.out << LJsonDump(nlohmann::ordered_json({{"key", key}, {"fields", fields}, {"Balance", customer.GetBalance()}}))
                 << "\n";
   } else {
     for (const auto& field : customer.Fields())

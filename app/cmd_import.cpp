@@ -11,13 +11,14 @@
 #include "app/commands.h"
 #include "invoice/shared/profile.h"
 #include "llib/gen/money.h"
+#include "llib/gen/jsontext.h"
 
 namespace {
 
 // Statements come in the bank's character set (often Windows-1252); bytes that are not UTF-8
 // are shown as U+FFFD rather than refused.
 std::string JsonText(const nlohmann::ordered_json& document) {
-  return document.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace);
+  return LJsonDump(document);
 }
 
 void PrintJson(LCliContext& context, const LBankStatement& statement) {

@@ -24,6 +24,7 @@
 #include "llib/gen/reporttable.h"
 #include "llib/gen/system.h"
 #include "llib/gen/usersettings.h"
+#include "llib/gen/jsontext.h"
 
 extern char** environ;
 
@@ -87,10 +88,9 @@ int VatConfig(LCliContext& context, LCliArgs& args) {
   bool authorized = LUserSettingGetPassword(kMTDPasswordSection, "AccessToken", token) && !token.empty();
   LHttpOptions http = LOAuthHttpOptions();
   if (context.json) {
-    context.out << nlohmann::json({{"vrn", options.GetString(kVATRegistrationField)}, {"api", FKMTDApiBaseUrl()},
+    context.out << LJsonDump(nlohmann::json({{"vrn", options.GetString(kVATRegistrationField)}, {"api", FKMTDApiBaseUrl()},
                                    {"caFile", http.caFile}, {"timeoutSeconds", http.timeoutMs / 1000},
-                                   {"authorized", authorized}})
-                       .dump()
+                                   {"authorized", authorized}}))
                 << "\n";
     return kExitOk;
   }
@@ -121,7 +121,7 @@ int VatAuth(LCliContext& context, LCliArgs& args) {
     std::getline(std::cin, code);
   }
   if (!dialog.Authorize(code)) return FailAlert(context, dialog.Alert());
-  if (context.json) context.out << nlohmann::json({{"authorized", true}}).dump() << "\n";
+  if (context.json) context.out << LJsonDump(nlohmann::json({{"authorized", true}})) << "\n";
   return kExitOk;
 }
 
@@ -219,7 +219,7 @@ int VatSubmit(LCliContext& context, LCliArgs& args) {
   nlohmann::json answer = nlohmann::json::parse(receipt, nullptr, false);
   if (!answer.is_object()) answer = nlohmann::json::object();
   if (context.json) {
-    context.out << nlohmann::json({{"message", dialog.Alert().message}, {"receipt", answer}}).dump() << "\n";
+    context.out << LJsonDump(nlohmann::json({{"message", dialog.Alert().message}, {"receipt", answer}})) << "\n";
     return kExitOk;
   }
   context.out << dialog.Alert().caption << "\n" << dialog.Alert().message << "\n";

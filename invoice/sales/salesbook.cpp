@@ -7,6 +7,7 @@
 #include "accounts/ledgerlock.h"
 #include "accounts/linkedaccounts.h"
 #include "invoice/sales/paymentbook.h"
+#include "invoice/sales/salesledger.h"
 #include "invoice/sales/salesposting.h"
 #include "invoice/sales/salesstock.h"
 #include "invoice/shared/customer.h"
@@ -126,6 +127,7 @@ LFKTotalsChange LSalesDocumentSumTotals(LProfile& profile, const LSalesDocumentK
 
 bool LSalesDocumentCreate(LProfile& profile, const LSalesDocumentKind& kind, const LRecord& content, bool draft,
                           std::string_view key, std::string& newKey, std::string* error) {
+  LSalesChangeIntent intent(profile);
   if (!CheckLinkedAccounts(profile, kind, error)) return false;
   if (!LSalesCheckParty(profile, kind, content.GetString("Customer"), error)) return false;
   if (draft && !key.empty() && !IsDraftKey(key)) {
@@ -180,6 +182,7 @@ bool LSalesDocumentOpen(LProfile& profile, const LSalesDocumentKind& kind, std::
 
 bool LSalesDocumentEdit(LProfile& profile, const LSalesDocumentKind& kind, std::string_view key,
                         const std::function<void(LSalesDocument&)>& change, std::string* error) {
+  LSalesChangeIntent intent(profile);
   if (!CheckLinkedAccounts(profile, kind, error)) return false;
   const LFileStoreListBase& recordedList = profile.MainList(kind.recordedList);
   bool recorded = recordedList.TestRecordExists(key);
@@ -255,6 +258,7 @@ bool LSalesDocumentRecordDraft(LProfile& profile, const LSalesDocumentKind& kind
 
 bool LSalesDocumentDelete(LProfile& profile, const LSalesDocumentKind& kind, std::string_view key,
                           std::string* error) {
+  LSalesChangeIntent intent(profile);
   const LFileStoreListBase& recordedList = profile.MainList(kind.recordedList);
   const LFileStoreListBase& draftsList = profile.MainList(kind.draftsList);
   LSalesDocument document;

@@ -14,12 +14,25 @@
 #include "invoice/shared/profile.h"
 #include "llib/gen/filestore.h"
 
+namespace {
+
+// A sales change killed midway may have saved a document without moving its customer's balance,
+// or the other way round: every balance is computed again from the documents.
+void SettleSalesChange(const LProfile& profile) {
+  LProfile books(profile.GetDataStore().GetFolder());
+  LCheckReport report;
+  LCheckCustomerBalances(books, true, report);
+}
+
+}  // namespace
+
 void LSalesLedgerInstall() {
   static std::once_flag installed;
   std::call_once(installed, [] {
     LLedgerSetDocumentDeleteRoute(kTxnTypeSales, LSalesDeleteForLedger);
     LLedgerSetDocumentDeleteRoute(kTxnTypeReceipt, LPaymentDeleteForLedger);
     LCheckAddBookCheck(LCheckCustomerBalances);
+    LLedgerAddIntentSettler(kSalesChangeIntentExtension, SettleSalesChange);
     LAccountsSetTaxAccountsCreator(LTaxOptionsCreateDefaultTaxAccounts);
     LBankSetCustomerPaymentPoster(LBankPostCustomerPayment);
   });
