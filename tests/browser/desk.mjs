@@ -105,7 +105,7 @@ try {
   await page.waitForURL(base + 'main');
   assert.equal(await page.locator('h1.companyname').innerText(), 'Boulangerie Martin');
   const chart = await page.locator('details.chartofaccounts').innerText();
-  assert.match(chart, /1110\s+Compte-chèque/);
+  assert.match(chart, /512000\s+Banque/);
   assert.match(chart, /1 500,50 €/);
   await snap(page, 'main-with-chart');
   assert.equal(run(['record', 'get', 'Misc', 'Company', 'Name']).trim(), 'Boulangerie Martin');
