@@ -45,9 +45,9 @@ bool ReadStatements(LBankImportData& data, LAccount& account, const std::string&
     case LStatementFormat::kUnknown: return false;
   }
   LStatementCsvMap map;
-  std::string spec = !data.request.csvMap.empty() ? data.request.csvMap : account.GetString(kBankCsvMapField);
-  if (!spec.empty()) {
-    if (!LStatementCsvMapParse(spec, map, error)) return false;
+  std::string mapText = !data.request.csvMap.empty() ? data.request.csvMap : account.GetString(kBankCsvMapField);
+  if (!mapText.empty()) {
+    if (!LStatementCsvMapParse(mapText, map, error)) return false;
   } else {
     (void)LStatementCsvMapGuess(bytes, map);  // an incomplete mapping is refused by the reader
   }

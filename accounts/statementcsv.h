@@ -32,7 +32,7 @@ struct LStatementCsvMap {
 
 // Reads a SPEC into map (fields not named keep their value). false with error for an unknown
 // name or a bad value.
-[[nodiscard]] bool LStatementCsvMapParse(std::string_view spec, LStatementCsvMap& map, std::string& error);
+[[nodiscard]] bool LStatementCsvMapParse(std::string_view mapText, LStatementCsvMap& map, std::string& error);
 // The SPEC of map, as LStatementCsvMapParse reads it back.
 std::string LStatementCsvMapText(const LStatementCsvMap& map);
 // A mapping guessed from the headings of the first line ("Date", "Libellé", "Montant", "Débit",
