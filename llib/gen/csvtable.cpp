@@ -131,6 +131,9 @@ bool Decode(std::string_view bytes, std::string& text, LCsvEncoding& encoding, s
     if (RefuseNul(bytes, error)) return false;
     text = FromWindows1252(bytes);
   }
+  // A second byte-order mark (a program that marked text already marked) is no part of the
+  // first cell.
+  while (text.compare(0, 3, "\xEF\xBB\xBF") == 0) text.erase(0, 3);
   return !RefuseNul(text, error);
 }
 
@@ -305,8 +308,10 @@ void LCsvTableAppendRow(std::string& out, const std::vector<std::string>& cells)
   for (std::size_t i = 0; i < cells.size(); ++i) {
     if (i > 0) out.push_back(',');
     const std::string& cell = cells[i];
+    // A cell that begins with U+FEFF is quoted so that, first in a file, it is not read as a mark.
     bool quote = cell.find_first_of(",;\t\"\r\n") != std::string::npos ||
-                 (!cell.empty() && (cell.front() == ' ' || cell.back() == ' '));
+                 (!cell.empty() && (cell.front() == ' ' || cell.back() == ' ')) ||
+                 cell.compare(0, 3, "\xEF\xBB\xBF") == 0;
     if (!quote) {
       out.append(cell);
       continue;
