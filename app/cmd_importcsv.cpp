@@ -1,4 +1,4 @@
-// kontavo import csv customers|items|suppliers FILE [--map SPEC] [--dry-run]: the CSV import of
+// kontavo import csv customers|items|suppliers FILE [--map MAP] [--dry-run]: the CSV import of
 // invoice/shared/csvimport.h. Prints what was found (encoding, separator, the column of each
 // field), the counts, and the refused rows with their line numbers; the other rows go in. A file
 // refused whole writes nothing and exits 1 with its reason.

@@ -195,9 +195,9 @@ constexpr LCliCommand kCommands[] = {
      "kontavo import csv customers|items|suppliers|salespersons|groups FILE [--map COLONNE=CHAMP,...] [--dry-run]\n",
      "lit un relevé bancaire OFX ; importe des clients, articles ou fournisseurs d'un fichier CSV", LCmdImport},
     {"bank",
-     "kontavo bank import FILE --account NUMBER [--format ofx|csv|camt|cfonb|qif|mt940] [--csv-map SPEC]\n"
+     "kontavo bank import FILE --account NUMBER [--format ofx|csv|camt|cfonb|qif|mt940] [--csv-map MAP]\n"
      "        [--statement-account ID]\n"
-     "        SPEC: date=N,text=N,(amount=N | debit=N,credit=N)[,ref=N][,sep=;][,decimal=comma|point]\n"
+     "        MAP: date=N,text=N,(amount=N | debit=N,credit=N)[,ref=N][,sep=;][,decimal=comma|point]\n"
      "              [,dates=dmy|mdy][,skip=N][,encoding=utf-8|utf-16|windows-1252]\n"
      "kontavo bank lines --account NUMBER [--unmatched]\n"
      "kontavo bank accept --account NUMBER [LINE[=REF]...] [--all-matched]\n"

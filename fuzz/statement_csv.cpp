@@ -1,5 +1,5 @@
 // Fuzz target: the CSV statement reader and its column mapping over arbitrary bytes. The first
-// line of the input is taken as the mapping SPEC (when it reads as one), the rest as the file;
+// line of the input is taken as the mapping text (when it reads as one), the rest as the file;
 // the mapping guessed from the headings is tried too. See statement_support.h.
 #include <cstdint>
 
