@@ -2,6 +2,7 @@
 // the journal view ("viewjournal" with its refilters and period dialog), the delete, the CSV
 // export and the report.
 #include <algorithm>
+#include <cmath>
 #include <memory>
 
 #include "accounts/accounts.h"
@@ -168,14 +169,20 @@ class LWebJournalEntryDialog : public LWebLedgerDialog {
     AddInput(kTemplateNameControl, "Enregistrer sous le nom :", "", 30);
     form_.Write("<tr><td colspan=2><span id=jeinfo class=info></span></td></tr>");
     EndGroupBox();
-    AddJScript(
-        "function JeAmount(text) { text = String(text).replace(/[\\s\\u00a0\\u202f]/g, '').replace(/[^0-9,.-]/g, '');"
-        " if (text.indexOf(',') >= 0) text = text.replace(/\\./g, '').replace(',', '.');"
-        " var value = parseFloat(text); return isNaN(value) ? 0 : Math.round(value * 100); }\n"
+    // The out-of-balance field follows the typing, amounts read and written the business's way.
+    const LCurrencyFormat& currency = profile.GetCurrencyFormat();
+    AddJScript(LWebFormat(
+        "var jeDecimal = '%s', jeThousands = '%s', jeUnit = %d;\n"
+        "function JeAmount(text) { text = String(text).replace(/[\\s\\u00a0\\u202f]/g, '');"
+        " if (jeThousands && jeThousands != jeDecimal) text = text.split(jeThousands).join('');"
+        " text = text.split(jeDecimal).join('.').replace(/[^0-9.-]/g, '');"
+        " var value = parseFloat(text); return isNaN(value) ? 0 : Math.round(value * jeUnit); }\n"
         "function JeBalance() { var sum = 0; var rows = document.querySelectorAll('#jelines input');"
         " for (var i = 0; i < rows.length; i++) sum += (rows[i].className == 'debit' ? 1 : -1) * JeAmount(rows[i].value);"
-        " document.getElementById('105').value = sum == 0 ? '' : (sum / 100).toFixed(2).replace('.', ','); }\n"
-        "LAddEventListener(window, 'onload', JeBalance);\n");
+        " document.getElementById('105').value = sum == 0 ? '' : (sum / jeUnit).toFixed(%d).replace('.', jeDecimal); }\n"
+        "LAddEventListener(window, 'onload', JeBalance);\n",
+        LJScriptEscape(currency.decimal).c_str(), LJScriptEscape(currency.thousands).c_str(),
+        static_cast<int>(std::pow(10, currency.digits)), currency.digits));
   }
 
   bool CmOk() override {

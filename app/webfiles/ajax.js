@@ -245,6 +245,8 @@ function cancelUpload() {
 function AskQuestion(param, text, title, confirmText, cancelText, offersDontShow, pressed) {
   var old = document.getElementById('questionbox');
   if (old) old.parentNode.removeChild(old);
+  var stale = document.getElementById('errorTag');  // an earlier refusal no longer holds
+  if (stale) stale.parentNode.removeChild(stale);
   var box = document.createElement('div');
   box.id = 'questionbox';
   box.className = 'questionbox';
