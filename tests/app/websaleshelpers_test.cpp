@@ -21,18 +21,22 @@ class WebSalesFlowTest : public WebSalesTest {
 
 TEST_F(WebSalesFlowTest, QuoteBecomesOrderThenInvoiceAndTypedValuesSurviveInTheSession) {
   std::string session = Session();
-  ASSERT_EQ(PostDocument(session, "quoteprop", "id=&101=DUP", {"PAIN||3|"}), "window.location = 'quotelist';\n");
+  // 3 × 2,50 less the document's 10 %, plus 20 % tax: 8,10 €, the same on the order and the invoice.
+  ASSERT_EQ(PostDocument(session, "quoteprop", "id=&101=DUP&9001=10&9002=Remise", {"PAIN||3|"}),
+            "window.location = 'quotelist';\n");
+  EXPECT_EQ(Show("quote", "1")["total"], 810);
   LWebResponse ordered = LHttpGet(port_, "/quoteco?id=1", session);
   EXPECT_EQ(ordered.headers["location"], "orderprop?id=1");
   EXPECT_EQ(Field("Orders", "1", "QuoteNumber"), "1\n");
   EXPECT_EQ(Field("Quotes", "1", "OrderNumber"), "1\n");
-  EXPECT_EQ(Show("order", "1")["total"], 900);
+  EXPECT_EQ(Show("order", "1")["total"], 810);
   EXPECT_NE(LHttpGet(port_, "/quoteco?id=1", session).headers["location"].find("quotelist?msg=Le%20devis%201%20a"),
             std::string::npos);
   EXPECT_NE(Get("/quotelist", session).find("<a href='orderprop?id=1'>Commande 1</a>"), std::string::npos);
   EXPECT_EQ(LHttpGet(port_, "/orderci?id=1", session).headers["location"], "invoiceprop?id=1");
   EXPECT_EQ(Field("Invoices", "1", "QuoteNumber"), "1\n");
   EXPECT_EQ(Field("Invoices", "1", "OrderNumber"), "1\n");
+  EXPECT_EQ(Show("invoice", "1")["total"], 810);
   // A deleted order frees its quote again.
   ASSERT_EQ(LRunKontavo({"order", "delete", "1"}).exitCode, 0);
   EXPECT_EQ(LHttpGet(port_, "/quoteco?id=1", session).headers["location"], "orderprop?id=1");

@@ -60,4 +60,5 @@ class WebSalesTest : public LWebServerTest {
   }
 
   LEnvScope locale_{"LC_ALL", "fr_FR.UTF-8"};
+  LEnvScope country_{"KONTAVO_COUNTRY", "FR"};  // whatever an earlier test of the process set
 };
