@@ -8,7 +8,7 @@ FUZZ_SECONDS ?= 20
 CMAKE      ?= cmake
 CTEST_ARGS ?= --output-on-failure -j $(JOBS) --timeout 900
 
-.PHONY: all deps build build-asan test test-plain test-asan run bench fuzz clean
+.PHONY: all deps build build-asan test test-plain test-asan run package bench fuzz clean
 
 all: build
 
@@ -28,14 +28,19 @@ test-plain: build
 
 test-asan: build-asan
 	cd $(ASAN_BUILD) && ASAN_OPTIONS=detect_leaks=1:abort_on_error=1 \
+	  LSAN_OPTIONS=suppressions=$(CURDIR)/tests/lsan.supp:print_suppressions=0 \
 	  UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1 ctest $(CTEST_ARGS)
 
 test: test-plain test-asan
 
-# Opens the primary business and serves it on the web port (1098 unless set); Ctrl-C stops it.
+# Starts the service in the background when it is not running (web port 1098 unless set) and
+# opens the desk in the browser; without a display it prints the one-time logon link.
 run: build
-	./$(BUILD)/kontavo init
-	./$(BUILD)/kontavo serve
+	./$(BUILD)/kontavo desk
+
+# The Debian package of the program (binary in /usr/bin, web files in /usr/share/kontavo).
+package: build
+	cd $(BUILD) && cpack -G DEB
 
 bench: deps
 	$(CMAKE) -S . -B $(BENCH_BUILD) -DCMAKE_BUILD_TYPE=Release -DKONTAVO_BENCH=ON -DKONTAVO_TESTS=OFF

@@ -9,6 +9,8 @@
 #include <cstdio>
 
 #include "accounts/accounts.h"
+#include "accounts/audittrail.h"
+#include "accounts/banklines.h"
 #include "accounts/bills.h"
 #include "accounts/ledger.h"
 #include "accounts/ledgerlock.h"
@@ -21,10 +23,11 @@
 namespace {
 
 // Rewrites the rows of one day file that name the old number; the other rows keep their text.
-// The file stays locked (exclusively) from the read to the last byte written. Returns the rows
-// changed.
+// The file stays locked (exclusively) from the read until its new text, written beside it, is
+// renamed over it. Returns the rows changed, or -1 when the new text could not be written (the
+// file is then unchanged).
 long RenumberDayFile(const std::string& path, const LAccountRenumberProcess& data) {
-  LLockedFile file(path, O_RDWR, LOCK_EX, kLedgerLockTimeoutMs);
+  LLockedFile file = LLockedFile::OpenCurrent(path, O_RDWR, LOCK_EX, kLedgerLockTimeoutMs);
   if (!file.IsOpen()) return 0;
   // Our own exclusive lock stands in for the reader's shared one: it tries once and goes on.
   LCSVFileReader reader(path, 0);
@@ -44,11 +47,7 @@ long RenumberDayFile(const std::string& path, const LAccountRenumberProcess& dat
   }
   reader.Close();
   if (nChanged == 0) return 0;
-  ::lseek(file.Get(), 0, SEEK_SET);
-  LRobustWrite(file.Get(), content.data(), content.size());
-  while (::ftruncate(file.Get(), static_cast<off_t>(content.size())) != 0 && errno == EINTR) {
-  }
-  return nChanged;
+  return LFile::WriteAllAtomic(path, content) ? nChanged : -1;
 }
 
 void RenumberBills(const LProfile& profile, const LAccountRenumberProcess& data) {
@@ -91,6 +90,10 @@ LProcessResult Process(LProcessInterface& process, LAccountRenumberProcess& data
     const std::string& name = names[i];
     if (name.size() < 5 || name.compare(name.size() - 4, 4, ".csv") != 0) continue;
     long nChanged = RenumberDayFile(LFile::MakeFilePath(folder, name), data);
+    if (nChanged < 0) {
+      process.SetError(kRenumberFailedMessage);
+      return kProcessFailed;
+    }
     data.nRowsChanged += nChanged;
     if (nChanged > 0) ++data.nDayFilesChanged;
     process.SetProgress(static_cast<double>(i + 1) / static_cast<double>(names.size()));
@@ -99,7 +102,12 @@ LProcessResult Process(LProcessInterface& process, LAccountRenumberProcess& data
   LTextBuffer oldReconcile, newReconcile;
   LReconcileGetCSVFilePath(profile, oldReconcile, data.oldNumber);
   LReconcileGetCSVFilePath(profile, newReconcile, data.newNumber);
-  if (LFile::Exists(oldReconcile) && !LFile::Exists(newReconcile)) ::rename(oldReconcile, newReconcile);
+  if (LFile::Exists(oldReconcile) && !LFile::Exists(newReconcile) && !LRobustRename(oldReconcile, newReconcile)) {
+    LLogWriteFailure("rename", oldReconcile, errno);
+    process.SetError(kRenumberFailedMessage);
+    return kProcessFailed;
+  }
+  LBankLinesRenumber(profile, data.oldNumber, data.newNumber);
 
   RenumberOptions(profile, data);
   RenumberBills(profile, data);
@@ -114,5 +122,7 @@ LProcessResult Process(LProcessInterface& process, LAccountRenumberProcess& data
     process.SetError(kRenumberFailedMessage);
     return kProcessFailed;
   }
+  LAuditAppend(profile, {std::string(kAuditRenumber), data.oldNumber + " -> " + data.newNumber, {}, 0,
+                         std::to_string(data.nRowsChanged) + " lignes"});
   return kProcessFinished;
 }

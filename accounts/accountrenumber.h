@@ -1,8 +1,8 @@
 // Changing an account's number everywhere it is stored: column 4 of every day-file row that names
-// it, the name of its reconciliation file, the linked-account slots, the bills that name it as
-// payable or item account, the journal entry's remembered account, and finally the key of the
-// account record itself. Documents of the sales side name accounts by description and need no
-// change.
+// it, the names of its reconciliation file and of its statement lines, the linked-account slots,
+// the bills that name it as payable or item account, the journal entry's remembered account,
+// and finally the key of the account record itself. Documents of the sales side name accounts by
+// description and need no change.
 //
 // It runs as a long operation under the progress title "Modifier le numéro de compte", holding
 // the ledger lock from the first file to the record's new key, so no posting lands half on the

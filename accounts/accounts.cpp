@@ -82,13 +82,21 @@ void MarkUsed(LAccount& account) {
 
 }  // namespace
 
-void LAccount::AddBalance(int year, int month, long long amount) {
-  int monthIndex = year * 12 + month - 1;
+void LAccount::AddToBucket(int monthIndex, long long amount) {
   std::string field = LAccountBucketField(monthIndex);
   SetInt64(field, GetInt64(field, 0) + amount);
   if (!TestFieldExists("BalanceFirst") || GetInt("BalanceFirst", 0) > monthIndex) SetInt("BalanceFirst", monthIndex);
   MarkUsed(*this);
+}
+
+void LAccount::AddBalance(int year, int month, long long amount) {
+  AddToBucket(year * 12 + month - 1, amount);
   Flush();
+}
+
+void LAccount::MoveBalance(int monthIndex, long long amount) {
+  AddToBucket(monthIndex, amount);
+  SetInt64("TotalBalance", GetTotalBalance() + amount);
 }
 
 void LAccount::IncrementTotalBalance(long long amount) {
@@ -133,8 +141,7 @@ void LAccount::UpdateOpeningBalance(LProfile& profile, long long amount) {
   SetInt64("TotalBalance", GetTotalBalance() + change);
   MarkUsed(*this);
   Flush();
-  std::string historical;
-  LGetAccountNumberUsingName(accounts, kHistoricalBalanceDescription, historical);
+  std::string historical = LGetOpeningBalanceAccountNumber(profile);
   if (historical.empty()) return;
   LAccount balancing;
   if (historical == number) {
@@ -191,6 +198,11 @@ std::string LGetAccountNumberUsingDescription(const LProfile& profile, std::stri
   std::string number;
   LGetAccountNumberUsingName(list, description, number);
   return number;
+}
+
+std::string LGetOpeningBalanceAccountNumber(const LProfile& profile) {
+  std::string number = LGetAccountNumberUsingDescription(profile, kHistoricalBalanceDescription);
+  return number.empty() ? LGetAccountNumberUsingDescription(profile, kOpeningBalanceSheetDescription) : number;
 }
 
 void LCreateAccount(LProfile& profile, std::string_view number, std::string_view description, AccountType type,

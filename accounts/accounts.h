@@ -23,8 +23,10 @@ class LProfile;
 
 inline constexpr std::string_view kAccountsList = "Accounts";
 inline constexpr int kDefaultAccountDigits = 4;
-// The equity account that balances every opening balance; found by this description.
+// The equity account that balances every opening balance; found by this description, or in the
+// French general chart by the second.
 inline constexpr std::string_view kHistoricalBalanceDescription = "Comptabilité historique";
+inline constexpr std::string_view kOpeningBalanceSheetDescription = "Bilan d'ouverture";
 
 enum AccountType : int {
   kAccountAsset = 1,
@@ -73,6 +75,8 @@ class LAccount : public LRecord {
   void AddBalance(int year, int month, long long amount);
   // Adds amount to "TotalBalance", marks the account used, and flushes.
   void IncrementTotalBalance(long long amount);
+  // Both at once without flushing: what one posting does to an account, saved by one flush.
+  void MoveBalance(int monthIndex, long long amount);
   // "TotalBalance" back to the opening balance (not flushed).
   void ResetTotalBalance();
   // "OpeningBalance" plus every bucket from "BalanceFirst" to (year, month) included; the
@@ -83,10 +87,14 @@ class LAccount : public LRecord {
 
   // Sets the opening balance from an amount on the account's natural side (stored negated for
   // liability, equity and income). When it changes by d: "TotalBalance" += d, the account is
-  // marked used and flushed, and the first "Comptabilité historique" account takes -d on both
-  // its opening and total balance, so that opening balances always sum to zero. Takes the
-  // ledger lock itself and re-reads the record under it (pending changes are flushed first).
+  // marked used and flushed, and the opening-balance account (LGetOpeningBalanceAccountNumber)
+  // takes -d on both its opening and total balance, so that opening balances always sum to zero.
+  // Takes the ledger lock itself and re-reads the record under it (pending changes are flushed
+  // first).
   void UpdateOpeningBalance(LProfile& profile, long long amount);
+
+ private:
+  void AddToBucket(int monthIndex, long long amount);
 };
 
 // "Balance%d" of a month index.
@@ -113,6 +121,9 @@ int LAccountGetNumberOfDigits(const LProfile& profile);
 // (case-sensitive); empty when none.
 void LGetAccountNumberUsingName(LAccountList& list, std::string_view description, std::string& numberOut);
 std::string LGetAccountNumberUsingDescription(const LProfile& profile, std::string_view description);
+// The account that balances opening balances: the first described "Comptabilité historique",
+// else "Bilan d'ouverture"; empty when the chart has neither.
+std::string LGetOpeningBalanceAccountNumber(const LProfile& profile);
 
 // An existing number only brings a deleted account back ("Deleted" = "0"), changing nothing
 // else; otherwise the account is created with these values and "Header" = "0".

@@ -1,5 +1,7 @@
 #include "accounts/accounttotaller.h"
 
+#include "accounts/ledgerintent.h"
+
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
@@ -57,6 +59,7 @@ void AddJournalRange(const LProfile& profile, std::string_view from, std::string
 // Totals one business into the result; false when a stop was asked after its accounts.
 bool TotalBusiness(LProcessInterface& process, const LProfile& profile, double factor,
                    const LAccountTotalerSplit& split, LAccountTotalerProcess& totaler) {
+  LLedgerSettleInterrupted(profile);  // the month buckets read below must match the day files
   LAccountList accounts(profile);
   for (LDataStoreListIterator<LFileStoreDataStore, LAccount> it(accounts); it.IsValid(); it.Next()) {
     const LAccount& account = it.Get();

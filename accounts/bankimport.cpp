@@ -45,9 +45,9 @@ bool ReadStatements(LBankImportData& data, LAccount& account, const std::string&
     case LStatementFormat::kUnknown: return false;
   }
   LStatementCsvMap map;
-  std::string spec = !data.request.csvMap.empty() ? data.request.csvMap : account.GetString(kBankCsvMapField);
-  if (!spec.empty()) {
-    if (!LStatementCsvMapParse(spec, map, error)) return false;
+  std::string mapText = !data.request.csvMap.empty() ? data.request.csvMap : account.GetString(kBankCsvMapField);
+  if (!mapText.empty()) {
+    if (!LStatementCsvMapParse(mapText, map, error)) return false;
   } else {
     (void)LStatementCsvMapGuess(bytes, map);  // an incomplete mapping is refused by the reader
   }
@@ -99,10 +99,11 @@ bool ChooseStatements(LBankImportData& data, LAccount& account, std::vector<LSta
   return true;
 }
 
-// Matches the open lines of store against the ledger (the caller saves). A line that held a
-// transaction since deleted from the ledger (within the dates looked at) is open again.
-void MatchOpenLines(LProfile& profile, std::string_view account, LBankLineStore& store) {
-  std::string from, to;
+// Matches the open lines of store against the ledger (the caller saves). The dates looked at are
+// those of the open lines and from..to (the statement just read; may be empty); a line that held
+// a transaction since deleted from the ledger within them is open again.
+void MatchOpenLines(LProfile& profile, std::string_view account, LBankLineStore& store, std::string from,
+                    std::string to) {
   for (const LBankLine& line : store.Lines()) {
     if (line.HoldsLedgerLine()) continue;
     if (from.empty() || line.date < from) from = line.date;
@@ -180,10 +181,13 @@ LProcessResult Process(LProcessInterface& process, LBankImportData& data) {
   LBankLineStore store(profile, request.account);
   std::map<std::string, int> occurrences;  // date|amount|text -> lines seen so far
   std::vector<std::string> keys;
+  std::string from, to;  // the statement's first and last dates
   std::size_t nLines = 0;
   for (const LStatementAccount& statement : chosen) nLines += statement.lines.size();
   for (const LStatementAccount& statement : chosen) {
     for (const LStatementEntry& line : statement.lines) {
+      if (from.empty() || line.date < from) from = line.date;
+      if (line.date > to) to = line.date;
       int& seen = occurrences[line.date + "|" + std::to_string(line.amount) + "|" + line.text];
       std::string key = LBankLineKey(line, seen++);
       LBankImportedLine imported;
@@ -205,7 +209,7 @@ LProcessResult Process(LProcessInterface& process, LBankImportData& data) {
   if (process.IsToStop()) return kProcessCancelled;
   process.SetStatus("Rapprochement avec le grand livre", 0);
   process.SetProgress(0.5);
-  MatchOpenLines(profile, request.account, store);
+  MatchOpenLines(profile, request.account, store, from, to);
   if (!store.Save()) {
     Fail(process, data, "Impossible d'enregistrer les lignes du relevé du compte " + request.account + ".");
     return kProcessFailed;
@@ -222,6 +226,6 @@ LProcessResult Process(LProcessInterface& process, LBankImportData& data) {
 
 bool LBankRematch(LProfile& profile, std::string_view account) {
   LBankLineStore store(profile, account);
-  MatchOpenLines(profile, account, store);
+  MatchOpenLines(profile, account, store, "", "");
   return store.Save();
 }

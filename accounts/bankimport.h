@@ -29,7 +29,7 @@ struct LBankImportRequest {
   std::string account;           // the bank account's number in the chart
   std::string path;              // the statement file
   LStatementFormat format = LStatementFormat::kUnknown;  // kUnknown: found from the content
-  std::string csvMap;            // column mapping SPEC; empty: remembered or guessed
+  std::string csvMap;            // column mapping text; empty: remembered or guessed
   std::string statementAccount;  // the bank's account number to take; empty: remembered or only one
 };
 

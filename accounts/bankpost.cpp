@@ -1,5 +1,6 @@
 #include "accounts/bankpost.h"
 
+#include <atomic>
 #include <cctype>
 #include <cstdlib>
 
@@ -10,6 +11,7 @@
 #include "accounts/ledger.h"
 #include "accounts/references.h"
 #include "invoice/shared/profile.h"
+#include "llib/gen/date.h"
 #include "llib/gen/system.h"
 
 namespace {
@@ -42,33 +44,50 @@ bool LBankPostLine(LProfile& profile, std::string_view account, std::string_view
   return true;
 }
 
-bool LBankPostToAccount(LProfile& profile, std::string_view account, std::string_view lineId,
-                        std::string_view toAccount, std::string_view description, std::string& reference,
-                        std::string& error) {
-  if (!LAccountIsLive(profile, toAccount)) {
-    error = LAccountNotInChartMessage(toAccount);
+bool LBankRecordTransaction(LProfile& profile, std::string_view account, std::string_view date, long long amount,
+                            std::string_view toAccount, std::string_view description, std::string& reference,
+                            std::string& error) {
+  LDate day;
+  if (!LDate::Parse(date, day)) {
+    error = "Date invalide : " + std::string(date) + ".";
     return false;
+  }
+  for (std::string_view number : {account, toAccount}) {
+    if (!LAccountIsLive(profile, number)) {
+      error = LAccountNotInChartMessage(number);
+      return false;
+    }
   }
   if (toAccount == account) {
     error = "Le compte de contrepartie doit différer du compte bancaire.";
     return false;
   }
-  auto poster = [&](const LBankLine& line, std::string& ledgerDate, std::string& ref, std::string&) {
-    ref = LFormatReference(LReferencePrefix(profile, kGeneralJournalCounter),
-                           LTakeReferenceNumber(profile, kGeneralJournalCounter));
+  if (amount == 0) {
+    error = "Le montant ne peut pas être nul.";
+    return false;
+  }
+  reference = LFormatReference(LReferencePrefix(profile, kGeneralJournalCounter),
+                               LTakeReferenceNumber(profile, kGeneralJournalCounter));
+  LLedgerTransaction txn(date, reference, kTxnTypeGeneral);
+  std::string user = LGetPostingUserName();
+  txn.AddLine(account, description, amount, user, "", "");
+  txn.AddLine(toAccount, description, -amount, user, "", "");
+  if (LAccountTransactionRecord(profile, txn)) return true;
+  error = "Impossible d'écrire la transaction dans le grand livre.";
+  return false;
+}
+
+bool LBankPostToAccount(LProfile& profile, std::string_view account, std::string_view lineId,
+                        std::string_view toAccount, std::string_view description, std::string& reference,
+                        std::string& error) {
+  auto poster = [&](const LBankLine& line, std::string& ledgerDate, std::string& ref, std::string& message) {
     std::string text = description.empty() ? line.text : std::string(description);
-    LLedgerTransaction txn(line.date, ref, kTxnTypeGeneral);
-    std::string user = LGetPostingUserName();
-    txn.AddLine(account, text, line.amount, user, "", "");
-    txn.AddLine(toAccount, text, -line.amount, user, "", "");
-    if (!LAccountTransactionRecord(profile, txn)) return false;
+    if (!LBankRecordTransaction(profile, account, line.date, line.amount, toAccount, text, ref, message)) return false;
     ledgerDate = line.date;
     LBankRememberPayee(profile, line.text, toAccount);
     return true;
   };
-  if (LBankPostLine(profile, account, lineId, poster, reference, error)) return true;
-  if (error.empty()) error = "Impossible d'écrire la transaction dans le grand livre.";
-  return false;
+  return LBankPostLine(profile, account, lineId, poster, reference, error);
 }
 
 bool LBankPostBillPayment(LProfile& profile, std::string_view account, std::string_view lineId,
@@ -95,6 +114,15 @@ bool LBankPostBillPayment(LProfile& profile, std::string_view account, std::stri
   };
   return LBankPostLine(profile, account, lineId, poster, reference, error);
 }
+
+namespace {
+
+std::atomic<LBankCustomerPaymentPoster> customerPaymentPoster{nullptr};
+
+}  // namespace
+
+void LBankSetCustomerPaymentPoster(LBankCustomerPaymentPoster poster) { customerPaymentPoster = poster; }
+LBankCustomerPaymentPoster LBankGetCustomerPaymentPoster() { return customerPaymentPoster; }
 
 std::string LBankPayeeKey(std::string_view text) {
   std::string key;

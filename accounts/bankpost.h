@@ -36,9 +36,25 @@ using LBankLinePoster = std::function<bool(const LBankLine& line, std::string& l
                                       std::string_view toAccount, std::string_view description,
                                       std::string& reference, std::string& error);
 
+// A bank transaction entered by hand: a general transaction on date (the general journal's next
+// reference), the bank account +amount (money in positive), toAccount -amount. Refused: an
+// account not in the chart, the same account on both sides, a zero amount, a date that is not a
+// day.
+[[nodiscard]] bool LBankRecordTransaction(LProfile& profile, std::string_view account, std::string_view date,
+                                          long long amount, std::string_view toAccount, std::string_view description,
+                                          std::string& reference, std::string& error);
+
 // A bill payment to supplier of the line's amount (money out), paid from the bank account.
 [[nodiscard]] bool LBankPostBillPayment(LProfile& profile, std::string_view account, std::string_view lineId,
                                         std::string_view supplier, std::string& reference, std::string& error);
+
+// The sales side's posting of a line as a customer payment (invoice/sales/bankpayment.h), for the
+// ledger-side pages that offer it; null until the sales side installs it.
+using LBankCustomerPaymentPoster = bool (*)(LProfile& profile, std::string_view account, std::string_view lineId,
+                                            std::string_view customer, std::string& reference,
+                                            std::string& paymentKey, std::string& error);
+void LBankSetCustomerPaymentPoster(LBankCustomerPaymentPoster poster);
+LBankCustomerPaymentPoster LBankGetCustomerPaymentPoster();
 
 // The key under which a payee is remembered: the first three plain words of text without
 // digits; empty when there are none.

@@ -2,25 +2,9 @@
 // with an include list is made only for those countries, one with an exclude list for every
 // other country. The tax accounts 2390 and 2410 therefore carry the name of the country's tax.
 #include "accounts/accounts.h"
-#include "invoice/shared/options.h"
-#include "invoice/shared/profile.h"
-#include "llib/gen/locale.h"
+#include "accounts/chartrows.h"
 
 namespace {
-
-struct LDefaultAccountRow {
-  std::string_view number;
-  std::string_view description;
-  AccountType type;
-  int subClass;  // what the number rule gives; the chart relies on the rule and does not store it
-  bool header;
-  bool cash;
-  AccountClassification classification;
-  bool taxIncluded;
-  int slot;  // linked-account slot set to this account, 0 none
-  std::string_view onlyCountries;  // ISO 3166 codes separated by blanks; empty: every country
-  std::string_view notCountries;   // the same; empty: none excluded
-};
 
 constexpr bool H = true;   // heading
 constexpr bool C = true;   // cash
@@ -29,7 +13,7 @@ constexpr AccountClassification k0 = kClassificationNone;
 constexpr AccountClassification k1 = kClassificationOperating;
 constexpr AccountClassification k3 = kClassificationFinancing;
 
-const LDefaultAccountRow kDefaultChart[] = {
+const LChartRow kDefaultChart[] = {
     {"1110", "Compte-chèque", kAccountAsset, 0, false, C, k0, false, 1, "", ""},
     {"1120", "Compte épargne", kAccountAsset, 0, false, C, k0, false, 0, "", ""},
     {"1150", "Fonds non déposés", kAccountAsset, 0, false, C, k0, false, 1, "", ""},
@@ -86,52 +70,10 @@ const LDefaultAccountRow kDefaultChart[] = {
     {"6930", "Impôts sur le revenu versés", kAccountExpense, 2, false, false, k0, T, 0, "", ""},
 };
 
-bool Contains(std::string_view countries, std::string_view country) {
-  for (std::size_t at = 0; at + 2 <= countries.size(); at += 3)
-    if (countries.substr(at, 2) == country) return true;
-  return false;
-}
-
-bool RowApplies(const LDefaultAccountRow& row, std::string_view country) {
-  if (!row.onlyCountries.empty()) return Contains(row.onlyCountries, country);
-  return !Contains(row.notCountries, country);
-}
-
-// The business's country: the one its options were set up for, else the system's.
-std::string BusinessCountry(const LOptions& options) {
-  std::string country = options.GetString("CountryCode");
-  return country.empty() ? LGetSystemLocale().countryCode : country;
-}
-
-LTaxAccountsCreator gTaxAccountsCreator = nullptr;
-
 }  // namespace
 
-void LAccountsSetTaxAccountsCreator(LTaxAccountsCreator creator) { gTaxAccountsCreator = creator; }
-
 void LAccountListCreateDefault(LProfile& profile) {
-  LOptions options;
-  options.OpenFrom(profile);
-  std::string country = BusinessCountry(options);
-  LAccountList accounts(profile);
-  LAccount account;
-  for (const LDefaultAccountRow& row : kDefaultChart) {
-    if (!RowApplies(row, country)) continue;
-    bool exists = accounts.Open(account, row.number);
-    if (!exists || account.IsDeleted()) {
-      if (!exists) accounts.CreateNewRecord(account, row.number);
-      else account.SetBool("Deleted", false);
-      account.SetString("Description", row.description);
-      account.SetInt("Type", row.type);
-      account.SetBool("Header", row.header);
-      account.SetBool("Cash", row.cash);
-      account.SetInt("Classification", row.classification);
-      account.SetBool("TaxIncluded", row.taxIncluded);
-    }
-    account.Invalidate();
-    // A later row takes the slot of an earlier one: slot 1 ends as 1150, on purpose.
-    if (row.slot != 0) options.SetDefAccountNumber(row.slot, row.number);
-  }
-  options.Flush();
-  if (gTaxAccountsCreator != nullptr) gTaxAccountsCreator(profile);
+  // The sub-class of these accounts follows from their numbers.
+  LAccountListApplyChartRows(profile, kDefaultChart, false);
+  LAccountsCreateTaxAccounts(profile);
 }

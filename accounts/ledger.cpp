@@ -9,6 +9,8 @@
 #include <unistd.h>
 
 #include "accounts/accounts.h"
+#include "accounts/audittrail.h"
+#include "accounts/ledgerintent.h"
 #include "accounts/ledgerlock.h"
 #include "invoice/shared/profile.h"
 #include "llib/gen/csv.h"
@@ -58,37 +60,50 @@ void LReconcileGetCSVFilePath(const LProfile& profile, LTextBuffer& out, std::st
 
 // ---- Posting ----------------------------------------------------------------------------------
 
-bool LLedgerTransactionRecord(const LProfile& profile, const LLedgerTransaction& txn) {
+namespace {
+
+// Appends txn's rows; with an intent, writes it once the place of the rows is known.
+bool AppendRows(const LProfile& profile, const LLedgerTransaction& txn, LLedgerIntent* intent) {
   LTextBuffer path;
   if (!LLedgerGetCSVFilePath(profile, path, txn.GetDate())) return false;
-  LLockedFile file(path, O_RDWR | O_CREAT, LOCK_EX, kLedgerLockTimeoutMs, 0666);
-  if (!file.IsOpen()) return false;
-  if (::lseek(file.Get(), 0, SEEK_END) < 0) return false;
-  bool written = true;
-  for (const auto& line : txn.Lines()) written = line.AppendToCSV(file.Get()) && written;
-  return written;
+  // Deletes replace a day file by renaming: the lock is taken on the file the path names.
+  LLockedFile file = LLockedFile::OpenCurrent(path, O_RDWR | O_CREAT, LOCK_EX, kLedgerLockTimeoutMs, 0666);
+  if (!file.IsOpen()) {
+    LLogWriteFailure("open", path, file.OpenErrno());
+    return false;
+  }
+  off_t end = ::lseek(file.Get(), 0, SEEK_END);
+  if (end < 0) return false;
+  // The whole transaction in one write; a write that fails midway is cut back off, so the day
+  // file never holds half a transaction.
+  std::string rows;
+  for (const auto& line : txn.Lines()) rows += line.BuildCSVRow();
+  if (intent != nullptr && !intent->BeginPosting(txn, end, rows)) return false;
+  if (LRobustWrite(file.Get(), rows.data(), rows.size())) return true;
+  LLogWriteFailure("write", path, errno);
+  if (!LRobustTruncate(file.Get(), end)) LLogWriteFailure("truncate", path, errno);
+  return false;
+}
+
+}  // namespace
+
+bool LLedgerTransactionRecord(const LProfile& profile, const LLedgerTransaction& txn) {
+  return AppendRows(profile, txn, nullptr);
 }
 
 bool LAccountTransactionRecord(LProfile& profile, const LLedgerTransaction& txn) {
   if (!txn.HasLines()) return true;
   LLedgerLock lock(profile);
-  if (!LLedgerTransactionRecord(profile, txn)) return false;
-  _LAccountTransactionRecord(profile, txn, +1);
-  return true;
-}
-
-void _LAccountTransactionRecord(LProfile& profile, const LLedgerTransaction& txn, int sign) {
-  LDate day;
-  if (!LDate::Parse(txn.GetDate(), day)) return;  // never recorded: there is nothing to undo
-  LAccountList accounts(profile);
-  LAccount account;
-  for (const auto& line : txn.Lines()) {
-    if (!accounts.Open(account, line.account)) continue;
-    long long amount = line.amount * sign;
-    account.AddBalance(day.year, day.month, amount);
-    account.IncrementTotalBalance(amount);
-    account.Invalidate();
+  LLedgerIntent intent(profile);
+  intent.AddTransaction(txn, +1);
+  if (!AppendRows(profile, txn, &intent)) {
+    intent.End();  // the rows were not written (or were cut back): nothing changed
+    return false;
   }
+  // Balances not saved keep the intent, which the next holder of the ledger lock settles.
+  if (intent.ApplyBalances()) intent.End();
+  LAuditAppendTransaction(profile, kAuditPost, txn);
+  return true;
 }
 
 // ---- Reading ----------------------------------------------------------------------------------
@@ -119,18 +134,18 @@ bool LLedgerTransactionLoadAndReverse(const LProfile& profile, LLedgerTransactio
   // The editor would create a missing file; a day without a file has nothing to take out.
   if (!LLedgerGetCSVFilePath(profile, path, date) || !LFile::Exists(path)) return false;
   std::string type;
-  {
-    LCSVFileEditor editor(path, kLedgerLockTimeoutMs);
-    for (; editor.HasRow(); editor.Next()) {
-      if (!SameReference(ReferenceOfRow(editor.GetLine()), LTruncated(reference, kMaxTextBytes))) {
-        editor.RowAccept();
-        continue;
-      }
-      LLedgerJournalLine& line = txn.AppendLine({});
-      line.LoadFromCSVRow(editor.GetLine());
-      type = line.type;
+  LCSVFileEditor editor(path, kLedgerLockTimeoutMs);
+  for (; editor.HasRow(); editor.Next()) {
+    if (!SameReference(ReferenceOfRow(editor.GetLine()), LTruncated(reference, kMaxTextBytes))) {
+      editor.RowAccept();
+      continue;
     }
-  }  // the editor writes the kept rows back here
+    LLedgerJournalLine& line = txn.AppendLine({});
+    line.LoadFromCSVRow(editor.GetLine());
+    type = line.type;
+  }
+  // A day file that could not be rewritten still holds the transaction: nothing was taken out.
+  if (!editor.Finish()) txn.ClearLines();
   if (!txn.HasLines()) return false;
   txn.SetDate(date);
   txn.SetReference(reference);

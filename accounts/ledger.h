@@ -62,8 +62,6 @@ class LLedgerJournalLine {
 
   // The row text with its CR LF, written by the CSV row writer.
   std::string BuildCSVRow() const;
-  // Writes the whole row with one write on an open file; true when every byte went out.
-  bool AppendToCSV(int fd) const;
   // Fills the line from the reader's current row (missing columns read empty). The extra data
   // is emptied before column 8 is decoded into it. The reader does not move.
   void LoadFromCSV(const LCSVFileReader& reader);
@@ -135,13 +133,11 @@ inline constexpr std::string_view kLedgerNotWrittenMessage = "Impossible d'écri
 // day or the file cannot be opened: nothing is written then.
 [[nodiscard]] bool LLedgerTransactionRecord(const LProfile& profile, const LLedgerTransaction& txn);
 // The posting entry point of every document: under the ledger lock, appends the rows and, only if
-// that succeeded, adds each amount to its account's balances. A transaction without lines does
-// nothing and counts as recorded. false when the rows could not be written (balances untouched).
+// that succeeded, adds each amount to its account's balances (month bucket of the date and
+// total; lines naming no account record are skipped). A transaction without lines does nothing
+// and counts as recorded. false when the rows could not be written (balances untouched). A
+// crash midway is settled by the next holder of the ledger lock (accounts/ledgerintent.h).
 [[nodiscard]] bool LAccountTransactionRecord(LProfile& profile, const LLedgerTransaction& txn);
-// Applies each line's amount * sign to its account: the month bucket of the transaction's date
-// and the total. Lines whose account record does not exist are skipped. Callers hold the ledger
-// lock.
-void _LAccountTransactionRecord(LProfile& profile, const LLedgerTransaction& txn, int sign);
 
 // ---- Reading ----------------------------------------------------------------------------------
 

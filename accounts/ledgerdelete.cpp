@@ -6,9 +6,11 @@
 #include <mutex>
 #include <string>
 
+#include "accounts/audittrail.h"
 #include "accounts/billpayments.h"
 #include "accounts/bills.h"
 #include "accounts/ledger.h"
+#include "accounts/ledgerintent.h"
 #include "accounts/ledgerlock.h"
 #include "llib/gen/csv.h"
 #include "llib/gen/file.h"
@@ -63,9 +65,18 @@ LDocumentDeleteRoute FindRoute(std::string_view type) {
 bool LAccountTransactionDelete(LProfile& profile, std::string_view date, std::string_view reference) {
   LLedgerLock lock(profile);
   LLedgerTransaction txn;
-  if (!LLedgerTransactionLoadAndReverse(profile, txn, date, reference)) return false;
+  if (!LLedgerTransactionLoad(profile, txn, date, reference)) return false;
+  LLedgerIntent intent(profile);
+  intent.AddTransaction(txn, -1);
+  if (!intent.BeginDeleting(date, reference)) return false;
+  if (!LLedgerTransactionLoadAndReverse(profile, txn, date, reference)) {
+    intent.End();  // the day file could not be rewritten: it still holds the transaction
+    return false;
+  }
   for (const auto& line : txn.Lines()) RemoveReconciledRow(profile, line, reference);
-  _LAccountTransactionRecord(profile, txn, -1);
+  // Balances not saved keep the intent, which the next holder of the ledger lock settles.
+  if (intent.ApplyBalances()) intent.End();
+  LAuditAppendTransaction(profile, kAuditDelete, txn);
   return true;
 }
 

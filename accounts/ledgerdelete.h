@@ -15,7 +15,8 @@
 class LProfile;
 
 // Removes (date, reference) from the ledger, the reconciliation files and the balances, under the
-// ledger lock. false when the ledger holds no such transaction (nothing is changed then).
+// ledger lock. false when the ledger holds no such transaction or its day file could not be
+// rewritten (nothing is changed then).
 [[nodiscard]] bool LAccountTransactionDelete(LProfile& profile, std::string_view date, std::string_view reference);
 
 // Deletes the document whose identifier is document when its "JournalTxnRef" equals reference,

@@ -70,11 +70,6 @@ std::string LLedgerJournalLine::BuildCSVRow() const {
   return row.GetText() + "\r\n";
 }
 
-bool LLedgerJournalLine::AppendToCSV(int fd) const {
-  std::string text = BuildCSVRow();
-  return LRobustWrite(fd, text.data(), text.size());
-}
-
 void LLedgerJournalLine::LoadFromCSV(const LCSVFileReader& reader) { LoadFromCSVRow(reader.GetLine()); }
 
 void LLedgerJournalLine::LoadFromCSVRow(std::string_view rowText, std::string* amountText) {

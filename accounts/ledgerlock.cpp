@@ -7,6 +7,7 @@
 #include <map>
 
 #include "accounts/ledger.h"
+#include "accounts/ledgerintent.h"
 
 namespace {
 
@@ -43,6 +44,13 @@ LLedgerLock::LLedgerLock(const LProfile& profile) {
     int fd = LRobustOpen(path_, O_RDWR | O_CREAT, 0666);
     if (fd >= 0) file_ = LLockedFile(fd, LockWithin(fd, kRecordLockTimeoutMs));
     held.locked = file_.Locked();
+    // Whatever a killed holder left half done is settled before this one looks at the books.
+    // Without the lock another live holder may be midway: its intent is not to be touched.
+    if (held.locked) {
+      ++held.depth;  // settling saves records and may come back here: no second wait
+      LLedgerSettleIntents(profile);
+      --held.depth;
+    }
   }
   // Counted even when the wait ran out, so that inner holders do not wait a second time.
   ++held.depth;

@@ -8,6 +8,9 @@
 // Lock order: ledger lock, then a day file's lock, then a record file's lock. Nothing that holds
 // a day-file or record lock asks for the ledger lock.
 //
+// Taking the lock settles first what a killed holder left half done (accounts/ledgerintent.h), so
+// every holder finds the day files and the balances in step.
+//
 // The lock is re-entrant within one thread (a posting inside a journal-entry save takes it
 // again without waiting on itself). Between threads and processes it excludes: every holder opens
 // its own descriptor, and flock locks belong to the open file description. Like every lock of

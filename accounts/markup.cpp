@@ -40,7 +40,7 @@ void AppendDecoded(std::string_view raw, std::string& out) {
         out += '&';
         continue;
       }
-      LAppendUtf8(code > 0x10FFFF ? 0xFFFD : static_cast<char32_t>(code), out);
+      LAppendUtf8(code == 0 || code > 0x10FFFF ? 0xFFFD : static_cast<char32_t>(code), out);
     } else {
       out += '&';
       continue;

@@ -112,19 +112,19 @@ std::vector<std::string> LStatementCsvSplit(std::string_view line, char separato
   return cells;
 }
 
-bool LStatementCsvMapParse(std::string_view spec, LStatementCsvMap& map, std::string& error) {
-  while (!spec.empty()) {
+bool LStatementCsvMapParse(std::string_view mapText, LStatementCsvMap& map, std::string& error) {
+  while (!mapText.empty()) {
     // "sep=," holds the separator itself: a value is one character when the next is a comma.
-    std::size_t equals = spec.find('=');
+    std::size_t equals = mapText.find('=');
     if (equals == std::string_view::npos) {
-      error = "Correspondance des colonnes invalide : « " + std::string(spec) + " ».";
+      error = "Correspondance des colonnes invalide : « " + std::string(mapText) + " ».";
       return false;
     }
-    std::string name(spec.substr(0, equals));
-    std::string_view rest = spec.substr(equals + 1);
+    std::string name(mapText.substr(0, equals));
+    std::string_view rest = mapText.substr(equals + 1);
     std::size_t comma = name == "sep" && rest.starts_with(",") ? 1 : rest.find(',');
     std::string value(rest.substr(0, comma));
-    spec = comma == std::string_view::npos ? std::string_view() : rest.substr(comma + 1);
+    mapText = comma == std::string_view::npos ? std::string_view() : rest.substr(comma + 1);
     if (name == "date") map.date = value;
     else if (name == "text") map.text = value;
     else if (name == "amount") map.amount = value;
@@ -148,11 +148,11 @@ bool LStatementCsvMapParse(std::string_view spec, LStatementCsvMap& map, std::st
 }
 
 std::string LStatementCsvMapText(const LStatementCsvMap& map) {
-  std::string spec;
+  std::string mapText;
   auto add = [&](std::string_view name, std::string_view value) {
     if (value.empty()) return;
-    if (!spec.empty()) spec += ',';
-    spec += std::string(name) + "=" + std::string(value);
+    if (!mapText.empty()) mapText += ',';
+    mapText += std::string(name) + "=" + std::string(value);
   };
   add("date", map.date);
   add("text", map.text);
@@ -165,7 +165,7 @@ std::string LStatementCsvMapText(const LStatementCsvMap& map) {
   add("dates", map.dates);
   if (map.skip >= 0) add("skip", std::to_string(map.skip));
   add("encoding", map.encoding);
-  return spec;
+  return mapText;
 }
 
 std::vector<std::string> LStatementCsvHeadings(std::string_view bytes, const LStatementCsvMap& map) {

@@ -1,6 +1,6 @@
 // CSV statements: every bank lays its export out its own way, so a bank account remembers the
 // column mapping chosen for it once ("BankCSVMap" of its account record) and later imports use
-// it. A mapping is written as a SPEC, comma-separated NAME=VALUE pairs:
+// it. A mapping is written as text, comma-separated NAME=VALUE pairs:
 //
 //     date=1,text=3,debit=4,credit=5,ref=2,sep=;,decimal=comma,dates=dmy,skip=1
 //
@@ -30,10 +30,10 @@ struct LStatementCsvMap {
   bool IsComplete() const { return !date.empty() && !text.empty() && (!amount.empty() || !debit.empty() || !credit.empty()); }
 };
 
-// Reads a SPEC into map (fields not named keep their value). false with error for an unknown
+// Reads a mapping text into map (fields not named keep their value). false with error for an unknown
 // name or a bad value.
-[[nodiscard]] bool LStatementCsvMapParse(std::string_view spec, LStatementCsvMap& map, std::string& error);
-// The SPEC of map, as LStatementCsvMapParse reads it back.
+[[nodiscard]] bool LStatementCsvMapParse(std::string_view mapText, LStatementCsvMap& map, std::string& error);
+// The mapping text of map, as LStatementCsvMapParse reads it back.
 std::string LStatementCsvMapText(const LStatementCsvMap& map);
 // A mapping guessed from the headings of the first line ("Date", "Libellé", "Montant", "Débit",
 // "Crédit", "Référence" and their English forms); false when no complete mapping fits.

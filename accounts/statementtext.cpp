@@ -10,13 +10,6 @@
 
 namespace {
 
-// Code points of the bytes 0x80 to 0x9F in Windows-1252; the five unassigned bytes keep their
-// Latin-1 control value.
-constexpr char16_t kWindows1252High[32] = {
-    0x20AC, 0x0081, 0x201A, 0x0192, 0x201E, 0x2026, 0x2020, 0x2021, 0x02C6, 0x2030, 0x0160,
-    0x2039, 0x0152, 0x008D, 0x017D, 0x008F, 0x0090, 0x2018, 0x2019, 0x201C, 0x201D, 0x2022,
-    0x2013, 0x2014, 0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0x009D, 0x017E, 0x0178};
-
 std::string Utf16ToUtf8(std::string_view bytes, bool bigEndian) {
   std::string units(bytes);
   if (bigEndian)
@@ -46,32 +39,6 @@ bool LooksUtf16(std::string_view bytes, bool& bigEndian) {
 bool IsBlank(char c) { return c == ' ' || c == '\t' || c == '\r' || c == '\n'; }
 
 }  // namespace
-
-bool LIsValidUtf8(std::string_view text) {
-  for (std::size_t i = 0; i < text.size();) {
-    auto c = static_cast<unsigned char>(text[i]);
-    std::size_t extra = 0;
-    if (c >= 0xC2 && c <= 0xDF) extra = 1;
-    else if (c >= 0xE0 && c <= 0xEF) extra = 2;
-    else if (c >= 0xF0 && c <= 0xF4) extra = 3;
-    else if (c >= 0x80) return false;
-    if (i + extra >= text.size() && extra > 0) return false;
-    for (std::size_t k = 1; k <= extra; ++k)
-      if ((static_cast<unsigned char>(text[i + k]) >> 6) != 2) return false;
-    i += extra + 1;
-  }
-  return true;
-}
-
-std::string LWindows1252ToUtf8(std::string_view bytes) {
-  std::string out;
-  out.reserve(bytes.size() + bytes.size() / 8);
-  for (char byte : bytes) {
-    auto c = static_cast<unsigned char>(byte);
-    LAppendUtf8(c >= 0x80 && c < 0xA0 ? kWindows1252High[c - 0x80] : c, out);
-  }
-  return out;
-}
 
 std::string LStatementTextToUtf8(std::string_view bytes) {
   if (bytes.starts_with("\xEF\xBB\xBF")) bytes.remove_prefix(3);
@@ -186,25 +153,6 @@ std::string LStatementChequeNumber(std::string_view text) {
     return {};
   std::size_t end = rest.find_first_not_of("0123456789", first);
   return std::string(rest.substr(first, end - first));
-}
-
-void LAppendUtf8(char32_t code, std::string& out) {
-  if (code == 0 || code > 0x10FFFF || (code >= 0xD800 && code <= 0xDFFF)) code = 0xFFFD;
-  if (code < 0x80) {
-    out += static_cast<char>(code);
-  } else if (code < 0x800) {
-    out += static_cast<char>(0xC0 | (code >> 6));
-    out += static_cast<char>(0x80 | (code & 0x3F));
-  } else if (code < 0x10000) {
-    out += static_cast<char>(0xE0 | (code >> 12));
-    out += static_cast<char>(0x80 | ((code >> 6) & 0x3F));
-    out += static_cast<char>(0x80 | (code & 0x3F));
-  } else {
-    out += static_cast<char>(0xF0 | (code >> 18));
-    out += static_cast<char>(0x80 | ((code >> 12) & 0x3F));
-    out += static_cast<char>(0x80 | ((code >> 6) & 0x3F));
-    out += static_cast<char>(0x80 | (code & 0x3F));
-  }
 }
 
 std::string LStatementDigits(std::string_view text) {

@@ -7,12 +7,12 @@
 #include <string>
 #include <string_view>
 
+#include "llib/gen/utf8.h"
+
 // The text as UTF-8: a UTF-8 mark is dropped, UTF-16 (either byte order, with its mark, or
 // without a mark when every other byte is NUL) converted, and text that is not valid UTF-8
 // converted from Windows-1252.
 std::string LStatementTextToUtf8(std::string_view bytes);
-bool LIsValidUtf8(std::string_view text);
-std::string LWindows1252ToUtf8(std::string_view bytes);
 
 // An amount as banks write it: optional sign (or trailing sign, or parentheses), digits with
 // blanks, apostrophes or the other separator between thousands, and decimalMark ('.' or ',')
@@ -32,8 +32,6 @@ std::string LStatementCleanText(std::string_view text);
 // 0001234", "Chèque 1234"); empty when the text does not begin so.
 std::string LStatementChequeNumber(std::string_view text);
 
-// The code point appended to out as UTF-8 (0, surrogates and values beyond U+10FFFF as U+FFFD).
-void LAppendUtf8(char32_t code, std::string& out);
 // The decimal digits of text, in order.
 std::string LStatementDigits(std::string_view text);
 // ASCII letters of text in capitals (references are compared so).

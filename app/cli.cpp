@@ -3,6 +3,7 @@
 #include <cstdlib>
 #include <ostream>
 
+#include "accounts/ledgerintent.h"
 #include "app/appinstall.h"
 #include "app/commands.h"
 #include "app/maindialog.h"
@@ -154,6 +155,7 @@ LProfile* LCliContext::Profile() {
       }
       profile_ = std::make_unique<LProfile>(folder);
     }
+    LLedgerSettleInterrupted(*profile_);  // a command never answers from half-posted books
   }
   return profile_.get();
 }

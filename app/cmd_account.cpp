@@ -14,6 +14,7 @@
 #include "invoice/shared/profile.h"
 #include "llib/gen/process.h"
 #include "llib/gen/processterminal.h"
+#include "llib/gen/jsontext.h"
 
 namespace {
 
@@ -87,7 +88,7 @@ int List(LCliContext& context, LProfile& profile, LCliArgs& args) {
     }
     account.DetachWithoutSave();
   }
-  if (context.json) context.out << json.dump() << "\n";
+  if (context.json) context.out << LJsonDump(json) << "\n";
   return kExitOk;
 }
 
@@ -208,7 +209,7 @@ int Linked(LCliContext& context, LProfile& profile, const std::vector<std::strin
       context.out << slot << "\t" << LDefAccountSlotName(slot) << "\t" << boxes.number << "\t" << boxes.description
                   << "\n";
   }
-  if (context.json) context.out << json.dump() << "\n";
+  if (context.json) context.out << LJsonDump(json) << "\n";
   return kExitOk;
 }
 

@@ -16,6 +16,7 @@
 #include "app/worker.h"
 #include "llib/gen/backup.h"
 #include "llib/gen/file.h"
+#include "llib/gen/jsontext.h"
 
 namespace {
 
@@ -77,7 +78,7 @@ int LCmdBackup(LCliContext& context, LCliArgs& args) {
   LProcessResult result = MainDialog::CmBackup(copier, destination, backupPath, error);
   if (result == kProcessCancelled) return context.Fail(kBackupCancelledMessage);
   if (result != kProcessFinished) return context.Fail(error);
-  if (context.json) context.out << nlohmann::json({{"path", backupPath}}).dump() << "\n";
+  if (context.json) context.out << LJsonDump(nlohmann::json({{"path", backupPath}})) << "\n";
   else context.out << backupPath << "\n";
   context.err << kBackupDoneMessage << "\n";
   return kExitOk;
@@ -101,7 +102,7 @@ int LCmdRestore(LCliContext& context, LCliArgs& args) {
   LProcessResult result = LRestoreFolder(copier, LFile::GetSharedDataFolderApp(), LFile::GetUserDataFolderApp(),
                                          backup, std::time(nullptr), LGetRestoreServiceSwitch(), error, &detail);
   if (result != kProcessFinished) return context.Fail(detail.empty() ? error : error + "\n" + detail);
-  if (context.json) context.out << nlohmann::json({{"restored", backup}}).dump() << "\n";
+  if (context.json) context.out << LJsonDump(nlohmann::json({{"restored", backup}})) << "\n";
   else context.out << kRestoreDoneMessage << "\n";
   return kExitOk;
 }

@@ -17,6 +17,7 @@
 #include "invoice/shared/profile.h"
 #include "llib/gen/processterminal.h"
 #include "llib/gen/system.h"
+#include "llib/gen/jsontext.h"
 
 namespace {
 
@@ -43,7 +44,7 @@ void PrintLines(LCliContext& context, const LProfile& profile, const std::vector
   if (context.json) {
     nlohmann::ordered_json all = nlohmann::ordered_json::array();
     for (const auto& [line, known] : lines) all.push_back(LineJson(profile, *line, known));
-    context.out << all.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace) << "\n";
+    context.out << LJsonDump(all) << "\n";
     return;
   }
   for (const auto& [line, known] : lines)
@@ -115,7 +116,7 @@ int Accept(LCliContext& context, LProfile& profile, LCliArgs& args) {
   }
   int count = 0;
   if (!LBankAccept(profile, account, entries, allMatched, count, error)) return context.Fail(error);
-  if (context.json) context.out << nlohmann::json({{"accepted", count}}).dump() << "\n";
+  if (context.json) context.out << LJsonDump(nlohmann::json({{"accepted", count}})) << "\n";
   else context.out << count << "\n";
   return kExitOk;
 }
@@ -152,7 +153,7 @@ int Post(LCliContext& context, LProfile& profile, LCliArgs& args) {
   if (context.json) {
     nlohmann::ordered_json json = {{"reference", reference}};
     if (!paymentKey.empty()) json["payment"] = paymentKey;
-    context.out << json.dump() << "\n";
+    context.out << LJsonDump(json) << "\n";
   } else {
     context.out << reference << "\n";
   }
@@ -170,7 +171,7 @@ void PrintState(LCliContext& context, const LProfile& profile, const LReconcileS
                                    {"balance", state.statementBalance}, {"inProgress", state.inProgress},
                                    {"cleared", state.clearedBalance}, {"book", state.bookBalance},
                                    {"difference", state.difference}, {"items", items}};
-    context.out << json.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace) << "\n";
+    context.out << LJsonDump(json) << "\n";
     return;
   }
   for (const LReconcileItem& item : state.items)
@@ -230,7 +231,7 @@ int Rollback(LCliContext& context, LProfile& profile, LCliArgs& args) {
   if (!accountGiven || words.size() != 1) return context.Usage();
   std::string date;
   if (!LReconcileRollback(profile, account, date, error)) return context.Fail(error);
-  if (context.json) context.out << nlohmann::json({{"date", date}}).dump() << "\n";
+  if (context.json) context.out << LJsonDump(nlohmann::json({{"date", date}})) << "\n";
   else context.out << date << "\n";
   return kExitOk;
 }

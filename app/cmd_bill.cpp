@@ -4,6 +4,7 @@
 #include <ostream>
 
 #include "accounts/accounts.h"
+#include "accounts/billimport.h"
 #include "accounts/billpayments.h"
 #include "accounts/bills.h"
 #include "accounts/ledger.h"
@@ -14,6 +15,7 @@
 #include "app/commands.h"
 #include "invoice/shared/profile.h"
 #include "llib/gen/system.h"
+#include "llib/gen/jsontext.h"
 
 namespace {
 
@@ -28,7 +30,7 @@ bool CanPost(LCliContext& context, LProfile& profile, const LDate& date, std::st
 }
 
 int PrintReference(LCliContext& context, const std::string& reference) {
-  if (context.json) context.out << nlohmann::json({{"reference", reference}}).dump() << "\n";
+  if (context.json) context.out << LJsonDump(nlohmann::json({{"reference", reference}})) << "\n";
   else context.out << reference << "\n";
   return kExitOk;
 }
@@ -45,10 +47,34 @@ bool ParseItem(const LProfile& profile, const std::string& word, std::string& ac
   return LCliParseAmount(profile, amountText, amount);
 }
 
+// bill import FILE [--supplier KEY]: a received e-invoice as a posted bill.
+int Import(LCliContext& context, LCliArgs& args) {
+  std::string supplier;
+  args.TakeOption("--supplier", supplier);
+  std::vector<std::string> words;
+  std::string error;
+  if (!args.Finish(words, error)) return context.Usage(error);
+  if (words.size() != 1) return context.Usage();
+  LProfile* profile = context.Profile();
+  if (profile == nullptr) return kExitFailed;
+  LEInvoice invoice;
+  if (!LEInvoiceReadFile(words[0], invoice, &error)) return context.Fail(error);
+  LBillImport plan;
+  if (!LBillImportPrepare(*profile, invoice, supplier, plan, &error)) return context.Fail(error);
+  LDate date;
+  if (!LDate::Parse(plan.date, date)) return context.Fail(LCliBadDateMessage(plan.date));
+  if (!CanPost(context, *profile, date, error)) return context.Fail(error);
+  std::string reference;
+  if (!LBillImportPost(*profile, plan, LGetPostingUserName(), reference, &error)) return context.Fail(error);
+  return PrintReference(context, reference);
+}
+
 }  // namespace
 
 int LCmdBill(LCliContext& context, LCliArgs& args) {
-  if (args.TakeVerb() != "add") return context.Usage();
+  std::string verb = args.TakeVerb();
+  if (verb == "import") return Import(context, args);
+  if (verb != "add") return context.Usage();
   std::string supplier, dateText, notes, account, reference;
   bool supplierGiven = args.TakeOption("--supplier", supplier);
   bool dateGiven = args.TakeOption("--date", dateText);

@@ -10,6 +10,7 @@
 #include "app/multiplebusiness.h"
 #include "app/startwizardoptions.h"
 #include "invoice/shared/profile.h"
+#include "llib/gen/jsontext.h"
 
 namespace {
 
@@ -40,7 +41,7 @@ int List(LCliContext& context) {
       context.out << (isOpen ? "* " : "  ") << entry.id << "\t" << entry.name << "\t" << entry.folder << "\n";
     }
   }
-  if (context.json) context.out << rows.dump() << "\n";
+  if (context.json) context.out << LJsonDump(rows) << "\n";
   return kExitOk;
 }
 
@@ -54,7 +55,7 @@ int Add(LCliContext& context, LStartWizardAnswers& answers, bool named) {
   auto prompter = LStartWizardTerminalPrompter(context, named);
   bool completed = dialog.CmAdd(answers, prompter.get(), added, message);
   if (!completed) return context.Fail(message.empty() ? std::string(kWizardAbandonedMessage) : message);
-  if (context.json) context.out << EntryJson(added).dump() << "\n";
+  if (context.json) context.out << LJsonDump(EntryJson(added)) << "\n";
   else context.out << added.id << "\n";
   return kExitOk;
 }
@@ -63,7 +64,7 @@ int Use(LCliContext& context, const std::string& business) {
   LBusinessEntry entry;
   if (!LMultipleBusinessResolve(business, entry)) return context.Fail("Entreprise introuvable : " + business);
   MainDialog::SetWorkingFolder(entry.folder);
-  if (context.json) context.out << EntryJson(entry).dump() << "\n";
+  if (context.json) context.out << LJsonDump(EntryJson(entry)) << "\n";
   return kExitOk;
 }
 

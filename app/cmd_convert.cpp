@@ -5,6 +5,7 @@
 
 #include "app/cli.h"
 #include "invoice/sales/salesconversion.h"
+#include "llib/gen/jsontext.h"
 
 int LCmdDocumentConvert(LCliContext& context, LCliArgs& args, const LSalesDocumentKind& kind) {
   bool draft = args.TakeFlag("--draft");
@@ -16,7 +17,7 @@ int LCmdDocumentConvert(LCliContext& context, LCliArgs& args, const LSalesDocume
   if (profile == nullptr) return kExitFailed;
   std::string key;
   if (!LSalesDocumentConvertToInvoice(*profile, kind, words[1], draft, key, error)) return context.Fail(error);
-  if (context.json) context.out << nlohmann::json({{"key", key}}).dump() << "\n";
+  if (context.json) context.out << LJsonDump(nlohmann::json({{"key", key}})) << "\n";
   else context.out << key << "\n";
   return kExitOk;
 }

@@ -6,33 +6,15 @@
 
 #include "app/cli.h"
 #include "app/commands.h"
+#include "app/partycommand.h"
 #include "invoice/shared/customer.h"
 #include "invoice/shared/profile.h"
 #include "llib/gen/filestore.h"
 #include "llib/gen/money.h"
 #include "llib/gen/processterminal.h"
+#include "llib/gen/jsontext.h"
 
 namespace {
-
-int Add(LCliContext& context, LProfile& profile, const std::vector<std::string>& words) {
-  const std::string& key = words[1];
-  std::vector<std::pair<std::string, std::string>> fields;
-  for (std::size_t i = 2; i < words.size(); ++i) {
-    std::string name, value;
-    if (!LCliSplitAssignment(words[i], name, value)) return context.Usage("champ invalide : " + words[i]);
-    if (name == "Balance" || name == "OldestDue")
-      return context.Fail("Le solde d'un client se calcule à partir de ses documents.");
-    fields.emplace_back(name, value);
-  }
-  const LFileStoreListBase& list = profile.MainList(kCustomersList);
-  if (list.TestRecordExists(key)) return context.Fail("Le client « " + key + " » existe déjà.");
-  LCustomer customer;
-  list.OpenAlways(customer, key);
-  for (const auto& [name, value] : fields) customer.SetString(name, value);
-  customer.SetDirty(true);  // a customer without fields still takes its key
-  if (!customer.Flush()) return context.Fail("Impossible d'enregistrer le client.");
-  return kExitOk;
-}
 
 int List(LCliContext& context, LProfile& profile) {
   std::vector<std::string> keys;
@@ -54,7 +36,7 @@ int List(LCliContext& context, LProfile& profile) {
                   << "\n";
     }
   }
-  if (context.json) context.out << all.dump() << "\n";
+  if (context.json) context.out << LJsonDump(all) << "\n";
   return kExitOk;
 }
 
@@ -65,7 +47,7 @@ int Show(LCliContext& context, LProfile& profile, const std::string& key) {
     nlohmann::ordered_json fields = nlohmann::ordered_json::object();
     for (const auto& field : customer.Fields())
       if (!field.deleted) fields[field.name] = field.text;
-    context.out << nlohmann::ordered_json({{"key", key}, {"fields", fields}, {"Balance", customer.GetBalance()}}).dump()
+    context.out << LJsonDump(nlohmann::ordered_json({{"key", key}, {"fields", fields}, {"Balance", customer.GetBalance()}}))
                 << "\n";
   } else {
     for (const auto& field : customer.Fields())
@@ -100,7 +82,7 @@ int LCmdCustomer(LCliContext& context, LCliArgs& args) {
   if (!shapeOk) return context.Usage();
   LProfile* profile = context.Profile();
   if (profile == nullptr) return kExitFailed;
-  if (verb == "add") return Add(context, *profile, words);
+  if (verb == "add") return LCliPartyAdd(context, *profile, LPartyKind::kCustomer, words);
   if (verb == "list") return List(context, *profile);
   if (verb == "show") return Show(context, *profile, words[1]);
   return Retotal(context, *profile, words);

@@ -16,6 +16,7 @@
 #include "invoice/sales/salesstock.h"
 #include "llib/gen/date.h"
 #include "llib/gen/filestore.h"
+#include "llib/gen/jsontext.h"
 
 namespace {
 
@@ -62,7 +63,7 @@ int New(LCliContext& context, const LSalesDocumentKind& kind, LCliArgs& args) {
   if (!LApplyDocumentInput(*profile, kind, input, true, content, error)) return context.Fail(error);
   std::string key;
   if (!LSalesDocumentCreate(*profile, kind, content, draft, number, key, &error)) return context.Fail(error);
-  if (context.json) context.out << nlohmann::json({{"key", key}}).dump() << "\n";
+  if (context.json) context.out << LJsonDump(nlohmann::json({{"key", key}})) << "\n";
   else context.out << key << "\n";
   return kExitOk;
 }
@@ -72,7 +73,7 @@ int Show(LCliContext& context, const LSalesDocumentKind& kind, const std::string
   if (profile == nullptr) return kExitFailed;
   LSalesDocument document;
   if (!LSalesDocumentOpen(*profile, kind, key, document)) return context.Fail(std::string(kDocumentMissing) + key + ".");
-  if (context.json) context.out << LDocumentToJson(*profile, kind, document).dump() << "\n";
+  if (context.json) context.out << LJsonDump(LDocumentToJson(*profile, kind, document)) << "\n";
   else LPrintDocument(*profile, kind, document, context.out);
   return kExitOk;
 }
@@ -107,7 +108,7 @@ int List(LCliContext& context, const LSalesDocumentKind& kind, LCliArgs& args) {
     if (context.json) all.push_back(LDocumentToJson(*profile, kind, one));
     else LPrintDocumentSummary(*profile, kind, one, context.out);
   }
-  if (context.json) context.out << all.dump() << "\n";
+  if (context.json) context.out << LJsonDump(all) << "\n";
   return kExitOk;
 }
 
@@ -144,7 +145,7 @@ int Record(LCliContext& context, const LSalesDocumentKind& kind, const std::stri
   if (profile == nullptr) return kExitFailed;
   std::string newKey, error;
   if (!LSalesDocumentRecordDraft(*profile, kind, key, newKey, &error)) return context.Fail(error);
-  if (context.json) context.out << nlohmann::json({{"key", newKey}}).dump() << "\n";
+  if (context.json) context.out << LJsonDump(nlohmann::json({{"key", newKey}})) << "\n";
   else context.out << newKey << "\n";
   return kExitOk;
 }

@@ -8,6 +8,7 @@
 #include "invoice/sales/documentprint.h"
 #include "invoice/shared/documentform.h"
 #include "invoice/shared/profile.h"
+#include "llib/gen/jsontext.h"
 
 int LCmdDocumentPdf(LCliContext& context, LCliArgs& args, const LSalesDocumentKind& kind) {
   std::string out, profileName;
@@ -33,7 +34,7 @@ int LCmdDocumentPdf(LCliContext& context, LCliArgs& args, const LSalesDocumentKi
   std::string warning;
   if (!LSalesDocumentWritePdf(*profile, kind, key, out, facturXProfile, &error, &warning)) return context.Fail(error);
   if (!warning.empty()) context.err << warning << "\n";
-  if (context.json) context.out << nlohmann::json({{"path", out}}).dump() << "\n";
+  if (context.json) context.out << LJsonDump(nlohmann::json({{"path", out}})) << "\n";
   else context.out << out << "\n";
   return kExitOk;
 }

@@ -12,6 +12,7 @@
 #include "app/templatereportformdata.h"
 #include "invoice/shared/profile.h"
 #include "llib/gen/money.h"
+#include "llib/gen/jsontext.h"
 
 namespace {
 
@@ -31,7 +32,7 @@ int Solve(LCliContext& context, const std::string& expression) {
   if (!solver.GetError().empty()) return context.Fail(solver.GetError());
   double result = solver.GetResult() + 0.0;  // no "-0"
   if (context.json) {
-    context.out << nlohmann::json({{"result", result}}).dump() << "\n";
+    context.out << LJsonDump(nlohmann::json({{"result", result}})) << "\n";
   } else {
     char text[64];
     std::snprintf(text, sizeof text, "%.15g", result);
@@ -60,7 +61,7 @@ int LCmdExpr(LCliContext& context, LCliArgs& args) {
   }
   long long amount = form.EvaluateSimpleExpression(words[0], error);
   if (!error.empty()) return context.Fail(error);
-  if (context.json) context.out << nlohmann::json({{"amount", amount}}).dump() << "\n";
+  if (context.json) context.out << LJsonDump(nlohmann::json({{"amount", amount}})) << "\n";
   else context.out << LFormatAmountPlain(amount, profile->GetCurrencyDigits()) << "\n";
   return kExitOk;
 }

@@ -1,4 +1,4 @@
-// kontavo import ofx FILE: reads a bank or credit-card statement as the reconciliation does and
+// kontavo import ofx FILE (and import csv: cmd_importcsv.cpp): reads a bank or credit-card statement as the reconciliation does and
 // shows it: account, period, ledger balance, then the lines in the statement's list order (the
 // reverse of the file's). What was read is shown even when the reader reports a fault in the
 // statement's text; the fault's text then goes to stderr and the exit status is 1. A file that
@@ -11,13 +11,14 @@
 #include "app/commands.h"
 #include "invoice/shared/profile.h"
 #include "llib/gen/money.h"
+#include "llib/gen/jsontext.h"
 
 namespace {
 
 // Statements come in the bank's character set (often Windows-1252); bytes that are not UTF-8
 // are shown as U+FFFD rather than refused.
 std::string JsonText(const nlohmann::ordered_json& document) {
-  return document.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace);
+  return LJsonDump(document);
 }
 
 void PrintJson(LCliContext& context, const LBankStatement& statement) {
@@ -52,6 +53,7 @@ bool HoldsAnything(const LBankStatement& statement) {
 }  // namespace
 
 int LCmdImport(LCliContext& context, LCliArgs& args) {
+  if (LCliPeekVerb(args, {"--map"}, {"--dry-run"}) == "csv") return LCmdImportCsv(context, args);
   std::vector<std::string> words;
   std::string error;
   if (!args.Finish(words, error)) return context.Usage(error);

@@ -8,6 +8,7 @@
 #include "app/multiplebusiness.h"
 #include "app/startwizardoptions.h"
 #include "invoice/shared/profile.h"
+#include "llib/gen/jsontext.h"
 
 int LCmdInit(LCliContext& context, LCliArgs& args) {
   LStartWizardAnswers answers;
@@ -25,7 +26,7 @@ int LCmdInit(LCliContext& context, LCliArgs& args) {
     if (!LStartWizardRun(*profile, answers, prompter.get(), message))
       return context.Fail(message.empty() ? std::string(kWizardAbandonedMessage) : message);
   }
-  if (context.json) context.out << nlohmann::json({{"folder", profile->GetDatabaseName()}}).dump() << "\n";
+  if (context.json) context.out << LJsonDump(nlohmann::json({{"folder", profile->GetDatabaseName()}})) << "\n";
   else context.out << profile->GetDatabaseName() << "\n";
   return kExitOk;
 }

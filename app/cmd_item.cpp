@@ -10,6 +10,7 @@
 #include "invoice/shared/profile.h"
 #include "llib/gen/date.h"
 #include "llib/gen/money.h"
+#include "llib/gen/jsontext.h"
 
 namespace {
 
@@ -80,7 +81,7 @@ int List(LCliContext& context, LProfile& profile) {
                 << (stocked ? Amount(profile, item.stock.value) : "") << "\t"
                 << (item.hasReorderLevel ? LQuantityText(item.reorderLevel) : "") << "\n";
   }
-  if (context.json) context.out << all.dump() << "\n";
+  if (context.json) context.out << LJsonDump(all) << "\n";
   return kExitOk;
 }
 
@@ -98,7 +99,7 @@ int Stock(LCliContext& context, LProfile& profile, const std::string& code, cons
                          {"quantity", move.quantity},
                          {"unitCost", move.unitCost}});
     json["moves"] = moves;
-    context.out << json.dump() << "\n";
+    context.out << LJsonDump(json) << "\n";
     return kExitOk;
   }
   context.out << "Article\t" << item.code << "\t" << item.description << "\n"

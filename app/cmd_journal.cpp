@@ -10,6 +10,7 @@
 #include "app/cliasker.h"
 #include "app/commands.h"
 #include "invoice/shared/profile.h"
+#include "llib/gen/jsontext.h"
 
 namespace {
 
@@ -91,7 +92,7 @@ int Save(LCliContext& context, LProfile& profile, LCliArgs& args, bool editing) 
   std::string message;
   if (!dialog.CmOk(&message)) return context.Fail(message);
   if (context.json)
-    context.out << nlohmann::json({{"reference", dialog.GetSavedReference()}, {"written", dialog.WroteLedger()}}).dump()
+    context.out << LJsonDump(nlohmann::json({{"reference", dialog.GetSavedReference()}, {"written", dialog.WroteLedger()}}))
                 << "\n";
   else
     context.out << dialog.GetSavedReference() << "\n";
@@ -127,7 +128,7 @@ int LCmdTransfer(LCliContext& context, LCliArgs& args) {
   LCliAsker asker(context);
   std::string reference, message;
   if (!LAccountTransfer(*profile, asker, from, to, amount, date, &reference, &message)) return context.Fail(message);
-  if (context.json) context.out << nlohmann::json({{"reference", reference}}).dump() << "\n";
+  if (context.json) context.out << LJsonDump(nlohmann::json({{"reference", reference}})) << "\n";
   else context.out << reference << "\n";
   return kExitOk;
 }

@@ -14,6 +14,7 @@
 #include "llib/gen/date.h"
 #include "llib/gen/process.h"
 #include "llib/gen/processterminal.h"
+#include "llib/gen/jsontext.h"
 
 namespace {
 
@@ -49,7 +50,7 @@ int Show(LCliContext& context, LProfile& profile, LCliArgs& args) {
                   << "\n";
     }
   }
-  if (context.json) context.out << json.dump() << "\n";
+  if (context.json) context.out << LJsonDump(json) << "\n";
   return kExitOk;
 }
 
@@ -96,8 +97,7 @@ int LCmdCheck(LCliContext& context, LCliArgs& args) {
     nlohmann::ordered_json problems = nlohmann::ordered_json::array();
     for (const auto& p : report.problems)
       problems.push_back({{"file", p.file}, {"row", p.row}, {"message", p.message}, {"text", p.text}});
-    context.out << nlohmann::ordered_json({{"rows", report.nRows}, {"differences", differences}, {"problems", problems}})
-                       .dump()
+    context.out << LJsonDump(nlohmann::ordered_json({{"rows", report.nRows}, {"differences", differences}, {"problems", problems}}))
                 << "\n";
   } else {
     for (const auto& d : report.differences)

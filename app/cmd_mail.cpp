@@ -14,6 +14,7 @@
 #include "llib/net/email.h"
 #include "llib/net/emailaddress.h"
 #include "llib/net/emailsettings.h"
+#include "llib/gen/jsontext.h"
 
 namespace {
 
@@ -31,7 +32,7 @@ void PrintSettings(LCliContext& context, const LEmailSettings& settings) {
         {"replyTo", settings.replyTo},       {"starttls", settings.useEncryption},
         {"verify", settings.verifyCertificate},      {"caFile", settings.caFile},
     };
-    context.out << json.dump() << "\n";
+    context.out << LJsonDump(json) << "\n";
     return;
   }
   context.out << "server=" << settings.server << "\n"
@@ -135,7 +136,7 @@ int MailSend(LCliContext& context, const MailOptions& options) {
   LProcessResult result = Process(progress, request);
   if (result == kProcessCancelled) return context.Fail("Envoi annulé.");
   if (result != kProcessFinished) return context.Fail(progress.GetError());
-  if (context.json) context.out << nlohmann::json({{"sent", true}}).dump() << "\n";
+  if (context.json) context.out << LJsonDump(nlohmann::json({{"sent", true}})) << "\n";
   return kExitOk;
 }
 

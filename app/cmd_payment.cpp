@@ -16,6 +16,7 @@
 #include "invoice/shared/profile.h"
 #include "llib/gen/date.h"
 #include "llib/gen/filestore.h"
+#include "llib/gen/jsontext.h"
 
 namespace {
 
@@ -56,7 +57,7 @@ int Add(LCliContext& context, LCliArgs& args) {
 
   std::string key;
   if (!LPaymentCreate(*profile, request, key, &error)) return context.Fail(error);
-  if (context.json) context.out << nlohmann::json({{"key", key}}).dump() << "\n";
+  if (context.json) context.out << LJsonDump(nlohmann::json({{"key", key}})) << "\n";
   else context.out << key << "\n";
   return kExitOk;
 }
@@ -96,7 +97,7 @@ void PrintPayment(LProfile& profile, LPayment& payment, std::ostream& out) {
 int Show(LCliContext& context, LProfile& profile, const std::string& key) {
   LPayment payment;
   if (!profile.MainList(kPaymentsList).Open(payment, key)) return context.Fail("Paiement introuvable : " + key + ".");
-  if (context.json) context.out << PaymentJson(profile, payment).dump() << "\n";
+  if (context.json) context.out << LJsonDump(PaymentJson(profile, payment)) << "\n";
   else PrintPayment(profile, payment, context.out);
   return kExitOk;
 }
@@ -120,7 +121,7 @@ int List(LCliContext& context, LProfile& profile) {
     if (payment.IsRefund()) context.out << "\tremboursement";
     context.out << "\n";
   }
-  if (context.json) context.out << all.dump() << "\n";
+  if (context.json) context.out << LJsonDump(all) << "\n";
   return kExitOk;
 }
 

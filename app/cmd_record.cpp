@@ -8,6 +8,7 @@
 #include "invoice/shared/profile.h"
 #include "llib/gen/file.h"
 #include "llib/gen/filestore.h"
+#include "llib/gen/jsontext.h"
 
 namespace {
 
@@ -53,7 +54,7 @@ int List(LCliContext& context, const LFileStoreListBase& list) {
     keys.push_back(record.GetPrimaryKey());
   std::sort(keys.begin(), keys.end());
   if (context.json) {
-    context.out << nlohmann::json(keys).dump() << "\n";
+    context.out << LJsonDump(nlohmann::json(keys)) << "\n";
   } else {
     for (const auto& key : keys) context.out << key << "\n";
   }
@@ -66,14 +67,14 @@ int Get(LCliContext& context, const LFileStoreListBase& list, const std::vector<
   if (words.size() == 4) {
     if (!record.TestFieldExists(words[3])) return context.Fail(kFieldMissing);
     std::string value = record.GetString(words[3]);
-    if (context.json) context.out << nlohmann::json(value).dump() << "\n";
+    if (context.json) context.out << LJsonDump(nlohmann::json(value)) << "\n";
     else context.out << value << "\n";
     return kExitOk;
   }
   if (context.json) {
     nlohmann::ordered_json fields = nlohmann::ordered_json::object();
     for (const auto& field : record.Fields()) fields[field.name] = field.text;
-    context.out << fields.dump() << "\n";
+    context.out << LJsonDump(fields) << "\n";
   } else {
     for (const auto& field : record.Fields()) context.out << field.name << "=" << field.text << "\n";
   }

@@ -11,6 +11,7 @@
 #include "llib/gen/filestore.h"
 #include "llib/gen/money.h"
 #include "llib/gen/textnum.h"
+#include "llib/gen/jsontext.h"
 
 namespace {
 
@@ -43,7 +44,7 @@ int Add(LCliContext& context, LCliArgs& args) {
   std::string key;
   if (!LRecurringAddTemplate(*profile, kind, fromInvoice ? invoice : order, start, LTextToInt(interval), key, error))
     return context.Fail(error);
-  if (context.json) context.out << nlohmann::json({{"key", key}}).dump() << "\n";
+  if (context.json) context.out << LJsonDump(nlohmann::json({{"key", key}})) << "\n";
   else context.out << key << "\n";
   return kExitOk;
 }
@@ -75,7 +76,7 @@ int List(LCliContext& context, LProfile& profile) {
       schedule.DetachWithoutSave();
     }
   }
-  if (context.json) context.out << all.dump() << "\n";
+  if (context.json) context.out << LJsonDump(all) << "\n";
   return kExitOk;
 }
 
@@ -89,7 +90,7 @@ int Run(LCliContext& context, LProfile& profile, bool all) {
       json.push_back({{"kind", LSalesDocumentKindOf(one.type).command}, {"key", one.key}, {"date", one.date}});
     else context.out << one.key << "\n";
   }
-  if (context.json) context.out << json.dump() << "\n";
+  if (context.json) context.out << LJsonDump(json) << "\n";
   return done ? kExitOk : context.Fail(error);
 }
 

@@ -5,6 +5,7 @@
 #include "app/cli.h"
 #include "app/commands.h"
 #include "llib/gen/usersettings.h"
+#include "llib/gen/jsontext.h"
 
 int LCmdSettings(LCliContext& context, LCliArgs& args) {
   std::vector<std::string> words;
@@ -13,7 +14,7 @@ int LCmdSettings(LCliContext& context, LCliArgs& args) {
   if (words.size() == 3 && words[0] == "get") {
     std::string value;
     if (!_LUserSettingGetString(words[1], words[2], value)) return context.Fail("Réglage introuvable.");
-    if (context.json) context.out << nlohmann::json(value).dump() << "\n";
+    if (context.json) context.out << LJsonDump(nlohmann::json(value)) << "\n";
     else context.out << value << "\n";
     return kExitOk;
   }

@@ -9,6 +9,7 @@
 #include "invoice/shared/taxoptions.h"
 #include "invoice/shared/taxrename.h"
 #include "llib/gen/money.h"
+#include "llib/gen/jsontext.h"
 
 namespace {
 
@@ -72,7 +73,7 @@ int Show(LCliContext& context, LProfile& profile) {
     nlohmann::ordered_json fields = nlohmann::ordered_json::object();
     for (const auto& field : tax.Fields())
       if (!field.deleted) fields[field.name] = field.text;
-    context.out << fields.dump() << "\n";
+    context.out << LJsonDump(fields) << "\n";
     return kExitOk;
   }
   context.out << "Taxes : " << tax.GetTaxCount() << "\n";

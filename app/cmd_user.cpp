@@ -9,6 +9,7 @@
 #include "app/commands.h"
 #include "app/webuser.h"
 #include "llib/gen/randomtext.h"
+#include "llib/gen/jsontext.h"
 
 namespace {
 
@@ -93,7 +94,7 @@ int List(LCliContext& context) {
   std::sort(rows.begin(), rows.end());
   if (context.json) {
     std::sort(all.begin(), all.end(), [](const nlohmann::json& a, const nlohmann::json& b) { return a["ID"] < b["ID"]; });
-    context.out << all.dump() << "\n";
+    context.out << LJsonDump(all) << "\n";
     return kExitOk;
   }
   for (const auto& row : rows) context.out << row[0] << "\t" << row[1] << "\t" << row[2] << "\t" << row[3] << "\t" << row[4] << "\n";

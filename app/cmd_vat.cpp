@@ -1,7 +1,5 @@
 // kontavo vat ...: the UK VAT return through HMRC (configuration, authorization, obligations,
 // submission, viewing). The texts of HMRC's side are the system's own English ones.
-#include <spawn.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <cstdlib>
@@ -21,10 +19,12 @@
 #include "llib/gen/date.h"
 #include "llib/gen/file.h"
 #include "llib/gen/money.h"
+#include "llib/gen/openbrowser.h"
 #include "llib/gen/processterminal.h"
 #include "llib/gen/reporttable.h"
 #include "llib/gen/system.h"
 #include "llib/gen/usersettings.h"
+#include "llib/gen/jsontext.h"
 
 extern char** environ;
 
@@ -88,10 +88,9 @@ int VatConfig(LCliContext& context, LCliArgs& args) {
   bool authorized = LUserSettingGetPassword(kMTDPasswordSection, "AccessToken", token) && !token.empty();
   LHttpOptions http = LOAuthHttpOptions();
   if (context.json) {
-    context.out << nlohmann::json({{"vrn", options.GetString(kVATRegistrationField)}, {"api", FKMTDApiBaseUrl()},
+    context.out << LJsonDump(nlohmann::json({{"vrn", options.GetString(kVATRegistrationField)}, {"api", FKMTDApiBaseUrl()},
                                    {"caFile", http.caFile}, {"timeoutSeconds", http.timeoutMs / 1000},
-                                   {"authorized", authorized}})
-                       .dump()
+                                   {"authorized", authorized}}))
                 << "\n";
     return kExitOk;
   }
@@ -101,20 +100,6 @@ int VatConfig(LCliContext& context, LCliArgs& args) {
               << "timeout=" << http.timeoutMs / 1000 << "\n"
               << "authorized=" << (authorized ? "yes" : "no") << "\n";
   return kExitOk;
-}
-
-// Opens the page in the user's browser when there is a display; never waits for the browser.
-void OpenInBrowser(const std::string& url) {
-  if (!std::getenv("DISPLAY") && !std::getenv("WAYLAND_DISPLAY")) return;
-  pid_t pid = -1;
-  const char* argv[] = {"xdg-open", url.c_str(), nullptr};
-  posix_spawn_file_actions_t actions;
-  posix_spawn_file_actions_init(&actions);
-  posix_spawn_file_actions_addopen(&actions, 1, "/dev/null", 1, 0);
-  posix_spawn_file_actions_addopen(&actions, 2, "/dev/null", 1, 0);
-  if (posix_spawnp(&pid, "xdg-open", &actions, nullptr, const_cast<char**>(argv), environ) == 0)
-    ::waitpid(pid, nullptr, WNOHANG);
-  posix_spawn_file_actions_destroy(&actions);
 }
 
 int VatAuth(LCliContext& context, LCliArgs& args) {
@@ -131,12 +116,12 @@ int VatAuth(LCliContext& context, LCliArgs& args) {
   if (!hasCode) {
     context.err << FKMTDforVATAuthDlg::kTitle << "\n";
     context.out << url << "\n" << std::flush;
-    OpenInBrowser(url);
+    (void)LOpenInBrowser(url);  // the address is printed above either way
     if (LIsTerminal(STDIN_FILENO)) context.err << "Code d'autorisation : " << std::flush;
     std::getline(std::cin, code);
   }
   if (!dialog.Authorize(code)) return FailAlert(context, dialog.Alert());
-  if (context.json) context.out << nlohmann::json({{"authorized", true}}).dump() << "\n";
+  if (context.json) context.out << LJsonDump(nlohmann::json({{"authorized", true}})) << "\n";
   return kExitOk;
 }
 
@@ -234,7 +219,7 @@ int VatSubmit(LCliContext& context, LCliArgs& args) {
   nlohmann::json answer = nlohmann::json::parse(receipt, nullptr, false);
   if (!answer.is_object()) answer = nlohmann::json::object();
   if (context.json) {
-    context.out << nlohmann::json({{"message", dialog.Alert().message}, {"receipt", answer}}).dump() << "\n";
+    context.out << LJsonDump(nlohmann::json({{"message", dialog.Alert().message}, {"receipt", answer}})) << "\n";
     return kExitOk;
   }
   context.out << dialog.Alert().caption << "\n" << dialog.Alert().message << "\n";

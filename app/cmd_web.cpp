@@ -9,6 +9,7 @@
 #include "llib/gen/textnum.h"
 #include "llib/web/weblet.h"
 #include "llib/web/webrouting.h"
+#include "llib/gen/jsontext.h"
 
 namespace {
 
@@ -22,13 +23,12 @@ int Status(LCliContext& context) {
   bool running = LServiceEngineIsRunning();
   std::string address = LWebRoutingLocalAddress();
   if (context.json) {
-    context.out << nlohmann::json({{"enabled", enabled},
+    context.out << LJsonDump(nlohmann::json({{"enabled", enabled},
                                    {"port", port},
                                    {"publicEnabled", LWebletServer::IsPublicWebletServerEnabled()},
                                    {"publicPort", LWebletServer::GetWebletServerPublicPort()},
                                    {"address", address},
-                                   {"serviceRunning", running}})
-                       .dump()
+                                   {"serviceRunning", running}}))
                 << "\n";
     return kExitOk;
   }

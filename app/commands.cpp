@@ -60,7 +60,8 @@ constexpr LCliCommand kCommands[] = {
      "affiche les lignes du grand livre ou supprime une transaction", LCmdLedger},
     {"bill",
      "kontavo bill add --supplier S [--date D] [--notes TEXT] [--account NUMBER] [--ref REF] LINE... [--tax K=AMOUNT]...\n"
-     "        LINE: ACCOUNT:AMOUNT[:TAXTEXT]\n",
+     "        LINE: ACCOUNT:AMOUNT[:TAXTEXT]\n"
+     "kontavo bill import FILE [--supplier KEY]\n",
      "enregistre et impute une facture fournisseur", LCmdBill},
     {"billpayment",
      "kontavo billpayment add --supplier S --amount AMOUNT [--date D] [--account DESCRIPTION] [--notes TEXT]\n"
@@ -96,7 +97,11 @@ constexpr LCliCommand kCommands[] = {
      "kontavo customer show KEY\n"
      "kontavo customer retotal [KEY]\n",
      "clients, leur solde et leur plus ancienne échéance", LCmdCustomer},
-    {"supplier", "kontavo supplier add KEY [FIELD=VALUE...]\n", "ajoute un fournisseur", LCmdSupplier},
+    {"supplier",
+     "kontavo supplier add KEY [Name=TEXT] [Address=TEXT] [Contact=TEXT] [Email=ADRESSE] [Phone=TEXT]\n"
+     "    [SIREN=9 CHIFFRES] [VATNumber=FR...] [ExpenseAccount=DESCRIPTION] [PaymentTermsDays=N] [FIELD=VALUE...]\n"
+     "kontavo supplier list\n",
+     "fournisseurs et leurs coordonnées", LCmdSupplier},
     {"item",
      "kontavo item add CODE [--description TEXT] [--price AMOUNT] [--account DESCRIPTION]\n"
      "    [--kind stock|product|service] [--cost AMOUNT] [--reorder-level QTY] [--reorder-qty QTY]\n"
@@ -104,6 +109,14 @@ constexpr LCliCommand kCommands[] = {
      "kontavo item list\n"
      "kontavo item stock CODE [--date D]\n",
      "articles, leur stock, leur coût moyen et leur seuil de commande", LCmdItem},
+    {"salesperson",
+     "kontavo salesperson add KEY [Name=TEXT] [Email=ADRESSE] [CommissionRate=POURCENT]\n"
+     "kontavo salesperson list\n",
+     "vendeurs et leur taux de commission", LCmdSalesPerson},
+    {"group",
+     "kontavo group add KEY [Description=TEXT] [PriceLevel=POURCENT]\n"
+     "kontavo group list\n",
+     "groupes de clients et leur remise sur les prix des articles", LCmdGroup},
     {"invoice",
      "kontavo invoice new [--draft] [--number KEY] (--file DOC.json | --customer C [--date D] [--terms now|DAYS]\n"
      "    [--line 'CODE|DESCRIPTION|QTY|UNIT PRICE|TAX NAME|DISCOUNT %']... [--shipping AMOUNT --shipping-tax NAME]\n"
@@ -178,12 +191,13 @@ constexpr LCliCommand kCommands[] = {
      "kontavo recurring run [--all]\n",
      "factures et commandes périodiques", LCmdRecurring},
     {"import",
-     "kontavo import ofx FILE [--json]\n",
-     "lit un relevé bancaire OFX et affiche son compte, sa période, son solde et ses lignes", LCmdImport},
+     "kontavo import ofx FILE [--json]\n"
+     "kontavo import csv customers|items|suppliers|salespersons|groups FILE [--map COLONNE=CHAMP,...] [--dry-run]\n",
+     "lit un relevé bancaire OFX ; importe des clients, articles ou fournisseurs d'un fichier CSV", LCmdImport},
     {"bank",
-     "kontavo bank import FILE --account NUMBER [--format ofx|csv|camt|cfonb|qif|mt940] [--csv-map SPEC]\n"
+     "kontavo bank import FILE --account NUMBER [--format ofx|csv|camt|cfonb|qif|mt940] [--csv-map MAP]\n"
      "        [--statement-account ID]\n"
-     "        SPEC: date=N,text=N,(amount=N | debit=N,credit=N)[,ref=N][,sep=;][,decimal=comma|point]\n"
+     "        MAP: date=N,text=N,(amount=N | debit=N,credit=N)[,ref=N][,sep=;][,decimal=comma|point]\n"
      "              [,dates=dmy|mdy][,skip=N][,encoding=utf-8|utf-16|windows-1252]\n"
      "kontavo bank lines --account NUMBER [--unmatched]\n"
      "kontavo bank accept --account NUMBER [LINE[=REF]...] [--all-matched]\n"
@@ -192,12 +206,18 @@ constexpr LCliCommand kCommands[] = {
      "        [--finish | --cancel]\n"
      "kontavo bank rollback --account NUMBER\n",
      "relevés bancaires : import, rapprochement avec le grand livre, saisie des lignes nouvelles", LCmdBank},
+    {"facturx",
+     "kontavo facturx read FILE [--json]\n",
+     "lit une facture électronique reçue (PDF Factur-X ou XML CII)", LCmdFacturX},
     {"expr",
      "kontavo expr EXPRESSION [NOM=CENTIMES]... [--json]\n",
      "calcule une expression d'état modèle, sur des champs donnés en centimes", LCmdExpr},
     {"serve",
      "kontavo serve [--port N]\n",
      "lance le service (serveur Web et envoi des courriels) au premier plan", LCmdServe},
+    {"desk",
+     "kontavo desk [--no-open]\n",
+     "ouvre Kontavo dans le navigateur (démarre le service au besoin) ; --no-open affiche le lien", LCmdDesk},
     {"web",
      "kontavo web status\n"
      "kontavo web enable\n"
@@ -213,11 +233,21 @@ constexpr LCliCommand kCommands[] = {
     {"report",
      "kontavo report NAME [--from D] [--to D] [--date D] [--compare-from D --compare-to D] [--customer KEY]...\n"
      "        [--consolidate B=FACTOR,...] [--format text|csv|json|html]\n"
-     "        NAME: coa, pl, pl-compare, bs (au --date), tb, cf, vat-obligations,\n"
+     "        NAME: coa, pl, pl-compare, bs (au --date), tb, cf, vat-obligations, tva-ca3,\n"
      "              aging (au --date), unpaid, invoices, payments, quotes, orders, customers,\n"
      "              customer-sales, items, items-per-customer, salesperson,\n"
      "              inventory (au --date), reorder, movements, reconcile (--account NUMBER, au --date)\n",
      "plan comptable, états financiers, rapports de ventes et obligations de TVA", LCmdReport},
+    {"export",
+     "kontavo export fec --year YYYY [--out FOLDER] [--utf8]\n"
+     "kontavo export fec --check FILE\n"
+     "        the file of the fiscal year ending in YYYY, SIRENFECAAAAMMJJ.txt (ISO-8859-15 unless --utf8);\n"
+     "        --check applies the tax administration's rules to any such file\n"
+     "kontavo export csv customers|items|suppliers|salespersons|groups|ledger [--out FILE]\n"
+     "kontavo export journal [--out FILE]\n",
+     "FEC et son contrôle, fiches ou écritures en CSV, livres en journal pour ledger et hledger", LCmdExport},
+    {"audit", "kontavo audit verify\n",
+     "vérifie la chaîne d'empreintes de la piste d'audit des écritures et des documents", LCmdAudit},
     {{}, {}, {}, nullptr},
 };
 

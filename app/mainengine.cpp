@@ -51,6 +51,11 @@ bool MainEngine::Control(int code, const void* data, std::size_t size) {
     web_.Stop();
     return true;
   }
+  if (code == kServiceControlWebListening) return IsListening();
+  if (code == kServiceControlWebPortTaken) {
+    std::lock_guard<std::mutex> lock(mutex_);
+    return web_.HasBindConflict();
+  }
   return LServiceEngine::Control(code, data, size);
 }
 

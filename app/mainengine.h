@@ -16,8 +16,9 @@ class MainEngine : public LServiceEngine {
   // "Arrêt du moteur du serveur", the e-mail sender asked to stop, the web server stopped, the
   // e-mail sender stopped at once.
   void Stop() override;
-  // Code 1 restarts the web server, code 2 stops it until the next restart; other codes go to
-  // the engine base.
+  // Code 1 restarts the web server, code 2 stops it until the next restart, code 3 answers
+  // whether it accepts connections and code 4 whether another program holds its port; other
+  // codes go to the engine base.
   bool Control(int code, const void* data, std::size_t size) override;
   // Stops the web server when it runs and starts it again when it is enabled.
   void CtlRestart();

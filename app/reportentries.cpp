@@ -7,6 +7,7 @@
 #include "accounts/accounts.h"
 #include "accounts/accounttotaller.h"
 #include "accounts/balancesheet.h"
+#include "accounts/ca3.h"
 #include "accounts/cfstmt.h"
 #include "accounts/chartofaccounts.h"
 #include "accounts/profitandloss.h"
@@ -165,6 +166,14 @@ bool BuildAging(LCliContext&, LProfile& profile, const LReportRequest& request, 
   return true;
 }
 
+// The French VAT return of --from to --to; without --from, the calendar quarter of the end date.
+bool BuildVatCa3(LCliContext&, LProfile& profile, const LReportRequest& request, LReportTable& table, std::string&) {
+  LDate to = request.to.IsValid() ? request.to : request.date;
+  LDate from = request.from.IsValid() ? request.from : LDate(to.year, (to.month - 1) / 3 * 3 + 1, 1);
+  LCa3Report(LCa3Compute(profile, from, to), from, to, table);
+  return true;
+}
+
 // The reconciliation of the bank account --account: the one in progress, else the last finished
 // on or before --date.
 bool BuildReconcile(LCliContext&, LProfile& profile, const LReportRequest& request, LReportTable& table,
@@ -189,6 +198,7 @@ constexpr LReportEntry kReports[] = {
     {"tb", BuildTrialBalance},
     {"cf", BuildCashFlow},
     {"vat-obligations", BuildVatObligations},
+    {"tva-ca3", BuildVatCa3},
     {"aging", BuildAging},
     {"unpaid", BuildSales<LReportUnpaidInvoices>},
     {"invoices", BuildSales<LReportInvoices>},

@@ -4,8 +4,9 @@
 //   company details  "Name", "Address", "Contact", "FiscalYearEnd" (month), "FiscalYearEndDay"
 //                    into "Company", then the country's default options
 //   currency         "CurrencySymbol", "CurrencyName", "CurrencySubunit" into "Options"
-//   accounting       "ManualCreateAccounts" into "Company"; the default chart of accounts; the
-//                    opening balances of the checking account 1110 and the credit card 2110
+//   accounting       "ManualCreateAccounts" into "Company"; the chart of accounts (the French
+//                    "Plan comptable général" or the generic chart); the opening balances of the
+//                    checking account (1110, 512000) and the credit card (2110, 519000)
 //   business usage   invoice layout for the way the business sells
 //
 // Each page takes its answers (given beforehand, or asked on a terminal through a prompter) and
@@ -44,6 +45,7 @@ struct LStartWizardAnswers {
   // Accounting page. A balance that is present says the business has that account; its text is
   // the opening balance in currency units ("1234.56"), and an empty text is a missing balance.
   bool manualAccounts = false;
+  std::string chart;                             // "pcg" or "generic"; "" PCG in France, else generic
   std::optional<std::string> openingChecking;
   std::optional<std::string> openingCreditCard;
   // Business usage page: "products" ("" too) or "services" (billed by the hour).

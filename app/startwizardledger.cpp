@@ -1,8 +1,17 @@
 #include "app/startwizardledger.h"
 
 #include "accounts/accounts.h"
+#include "accounts/pcgchart.h"
 
-void LStartWizardCreateDefaultAccounts(LProfile& profile) { LAccountListCreateDefault(profile); }
+void LStartWizardCreateDefaultAccounts(LProfile& profile, bool pcg) {
+  if (pcg) LAccountListCreatePCG(profile);
+  else LAccountListCreateDefault(profile);
+}
+
+std::string_view LStartWizardCheckingAccount(bool pcg) { return pcg ? kPcgCheckingAccount : kStartWizardCheckingAccount; }
+std::string_view LStartWizardCreditCardAccount(bool pcg) {
+  return pcg ? kPcgCreditCardAccount : kStartWizardCreditCardAccount;
+}
 
 bool LStartWizardSetOpeningBalance(LProfile& profile, std::string_view accountNumber, long long amountCents) {
   if (!LAccountIsLive(profile, accountNumber)) return false;

@@ -9,9 +9,15 @@ class LProfile;
 
 inline constexpr std::string_view kStartWizardCheckingAccount = "1110";    // the checking account
 inline constexpr std::string_view kStartWizardCreditCardAccount = "2110";  // the credit card
+inline constexpr std::string_view kStartWizardPcgChart = "pcg";
+inline constexpr std::string_view kStartWizardGenericChart = "generic";
 
-// The default chart of accounts of the business (LAccountListCreateDefault).
-void LStartWizardCreateDefaultAccounts(LProfile& profile);
+// The chart of accounts of the business: the French general chart (LAccountListCreatePCG) when
+// pcg, else the generic default chart (LAccountListCreateDefault).
+void LStartWizardCreateDefaultAccounts(LProfile& profile, bool pcg);
+// The checking and credit-card accounts of the chart.
+std::string_view LStartWizardCheckingAccount(bool pcg);
+std::string_view LStartWizardCreditCardAccount(bool pcg);
 
 // The opening balance of the account numbered accountNumber, entered on its natural side, in
 // cents (LAccount::UpdateOpeningBalance). false, nothing written, when the chart has no live

@@ -32,6 +32,7 @@ bool LStartWizardTakeOptions(LCliArgs& args, LStartWizardAnswers& answers, bool&
       {"--currency-name", &answers.currencyName},
       {"--currency-subunit", &answers.currencySubunit},
       {"--usage", &answers.usage},
+      {"--chart", &answers.chart},
   };
   for (auto& [option, value] : texts)
     if (args.TakeOption(option, *value)) given = true;

@@ -3,7 +3,7 @@
 //     --name NAME  --country CC  --province N  --address TEXT  --contact TEXT
 //     --fiscal-year-end MM-DD  --currency-symbol S  --currency-name TEXT
 //     --currency-subunit TEXT  --manual-accounts  --opening-checking AMOUNT
-//     --opening-credit-card AMOUNT  --usage products|services
+//     --opening-credit-card AMOUNT  --usage products|services  --chart pcg|generic
 //
 // Without --name and on a terminal the wizard asks every page's questions, the options given
 // being the defaults; otherwise it takes the options as they are and refuses what is missing
@@ -23,7 +23,7 @@ class LCliContext;
   "    [--name NAME] [--country CC] [--province N] [--address TEXT] [--contact TEXT]\n"                   \
   "    [--fiscal-year-end MM-DD] [--currency-symbol S] [--currency-name TEXT] [--currency-subunit TEXT]\n" \
   "    [--manual-accounts] [--opening-checking AMOUNT] [--opening-credit-card AMOUNT]\n"                   \
-  "    [--usage products|services]\n"
+  "    [--usage products|services] [--chart pcg|generic (pcg: plan comptable général, par défaut en FR)]\n"
 
 // Takes the wizard's options out of args into answers. given: any of them was present; named:
 // --name was. false (usage error in error) for a value that is not of its form.

@@ -39,12 +39,16 @@ bool ParseMonthDay(std::string_view text, int& month, int& day) {
   return month >= 1 && month <= 12 && day >= 1 && day <= kLongestMonth[month - 1];
 }
 
-std::string FiscalYearEndOf(const LStartWizardAnswers& answers) {
+}  // namespace
+
+std::string LStartWizardFiscalYearEndText(const LStartWizardAnswers& answers) {
   if (!answers.fiscalYearEnd.empty()) return answers.fiscalYearEnd;
   int month, day;
   LStartWizardFiscalYearEnd(answers.country, month, day);
   return TwoDigits(month) + "-" + TwoDigits(day);
 }
+
+namespace {
 
 // The name and the name of the hundredth of a currency, for the currency page's defaults.
 struct CurrencyNames {
@@ -64,9 +68,10 @@ constexpr CurrencyNames kCurrencyNames[] = {
     {"CHF", "Franc suisse", "Centime"},
 };
 
-// The currency page's answers with the country's currency where none was given.
-void CurrencyDefaults(const LStartWizardAnswers& answers, std::string& symbol, std::string& name,
-                      std::string& subunit) {
+}  // namespace
+
+void LStartWizardCurrencyDefaults(const LStartWizardAnswers& answers, std::string& symbol, std::string& name,
+                                  std::string& subunit) {
   std::string code;
   int digits = 2;
   LCurrencyOfCountry(answers.country, code, symbol, digits);
@@ -82,6 +87,8 @@ void CurrencyDefaults(const LStartWizardAnswers& answers, std::string& symbol, s
   if (!answers.currencyName.empty()) name = answers.currencyName;
   if (!answers.currencySubunit.empty()) subunit = answers.currencySubunit;
 }
+
+namespace {
 
 bool ParseOpening(const std::optional<std::string>& text, const LProfile& profile, long long& amountCents) {
   return text.has_value() && LParseAmount(*text, profile.GetCurrencyDigits(), amountCents);
@@ -100,6 +107,11 @@ bool AskOpening(LStartWizardPrompter& prompter, std::string_view hasPrompt, std:
   if (!prompter.Ask(balancePrompt, balance.value_or(""), text)) return false;
   balance = text;
   return true;
+}
+
+// The French general chart: asked for, or by default for a business in France.
+bool IsPcgChart(const LStartWizardAnswers& answers) {
+  return answers.chart.empty() ? answers.country == "FR" : answers.chart == kStartWizardPcgChart;
 }
 
 }  // namespace
@@ -143,6 +155,19 @@ void LStartWizardCountryPage::Write(LProfile& profile, const LStartWizardAnswers
     LOptions options;
     options.OpenFrom(profile);
     options.SetString("CountryCode", answers.country);
+    // The business was initialised with the computer's regional settings; a business of another
+    // country keeps its books in that country's currency and writes its numbers its way.
+    if (answers.country != LGetSystemLocale().countryCode) {
+      LSystemLocale country = LLocaleOfCountry(answers.country);
+      options.SetString("CurrencyType", country.currencyCode);
+      options.SetString("CurrencySymbol", country.currencySymbol);
+      options.SetInt("CurrencyOrder", country.currencyOrder);
+      options.SetInt("CurrencyDigits", country.currencyDigits);
+      options.SetString("DecimalSymbol", country.decimalSymbol);
+      options.SetString("ThousandsSymbol", country.thousandsSymbol);
+      options.SetInt("MeasurementUnits", country.metric ? 0 : 1);
+      options.SetInt("PrintedDateOrder", country.dateOrder);
+    }
   }
   if (answers.province > 0) {
     LTaxOptions tax;
@@ -154,7 +179,7 @@ void LStartWizardCountryPage::Write(LProfile& profile, const LStartWizardAnswers
 // ---- Company details ---------------------------------------------------------------------------
 
 bool LStartWizardPageCompanyInfo::Ask(LStartWizardPrompter& prompter, const LProfile&, LStartWizardAnswers& answers) {
-  std::string fiscalYearEnd = FiscalYearEndOf(answers);
+  std::string fiscalYearEnd = LStartWizardFiscalYearEndText(answers);
   return prompter.Ask("Nom de l'entreprise", answers.name, answers.name) &&
          prompter.Ask("Adresse", answers.address, answers.address) &&
          prompter.Ask("Contact", answers.contact, answers.contact) &&
@@ -172,7 +197,7 @@ bool LStartWizardPageCompanyInfo::Check(const LProfile& profile, const LStartWiz
     return false;
   }
   int month, day;
-  if (!ParseMonthDay(FiscalYearEndOf(answers), month, day)) {
+  if (!ParseMonthDay(LStartWizardFiscalYearEndText(answers), month, day)) {
     message = "Veuillez entrer une fin d'exercice valide (MM-JJ).";
     return false;
   }
@@ -181,7 +206,7 @@ bool LStartWizardPageCompanyInfo::Check(const LProfile& profile, const LStartWiz
 
 void LStartWizardPageCompanyInfo::Write(LProfile& profile, const LStartWizardAnswers& answers) {
   int month = 12, day = 31;
-  ParseMonthDay(FiscalYearEndOf(answers), month, day);
+  ParseMonthDay(LStartWizardFiscalYearEndText(answers), month, day);
   {
     LRecord company;
     OpenMisc(profile, company, "Company");
@@ -209,7 +234,7 @@ void LStartWizardPageCompanyInfo::Write(LProfile& profile, const LStartWizardAns
 bool LStartWizardPageCurrencySettings::Ask(LStartWizardPrompter& prompter, const LProfile&,
                                            LStartWizardAnswers& answers) {
   std::string symbol, name, subunit;
-  CurrencyDefaults(answers, symbol, name, subunit);
+  LStartWizardCurrencyDefaults(answers, symbol, name, subunit);
   return prompter.Ask("Symbole monétaire", symbol, answers.currencySymbol) &&
          prompter.Ask("Nom de la devise", name, answers.currencyName) &&
          prompter.Ask("Nom de la subdivision (centimes)", subunit, answers.currencySubunit);
@@ -221,7 +246,7 @@ bool LStartWizardPageCurrencySettings::Check(const LProfile&, const LStartWizard
 
 void LStartWizardPageCurrencySettings::Write(LProfile& profile, const LStartWizardAnswers& answers) {
   std::string symbol, name, subunit;
-  CurrencyDefaults(answers, symbol, name, subunit);
+  LStartWizardCurrencyDefaults(answers, symbol, name, subunit);
   LOptions options;
   options.OpenFrom(profile);
   options.SetString("CurrencySymbol", symbol);
@@ -232,6 +257,11 @@ void LStartWizardPageCurrencySettings::Write(LProfile& profile, const LStartWiza
 // ---- Accounting ----------------------------------------------------------------------------------
 
 bool LStartWizardPageAccounting::Ask(LStartWizardPrompter& prompter, const LProfile&, LStartWizardAnswers& answers) {
+  if (answers.country == "FR") {
+    bool pcg = IsPcgChart(answers);
+    if (!prompter.AskYesNo("Utiliser le plan comptable général (PCG) ?", pcg, pcg)) return false;
+    answers.chart = pcg ? kStartWizardPcgChart : kStartWizardGenericChart;
+  }
   return prompter.AskYesNo("Créer vous-même les comptes du plan comptable ?", answers.manualAccounts,
                            answers.manualAccounts) &&
          AskOpening(prompter, "L'entreprise a-t-elle un compte-chèque ?", "Solde initial du compte-chèque",
@@ -242,6 +272,10 @@ bool LStartWizardPageAccounting::Ask(LStartWizardPrompter& prompter, const LProf
 
 bool LStartWizardPageAccounting::Check(const LProfile& profile, const LStartWizardAnswers& answers,
                                        std::string& message) {
+  if (!answers.chart.empty() && answers.chart != kStartWizardPcgChart && answers.chart != kStartWizardGenericChart) {
+    message = "Veuillez choisir le plan comptable : pcg (plan comptable général) ou generic.";
+    return false;
+  }
   long long amountCents;
   if (answers.openingChecking.has_value() && !ParseOpening(answers.openingChecking, profile, amountCents)) {
     message = kWizardCheckingMessage;
@@ -260,13 +294,14 @@ void LStartWizardPageAccounting::Write(LProfile& profile, const LStartWizardAnsw
     OpenMisc(profile, company, "Company");
     company.SetString("ManualCreateAccounts", answers.manualAccounts ? "1" : "0");
   }
-  // The opening balances go on accounts of the default chart: it comes first.
-  LStartWizardCreateDefaultAccounts(profile);
+  // The opening balances go on accounts of the chart: it comes first.
+  bool pcg = IsPcgChart(answers);
+  LStartWizardCreateDefaultAccounts(profile, pcg);
   long long amountCents;
   if (ParseOpening(answers.openingChecking, profile, amountCents))
-    LStartWizardSetOpeningBalance(profile, kStartWizardCheckingAccount, amountCents);
+    LStartWizardSetOpeningBalance(profile, LStartWizardCheckingAccount(pcg), amountCents);
   if (ParseOpening(answers.openingCreditCard, profile, amountCents))
-    LStartWizardSetOpeningBalance(profile, kStartWizardCreditCardAccount, amountCents);
+    LStartWizardSetOpeningBalance(profile, LStartWizardCreditCardAccount(pcg), amountCents);
 }
 
 // ---- Business usage ------------------------------------------------------------------------------

@@ -7,6 +7,12 @@
 
 #include "app/startwizard.h"
 
+// The currency page's answers with the country's currency where none was given.
+void LStartWizardCurrencyDefaults(const LStartWizardAnswers& answers, std::string& symbol, std::string& name,
+                                  std::string& subunit);
+// The end of the fiscal year as "MM-DD": the answer, else the country's.
+std::string LStartWizardFiscalYearEndText(const LStartWizardAnswers& answers);
+
 class LStartWizardPage {
  public:
   virtual ~LStartWizardPage() = default;

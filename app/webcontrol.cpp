@@ -3,13 +3,18 @@
 #include <sys/stat.h>
 
 #include "accounts/webpages.h"
+#include "app/webbusiness.h"
+#include "app/webdesk.h"
 #include "app/weblogonpages.h"
 #include "app/webmain.h"
+#include "app/websettings.h"
+#include "app/webstartwizard.h"
 #include "app/webuser.h"
 #include "invoice/sales/webpages.h"
 #include "invoice/shared/webnavtabs.h"
 #include "llib/gen/file.h"
 #include "llib/gen/log.h"
+#include "llib/gen/processworker.h"
 #include "llib/web/webletroutes.h"
 #include "llib/web/weblogon.h"
 #include "llib/web/webupload.h"
@@ -27,6 +32,11 @@ const LWebletRoute WebScriptArray[] = {
     {"userprop", WLWebDialogRun<LAppWebAccountDialog>},
     {"userdelete", WLUserDelete},
     {"chooseprofile", WLWebDialogRun<LWebSelectProfileDialog>},
+    {"startwizard", WLWebDialogRun<LWebStartWizardDialog>},
+    {"businesslist", WLWebPageRun<LWebBusinessesPage>},
+    {"businessopen", WLBusinessOpen},
+    {"businessdelete", WLWebDialogRun<LWebBusinessDeleteDialog>},
+    {"settings", WLWebDialogRun<LWebCompanySettingsDialog>},
 };
 
 // The routes of the logon pages and the upload progress, installed beside the table.
@@ -36,6 +46,7 @@ const LWebletRoute kLogonScripts[] = {
     {"lostpassword", WLWebDialogRun<LWebLostPasswordDialog>},
     {"lostpasswordsent", WLWebPageRun<LWebLostPasswordSentPage>},
     {"uploadProgress", WLUploadProgress},
+    {"desk", WLDeskLogon},
 };
 
 long long ModifiedTime(const std::string& path) {
@@ -50,11 +61,19 @@ void LWebControlInstallRoutes() {
   LWebletInstallScripts(WebScriptArray);
   LWebNavTabInstall({"main", "Accueil", 10});
   LWebNavTabInstall({"userlist", "Utilisateurs", 160, true});
+  LWebNavTabInstall({"businesslist", "Entreprises", 170, true});
   LSalesInstallWebPages();
   LAccountsInstallWebPages();
 }
 
-std::string LWebStaticFilesSource() { return std::string(KONTAVO_SOURCE_DIR) + "/app/webfiles"; }
+std::string LWebStaticFilesSource() {
+  // Installed: PREFIX/bin/kontavo beside PREFIX/share/kontavo/web. In a build folder the build
+  // copies the files beside the program instead, so tests and `make run` find them the same way.
+  std::string program = LCurrentExecutablePath();
+  std::string folder = program.substr(0, program.rfind('/') + 1);
+  std::string installed = folder + "../" + std::string(kWebStaticFilesFolder);
+  return LFile::IsFolder(installed) ? installed : folder + std::string(kWebStaticFilesFolder);
+}
 
 int LWebInstallStaticFiles(const std::string& sourceFolder, const std::string& webFolder) {
   int copied = 0;

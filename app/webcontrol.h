@@ -17,6 +17,7 @@ class LWebControl {
   void Stop();
   bool IsRunning() const { return server_.IsRunning(); }
   bool IsListening() const { return server_.IsListening(); }
+  bool HasBindConflict() const { return server_.HasBindConflict(); }
 
  private:
   LWebletServer server_;
@@ -28,5 +29,8 @@ void LWebControlInstallRoutes();
 // Copies each file of sourceFolder (sub-folders included) into webFolder when it is missing
 // there or older. Returns the number of files copied.
 int LWebInstallStaticFiles(const std::string& sourceFolder, const std::string& webFolder);
-// The static files shipped with the program.
+// Where the static files are shipped, relative to the folder of the program.
+inline constexpr std::string_view kWebStaticFilesFolder = "share/kontavo/web";
+// The static files shipped with the program: "share/kontavo/web" beside the program's folder
+// (installed) or inside it (a build folder).
 std::string LWebStaticFilesSource();

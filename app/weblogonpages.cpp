@@ -1,5 +1,6 @@
 #include "app/weblogonpages.h"
 
+#include "app/maindialog.h"
 #include "llib/web/webaccount.h"
 #include "llib/web/webformat.h"
 #include "llib/web/webletform.h"
@@ -57,6 +58,7 @@ void WLLogon(LWebletForm& form) {
 
 LWebSelectProfileDialog::LWebSelectProfileDialog(LWebletForm& form) : LWebDialog(form, "chooseprofile") {
   SetTitle("Choisir la société");
+  AddNavLink("help/businesslist.html", "Aide");
   AddNavLink("main", "Page principale");
   AddNavLink("logoff", "Déconnexion");
   SetOkPage("main");
@@ -64,6 +66,11 @@ LWebSelectProfileDialog::LWebSelectProfileDialog(LWebletForm& form) : LWebDialog
 }
 
 bool LWebSelectProfileDialog::Authenticate() {
+  if (WLIsDeskSession(form_)) {
+    administrator_ = true;
+    allowed_ = LWebBusinessList();
+    return true;
+  }
   LWebAccount account;
   if (!form_.session.IsPresent() || !OpenSessionAccount(form_, account) || !account.IsEnabled()) {
     form_.session.DestroySession();
@@ -111,6 +118,8 @@ bool LWebSelectProfileDialog::CmOk() {
   }
   const LWebBusiness& chosen = allowed_[static_cast<std::size_t>(index)];
   form_.session.SetString("profile", chosen.folder);
+  // The desk opens, next time, the business it worked in last, as the desktop does.
+  if (WLIsDeskSession(form_)) MainDialog::SetWorkingFolder(chosen.folder);
   LWebAccount account;
   if (OpenSessionAccount(form_, account)) account.SetString("LastUsedProfiles", chosen.name);
   return true;
@@ -120,6 +129,7 @@ bool LWebSelectProfileDialog::CmOk() {
 
 LWebChangePasswordDialog::LWebChangePasswordDialog(LWebletForm& form) : LWebDialogEx(form, "changepassword") {
   SetTitle("Changer le mot de passe");
+  AddNavLink("help/login.html", "Aide");
   AddNavLink("main", "Page principale");
   SetOkPage("changepasswordchanged");
   SetCancelPage("main");
@@ -173,6 +183,7 @@ void LWebChangePasswordChangedPage::Generate() {
 
 LWebLostPasswordDialog::LWebLostPasswordDialog(LWebletForm& form) : LWebDialog(form, "lostpassword") {
   SetTitle("Mot de passe oublié");
+  AddNavLink("help/login.html", "Aide");
   AddNavLink("logon", "Connexion");
   SetOkPage("lostpasswordsent");
   SetCancelPage("logon");

@@ -7,5 +7,11 @@
 class LWebPageMain : public LWebPageMainEx {
  public:
   explicit LWebPageMain(LWebletForm& form);
+  // An administrator whose business has no company name yet is sent to the start wizard.
+  bool Authenticate() override;
   void Generate() override;
+
+ private:
+  // The business's accounts with their balances, in number order.
+  void WriteChartOfAccounts();
 };

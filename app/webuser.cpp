@@ -19,14 +19,6 @@ constexpr int kUserRadio = 302;
 constexpr int kViewerRadio = 303;
 constexpr int kFirstBusinessControl = 1000;
 
-// Administrators only: anyone else is sent to the main page.
-bool AdministratorOnly(LWebletForm& form) {
-  if (!AuthenticateEx(form)) return false;
-  if (WLIsAdministator(form)) return true;
-  WLRedirect(form, "main");
-  return false;
-}
-
 }  // namespace
 
 // ---- Checks and storage ---------------------------------------------------------------------------
@@ -76,7 +68,7 @@ LAppWebAccountsPage::LAppWebAccountsPage(LWebletForm& form) : LWebPageWithNavTab
   AddNavLink("logoff", "Déconnexion");
 }
 
-bool LAppWebAccountsPage::Authenticate() { return AdministratorOnly(form_); }
+bool LAppWebAccountsPage::Authenticate() { return AuthenticateAdministrator(form_); }
 
 void LAppWebAccountsPage::Generate() {
   LHtmlList list(form_, 0, true);
@@ -112,13 +104,14 @@ void LAppWebAccountsPage::Generate() {
 LAppWebAccountDialog::LAppWebAccountDialog(LWebletForm& form)
     : LWebDialogEx(form, "userprop"), businesses_(LWebBusinessList()) {
   SetTitle("Compte d'utilisateur Web");
+  AddNavLink("help/userlist.html", "Aide");
   AddNavLink("userlist", "Utilisateurs");
   AddNavLink("main", "Page principale");
   SetOkPage("userlist");
   SetCancelPage("userlist");
 }
 
-bool LAppWebAccountDialog::Authenticate() { return AdministratorOnly(form_); }
+bool LAppWebAccountDialog::Authenticate() { return AuthenticateAdministrator(form_); }
 
 void LAppWebAccountDialog::InitDialog() {
   std::string id = form_.GetParam("id");
@@ -205,7 +198,7 @@ bool LAppWebAccountDialog::CmOk() {
 // ---- "userdelete" --------------------------------------------------------------------------------
 
 void WLUserDelete(LWebletForm& form) {
-  if (!WLValidateSession(form) || !AdministratorOnly(form)) return;
+  if (!WLValidateSession(form) || !AuthenticateAdministrator(form)) return;
   std::string id = LWebAccountIdFromEmail(form.GetParam("id"));
   std::string self;
   form.session.GetString("user", "", self);

@@ -48,7 +48,7 @@ const std::string& MillionRowFile() {
       AddLedgerColumns(row, index);
       chunk.append(row.GetText()).append("\r\n");
       if (chunk.size() >= kWriteChunkBytes || index + 1 == kFileRows) {
-        LRobustWrite(fd.Get(), chunk.data(), chunk.size());
+        if (!LRobustWrite(fd.Get(), chunk.data(), chunk.size())) std::abort();
         chunk.clear();
       }
     }

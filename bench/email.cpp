@@ -51,7 +51,7 @@ const std::string& AttachmentPath() {
     std::mt19937 random(7);
     for (char& c : bytes) c = static_cast<char>(random());
     std::string file = Folder().Path() + "/Releve-annuel.pdf";
-    LFile::WriteAllAtomic(file, bytes);
+    if (!LFile::WriteAllAtomic(file, bytes)) std::abort();
     return file;
   }();
   return path;

@@ -5,6 +5,8 @@
 //   - The bare file work of one posting, in the same run: an append of two rows under flock, and
 //     a read-rewrite-truncate of two small files. The ratio of the two rates is the cost of
 //     everything else (paths, parsing, record merging, the ledger lock).
+//   - Opening the books: the look for interrupted postings that every command makes, with nothing
+//     to settle, and with 1,000 postings interrupted between their rows and their balances.
 //   - The time of `kontavo check` over 1,000,000 journal lines spread over ten years of day
 //     files (generated once, in a temporary folder).
 #include <benchmark/benchmark.h>
@@ -18,6 +20,7 @@
 #include "accounts/accounts.h"
 #include "bench/benchfolder.h"
 #include "accounts/ledger.h"
+#include "accounts/ledgerintent.h"
 #include "invoice/shared/options.h"
 #include "invoice/shared/profile.h"
 #include "llib/gen/date.h"
@@ -25,17 +28,21 @@
 
 namespace {
 
+// Posting number i: a rent of 123.45 on one of the days of 2024.
+LLedgerTransaction Rent(long i) {
+  LLedgerTransaction txn(LDate(2024, 1, 1).AddDays(i % 365).ToText(), "GJ" + std::to_string(10000 + i), "General");
+  txn.AddLine("6410", "Loyer", 12345, "bench", "", "");
+  txn.AddLine("1110", "Loyer", -12345, "bench", "", "");
+  return txn;
+}
+
 void BM_PostBalancedTransaction(benchmark::State& state) {
   LBenchHome home("ledger");
   LProfile profile(home.Business());
   LAccountListCreateDefault(profile);
-  LDate first(2024, 1, 1);
   long i = 0;
   for (auto _ : state) {
-    LLedgerTransaction txn(first.AddDays(i % 365).ToText(), "GJ" + std::to_string(10000 + i), "General");
-    txn.AddLine("6410", "Loyer", 12345, "bench", "", "");
-    txn.AddLine("1110", "Loyer", -12345, "bench", "", "");
-    if (!LAccountTransactionRecord(profile, txn)) state.SkipWithError("posting failed");
+    if (!LAccountTransactionRecord(profile, Rent(i))) state.SkipWithError("posting failed");
     ++i;
   }
   state.SetItemsProcessed(state.iterations());
@@ -78,6 +85,43 @@ void BM_BareFileOperations(benchmark::State& state) {
   state.SetItemsProcessed(state.iterations());
 }
 BENCHMARK(BM_BareFileOperations)->Unit(benchmark::kMicrosecond);
+
+// What every command pays before it answers: one look for interrupted changes.
+void BM_OpenBooksNothingToSettle(benchmark::State& state) {
+  LBenchHome home("ledger");
+  LProfile profile(home.Business());
+  LAccountListCreateDefault(profile);
+  for (auto _ : state) LLedgerSettleInterrupted(profile);
+}
+BENCHMARK(BM_OpenBooksNothingToSettle)->Unit(benchmark::kMicrosecond);
+
+// 1,000 postings killed after their rows and before their balances (as a crash leaves them), then
+// settled by the next opening of the books.
+void BM_OpenBooksAfter1000InterruptedPostings(benchmark::State& state) {
+  LBenchHome home("ledger");
+  LProfile profile(home.Business());
+  LAccountListCreateDefault(profile);
+  long i = 0;
+  for (auto _ : state) {
+    state.PauseTiming();
+    for (int n = 0; n < 1000; ++n, ++i) {
+      LLedgerTransaction txn = Rent(i);
+      LTextBuffer day;
+      if (!LLedgerGetCSVFilePath(profile, day, txn.GetDate())) std::abort();
+      std::string sizeText;
+      long long size = LFile::ReadAll(std::string(day), sizeText) ? static_cast<long long>(sizeText.size()) : 0;
+      std::string rows;
+      for (const auto& line : txn.Lines()) rows += line.BuildCSVRow();
+      LLedgerIntent intent(profile);  // left behind, as a killed posting leaves it
+      intent.AddTransaction(txn, +1);
+      if (!intent.BeginPosting(txn, size, rows) || !LLedgerTransactionRecord(profile, txn)) std::abort();
+    }
+    state.ResumeTiming();
+    LLedgerSettleInterrupted(profile);
+  }
+  state.SetItemsProcessed(state.iterations() * 1000);
+}
+BENCHMARK(BM_OpenBooksAfter1000InterruptedPostings)->Unit(benchmark::kMillisecond)->Iterations(3);
 
 // Ten years of day files, 1,000,000 lines in all, posted to eight accounts; the balances are
 // then fixed once so that the timed check finds nothing to report.

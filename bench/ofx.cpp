@@ -50,7 +50,7 @@ class BenchHome {
     }
     text += "</BANKTRANLIST>\r\n<LEDGERBAL>\r\n<BALAMT>1234.56\r\n<DTASOF>20241231\r\n</LEDGERBAL>\r\n"
             "</STMTRS>\r\n</STMTTRNRS>\r\n</BANKMSGSRSV1>\r\n</OFX>\r\n";
-    LFile::WriteAllAtomic(path, text);
+    if (!LFile::WriteAllAtomic(path, text)) std::abort();
   }
 
   LBenchHome home_{"ofx"};

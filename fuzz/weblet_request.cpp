@@ -53,7 +53,7 @@ extern "C" int LLVMFuzzerInitialize(int*, char***) {
   if (::mkdtemp(folder) == nullptr) std::abort();
   ::setenv("KONTAVO_HOME", folder, 1);
   gWebFolder = LFile::GetUserDataFolderAppSubFolder("Web");
-  LFile::WriteAllAtomic(gWebFolder + "/s.css", std::string(20000, 'c'));
+  if (!LFile::WriteAllAtomic(gWebFolder + "/s.css", std::string(20000, 'c'))) std::abort();
   LLogSetSink([](LLogLevel, std::string_view) {});
   return 0;
 }

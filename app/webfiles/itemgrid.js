@@ -2,7 +2,8 @@
 // line is worked out as the user types (quantity, 1 when empty, times the unit price, less the
 // line discount); choosing an item code fills in the item's description and price when they are
 // empty; "Ajouter une ligne" adds an empty row numbered after the others; the cross empties a row
-// (an empty row is not saved).
+// (an empty row is not saved). The document's totals (element "fktotals") are asked of the server
+// a moment after each change, so that they round exactly as the saved document will.
 
 function FKGrid() { return document.getElementById('itemgrid'); }
 
@@ -32,7 +33,8 @@ function FKUpdateRow(row) {
     return;
   }
   var quantity = cells['2'].value.trim() === '' ? 1 : FKNumber(cells['2'].value);
-  var value = quantity * FKNumber(cells['3'].value) * (1 - FKNumber(cells['5'].value) / 100);
+  var discount = cells['5'] ? FKNumber(cells['5'].value) : 0;
+  var value = quantity * FKNumber(cells['3'].value) * (1 - discount / 100);
   amount.textContent = value.toFixed(parseInt(grid.getAttribute('data-digits'), 10) || 0);
 }
 
@@ -79,10 +81,29 @@ function FKClearLine(link) {
     else cells[column].value = '';
   }
   FKUpdateRow(row);
+  FKRefreshTotals();
   return false;
 }
 
+var fkTotalsTimer = null;
+
+function FKRefreshTotals() {
+  var totals = document.getElementById('fktotals');
+  if (!totals || typeof SimpleAjaxCall !== 'function') return;
+  if (fkTotalsTimer) clearTimeout(fkTotalsTimer);
+  fkTotalsTimer = setTimeout(function() {
+    SimpleAjaxCall(totals.getAttribute('data-route'),
+                   GetParams('dialogform') + 'isComAJAX=1&MainControlId=' + totals.getAttribute('data-control'),
+                   HandleAjaxJSReturn, function() {}, function() {}, 20000);
+  }, 300);
+}
+
 (function() {
+  var form = document.getElementById('dialogform');
+  if (form) {
+    form.addEventListener('input', FKRefreshTotals, false);
+    form.addEventListener('change', FKRefreshTotals, false);
+  }
   var grid = FKGrid();
   if (!grid) return;
   function rowOf(element) {

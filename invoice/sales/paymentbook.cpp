@@ -5,6 +5,7 @@
 
 #include "accounts/ledgerlock.h"
 #include "invoice/sales/salesbook.h"
+#include "invoice/sales/salesledger.h"
 #include "invoice/sales/salesposting.h"
 #include "invoice/shared/customer.h"
 #include "invoice/shared/profile.h"
@@ -77,6 +78,7 @@ std::unique_ptr<LSortedInvoiceList> Distribute(LProfile& profile, LPayment& paym
 bool LPaymentCreate(LProfile& profile, const LPaymentRequest& request, std::string& newKey, std::string* error) {
   // Applications read and write the invoices' cached amounts: one desk at a time.
   LLedgerLock lock(profile);
+  LSalesChangeIntent intent(profile);
   if (!LSalesCheckParty(profile, LSalesDocumentKindOf(LSalesDocumentType::kInvoice), request.customer, error))
     return false;
   if (request.amount <= 0) {
@@ -118,6 +120,7 @@ bool LPaymentCreate(LProfile& profile, const LPaymentRequest& request, std::stri
 bool LPaymentDelete(LProfile& profile, std::string_view key, std::string* error) {
   // Applications read and write the invoices' cached amounts: one desk at a time.
   LLedgerLock lock(profile);
+  LSalesChangeIntent intent(profile);
   const LFileStoreListBase& payments = profile.MainList(kPaymentsList);
   LPayment payment;
   if (!payments.Open(payment, key)) {
@@ -136,6 +139,7 @@ bool LCreditNoteApply(LProfile& profile, std::string_view key, const std::vector
                       std::string* error) {
   // Applications read and write the invoices' cached amounts: one desk at a time.
   LLedgerLock lock(profile);
+  LSalesChangeIntent intent(profile);
   LSalesDocument creditNote;
   if (!CreditNotes(profile).Open(creditNote, key)) {
     SetError(error, "Avoir introuvable : " + std::string(key) + ".");

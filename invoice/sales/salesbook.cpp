@@ -3,9 +3,11 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include "accounts/audittrail.h"
 #include "accounts/ledgerlock.h"
 #include "accounts/linkedaccounts.h"
 #include "invoice/sales/paymentbook.h"
+#include "invoice/sales/salesledger.h"
 #include "invoice/sales/salesposting.h"
 #include "invoice/sales/salesstock.h"
 #include "invoice/shared/customer.h"
@@ -125,6 +127,7 @@ LFKTotalsChange LSalesDocumentSumTotals(LProfile& profile, const LSalesDocumentK
 
 bool LSalesDocumentCreate(LProfile& profile, const LSalesDocumentKind& kind, const LRecord& content, bool draft,
                           std::string_view key, std::string& newKey, std::string* error) {
+  LSalesChangeIntent intent(profile);
   if (!CheckLinkedAccounts(profile, kind, error)) return false;
   if (!LSalesCheckParty(profile, kind, content.GetString("Customer"), error)) return false;
   if (draft && !key.empty() && !IsDraftKey(key)) {
@@ -163,6 +166,7 @@ bool LSalesDocumentCreate(LProfile& profile, const LSalesDocumentKind& kind, con
   if (!draft && kind.type == LSalesDocumentType::kCreditNote) LCoreDataCreditNoteApply(profile, document, +1);
   document.Flush();
   if (draft) return true;
+  LAuditAppendDocument(profile, kAuditRecord, kind.title, document);
   // Stock moves first: the posting of an invoice reads the cost of what left.
   bool stocked = LSalesDocumentMoveStock(profile, kind, newKey, nullptr, &document, error);
   if (IsPosted(kind) && !Post(profile, kind, document, error)) return false;
@@ -178,6 +182,7 @@ bool LSalesDocumentOpen(LProfile& profile, const LSalesDocumentKind& kind, std::
 
 bool LSalesDocumentEdit(LProfile& profile, const LSalesDocumentKind& kind, std::string_view key,
                         const std::function<void(LSalesDocument&)>& change, std::string* error) {
+  LSalesChangeIntent intent(profile);
   if (!CheckLinkedAccounts(profile, kind, error)) return false;
   const LFileStoreListBase& recordedList = profile.MainList(kind.recordedList);
   bool recorded = recordedList.TestRecordExists(key);
@@ -221,6 +226,7 @@ bool LSalesDocumentEdit(LProfile& profile, const LSalesDocumentKind& kind, std::
   LSalesDocumentSumTotals(profile, kind, document);
   if (inBooks && kind.type == LSalesDocumentType::kCreditNote) LCoreDataCreditNoteApply(profile, document, +1);
   document.Flush();
+  if (recorded) LAuditAppendDocument(profile, kAuditEdit, kind.title, document);
   bool stocked = !recorded || LSalesDocumentMoveStock(profile, kind, key, &before, &document, error);
   if (!inBooks) return stocked;
   if (kind.type == LSalesDocumentType::kInvoice) {
@@ -252,6 +258,7 @@ bool LSalesDocumentRecordDraft(LProfile& profile, const LSalesDocumentKind& kind
 
 bool LSalesDocumentDelete(LProfile& profile, const LSalesDocumentKind& kind, std::string_view key,
                           std::string* error) {
+  LSalesChangeIntent intent(profile);
   const LFileStoreListBase& recordedList = profile.MainList(kind.recordedList);
   const LFileStoreListBase& draftsList = profile.MainList(kind.draftsList);
   LSalesDocument document;
@@ -266,6 +273,8 @@ bool LSalesDocumentDelete(LProfile& profile, const LSalesDocumentKind& kind, std
     if (isInvoice) LCustomerChangeBalance(profile, document.GetCustomer(), -document.GetTotal());
     if (kind.type == LSalesDocumentType::kCreditNote) LCoreDataCreditNoteApply(profile, document, -1);
     bool stocked = LSalesDocumentMoveStock(profile, kind, key, &document, nullptr, error);
+    document.Flush();
+    LAuditAppendDocument(profile, kAuditDeleteDocument, kind.title, document);
     document.Invalidate();
     recordedList.Delete(key);
     return stocked;

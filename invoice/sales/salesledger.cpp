@@ -3,14 +3,28 @@
 #include <mutex>
 
 #include "accounts/accounts.h"
+#include "accounts/bankpost.h"
 #include "accounts/check.h"
 #include "accounts/ledger.h"
 #include "accounts/ledgerdelete.h"
+#include "invoice/sales/bankpayment.h"
 #include "invoice/sales/salesbook.h"
 #include "invoice/sales/taxaccounts.h"
 #include "invoice/shared/customer.h"
 #include "invoice/shared/profile.h"
 #include "llib/gen/filestore.h"
+
+namespace {
+
+// A sales change killed midway may have saved a document without moving its customer's balance,
+// or the other way round: every balance is computed again from the documents.
+void SettleSalesChange(const LProfile& profile) {
+  LProfile books(profile.GetDataStore().GetFolder());
+  LCheckReport report;
+  LCheckCustomerBalances(books, true, report);
+}
+
+}  // namespace
 
 void LSalesLedgerInstall() {
   static std::once_flag installed;
@@ -18,7 +32,9 @@ void LSalesLedgerInstall() {
     LLedgerSetDocumentDeleteRoute(kTxnTypeSales, LSalesDeleteForLedger);
     LLedgerSetDocumentDeleteRoute(kTxnTypeReceipt, LPaymentDeleteForLedger);
     LCheckAddBookCheck(LCheckCustomerBalances);
+    LLedgerAddIntentSettler(kSalesChangeIntentExtension, SettleSalesChange);
     LAccountsSetTaxAccountsCreator(LTaxOptionsCreateDefaultTaxAccounts);
+    LBankSetCustomerPaymentPoster(LBankPostCustomerPayment);
   });
 }
 

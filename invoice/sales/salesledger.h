@@ -4,16 +4,29 @@
 //     "Reçus" transaction its payment, through the sales side (salesbook.h);
 //   - checking the books also compares every customer's "Balance" with its documents;
 //   - the default chart of a new business also receives the accounts its taxes are collected
-//     into (taxaccounts.h).
+//     into (taxaccounts.h);
+//   - a sales change killed midway (LSalesChangeIntent) has every customer balance computed
+//     again from the documents by the next holder of the ledger lock;
+//   - a statement line can be posted as a customer payment from the ledger side's pages
+//     (bankpayment.h).
 #pragma once
 
 #include <map>
 #include <string>
 
+#include "accounts/ledgerintent.h"
+
 struct LCheckReport;
 class LProfile;
 
-// Installs the three hooks above. Call once at start-up, before any business is opened; calling
+// Held for the life of a change of sales documents or payments (accounts/ledgerintent.h).
+inline constexpr std::string_view kSalesChangeIntentExtension = ".sales";
+class LSalesChangeIntent : public LBooksChangeIntent {
+ public:
+  explicit LSalesChangeIntent(const LProfile& profile) : LBooksChangeIntent(profile, kSalesChangeIntentExtension) {}
+};
+
+// Installs the hooks above. Call once at start-up, before any business is opened; calling
 // it again changes nothing.
 void LSalesLedgerInstall();
 

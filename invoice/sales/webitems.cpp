@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <climits>
 
+#include "invoice/sales/webparties.h"
+#include "invoice/shared/inventory.h"
 #include "invoice/shared/item.h"
 #include "invoice/shared/profile.h"
 #include "llib/gen/filestore.h"
@@ -19,9 +21,13 @@ constexpr int kCodeControl = 101;
 constexpr int kDescriptionControl = 102;
 constexpr int kPriceControl = 103;
 constexpr int kAccountControl = 104;
+constexpr int kKindControl = 105;
+constexpr int kCostControl = 106;
+constexpr int kReorderLevelControl = 107;
+constexpr int kReorderQtyControl = 108;
 
-// An amount as a list order key: the keys hold an int, larger prices sort last.
-int PriceOrder(long long price) { return static_cast<int>(std::clamp<long long>(price, INT_MIN + 1, INT_MAX - 1)); }
+// An amount as a list order key: the keys hold an int, larger amounts sort last.
+int AmountOrder(long long cents) { return static_cast<int>(std::clamp<long long>(cents, INT_MIN + 1, INT_MAX - 1)); }
 
 }  // namespace
 
@@ -31,28 +37,41 @@ LWebItemsPage::LWebItemsPage(LWebletForm& form) : LWebPageMainEx(form, "itemlist
 
 void LWebItemsPage::Generate() {
   LProfile profile(WLSessionBusinessFolder(form_));
+  const LCurrencyFormat& currency = profile.GetCurrencyFormat();
   LHtmlList list(form_, 0, true);
-  list.AddColumn("Code", 18, kListAlignLeft, true);
-  list.AddColumn("Description", 37, kListAlignLeft, true);
-  list.AddColumn("Prix unitaire", 15, kListAlignRight, true);
-  list.AddColumn("Compte de revenus", 20, kListAlignLeft, true);
-  list.AddColumn("", 10, kListAlignCenter, false);
+  list.AddColumn("Code", 12, kListAlignLeft, true);
+  list.AddColumn("Description", 24, kListAlignLeft, true);
+  list.AddColumn("Type", 12, kListAlignLeft, true);
+  list.AddColumn("Prix unitaire", 10, kListAlignRight, true);
+  list.AddColumn("Stock", 8, kListAlignRight, true);
+  list.AddColumn("Coût moyen", 10, kListAlignRight, true);
+  list.AddColumn("Valeur", 10, kListAlignRight, true);
+  list.AddColumn("Seuil", 6, kListAlignRight, true);
+  list.AddColumn("", 8, kListAlignCenter, false);
   bool mayChange = WLMayChangeData(form_);
-  LItem item;
-  for (LFileStoreIteratorBase it(profile.MainList(kItemsList), item); item.IsAttached(); it.Next(item)) {
-    const std::string& code = item.GetPrimaryKey();
+  for (const LInventoryItem& item : LInventoryAt(profile, {})) {
+    const std::string& code = item.code;
+    bool stocked = item.kind == LItemKind::kStocked;
     auto row = std::make_unique<LHtmlListRow>();
     row->AddCellTextLink(LWebFormat("itemprop?id=%U&onok=itemlist&oncancel=itemlist", code.c_str()), code);
-    row->AddCellText(item.GetDescription());
-    row->AddCellWithOrder(PriceOrder(item.GetPrice()),
-                          LHtmlEscape(LFormatMoney(item.GetPrice(), profile.GetCurrencyFormat())));
-    row->AddCellText(item.GetPLAccount());
-    if (mayChange)
-      row->AddCell("", LWebFormat("<a href='itemdelete?id=%U' class=deletelink onclick=\"return confirm('%s')\">"
-                                  "Supprimer</a>",
-                                  code.c_str(), LHtmlEscape(LJScriptEscape("Supprimer l'article " + code + " ?")).c_str()));
-    else
-      row->AddCell("", "");
+    row->AddCellText(item.description);
+    row->AddCellText(LItemKindTitle(item.kind));
+    row->AddCellWithOrder(AmountOrder(item.price), LHtmlEscape(LFormatMoney(item.price, currency)));
+    if (stocked) {
+      // An item at or under its reorder level is shown to be reordered.
+      std::string quantity = LHtmlEscape(LQuantityText(item.stock.quantity));
+      if (item.IsToReorder()) quantity = "<span class=reorder title='À commander'>" + quantity + " !</span>";
+      row->AddCell(std::to_string(item.stock.quantity),
+                   LWebFormat("<a href='itemstock?id=%U'>", code.c_str()) + quantity + "</a>");
+      row->AddCellWithOrder(AmountOrder(item.stock.AverageCost()),
+                            LHtmlEscape(LFormatMoney(item.stock.AverageCost(), currency)));
+      row->AddCellWithOrder(AmountOrder(item.stock.value), LHtmlEscape(LFormatMoney(item.stock.value, currency)));
+    } else {
+      for (int i = 0; i < 3; ++i) row->AddCell("", "");
+    }
+    row->AddCellText(item.hasReorderLevel ? LQuantityText(item.reorderLevel) : std::string());
+    LWebListDeleteCell(*row, mayChange, LWebFormat("itemdelete?id=%U", code.c_str()),
+                       "Supprimer l'article " + code + " ?");
     list.AddRow(std::move(row));
   }
   UseListScript();
@@ -61,18 +80,64 @@ void LWebItemsPage::Generate() {
     form_.Write("<p><a href='itemprop?onok=itemlist&oncancel=itemlist' class=actionlink>Ajouter un nouvel article</a></p>");
 }
 
+// ---- "itemstock" ----------------------------------------------------------------------------------
+
+LWebItemStockPage::LWebItemStockPage(LWebletForm& form) : LWebPageMainEx(form, "itemlist", "Stock de l'article") {}
+
+void LWebItemStockPage::Generate() {
+  LProfile profile(WLSessionBusinessFolder(form_));
+  const LCurrencyFormat& currency = profile.GetCurrencyFormat();
+  LInventoryItem item;
+  if (!LInventoryItemAt(profile, form_.GetParam("id"), {}, item)) {
+    form_.Write("<p class=error>Article introuvable.</p>");
+    return;
+  }
+  form_.Write("<h2>" + LHtmlEscape(item.code + " " + item.description) + "</h2><p>Stock : <b>" +
+              LHtmlEscape(LQuantityText(item.stock.quantity)) + "</b> ; coût moyen : <b>" +
+              LHtmlEscape(LFormatMoney(item.stock.AverageCost(), currency)) + "</b> ; valeur : <b>" +
+              LHtmlEscape(LFormatMoney(item.stock.value, currency)) + "</b>" +
+              (item.hasReorderLevel ? " ; seuil de commande : <b>" + LHtmlEscape(LQuantityText(item.reorderLevel)) +
+                                          "</b>, quantité à commander : <b>" +
+                                          LHtmlEscape(LQuantityText(item.reorderQuantity)) + "</b>"
+                                    : std::string()) +
+              "</p>");
+  LHtmlList list(form_, 0, true);
+  list.AddColumn("Date", 14, kListAlignLeft, true);
+  list.AddColumn("Document", 30, kListAlignLeft, true);
+  list.AddColumn("Quantité", 14, kListAlignRight, true);
+  list.AddColumn("Coût unitaire", 14, kListAlignRight, true);
+  list.AddColumn("Valeur", 14, kListAlignRight, true);
+  for (const LStockMove& move : item.moves) {
+    auto row = std::make_unique<LHtmlListRow>();
+    row->AddCellText(move.date == kOpeningDate ? std::string() : move.date);
+    row->AddCellText(LStockDocumentTitle(move.document));
+    row->AddCell(std::to_string(move.quantity), LHtmlEscape(LQuantityText(move.quantity)));
+    row->AddCellWithOrder(AmountOrder(move.unitCost), LHtmlEscape(LFormatMoney(move.unitCost, currency)));
+    long long value = LStockMoveValue(move.quantity, move.unitCost);
+    row->AddCellWithOrder(AmountOrder(value), LHtmlEscape(LFormatMoney(value, currency)));
+    list.AddRow(std::move(row));
+  }
+  UseListScript();
+  list.Write(form_, 100);
+}
+
 // ---- "itemprop" -----------------------------------------------------------------------------------
 
-LWebItemDialog::LWebItemDialog(LWebletForm& form) : LWebDialogExKv(form, "itemprop", kItemsList, "itemlist") {
+LWebItemDialog::LWebItemDialog(LWebletForm& form) : LWebPartyDialog(form, "itemprop", LPartyKind::kItem, "itemlist") {
   SetTitle("Article");
+  AddNavLink("help/itemlist.html", "Aide");
   AddNavLink("itemlist", "Articles");
   AddNavLink("main", "Page principale");
   SetOkPage("itemlist");
   SetCancelPage("itemlist");
   BindKey(kCodeControl, "Code :", 20);
-  BindField(kDescriptionControl, "Description", "Description :", LWebKVKind::kText, 40);
-  BindField(kPriceControl, "Price", "Prix unitaire :", LWebKVKind::kMoney, 12);
-  BindField(kAccountControl, "PLAccount", "Compte de revenus :", LWebKVKind::kText, 30);
+  BindPartyField(kDescriptionControl, "Description", "Description :", 40);
+  BindPartyField(kPriceControl, "Price", "Prix unitaire :", 12);
+  BindPartyField(kAccountControl, "PLAccount", "Compte de revenus :", 30);
+  BindPartyField(kKindControl, "Kind", "Type (stock, product ou service) :", 12);
+  BindPartyField(kCostControl, "Cost", "Coût d'achat :", 12);
+  BindPartyField(kReorderLevelControl, "ReorderLevel", "Seuil de commande :", 8);
+  BindPartyField(kReorderQtyControl, "ReorderQty", "Quantité à commander :", 8);
   SetKeyMessages("Veuillez entrer le code de l'article.", "L'article « %s » existe déjà.");
 }
 

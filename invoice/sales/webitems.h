@@ -1,10 +1,11 @@
-// The items of the business on the web: the list ("itemlist"), the item dialog ("itemprop",
-// parameter "id" = item code; no id: a new item) and the delete action ("itemdelete"). An item is
-// a code, a description, a unit price and the income account its sales go to.
+// The items of the business on the web: the list ("itemlist") with each item's kind, price and
+// stock (quantity, average cost, value, reorder level; an item to reorder is marked), the stock of
+// one item with its movements ("itemstock", parameter "id"), the item dialog ("itemprop",
+// parameter "id" = item code; no id: a new item) and the delete action ("itemdelete").
 #pragma once
 
 #include "accounts/webpagemainex.h"
-#include "invoice/shared/webdialogkv.h"
+#include "invoice/shared/webpartydialog.h"
 
 class LWebItemsPage : public LWebPageMainEx {
  public:
@@ -12,7 +13,13 @@ class LWebItemsPage : public LWebPageMainEx {
   void Generate() override;
 };
 
-class LWebItemDialog : public LWebDialogExKv {
+class LWebItemStockPage : public LWebPageMainEx {
+ public:
+  explicit LWebItemStockPage(LWebletForm& form);
+  void Generate() override;
+};
+
+class LWebItemDialog : public LWebPartyDialog {
  public:
   explicit LWebItemDialog(LWebletForm& form);
 };

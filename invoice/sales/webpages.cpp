@@ -1,6 +1,9 @@
 #include "invoice/sales/webpages.h"
 
+#include "invoice/sales/webcustomers.h"
 #include "invoice/sales/webitems.h"
+#include "invoice/sales/webparties.h"
+#include "invoice/sales/websalesdocuments.h"
 #include "invoice/shared/webnavtabs.h"
 #include "llib/web/webletroutes.h"
 
@@ -10,6 +13,30 @@ const LWebletRoute kSalesRoutes[] = {
     {"itemlist", WLWebPageRun<LWebItemsPage>},
     {"itemprop", WLWebDialogRun<LWebItemDialog>},
     {"itemdelete", WLItemDelete},
+    {"itemstock", WLWebPageRun<LWebItemStockPage>},
+    {"salespersonlist", WLWebPageRun<LWebSalesPersonsPage>},
+    {"salespersonprop", WLWebDialogRun<LWebSalesPersonDialog>},
+    {"salespersondelete", WLSalesPersonDelete},
+    {"grouplist", WLWebPageRun<LWebGroupsPage>},
+    {"groupprop", WLWebDialogRun<LWebGroupDialog>},
+    {"groupdelete", WLGroupDelete},
+    {"customerlist", WLWebPageRun<LWebCustomersPage>},
+    {"customerprop", WLWebDialogRun<LWebCustomerDialog>},
+    {"customerdelete", WLCustomerDelete},
+    {"invoicelist", WLWebPageRun<LWebSalesDocumentsPageOf<LSalesDocumentType::kInvoice>>},
+    {"invoiceprop", WLWebDialogRun<LWebSalesDocumentDialogOf<LSalesDocumentType::kInvoice>>},
+    {"invoicedelete", WLSalesDocumentDeleteOf<LSalesDocumentType::kInvoice>},
+    {"quotelist", WLWebPageRun<LWebSalesDocumentsPageOf<LSalesDocumentType::kQuote>>},
+    {"quoteprop", WLWebDialogRun<LWebSalesDocumentDialogOf<LSalesDocumentType::kQuote>>},
+    {"quotedelete", WLSalesDocumentDeleteOf<LSalesDocumentType::kQuote>},
+    {"quoteci", WLSalesDocumentToInvoiceOf<LSalesDocumentType::kQuote>},
+    {"orderlist", WLWebPageRun<LWebSalesDocumentsPageOf<LSalesDocumentType::kOrder>>},
+    {"orderprop", WLWebDialogRun<LWebSalesDocumentDialogOf<LSalesDocumentType::kOrder>>},
+    {"orderdelete", WLSalesDocumentDeleteOf<LSalesDocumentType::kOrder>},
+    {"orderci", WLSalesDocumentToInvoiceOf<LSalesDocumentType::kOrder>},
+    {"creditnotelist", WLWebPageRun<LWebSalesDocumentsPageOf<LSalesDocumentType::kCreditNote>>},
+    {"creditnoteprop", WLWebDialogRun<LWebSalesDocumentDialogOf<LSalesDocumentType::kCreditNote>>},
+    {"creditnotedelete", WLSalesDocumentDeleteOf<LSalesDocumentType::kCreditNote>},
 };
 
 }  // namespace
@@ -21,6 +48,8 @@ void LSalesInstallWebPages() {
                                 LWebNavTab{"creditnotelist", "Avoirs", 60}, LWebNavTab{"paymentlist", "Paiements", 70},
                                 LWebNavTab{"supplierlist", "Fournisseurs", 80},
                                 LWebNavTab{"porderlist", "Bons de commande", 90},
-                                LWebNavTab{"itemlist", "Articles", 120}})
+                                LWebNavTab{"itemlist", "Articles", 120},
+                                LWebNavTab{"salespersonlist", "Vendeurs", 125},
+                                LWebNavTab{"grouplist", "Groupes", 126}})
     LWebNavTabInstall(tab);
 }

@@ -6,6 +6,7 @@
 
 #include "invoice/shared/item.h"
 #include "invoice/shared/options.h"
+#include "invoice/shared/partyfields.h"
 #include "invoice/shared/profile.h"
 #include "invoice/shared/stock.h"
 #include "invoice/shared/taxoptions.h"
@@ -135,6 +136,10 @@ void SetDefaults(LProfile& profile, const LSalesDocumentKind& kind, const LTaxOp
   if (!document.TestFieldExists("Notes") && options.TestFieldExists("NotesText"))
     document.SetString("Notes", options.GetString("NotesText"));
   if (!document.TestFieldExists("IsTaxInclusive")) document.SetBool("IsTaxInclusive", tax.IsTaxInclusive());
+  if (!document.TestFieldExists("SalesPerson")) {
+    std::string salesPerson = LCustomerSalesPerson(profile, document.GetCustomer());
+    if (!salesPerson.empty()) document.SetString("SalesPerson", salesPerson);
+  }
 }
 
 }  // namespace
@@ -154,7 +159,7 @@ LDocumentLineError LApplyDocumentLine(LProfile& profile, const LTaxOptions& tax,
 
   double qty = 1;
   if (!line.quantity.empty() && !LParseQuantity(line.quantity, qty)) return LDocumentLineError::kBadQuantity;
-  long long unitValue = known ? item.GetPrice() : 0;
+  long long unitValue = known ? LCustomerItemPrice(profile, document.GetCustomer(), item.GetPrice()) : 0;
   int digits = -1;
   if (!line.unitPrice.empty() && !ParseUnitPrice(line.unitPrice, profile.GetCurrencyDigits(), unitValue, digits))
     return LDocumentLineError::kBadUnitPrice;

@@ -11,6 +11,7 @@
 #include "invoice/shared/profile.h"
 #include "llib/gen/percent.h"
 #include "llib/gen/usersettings.h"
+#include "llib/gen/jsontext.h"
 
 namespace {
 
@@ -75,7 +76,7 @@ std::vector<std::unique_ptr<LVATObligation>> LVATObligationsLoad(LProfile& profi
 
 std::string FKVatReturnsToJson(const FKVatReturns& r) {
   auto text = [](const std::string& value) {
-    return nlohmann::json(value).dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
+    return LJsonDump(nlohmann::json(value));
   };
   auto money = [](double value) {
     char buffer[64];

@@ -1,9 +1,11 @@
 #include "invoice/shared/salesreports.h"
 
 #include <algorithm>
+#include <cmath>
 #include <map>
 
 #include "invoice/shared/customer.h"
+#include "invoice/shared/partyfields.h"
 #include "invoice/shared/profile.h"
 #include "invoice/shared/salesdocument.h"
 
@@ -157,4 +159,21 @@ void LReportSalesPerson::GenerateReport(LReportTable& table) {
   GroupedSalesRows(table, Documents("Invoices"), [](const LSalesReportDocument& invoice) {
     return invoice.salesPerson.empty() ? std::string("Sans vendeur") : invoice.salesPerson;
   });
+  // Each sales person earns the "CommissionRate" of the sales before tax.
+  constexpr std::size_t kSalesColumn = 1;
+  table.columns.push_back("Commission");
+  long long total = 0;
+  for (LReportRow& row : table.rows) {
+    long long commission = total;
+    if (row.kind == LReportRowKind::kAccount) {
+      LRecord person;
+      double rate = 0;
+      if (profile_.MainList(kSalesPersonList).Open(person, row.label)) rate = person.GetFloat("CommissionRate", 0);
+      person.DetachWithoutSave();
+      commission = std::llround(static_cast<double>(row.values[kSalesColumn].value_or(0)) * rate / 100);
+      total += commission;
+    }
+    row.values.push_back(commission);
+    if (!row.texts.empty()) row.texts.emplace_back();
+  }
 }

@@ -56,7 +56,8 @@ class LReportCustomers : public LSalesReport {
 
 // "Ventes par client" and "Ventes par vendeur": the invoices of the period summed per customer,
 // or per "SalesPerson" ("Sans vendeur" when empty). Columns "Factures" (their number),
-// "Ventes HT" (the sub-totals), "Total", "Payé", "Solde dû".
+// "Ventes HT" (the sub-totals), "Total", "Payé", "Solde dû"; per sales person also "Commission":
+// the sales before tax at the sales person's "CommissionRate" (percent, "SalesPerson" list).
 class LReportCustomerSales : public LSalesReport {
  public:
   using LSalesReport::LSalesReport;

@@ -157,8 +157,9 @@ LStockPosition LStockBefore(const std::vector<LStockMove>& moves, std::string_vi
 }
 
 std::string LQuantityText(double quantity) {
-  char text[32];
-  auto result = std::to_chars(text, text + sizeof text, quantity);
+  char text[400];  // the widest double in fixed notation
+  // Fixed notation: "0.000001", never "1e-06", so the text reads back as a quantity.
+  auto result = std::to_chars(text, text + sizeof text, quantity, std::chars_format::fixed);
   return std::string(text, result.ptr);
 }
 

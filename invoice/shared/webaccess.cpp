@@ -4,9 +4,12 @@
 #include "llib/gen/file.h"
 #include "llib/gen/filestore.h"
 #include "llib/web/webaccount.h"
+#include "llib/web/webdesk.h"
 #include "llib/web/webletform.h"
 
 namespace {
+
+constexpr std::string_view kDeskUserName = "Poste de travail";
 
 std::string MultiBusFolder() { return LFile::GetSharedDataFolderApp() + "/MultiBus"; }
 
@@ -51,11 +54,16 @@ bool LWebFindBusiness(std::string_view companyName, LWebBusiness& found) {
   return false;
 }
 
+bool WLIsDeskSession(LWebletForm& form) {
+  return form.session.IsPresent() && std::string_view(form.session.GetString(kDeskSessionValue, "")) == "1";
+}
+
 bool AuthenticateEx(LWebletForm& form) {
   if (!form.session.IsPresent()) {
     WLRedirect(form, "logon");
     return false;
   }
+  if (WLIsDeskSession(form)) return true;
   LWebAccount account;
   bool allowed = OpenSessionAccount(form, account) && account.IsEnabled() &&
                  (account.IsAdministrator() || account.HasProfile(LWebCompanyName(WLSessionBusinessFolder(form))));
@@ -66,18 +74,28 @@ bool AuthenticateEx(LWebletForm& form) {
   return allowed;
 }
 
+bool AuthenticateAdministrator(LWebletForm& form) {
+  if (!AuthenticateEx(form)) return false;
+  if (WLIsAdministator(form)) return true;
+  WLRedirect(form, "main");
+  return false;
+}
+
 bool WLIsAdministator(LWebletForm& form) {
+  if (WLIsDeskSession(form)) return true;
   LWebAccount account;
   return OpenSessionAccount(form, account) && account.IsAdministrator();
 }
 
 bool WLMayChangeData(LWebletForm& form) {
+  if (WLIsDeskSession(form)) return true;
   LWebAccount account;
   return OpenSessionAccount(form, account) &&
          (account.IsAdministrator() || account.GetPriviligies() != kWebPrivilegeViewer);
 }
 
 std::string WLSessionUserName(LWebletForm& form) {
+  if (WLIsDeskSession(form)) return std::string(kDeskUserName);
   LWebAccount account;
   return OpenSessionAccount(form, account) ? account.GetDisplayName() : std::string();
 }

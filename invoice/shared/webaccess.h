@@ -3,7 +3,8 @@
 // page and dialog bases that run it and show the user's name in the header bar.
 //
 // Session values: "user" the account id, "profile" the data folder of the business the user
-// works in (empty: the primary business).
+// works in (empty: the primary business), "desk" "1" in the session of the person at the desk,
+// who has no web account and the rights of an administrator (llib/web/webdesk.h).
 #pragma once
 
 #include <string>
@@ -28,15 +29,22 @@ std::vector<LWebBusiness> LWebBusinessList();
 // The first business of that company name; false when none.
 bool LWebFindBusiness(std::string_view companyName, LWebBusiness& found);
 
-// true when the page may run. Otherwise the session (if any) is destroyed and the answer is a
-// redirect to "logon": no session; an account that is missing or disabled; a user who is not an
-// administrator and whose "Profiles" do not name the session's business.
+// true in a session opened by the desk's one-time link.
+bool WLIsDeskSession(LWebletForm& form);
+// true when the page may run: a desk session always may. Otherwise the session (if any) is
+// destroyed and the answer is a redirect to "logon": no session; an account that is missing or
+// disabled; a user who is not an administrator and whose "Profiles" do not name the session's
+// business.
 bool AuthenticateEx(LWebletForm& form);
-// The "Administrator" flag of the session's user.
+// AuthenticateEx for the pages of administrators: anyone else is sent to the main page (false).
+bool AuthenticateAdministrator(LWebletForm& form);
+// The "Administrator" flag of the session's user; true at the desk.
 bool WLIsAdministator(LWebletForm& form);
 // false for a user who may only view the data ("Priviligies" 3, "Afficheur", not an
 // administrator): pages that change records refuse it.
 bool WLMayChangeData(LWebletForm& form);
+// What such a user is told when a page would change something.
+inline constexpr char kWebViewerRefusal[] = "Votre compte permet seulement de consulter les données.";
 // The "DisplayName" of the session's user ("" without session).
 std::string WLSessionUserName(LWebletForm& form);
 // The data folder of the session's business.

@@ -1,8 +1,14 @@
 // The dialogs of sales documents (quotes, orders, invoices, credit notes, purchase orders) with
 // their editable grid of item lines: one row per line with the item code (offered from the
 // business's items), the description, the quantity, the unit price, the tax (by name) and the
-// line discount; the line's amount is worked out in the browser as the user types
-// ("itemgrid.js"), and "Ajouter une ligne" adds an empty row there.
+// line discount (only while line discounts count: "DontShowDiscountColumn" off); the line's amount
+// is worked out in the browser as the user types ("itemgrid.js"), and "Ajouter une ligne" adds an
+// empty row there. Under the grid, the document's percentage discount ("Remise sur le document"),
+// kept as the document's fixed-percentage discount line.
+//
+// Each row remembers the stored line it shows (hidden column kFKGridOrigin): a stored line whose
+// tax is unchanged keeps the rates frozen on it when it was first written, and its line discount
+// while the discount column is hidden. New rows take today's rates.
 //
 // Grid controls follow the dialog's numbering: line n (from 0), column c has the id
 // kFKGridFirstControl + n * kFKGridStride + c, and the hidden field "fklines" posts how many rows
@@ -33,7 +39,12 @@ enum LFKGridColumn : int {
   kFKGridUnitPrice = 3,
   kFKGridTax = 4,
   kFKGridDiscount = 5,
+  kFKGridOrigin = 6,  // hidden: the stored line number (from 1) the row shows; empty for a new row
 };
+
+// The controls of the document's percentage discount: its rate and the line's text.
+inline constexpr int kFKDocumentDiscountControl = 9001;
+inline constexpr int kFKDocumentDiscountTextControl = 9002;
 
 class LWebDialogFK : public LWebDialogEx {
  public:
@@ -48,9 +59,12 @@ class LWebDialogFK : public LWebDialogEx {
   // row to type a new line in.
   void AddItemGrid();
   // Replaces the document's lines by the grid's (rows left empty are skipped; "ItemCount" is
-  // set). false after the error script at the faulty control of the row; the document's lines
-  // are then unspecified and the document must not be saved.
+  // set), the percentage discount line last. false after the error script at the faulty
+  // control of the row; the document's lines are then unspecified and the document must not be
+  // saved.
   bool GetItemLines(LSalesDocument& document);
+  // Line discounts count (the discount column is shown).
+  bool LineDiscountsShown();
 
  protected:
   // The session's business, opened on first use.
@@ -61,5 +75,12 @@ class LWebDialogFK : public LWebDialogEx {
   int GridLineCount() const;
   bool IsEmptyRow(int line) const;
 
+  // Amounts and rates as the business writes them, for the controls.
+  std::string AmountText(long long amount, int digits);
+  std::string RateText(double rate);
+  // Typed text the business's way, as the plain decimal text the line input reads.
+  std::string PlainNumber(int id);
+
   std::unique_ptr<LProfile> profile_;
+  int lineDiscounts_ = -1;  // LineDiscountsShown, read once
 };

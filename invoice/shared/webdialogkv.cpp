@@ -9,8 +9,6 @@
 
 namespace {
 
-constexpr std::string_view kViewerRefusal = "Votre compte permet seulement de consulter les données.";
-
 std::string WithKey(std::string_view message, std::string_view key) {
   std::string text(message);
   std::size_t at = text.find("%s");
@@ -99,7 +97,7 @@ bool LWebDialogKV::ReadControls(LRecord& record) {
 
 bool LWebDialogKV::CmOk() {
   if (!WLMayChangeData(form_)) {
-    PopupBoxError(kViewerRefusal);
+    PopupBoxError(kWebViewerRefusal);
     return false;
   }
   const LFileStoreListBase& list = Profile().MainList(listName_);
@@ -120,7 +118,7 @@ bool LWebDialogKV::CmOk() {
   bool opened = true;
   if (creating) list.OpenAlways(record, key);  // a new record: attached, written by its first save
   else opened = list.Open(record, key);
-  if (!opened || !ReadControls(record) || !CheckValues()) {
+  if (!opened || !ReadControls(record) || !CheckValues(record)) {
     record.DetachWithoutSave();
     if (!opened) PopupBoxError("L'enregistrement « " + key + " » n'existe plus.");
     return false;

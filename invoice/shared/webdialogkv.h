@@ -47,9 +47,9 @@ class LWebDialogKV : public LWebDialogEx {
   bool CmOk() override;
 
  protected:
-  // Further checks before anything is written; false after an error answer
-  // (PopupControlDataInvalid).
-  virtual bool CheckValues() { return true; }
+  // Further checks of the record as the controls filled it, before anything is written; they
+  // may turn typed values into stored ones. false after an error answer (PopupControlDataInvalid).
+  virtual bool CheckValues(LRecord& record) { return true; }
   // The key of the record being edited; empty for a new record.
   std::string EditedKey() const;
   LProfile& Profile();

@@ -5,7 +5,7 @@
 // pages are added; an administrator's tab only to administrators. The bar orders tabs by rank:
 // home 10, customers 20, quotes 30, orders 40, invoices 50, credit notes 60, payments 70,
 // suppliers 80, purchase orders 90, bills 100, bill payments 110, items 120, accounts 130,
-// journal 140, reports 150, users 160.
+// journal 140, reports 150, users 160, FEC 165, businesses 170.
 //
 //     class LWebItemsPage : public LWebPageMainEx {   // tab "itemlist" marked
 //       LWebItemsPage(LWebletForm& form) : LWebPageMainEx(form, "itemlist", "Articles") {}
@@ -43,9 +43,12 @@ void WLWriteNavTabs(LWebletForm& form, std::string_view current);
 // An application page with the tab bar under its header.
 class LWebPageWithNavTabs : public LWebPageEx {
  public:
-  // currentTab: the route of the section the page belongs to.
+  // currentTab: the route of the section the page belongs to; its help page is
+  // "help/<currentTab>.html", the header's "Aide" link.
   LWebPageWithNavTabs(LWebletForm& form, std::string_view currentTab)
-      : LWebPageEx(form), currentTab_(currentTab) {}
+      : LWebPageEx(form), currentTab_(currentTab) {
+    AddNavLink("help/" + currentTab_ + ".html", "Aide");
+  }
   void PrintHeader() override;
 
  private:

@@ -15,28 +15,8 @@ namespace {
 
 constexpr std::size_t kCopyBufferBytes = 128 * 1024;  // read/write fallback of copy_file_range
 
-// Why an entry could not be copied, in the user's words.
-std::string ReasonOf(int err) {
-  switch (err) {
-    case ENOSPC:
-    case EDQUOT:
-      return "espace disque insuffisant";
-    case EACCES:
-    case EPERM:
-      return "accès refusé";
-    case EROFS:
-      return "support en lecture seule";
-    case ENOENT:
-      return "fichier introuvable";
-    case EIO:
-      return "erreur de lecture ou d'écriture du disque";
-    default:
-      return std::strerror(err);
-  }
-}
-
 std::string FailureText(const std::string& path, int err) {
-  return "Impossible de copier \"" + path + "\" : " + ReasonOf(err);
+  return "Impossible de copier \"" + path + "\" : " + LIoFailureReason(err);
 }
 
 // An entry of a folder, with its type when the file system gives it (DT_UNKNOWN otherwise).
@@ -247,12 +227,12 @@ bool LMoveFolder(const std::string& from, const std::string& to, std::string* er
   if (::rename(from.c_str(), to.c_str()) == 0) return true;
   int err = errno;
   if (err != EXDEV) {
-    if (error != nullptr) *error = "Impossible de déplacer \"" + from + "\" : " + ReasonOf(err);
+    if (error != nullptr) *error = "Impossible de déplacer \"" + from + "\" : " + LIoFailureReason(err);
     return false;
   }
   struct stat st;
   if (::stat(from.c_str(), &st) != 0 || ::mkdir(to.c_str(), 0700) != 0) {
-    if (error != nullptr) *error = "Impossible de déplacer \"" + from + "\" : " + ReasonOf(errno);
+    if (error != nullptr) *error = "Impossible de déplacer \"" + from + "\" : " + LIoFailureReason(errno);
     return false;
   }
   LProcessInterfaceVoid silent;

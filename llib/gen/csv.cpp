@@ -40,14 +40,6 @@ int CreateTempFile(std::string& path) {
   return fd;
 }
 
-bool TruncateAt(int fd, off_t size) {
-  int result;
-  do {
-    result = ::ftruncate(fd, size);
-  } while (result != 0 && errno == EINTR);
-  return result == 0;
-}
-
 }  // namespace
 
 // ---------------------------------------------------------------------------------------------
@@ -73,8 +65,9 @@ void LCSVFileReader::Close() {
 }
 
 bool LCSVFileReader::OpenFile(const std::string& path, int flags, int lockOperation,
-                              unsigned lockTimeoutMs, bool checkByteOrderMark) {
-  file_ = LLockedFile(path, flags, lockOperation, lockTimeoutMs);
+                              unsigned lockTimeoutMs, bool checkByteOrderMark, bool currentFile) {
+  file_ = currentFile ? LLockedFile::OpenCurrent(path, flags, lockOperation, lockTimeoutMs)
+                      : LLockedFile(path, flags, lockOperation, lockTimeoutMs);
   if (!file_.IsOpen()) return false;
   if (checkByteOrderMark && !CheckByteOrderMark()) {
     Close();
@@ -276,18 +269,22 @@ bool LCSVWriteRow(const std::string& path, const std::vector<std::string_view>& 
   for (std::string_view column : columns) row.AddCol(column);
   std::string text = row.GetText();
   text.append("\r\n");
-  // O_APPEND and one write: the row lands whole at the end even if the lock timed out.
-  LLockedFile file(path, O_WRONLY | O_CREAT | O_APPEND, LOCK_EX, kCsvWriteLockTimeoutMs);
+  // O_APPEND and one write: the row lands whole at the end even if the lock timed out. An editor
+  // may have replaced the file while this appender waited: the lock is taken on the current one.
+  LLockedFile file = LLockedFile::OpenCurrent(path, O_WRONLY | O_CREAT | O_APPEND, LOCK_EX, kCsvWriteLockTimeoutMs);
   if (!file.IsOpen()) return false;
-  return LRobustWrite(file.Get(), text.data(), text.size());
+  if (LRobustWrite(file.Get(), text.data(), text.size())) return true;
+  LLogWriteFailure("write", path, errno);
+  return false;
 }
 
 // ---------------------------------------------------------------------------------------------
 // Editor
 
-LCSVFileEditor::LCSVFileEditor(const std::string& path, unsigned lockTimeoutMs) {
-  // Edited files are those the appender writes: no byte-order mark is looked for.
-  reader_.OpenFile(path, O_RDWR | O_CREAT, LOCK_EX, lockTimeoutMs, false);
+LCSVFileEditor::LCSVFileEditor(const std::string& path, unsigned lockTimeoutMs) : path_(path) {
+  // Edited files are those the appender writes: no byte-order mark is looked for. The file is
+  // replaced by renaming when the editor ends, so the lock is taken on the current file.
+  reader_.OpenFile(path, O_RDWR | O_CREAT, LOCK_EX, lockTimeoutMs, false, true);
   int fd = CreateTempFile(tempPath_);
   if (fd >= 0) tempFile_ = LLockedFile(fd, flocktimed(fd, LOCK_EX, lockTimeoutMs));
 }
@@ -296,27 +293,52 @@ void LCSVFileEditor::RowAccept() {
   if (!tempFile_.IsOpen() || !reader_.HasRow()) return;
   rowOut_.assign(reader_.GetLine());
   rowOut_.push_back('\n');
-  LRobustWrite(tempFile_.Get(), rowOut_.data(), rowOut_.size());
+  if (!LRobustWrite(tempFile_.Get(), rowOut_.data(), rowOut_.size())) outputFailed_ = true;
 }
 
-// Copies the kept rows over the file and cuts it after them. Without a temporary output there
-// is nothing to copy, and the file is cut to nothing.
-LCSVFileEditor::~LCSVFileEditor() {
-  int fd = reader_.file_.Get();
-  if (reader_.file_.IsOpen()) {
-    off_t nCopied = 0;
-    if (tempFile_.IsOpen() && ::lseek(tempFile_.Get(), 0, SEEK_SET) == 0 &&
-        ::lseek(fd, 0, SEEK_SET) == 0) {
-      char block[kEditorCopyBytes];
-      for (;;) {
-        long long nRead = LRobustRead(tempFile_.Get(), block, sizeof block);
-        if (nRead <= 0 || !LRobustWrite(fd, block, static_cast<std::size_t>(nRead))) break;
-        nCopied += nRead;
-      }
-    }
-    TruncateAt(fd, nCopied);
-  }
+// Replaces the file by the kept rows: they are copied to a new file beside it, which is then
+// renamed over it, so a failed write (a full disk) leaves the file as it was. Without a
+// temporary output there is nothing to copy, and the file is replaced by an empty one.
+LCSVFileEditor::~LCSVFileEditor() { (void)Finish(); }
+
+bool LCSVFileEditor::Finish() {
+  if (finished_) return !outputFailed_;
+  finished_ = true;
+  bool replaced = !reader_.file_.IsOpen() || ReplaceWithOutput();
+  if (!replaced) outputFailed_ = true;
   reader_.Close();
   tempFile_.Close();
   if (!tempPath_.empty()) ::unlink(tempPath_.c_str());
+  return replaced;
+}
+
+bool LCSVFileEditor::ReplaceWithOutput() {
+  if (outputFailed_) return false;
+  std::string beside = LTempPathBeside(path_);
+  LFileDescriptor out(LRobustOpen(beside, O_WRONLY | O_CREAT | O_EXCL, 0666));
+  bool copied = out.IsOpen();
+  int err = errno;
+  if (copied && tempFile_.IsOpen()) {
+    copied = ::lseek(tempFile_.Get(), 0, SEEK_SET) == 0;
+    char block[kEditorCopyBytes];
+    while (copied) {
+      long long nRead = LRobustRead(tempFile_.Get(), block, sizeof block);
+      if (nRead <= 0) {
+        copied = nRead == 0;
+        break;
+      }
+      copied = LRobustWrite(out.Get(), block, static_cast<std::size_t>(nRead));
+    }
+    err = errno;
+  }
+  out.Close();
+  if (copied && !LRobustRename(beside, path_)) {
+    copied = false;
+    err = errno;
+  }
+  if (!copied) {
+    LLogWriteFailure("rewrite", path_, err);
+    ::unlink(beside.c_str());
+  }
+  return copied;
 }

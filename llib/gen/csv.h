@@ -61,8 +61,10 @@ class LCSVFileReader {
   std::string line_;            // current row, at most 8,191 bytes
   std::string tempPath_;        // converted UTF-8 copy of a UTF-16 file; empty when none
 
+  // currentFile: the lock is taken on the file the path names once locked (an editor's file,
+  // which is replaced by renaming).
   bool OpenFile(const std::string& path, int flags, int lockOperation, unsigned lockTimeoutMs,
-                bool checkByteOrderMark);
+                bool checkByteOrderMark, bool currentFile = false);
   bool CheckByteOrderMark();
   bool ConvertUtf16ToTemp();
   bool FillBuffer();
@@ -136,8 +138,9 @@ class LCSVWriterRow {
 bool LCSVWriteRow(const std::string& path, const std::vector<std::string_view>& columns);
 
 // Filters a file in place: walk its rows with Next, RowAccept the ones to keep; the destructor
-// replaces the file by the kept rows (each ended by LF). If the temporary output could not be
-// created the file is left empty, as it always has been.
+// replaces the file by the kept rows (each ended by LF), written beside it and renamed over it,
+// so a failed write leaves the file as it was (Failed() tells, the failure is logged). If the
+// temporary output could not be created the file is left empty, as it always has been.
 class LCSVFileEditor {
  public:
   LCSVFileEditor(const std::string& path, unsigned lockTimeoutMs);
@@ -150,8 +153,15 @@ class LCSVFileEditor {
   const std::string& GetLine() const { return reader_.GetLine(); }
   // Writes the current line as read, then LF, to the temporary output.
   void RowAccept();
+  // Replaces the file now instead of at destruction; false when it could not be replaced (the
+  // file is then unchanged). The editor must not be used afterwards but to be destroyed.
+  [[nodiscard]] bool Finish();
 
  private:
+  std::string path_;             // the file edited
+  bool outputFailed_ = false;    // a write to the temporary output failed: the file is kept
+  bool finished_ = false;        // Finish has replaced the file
+  bool ReplaceWithOutput();
   LCSVFileReader reader_;  // opened read-write with the exclusive lock
   std::string tempPath_;   // temporary output in the temporary folder; empty when not created
   LLockedFile tempFile_;   // the temporary output, exclusively locked

@@ -5,10 +5,15 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <cerrno>
 #include <cstdlib>
 #include <ctime>
+#include <cstring>
 #include <filesystem>
+
+#include "llib/gen/log.h"
+#include "llib/gen/syscallfault.h"
 
 LIoError LIoErrorFromErrno(int err) {
   switch (err) {
@@ -68,6 +73,7 @@ long long LRobustRead(int fd, void* buffer, std::size_t size) {
 bool LRobustWrite(int fd, const void* data, std::size_t size) {
   const auto* bytes = static_cast<const char*>(data);
   while (size > 0) {
+    if (LSyscallFaultFires(LSyscall::kWrite)) return false;
     ssize_t n = ::write(fd, bytes, size);
     if (n < 0) {
       if (errno == EINTR) continue;
@@ -77,6 +83,55 @@ bool LRobustWrite(int fd, const void* data, std::size_t size) {
     size -= static_cast<std::size_t>(n);
   }
   return true;
+}
+
+bool LRobustRename(const std::string& from, const std::string& to, bool replace) {
+  if (LSyscallFaultFires(LSyscall::kRename)) return false;
+  if (replace) return ::rename(from.c_str(), to.c_str()) == 0;
+  return ::renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE) == 0;
+}
+
+bool LRobustFsync(int fd) {
+  if (LSyscallFaultFires(LSyscall::kFsync)) return false;
+  int result;
+  do {
+    result = ::fsync(fd);
+  } while (result != 0 && errno == EINTR);
+  return result == 0;
+}
+
+bool LRobustTruncate(int fd, long long size) {
+  if (LSyscallFaultFires(LSyscall::kTruncate)) return false;
+  int result;
+  do {
+    result = ::ftruncate(fd, static_cast<off_t>(size));
+  } while (result != 0 && errno == EINTR);
+  return result == 0;
+}
+
+std::string LIoFailureReason(int err) {
+  switch (err) {
+    case ENOSPC:
+    case EDQUOT:
+      return "espace disque insuffisant";
+    case EACCES:
+    case EPERM:
+      return "accès refusé";
+    case EROFS:
+      return "support en lecture seule";
+    case ENOENT:
+      return "fichier introuvable";
+    case EIO:
+      return "erreur de lecture ou d'écriture du disque";
+    default:
+      return std::strerror(err);
+  }
+}
+
+void LLogWriteFailure(std::string_view call, std::string_view path, int err) {
+  std::string reason = LIoFailureReason(err);
+  LLogError("Écriture impossible dans \"%.*s\" (%.*s) : %s", static_cast<int>(path.size()), path.data(),
+            static_cast<int>(call.size()), call.data(), reason.c_str());
 }
 
 void LSleepMs(unsigned long long ms) {
@@ -166,17 +221,41 @@ bool LFile::ReadAll(const std::string& path, std::string& out) {
   }
 }
 
-bool LFile::WriteAllAtomic(const std::string& path, std::string_view content, unsigned mode) {
-  std::string temp = path + ".tmp" + std::to_string(::getpid());
-  LFileDescriptor fd(LRobustOpen(temp, O_WRONLY | O_CREAT | O_TRUNC, mode));
-  if (!fd.IsOpen()) return false;
-  bool written = LRobustWrite(fd.Get(), content.data(), content.size());
-  fd.Close();
-  if (!written || ::rename(temp.c_str(), path.c_str()) != 0) {
-    ::unlink(temp.c_str());
-    return false;
+std::string LWriteTemporaryBeside(const std::string& path, std::string_view content, unsigned mode) {
+  std::string temp = LTempPathBeside(path);
+  LFileDescriptor fd(LRobustOpen(temp, O_WRONLY | O_CREAT | O_EXCL, mode));
+  if (!fd.IsOpen()) {
+    LLogWriteFailure("open", path, errno);
+    return {};
   }
-  return true;
+  if (!LRobustWrite(fd.Get(), content.data(), content.size())) {
+    LLogWriteFailure("write", path, errno);
+    fd.Close();
+    ::unlink(temp.c_str());
+    return {};
+  }
+  return temp;
+}
+
+bool LFile::WriteAllAtomic(const std::string& path, std::string_view content, unsigned mode) {
+  std::string temp = LWriteTemporaryBeside(path, content, mode);
+  if (temp.empty()) return false;
+  if (LRobustRename(temp, path)) return true;
+  LLogWriteFailure("rename", path, errno);
+  ::unlink(temp.c_str());
+  return false;
+}
+
+std::string LTempPathBeside(std::string_view path) {
+  static std::atomic<unsigned> counter{0};
+  std::size_t slash = path.rfind('/');
+  std::string temp(slash == std::string_view::npos ? std::string_view() : path.substr(0, slash + 1));
+  temp += ".kontavo.";
+  temp += std::to_string(::getpid());
+  temp += '.';
+  temp += std::to_string(counter.fetch_add(1));
+  temp += kTempSuffix;
+  return temp;
 }
 
 std::vector<std::string> LFile::ListFolder(const std::string& path) {

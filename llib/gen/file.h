@@ -51,10 +51,33 @@ class LFileDescriptor {
 int LRobustOpen(const std::string& path, int flags, unsigned mode = 0666);
 // Reads exactly size bytes unless the file ends; returns the count read or -1.
 long long LRobustRead(int fd, void* buffer, std::size_t size);
-// Writes all bytes (retrying short writes and EINTR); true when all were written.
-bool LRobustWrite(int fd, const void* data, std::size_t size);
+// Writes all bytes (retrying short writes and EINTR); true when all were written, false with
+// errno set (ENOSPC for a full disk) when the system refused part of them.
+[[nodiscard]] bool LRobustWrite(int fd, const void* data, std::size_t size);
+// rename(2), or renameat2 with RENAME_NOREPLACE when replace is false (then false with EEXIST
+// when the target exists). true when the file now has its new name.
+[[nodiscard]] bool LRobustRename(const std::string& from, const std::string& to, bool replace = true);
+// fsync(2), retried on EINTR; true when the data reached the disk.
+[[nodiscard]] bool LRobustFsync(int fd);
+// ftruncate(2), retried on EINTR; true when the file has the size asked.
+[[nodiscard]] bool LRobustTruncate(int fd, long long size);
+// Why a file operation failed, in the user's words: "espace disque insuffisant" for ENOSPC and
+// EDQUOT, "accès refusé", "support en lecture seule", ...
+std::string LIoFailureReason(int err);
+// Logs one failed change of a file: "Écriture impossible dans "<path>" (<call>) : <reason>".
+void LLogWriteFailure(std::string_view call, std::string_view path, int err);
 // Sleeps ms milliseconds, resuming an interrupted sleep for its remaining time.
 void LSleepMs(unsigned long long ms);
+
+// Temporary files written beside their final path and renamed over it end in this suffix, so a
+// list walk ("*.dat") never sees them; one left by a crash is ignored.
+inline constexpr std::string_view kTempSuffix = ".tmp";
+// A hidden file in path's folder, ".kontavo.<process id>.<counter>.tmp": unique among the threads
+// and processes writing there, and short enough beside a file name of the longest length.
+std::string LTempPathBeside(std::string_view path);
+// Writes content to a new temporary file beside path (LTempPathBeside) and returns its path, or
+// "" when it could not be written whole (nothing is left behind and the failure is logged).
+std::string LWriteTemporaryBeside(const std::string& path, std::string_view content, unsigned mode = 0666);
 
 class LFile {
  public:
@@ -80,8 +103,9 @@ class LFile {
   static bool MakeFolder(const std::string& path, unsigned mode = 0777);
   // Reads the whole file; false when it cannot be opened or read.
   static bool ReadAll(const std::string& path, std::string& out);
-  // Replaces the file's content (written to a temporary beside it, then renamed).
-  static bool WriteAllAtomic(const std::string& path, std::string_view content, unsigned mode = 0666);
+  // Replaces the file's content (written to a temporary beside it, then renamed): false, the
+  // file unchanged and the failure logged, when the content could not be written whole.
+  [[nodiscard]] static bool WriteAllAtomic(const std::string& path, std::string_view content, unsigned mode = 0666);
   // The names in a folder (no "." or ".."), in the order the file system gives them.
   static std::vector<std::string> ListFolder(const std::string& path);
   // Removes a file or a whole tree; true when nothing is left.

@@ -1,6 +1,7 @@
 #include "llib/gen/filelock.h"
 
 #include <sys/file.h>
+#include <sys/stat.h>
 
 #include <cerrno>
 
@@ -45,6 +46,27 @@ LLockedFile::LLockedFile(const std::string& path, int flags, int lockOperation,
     return;
   }
   locked_ = flocktimed(fd_.Get(), lockOperation, timeoutMs);
+}
+
+namespace {
+
+// Bounds the reopening of a file replaced again and again while this writer waits.
+constexpr int kMaxReopenAttempts = 1000;
+
+bool IsFileUnderPath(int fd, const std::string& path) {
+  struct stat opened, named;
+  if (::fstat(fd, &opened) != 0 || ::stat(path.c_str(), &named) != 0) return false;
+  return opened.st_dev == named.st_dev && opened.st_ino == named.st_ino;
+}
+
+}  // namespace
+
+LLockedFile LLockedFile::OpenCurrent(const std::string& path, int flags, int lockOperation, unsigned timeoutMs,
+                                     unsigned mode) {
+  for (int attempt = 1;; ++attempt) {
+    LLockedFile file(path, flags, lockOperation, timeoutMs, mode);
+    if (!file.IsOpen() || attempt == kMaxReopenAttempts || IsFileUnderPath(file.Get(), path)) return file;
+  }
 }
 
 void LLockedFile::Close() {

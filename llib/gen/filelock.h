@@ -40,6 +40,12 @@ class LLockedFile {
   // whether the open succeeded; Locked() whether the lock was obtained.
   LLockedFile(const std::string& path, int flags, int lockOperation, unsigned timeoutMs,
               unsigned mode = 0666);
+  // As the constructor, for a writer of a file that others replace by renaming a new file over
+  // it: once locked, the descriptor must still be the file under path, or a writer that waited
+  // on the replaced file would change a file nobody reads any more. When the path names another
+  // file by then, the lock is given up and the whole open is made again.
+  static LLockedFile OpenCurrent(const std::string& path, int flags, int lockOperation, unsigned timeoutMs,
+                                 unsigned mode = 0666);
   // Takes over an open descriptor that already holds its lock.
   LLockedFile(int fd, bool locked) : fd_(fd), locked_(locked) {}
   ~LLockedFile() { Close(); }

@@ -117,20 +117,22 @@ bool LFileStoreListBase::Delete(std::string_view key) const {
 }
 
 // ---- Writing ----------------------------------------------------------------------------------
+//
+// A save never writes into the record file itself: it writes the whole new text to a hidden
+// temporary file in the list folder and renames that over the record file, so a full disk, a
+// failed write or a crash at any moment leaves either the old record or the new one, never half
+// of one. The exclusive lock is taken on the record file as it was; a writer that waited on a
+// file replaced meanwhile opens the new one again (LLockedFile::OpenCurrent), and readers that
+// opened the old file read it whole.
 
 namespace {
 
-// The file text of r's fields in list order. Clears the modified marks; a field deleted since
-// the last save is left out. A field that stays deleted after that save is written again with
-// its old text on a later save of the same object: records have always behaved so.
-std::string BuildFileText(LRecord& r) {
+// The file text of r's fields in list order; a field deleted since the last save is left out.
+std::string BuildFileText(const LRecord& r) {
   std::string text;
   bool first = true;
-  for (auto& field : r.Fields()) {
-    if (field.modified) {
-      field.modified = false;
-      if (field.deleted) continue;
-    }
+  for (const auto& field : r.Fields()) {
+    if (field.modified && field.deleted) continue;
     if (!first) text.push_back('&');
     first = false;
     LPercentEncodeAppend(field.name, text);
@@ -140,11 +142,12 @@ std::string BuildFileText(LRecord& r) {
   return text;
 }
 
-void WriteFileText(int fd, const std::string& text) {
-  ::lseek(fd, 0, SEEK_SET);
-  LRobustWrite(fd, text.data(), text.size());
-  while (::ftruncate(fd, static_cast<off_t>(text.size())) != 0 && errno == EINTR) {
-  }
+// After a successful write: the record matches its file. A field that stays deleted after that
+// save is written again with its old text on a later save of the same object: records have
+// always behaved so.
+void MarkSaved(LRecord& r) {
+  for (auto& field : r.Fields()) field.modified = false;
+  r.SetDirty(false);
 }
 
 // Takes what another writer stored into the fields this record did not change, and keeps the
@@ -161,28 +164,31 @@ void MergeStored(std::string_view content, LRecord& r) {
   });
 }
 
-// Renames without replacing an existing file; false when the target exists or rename fails.
-bool RenameNoReplace(const std::string& from, const std::string& to) {
-  return ::renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE) == 0;
-}
-
 }  // namespace
 
 bool LFileStoreListBase::SaveUnderNewKey(LRecord& r) const {
+  // The text is written once to a temporary file, then linked under the first free number: the
+  // link fails on an existing name exactly as an exclusive create does, and the record appears
+  // whole or not at all.
+  std::string text = BuildFileText(r);
+  std::string temp = LWriteTemporaryBeside(MakeRecordPath("1"), text);
+  if (temp.empty()) return false;
+  bool saved = false;
   for (long number = 1;; ++number) {
     std::string key = std::to_string(number);
-    int fd = LRobustOpen(MakeRecordPath(key), O_RDWR | O_CREAT | O_EXCL | O_TRUNC | O_NONBLOCK, 0666);
-    if (fd < 0) {
-      if (errno == EEXIST) continue;
-      return false;
+    if (::link(temp.c_str(), MakeRecordPath(key).c_str()) == 0) {
+      r.SetKeys(key, key);
+      saved = true;
+      break;
     }
-    // Nobody else can know this key yet; the lock only keeps early readers waiting.
-    LLockedFile file(fd, ::flock(fd, LOCK_EX | LOCK_NB) == 0);
-    r.SetKeys(key, key);
-    WriteFileText(file.Get(), BuildFileText(r));
-    r.SetDirty(false);
-    return true;
+    if (errno != EEXIST) {
+      LLogWriteFailure("link", MakeRecordPath(key), errno);
+      break;
+    }
   }
+  ::unlink(temp.c_str());
+  if (saved) MarkSaved(r);
+  return saved;
 }
 
 bool LFileStoreListBase::Save(LRecord& r) const {
@@ -190,13 +196,9 @@ bool LFileStoreListBase::Save(LRecord& r) const {
   if (!r.GetStoredKey().empty() && r.GetStoredKey() != r.GetPrimaryKey()) {
     std::string oldPath = MakeRecordPath(r.GetStoredKey());
     std::string newPath = MakeRecordPath(r.GetPrimaryKey());
-    bool renamed;
-    if (::strcasecmp(oldPath.c_str(), newPath.c_str()) == 0) {
-      renamed = ::rename(oldPath.c_str(), newPath.c_str()) == 0;  // a change of letter case only
-    } else {
-      renamed = RenameNoReplace(oldPath, newPath);
-    }
-    if (renamed) {
+    // A change of letter case only renames directly; any other change never replaces a record.
+    bool replace = ::strcasecmp(oldPath.c_str(), newPath.c_str()) == 0;
+    if (LRobustRename(oldPath, newPath, replace)) {
       r.SetStoredKey(r.GetPrimaryKey());
     } else {
       writeKey = r.GetStoredKey();  // both keys stay as they are
@@ -204,12 +206,16 @@ bool LFileStoreListBase::Save(LRecord& r) const {
   }
   if (writeKey.empty()) return SaveUnderNewKey(r);
 
-  LLockedFile file(MakeRecordPath(writeKey), O_RDWR | O_CREAT, LOCK_EX, kRecordLockTimeoutMs);
+  std::string path = MakeRecordPath(writeKey);
+  LLockedFile file = LLockedFile::OpenCurrent(path, O_RDWR | O_CREAT, LOCK_EX, kRecordLockTimeoutMs);
   if (file.IsOpen()) MergeStored(ReadWholeFile(file.Get()), r);
   if (r.GetStoredKey().empty()) r.SetStoredKey(r.GetPrimaryKey());
-  std::string text = BuildFileText(r);
-  if (file.IsOpen()) WriteFileText(file.Get(), text);
-  r.SetDirty(false);
+  // A record file that cannot be opened is reported as saved, as the store has always done. The
+  // new file takes the old one's permissions (a settings record is readable by its owner only).
+  struct stat st;
+  unsigned mode = file.IsOpen() && ::fstat(file.Get(), &st) == 0 ? st.st_mode & 07777 : 0666;
+  if (file.IsOpen() && !LFile::WriteAllAtomic(path, BuildFileText(r), mode)) return false;
+  MarkSaved(r);
   return true;
 }
 

@@ -10,6 +10,11 @@
 // "1", "2", ... are the first free number, taken by exclusive create, so two processes never
 // get the same key. Nothing is cached: every Open reads the file, every Save rewrites it.
 //
+// A save writes the new text to a hidden temporary file in the list folder and renames it over
+// the record file, so a failed write (a full disk) or a crash leaves the old record whole. A
+// writer therefore locks the record file and then checks that the path still names that file
+// (LLockedFile::OpenCurrent); readers simply read the file they opened.
+//
 // Lock order: a list folder has no lock; only one record file is locked at a time by a save or
 // a load, so these operations cannot deadlock against each other.
 #pragma once
@@ -62,8 +67,9 @@ class LFileStoreListBase {
   // Reads the file into r's fields (cleared first). false when the key is empty or the file
   // cannot be opened; r is then unchanged.
   bool Load(std::string_view key, LRecord& r) const;
-  // Writes r with the rename, new-key and merge rules. false only when a new numeric key could
-  // not be created; a record file that cannot be opened is reported as saved.
+  // Writes r with the rename, new-key and merge rules. false when a new numeric key could not be
+  // created or the new text could not be written (the file keeps its old content, r stays dirty
+  // and the failure is logged); a record file that cannot be opened is reported as saved.
   bool Save(LRecord& r) const;
   // true when the file was removed.
   bool Delete(std::string_view key) const;

@@ -88,6 +88,41 @@ void LCurrencyOfCountry(const std::string& countryCode, std::string& code, std::
   digits = 2;
 }
 
+namespace {
+
+// The main language of the countries whose number symbols differ from English ones.
+struct CountryLanguage {
+  const char* country;
+  const char* language;
+};
+constexpr CountryLanguage kCountryLanguages[] = {
+    {"FR", "fr"}, {"BE", "fr"}, {"LU", "fr"}, {"MC", "fr"}, {"CH", "fr"}, {"DE", "de"}, {"AT", "de"},
+    {"ES", "es"}, {"IT", "it"}, {"PT", "pt"}, {"BR", "pt"}, {"NL", "nl"}, {"DK", "da"}, {"GR", "el"},
+    {"TR", "tr"}, {"ID", "id"}, {"SE", "sv"}, {"FI", "fi"}, {"NO", "nb"}, {"PL", "pl"}, {"CZ", "cs"},
+    {"SK", "sk"}, {"RU", "ru"},
+};
+
+void SetCountryDefaults(LSystemLocale& locale) {
+  LCurrencyOfCountry(locale.countryCode, locale.currencyCode, locale.currencySymbol, locale.currencyDigits);
+  SetNumberSymbols(locale);
+  if (Contains(kYearFirst, locale.countryCode)) locale.dateOrder = kDateOrderYMD;
+  else if (Contains(kMonthFirst, locale.countryCode)) locale.dateOrder = kDateOrderMDY;
+  else locale.dateOrder = kDateOrderDMY;
+  locale.metric = !Contains(kImperial, locale.countryCode);
+}
+
+}  // namespace
+
+LSystemLocale LLocaleOfCountry(const std::string& countryCode) {
+  LSystemLocale locale;
+  locale.countryCode = countryCode;
+  locale.language = "en";
+  for (const CountryLanguage& row : kCountryLanguages)
+    if (countryCode == row.country) locale.language = row.language;
+  SetCountryDefaults(locale);
+  return locale;
+}
+
 LSystemLocale LGetSystemLocale() {
   LSystemLocale locale;
   std::string name = LocaleName();
@@ -105,11 +140,6 @@ LSystemLocale LGetSystemLocale() {
   for (char& c : locale.countryCode) c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
   if (locale.countryCode.empty()) locale.countryCode = locale.language == "fr" ? "FR" : "US";
 
-  LCurrencyOfCountry(locale.countryCode, locale.currencyCode, locale.currencySymbol, locale.currencyDigits);
-  SetNumberSymbols(locale);
-  if (Contains(kYearFirst, locale.countryCode)) locale.dateOrder = kDateOrderYMD;
-  else if (Contains(kMonthFirst, locale.countryCode)) locale.dateOrder = kDateOrderMDY;
-  else locale.dateOrder = kDateOrderDMY;
-  locale.metric = !Contains(kImperial, locale.countryCode);
+  SetCountryDefaults(locale);
   return locale;
 }

@@ -27,5 +27,9 @@ struct LSystemLocale {
 };
 
 LSystemLocale LGetSystemLocale();
+// The usual settings of a country (ISO 3166 code, upper case) whatever the system's locale: its
+// main language, currency, number symbols, date order and units. A business set up for another
+// country than the computer's takes these.
+LSystemLocale LLocaleOfCountry(const std::string& countryCode);
 // The currency of a country (ISO 4217 code, symbol, digits); USD for unknown countries.
 void LCurrencyOfCountry(const std::string& countryCode, std::string& code, std::string& symbol, int& digits);

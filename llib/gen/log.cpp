@@ -54,7 +54,7 @@ void LLogLine(LLogLevel level, std::string_view text) {
   line += "] ";
   line += text;
   line += '\n';
-  LRobustWrite(STDERR_FILENO, line.data(), line.size());
+  (void)LRobustWrite(STDERR_FILENO, line.data(), line.size());  // nowhere left to report it
 }
 
 void LLogInfo(const char* format, ...) {

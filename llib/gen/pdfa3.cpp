@@ -104,13 +104,13 @@ void Attach(QPDF& pdf, const LPdfAttachment& attachment, time_t created) {
   std::string date = PdfDate(created);
   QPDFEFStreamObjectHelper stream = QPDFEFStreamObjectHelper::createEFStream(pdf, attachment.content);
   stream.setSubtype(attachment.mimeType).setCreationDate(date).setModDate(date);
-  QPDFFileSpecObjectHelper spec = QPDFFileSpecObjectHelper::createFileSpec(pdf, attachment.fileName, stream);
-  spec.setDescription(attachment.description);
-  QPDFObjectHandle specObject = spec.getObjectHandle();
-  specObject.replaceKey("/AFRelationship", QPDFObjectHandle::newName("/" + attachment.relationship));
-  QPDFEmbeddedFileDocumentHelper(pdf).replaceEmbeddedFile(attachment.fileName, spec);
+  QPDFFileSpecObjectHelper fileSpec = QPDFFileSpecObjectHelper::createFileSpec(pdf, attachment.fileName, stream);
+  fileSpec.setDescription(attachment.description);
+  QPDFObjectHandle fileSpecObject = fileSpec.getObjectHandle();
+  fileSpecObject.replaceKey("/AFRelationship", QPDFObjectHandle::newName("/" + attachment.relationship));
+  QPDFEmbeddedFileDocumentHelper(pdf).replaceEmbeddedFile(attachment.fileName, fileSpec);
   QPDFObjectHandle associated = QPDFObjectHandle::newArray();
-  associated.appendItem(specObject);
+  associated.appendItem(fileSpecObject);
   pdf.getRoot().replaceKey("/AF", associated);
 }
 
@@ -158,12 +158,12 @@ bool LPdfReadAttachment(std::string_view pdf, std::string_view fileName, std::st
     document.setSuppressWarnings(true);
     document.processMemoryFile("document", pdf.data(), pdf.size());
     QPDFEmbeddedFileDocumentHelper files(document);
-    std::shared_ptr<QPDFFileSpecObjectHelper> spec = files.getEmbeddedFile(std::string(fileName));
-    if (!spec) {
+    std::shared_ptr<QPDFFileSpecObjectHelper> fileSpec = files.getEmbeddedFile(std::string(fileName));
+    if (!fileSpec) {
       if (error != nullptr) *error = "Le PDF ne contient pas de fichier « " + std::string(fileName) + " ».";
       return false;
     }
-    std::shared_ptr<Buffer> data = spec->getEmbeddedFileStream().getStreamData(qpdf_dl_all);
+    std::shared_ptr<Buffer> data = fileSpec->getEmbeddedFileStream().getStreamData(qpdf_dl_all);
     content.assign(reinterpret_cast<const char*>(data->getBuffer()), data->getSize());
     return true;
   } catch (const std::exception& e) {

@@ -119,13 +119,13 @@ void LProcessTerminal::Draw(bool force) {
   if (room > 0) line.append(CutUtf8(status_, static_cast<std::size_t>(room)));
   // Back to the start of the line, the new line, then clear what the longer old one left.
   screen.append("\r").append(line).append("\x1b[K");
-  LRobustWrite(fd_, screen.data(), screen.size());
+  (void)LRobustWrite(fd_, screen.data(), screen.size());  // a lost progress line harms nothing
   lineOpen_ = true;
 }
 
 void LProcessTerminal::EndLine() {
   if (!lineOpen_) return;
   Draw(true);
-  LRobustWrite(fd_, "\n", 1);
+  (void)LRobustWrite(fd_, "\n", 1);
   lineOpen_ = false;
 }

@@ -31,3 +31,16 @@ std::string LStringGenerateRandomPassword(std::size_t length) {
   for (std::size_t i = 0; i < length; ++i) letters[i] = static_cast<char>('a' + random[i] % 26);
   return letters;
 }
+
+std::string LRandomHexText(std::size_t nBytes) {
+  static constexpr char kDigits[] = "0123456789abcdef";
+  std::basic_string<unsigned char> random(nBytes, 0);
+  FillRandom(random.data(), nBytes);
+  std::string text;
+  text.reserve(2 * nBytes);
+  for (unsigned char byte : random) {
+    text += kDigits[byte >> 4];
+    text += kDigits[byte & 15];
+  }
+  return text;
+}

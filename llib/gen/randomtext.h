@@ -1,5 +1,5 @@
 // Random lower-case letters, for the generated passwords of web accounts and the letters of web
-// session ids. The letters come from the system's random source (getrandom), so two processes
+// session ids; random hexadecimal text for one-time tokens. The letters come from the system's random source (getrandom), so two processes
 // started in the same second still get different texts.
 #pragma once
 
@@ -7,3 +7,5 @@
 
 // length random letters 'a' to 'z': each a random number modulo 26 added to 'a'.
 std::string LStringGenerateRandomPassword(std::size_t length);
+// nBytes random bytes as 2 * nBytes lower-case hexadecimal digits (a token of 8 * nBytes bits).
+std::string LRandomHexText(std::size_t nBytes);

@@ -4,6 +4,7 @@
 #include <nlohmann/json.hpp>
 
 #include "llib/gen/csv.h"
+#include "llib/gen/jsontext.h"
 
 LReportRow& LReportTable::AddHeading(std::string_view label, int indent) {
   return AddRow(LReportRowKind::kHeading, label, {}, indent);
@@ -146,7 +147,7 @@ std::string LReportWriteJson(const LReportTable& table) {
     rows.push_back(entry);
   }
   document["rows"] = rows;
-  return document.dump();
+  return LJsonDump(document);
 }
 
 std::string LHtmlEscape(std::string_view text) {

@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <poll.h>
 #include <signal.h>
+#include <spawn.h>
 #include <sys/signalfd.h>
 #include <sys/stat.h>
 #include <sys/socket.h>
@@ -16,6 +17,8 @@
 #include <vector>
 
 #include "llib/gen/file.h"
+
+extern char** environ;
 
 // ---- The control socket ------------------------------------------------------------------------
 //
@@ -98,7 +101,11 @@ std::string LServiceEngine::GetControlSocketPath() {
   return LFile::GetUserDataFolderApp() + "/" + std::string(kSocketName);
 }
 
-bool LServiceEngine::Control(int, const void*, std::size_t) { return false; }
+bool LServiceEngine::Control(int code, const void*, std::size_t) {
+  if (code != kServiceControlStop) return false;
+  RequestStop();
+  return true;
+}
 
 void LServiceEngine::RequestStop() {
   if (stopPipe_[1] >= 0) {
@@ -196,5 +203,41 @@ bool LServiceEngineIsRunning() {
   int fd = ConnectControl();
   if (fd < 0) return false;
   ::close(fd);
+  return true;
+}
+
+bool LServiceEngineLaunch(const std::string& program, const std::vector<std::string>& args,
+                          const std::string& logPath, int& pid) {
+  std::vector<char*> argv;
+  argv.push_back(const_cast<char*>(program.c_str()));
+  for (const std::string& arg : args) argv.push_back(const_cast<char*>(arg.c_str()));
+  argv.push_back(nullptr);
+  posix_spawn_file_actions_t actions;
+  posix_spawn_file_actions_init(&actions);
+  posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
+  posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, logPath.c_str(), O_WRONLY | O_CREAT | O_APPEND, 0600);
+  posix_spawn_file_actions_adddup2(&actions, STDOUT_FILENO, STDERR_FILENO);
+  posix_spawnattr_t attributes;
+  posix_spawnattr_init(&attributes);
+  // Signals the starter blocks or ignores would stay so across exec; the service must hear
+  // SIGINT and SIGTERM.
+  sigset_t none, defaults;
+  sigemptyset(&none);
+  sigemptyset(&defaults);
+  sigaddset(&defaults, SIGINT);
+  sigaddset(&defaults, SIGTERM);
+  sigaddset(&defaults, SIGPIPE);
+  posix_spawnattr_setsigmask(&attributes, &none);
+  posix_spawnattr_setsigdefault(&attributes, &defaults);
+  posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSID | POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF);
+  pid_t child = -1;
+  int spawned = ::posix_spawn(&child, program.c_str(), &actions, &attributes, argv.data(), environ);
+  posix_spawnattr_destroy(&attributes);
+  posix_spawn_file_actions_destroy(&actions);
+  if (spawned != 0) {
+    errno = spawned;
+    return false;
+  }
+  pid = child;
   return true;
 }

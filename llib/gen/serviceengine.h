@@ -12,9 +12,13 @@
 
 #include <cstddef>
 #include <string>
+#include <vector>
 
 inline constexpr int kServiceControlRestart = 1;
 inline constexpr int kServiceControlWebOff = 2;  // until the next restart (a restore runs)
+inline constexpr int kServiceControlWebListening = 3;  // handled when the web server accepts connections
+inline constexpr int kServiceControlWebPortTaken = 4;  // handled when another program holds its port
+inline constexpr int kServiceControlStop = 5;          // the engine ends as on SIGTERM
 inline constexpr unsigned kServiceControlReadMs = 5000;      // a client's request must arrive by then
 inline constexpr unsigned kServiceControlAnswerMs = 120000;  // a restart waits for connections
 
@@ -26,7 +30,8 @@ class LServiceEngine {
   virtual void Start() = 0;
   // Stops the services; called once when the engine ends.
   virtual void Stop() = 0;
-  // A control from a client. The base handles nothing and returns false.
+  // A control from a client. The base handles kServiceControlStop (RequestStop) and nothing
+  // else.
   virtual bool Control(int code, const void* data, std::size_t size);
 
   // Opens the control socket, calls Start, handles controls until SIGINT or SIGTERM arrives
@@ -49,3 +54,9 @@ class LServiceEngine {
 bool LServiceEngineSendControl(int code, const void* data = nullptr, std::size_t size = 0);
 // True when an engine answers on the control socket.
 bool LServiceEngineIsRunning();
+// Starts `program args...` as a service of its own: a new session (a closed terminal or Ctrl-C
+// of the starter does not reach it), stdin from /dev/null, stdout and stderr appended to
+// logPath. Does not wait for it. true with pid set when it was started; false with errno set
+// otherwise.
+[[nodiscard]] bool LServiceEngineLaunch(const std::string& program, const std::vector<std::string>& args,
+                                        const std::string& logPath, int& pid);

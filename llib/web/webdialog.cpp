@@ -117,7 +117,9 @@ void LWebDialog::_PrintDialog() {
   if (upload_) {
     head += LWebFormat(" enctype='multipart/form-data' target=uploadIFrame onsubmit='return (%sstartUpload());'>",
                        confirmPrefix.c_str());
-    head += "<iframe id=uploadIFrame name=uploadIFrame onload=uploadDone()  height=1 width=1 style='visibility:hidden;'></iframe>";
+    // The empty frame loads before the page script that defines uploadDone has been read.
+    head += "<iframe id=uploadIFrame name=uploadIFrame onload='if (window.uploadDone) uploadDone();'  height=1 width=1 "
+            "style='visibility:hidden;'></iframe>";
   } else {
     head += LWebFormat(" onsubmit='return (%sCmSubmit())'>", confirmPrefix.c_str());
   }

@@ -80,6 +80,8 @@ class LWebletServer {
   void StopServer();
   bool IsRunning() const { return listener_ != nullptr; }
   bool IsListening() const { return listener_ != nullptr && listener_->IsListening(); }
+  // Another program holds the port; the listener keeps trying.
+  bool HasBindConflict() const { return listener_ != nullptr && listener_->HasBindConflict(); }
 
  private:
   std::unique_ptr<LWebletServerListener> listener_;  // null while stopped

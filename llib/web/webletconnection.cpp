@@ -1,10 +1,14 @@
 #include "llib/web/webletconnection.h"
 
 #include <pthread.h>
+#include <sys/socket.h>
 #include <unistd.h>
 
 #include <array>
+#include <cstdint>
 #include <cstring>
+#include <map>
+#include <mutex>
 #include <thread>
 
 #include "llib/gen/file.h"
@@ -19,6 +23,63 @@
 namespace {
 
 std::atomic<int> gConnectionCount{0};  // connection threads of the process
+
+// The listener sends a refusal itself: it must not wait on a client that does not read.
+constexpr unsigned kWebletRefuseSendMs = 100;
+
+
+// Open connections per client address (IPv4, in network order), guarded by its mutex.
+struct LAddressCounts {
+  std::mutex mutex;
+  std::map<std::uint32_t, int> open;
+};
+
+LAddressCounts& AddressCounts() {
+  static LAddressCounts counts;
+  return counts;
+}
+
+std::uint32_t AddressKey(const unsigned char clientAddress[4]) {
+  std::uint32_t key;
+  std::memcpy(&key, clientAddress, 4);
+  return key;
+}
+
+// Counts one more connection of the address; false (nothing counted) when it or the process is
+// at its limit.
+bool TakeConnectionSlot(std::uint32_t address) {
+  LAddressCounts& counts = AddressCounts();
+  std::lock_guard<std::mutex> lock(counts.mutex);
+  int& open = counts.open[address];
+  if (open >= kWebletMaxConnectionsPerAddress || gConnectionCount.load() >= kWebletMaxConnections) {
+    if (open == 0) counts.open.erase(address);
+    return false;
+  }
+  ++open;
+  gConnectionCount.fetch_add(1);
+  return true;
+}
+
+void ReleaseConnectionSlot(std::uint32_t address) {
+  LAddressCounts& counts = AddressCounts();
+  std::lock_guard<std::mutex> lock(counts.mutex);
+  if (--counts.open[address] <= 0) counts.open.erase(address);
+  gConnectionCount.fetch_sub(1);
+}
+
+constexpr std::string_view kUnavailable =
+    "HTTP/1.1 503 Service Unavailable\r\nRetry-After: 5\r\nContent-Length: 0\r\nConnection: close\r\n\r\n";
+
+// Answers 503 and lets the client read it: closing a socket with unread bytes (the request the
+// client sent at once) would reset the connection and could destroy the answer on its way, so
+// what already arrived is read and dropped first. The listener waits on nobody.
+void Refuse(LWebletSocket& socket) {
+  if (!socket.Send(kUnavailable, kWebletRefuseSendMs)) return;
+  ::shutdown(socket.Fd(), SHUT_WR);
+  char sink[4096];
+  while (::recv(socket.Fd(), sink, sizeof sink, MSG_DONTWAIT) > 0) {
+  }
+}
 
 constexpr std::string_view kNotImplemented = "HTTP/1.1 501 Not Implemented\r\nConnection: close\r\n\r\n";
 constexpr std::string_view kNotFound = "HTTP/1.1 404 Not Found\r\nConnection: close\r\n\r\n";
@@ -112,7 +173,10 @@ Outcome ServeOneRequest(LWebletSocket& socket, const unsigned char clientAddress
     return Outcome::kEnd;
   }
   form->scriptName = path.substr(1);
-  if (!ReadHeaders(socket, form->headers)) return Outcome::kEnd;
+  socket.SetReadDeadline(LWebletNowMs() + kWebletHeadersMs);
+  bool headersRead = ReadHeaders(socket, form->headers);
+  socket.SetReadDeadline(0);
+  if (!headersRead) return Outcome::kEnd;
   bool keepAlive = LWebletKeepAlive(request.version, kind, HeaderOr(*form, "Connection", ""));
 
   LWebletHandler rawHandler = kind == kWebletPost ? LWebletFindPostScript(form->scriptName) : nullptr;
@@ -152,19 +216,21 @@ int LWebletConnectionCount() { return gConnectionCount.load(); }
 
 bool LWebletConnectionRegistry::StartConnection(const std::shared_ptr<LWebletConnectionRegistry>& registry,
                                                 int fd, const unsigned char clientAddress[4]) {
-  if (gConnectionCount.load() >= kWebletMaxConnections) {
-    ::close(fd);
+  auto socket = std::make_shared<LWebletSocket>(fd, &registry->StopSignal());
+  std::uint32_t key = AddressKey(clientAddress);
+  if (!TakeConnectionSlot(key)) {
+    LLogWarning("Weblet: Too many connections: %u.%u.%u.%u (return error 503 Service Unavailable)", clientAddress[0],
+                clientAddress[1], clientAddress[2], clientAddress[3]);
+    Refuse(*socket);
     return false;
   }
-  auto socket = std::make_shared<LWebletSocket>(fd, &registry->StopSignal());
   std::array<unsigned char, 4> address;
   std::memcpy(address.data(), clientAddress, 4);
-  gConnectionCount.fetch_add(1);
   registry->Add(socket.get());
-  std::thread([registry, socket, address] {
+  std::thread([registry, socket, address, key] {
     LWebletServeConnection(*socket, address.data(), registry->WebFolder());
     registry->Remove(socket.get());
-    gConnectionCount.fetch_sub(1);
+    ReleaseConnectionSlot(key);
   }).detach();
   return true;
 }

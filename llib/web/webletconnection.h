@@ -1,7 +1,8 @@
 // The connections of the web server. The listener thread accepts each client and starts a
 // detached connection thread ("WEBC" while idle, "WEB-<script>" while a handler runs) that reads
 // the client's requests one after the other: the request line (30 s), the header lines (20 s
-// each), the body of a POST (its length in bytes plus 40 s, in ms), then routes the request or
+// each, and 30 s for all of them together, so that a client sending a byte now and then cannot
+// keep its thread), the body of a POST (its length in bytes plus 40 s, in ms), then routes the request or
 // sends a static file of the "Web" folder. The connection stays open for another request only
 // when the answer allows it (keep-alive: an HTTP/1.1 GET without "Connection: close", answered
 // by a static file or a handler that says so).
@@ -22,11 +23,15 @@
 inline constexpr unsigned kWebletRequestLineMs = 30000;
 inline constexpr unsigned kWebletHeaderLineMs = 20000;
 inline constexpr unsigned kWebletBodyExtraMs = 40000;
+// All the header lines of one request, however slowly they come.
+inline constexpr unsigned kWebletHeadersMs = 30000;
 inline constexpr long long kWebletMaxBodyBytes = 3000000;
 // More header lines than this end the connection: the table of one request must stay small.
 inline constexpr int kWebletMaxHeaderLines = 200;
-// Beyond this many open connections a new client is closed at once rather than given a thread.
+// Beyond this many open connections, in all or from one client address, a new client is answered
+// "503 Service Unavailable" and closed rather than given a thread.
 inline constexpr int kWebletMaxConnections = 1000;
+inline constexpr int kWebletMaxConnectionsPerAddress = 64;
 
 class LWebletSocket;
 
@@ -35,8 +40,8 @@ class LWebletConnectionRegistry {
  public:
   explicit LWebletConnectionRegistry(std::string webFolder) : webFolder_(std::move(webFolder)) {}
 
-  // Starts a detached connection thread for an accepted socket. false (socket closed) when the
-  // limit of open connections is reached.
+  // Starts a detached connection thread for an accepted socket. false (503 sent, socket closed)
+  // when a limit of open connections is reached.
   static bool StartConnection(const std::shared_ptr<LWebletConnectionRegistry>& registry, int fd,
                               const unsigned char clientAddress[4]);
   // Asks every connection to stop, ends their sockets, and waits up to timeoutMs for the threads

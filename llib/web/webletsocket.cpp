@@ -88,8 +88,13 @@ bool LWebletSocket::Fill(long long deadlineMs) {
   }
 }
 
-bool LWebletSocket::ReadLine(std::string& line, std::size_t maxKept, unsigned timeoutMs) {
+long long LWebletSocket::ReadDeadline(unsigned timeoutMs) const {
   long long deadline = LWebletNowMs() + timeoutMs;
+  return readDeadlineMs_ > 0 && readDeadlineMs_ < deadline ? readDeadlineMs_ : deadline;
+}
+
+bool LWebletSocket::ReadLine(std::string& line, std::size_t maxKept, unsigned timeoutMs) {
+  long long deadline = ReadDeadline(timeoutMs);
   line.clear();
   std::size_t rawLength = 0;  // bytes of the line seen so far, kept or not
   bool lastWasCr = false;     // the last byte seen was "\r"
@@ -112,7 +117,7 @@ bool LWebletSocket::ReadLine(std::string& line, std::size_t maxKept, unsigned ti
 }
 
 bool LWebletSocket::ReadExact(std::string& out, std::size_t size, unsigned timeoutMs) {
-  long long deadline = LWebletNowMs() + timeoutMs;
+  long long deadline = ReadDeadline(timeoutMs);
   while (size > 0) {
     if (pos_ == buffer_.size() && !Fill(deadline)) return false;
     std::size_t take = std::min(size, buffer_.size() - pos_);

@@ -43,6 +43,9 @@ class LWebletSocket {
   void Push();
   // Ends both directions at once, waking any thread that waits on this connection.
   void ShutdownNow();
+  // A deadline (steady clock, ms; 0: none) that cuts every read short whatever its own time-out:
+  // what a client is given for the whole of a request, however it spreads its bytes.
+  void SetReadDeadline(long long deadlineMs) { readDeadlineMs_ = deadlineMs; }
   // Bytes already read from the peer but not yet taken.
   std::size_t Buffered() const { return buffer_.size() - pos_; }
   int Fd() const { return fd_; }
@@ -58,6 +61,9 @@ class LWebletSocket {
   const LSignalObject* stop_ = nullptr;  // the server's stop signal (not owned), may be null
   std::string buffer_;                   // bytes received
   std::size_t pos_ = 0;                  // first byte of buffer_ not yet taken
+  long long readDeadlineMs_ = 0;         // see SetReadDeadline; 0 when none
+  // now + timeoutMs, or the read deadline when it comes first.
+  long long ReadDeadline(unsigned timeoutMs) const;
 };
 
 // Milliseconds of the steady clock, for deadlines.

@@ -103,7 +103,7 @@ void LWebletSessionDataFileBased::FlushSession() {
   if (!held_.IsOpen()) return;
   std::string content;
   SaveHTTPString(content);
-  LRobustWrite(held_.Get(), content.data(), content.size());
+  if (!LRobustWrite(held_.Get(), content.data(), content.size())) LLogWriteFailure("write", path_, errno);
   held_.Close();
 }
 

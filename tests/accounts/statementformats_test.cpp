@@ -154,7 +154,7 @@ TEST(StatementFormats, QIFBankSection) {
 TEST(StatementFormats, ThreeBanksCsvLayouts) {
   struct Bank {
     const char* file;
-    const char* spec;  // empty: guessed from the headings
+    const char* mapText;  // empty: guessed from the headings
     const char* chequeText;
   };
   for (const Bank& bank : {Bank{"bank_a.csv", "", "CHÈQUE 1234"},
@@ -164,8 +164,8 @@ TEST(StatementFormats, ThreeBanksCsvLayouts) {
     std::string bytes = Fixture(bank.file);
     LStatementCsvMap map;
     std::string error;
-    if (*bank.spec == '\0') ASSERT_TRUE(LStatementCsvMapGuess(bytes, map));
-    else ASSERT_TRUE(LStatementCsvMapParse(bank.spec, map, error)) << error;
+    if (*bank.mapText == '\0') ASSERT_TRUE(LStatementCsvMapGuess(bytes, map));
+    else ASSERT_TRUE(LStatementCsvMapParse(bank.mapText, map, error)) << error;
     std::vector<LStatementAccount> statements;
     ASSERT_TRUE(LStatementReadCSV(bytes, 2, map, statements, error)) << error;
     ASSERT_EQ(statements.size(), 1u);

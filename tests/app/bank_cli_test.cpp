@@ -199,3 +199,54 @@ TEST_F(BankCli, NewLinePostedAsCustomerOrSupplierPayment) {
 }
 
 }  // namespace
+
+namespace {
+
+class BankCliAccounts : public LHomeTest {
+ protected:
+  void SetUp() override {
+    ::setenv("KONTAVO_COUNTRY", "US", 1);
+    ASSERT_EQ(LRunKontavo({"init"}).exitCode, 0);
+    ASSERT_EQ(LRunKontavo({"account", "defaults"}).exitCode, 0);
+  }
+};
+
+// A file holding a bank and a card statement: the one of the account number the bank account
+// remembers, the other named.
+TEST_F(BankCliAccounts, FileOfSeveralAccountsImportsTheChosenOne) {
+  std::string file = LSharedDataPath("ofx/libofx_ofx-2.1.1-sect-16.5.3.2.ofx");
+  LRunResult refused = LRunKontavo({"bank", "import", file, "--account", "1110"});
+  EXPECT_EQ(refused.exitCode, 1);
+  EXPECT_EQ(refused.err, "Le relevé contient plusieurs comptes : 123456, 123412341234. Choisissez le compte de la banque "
+                         "à importer (--statement-account) ; il sera retenu pour ce compte.\n");
+  LRunResult card = LRunKontavo({"bank", "import", file, "--account", "1110", "--statement-account", "123412341234"});
+  ASSERT_EQ(card.exitCode, 0) << card.err;
+  EXPECT_EQ(card.err, "Comptes du relevé non importés : 123456\n");
+  EXPECT_EQ(card.out, "1\t2005-08-11\t-23.00\tInterest Charge\tnew\n2\t2005-08-11\t350.00\tPayment - Thank You\tnew\n");
+  // Remembered: the next import takes the card statement again, all known.
+  LRunResult again = LRunKontavo({"bank", "import", file, "--account", "1110"});
+  ASSERT_EQ(again.exitCode, 0) << again.err;
+  EXPECT_EQ(again.out, "1\t2005-08-11\t-23.00\tInterest Charge\tknown\n2\t2005-08-11\t350.00\tPayment - Thank You\tknown\n");
+  // A new number takes the statement lines and the remembered bank account along.
+  ASSERT_EQ(LRunKontavo({"account", "edit", "1110", "--number", "1111", "--yes"}).exitCode, 0);
+  EXPECT_EQ(LRunKontavo({"bank", "lines", "--account", "1111"}).out, card.out);
+}
+
+// A line whose paired transaction is deleted from the ledger is matched again at the next import
+// (to the other contribution of the same amount, six days later: too far to rival the first).
+TEST_F(BankCliAccounts, LedgerDeleteFreesTheLineThatHeldTheTransaction) {
+  ASSERT_EQ(LRunKontavo({"journal", "add", "--date", "2026-03-02", "--type", "0", "--ref", "GJ1", "--desc", "Apport",
+                         "dr:1110:500", "cr:3010:500"}).exitCode, 0);
+  ASSERT_EQ(LRunKontavo({"journal", "add", "--date", "2026-03-08", "--type", "0", "--ref", "GJ2", "--desc", "Apport",
+                         "dr:1110:500", "cr:3010:500"}).exitCode, 0);
+  std::string statement = home_.Path() + "/s.csv";
+  LWriteFile(statement, "Date,Libellé,Montant\n02/03/2026,APPORT,500.00\n");
+  EXPECT_EQ(LRunKontavo({"bank", "import", statement, "--account", "1110"}).out,
+            "1\t2026-03-02\t500.00\tAPPORT\tmatched GJ1\n");
+  ASSERT_EQ(LRunKontavo({"ledger", "delete", "2026-03-02", "GJ1"}).exitCode, 0);
+  EXPECT_EQ(LRunKontavo({"bank", "import", statement, "--account", "1110"}).out,
+            "1\t2026-03-02\t500.00\tAPPORT\tknown\n");
+  EXPECT_EQ(LRunKontavo({"bank", "lines", "--account", "1110"}).out, "1\t2026-03-02\t500.00\tAPPORT\tmatched GJ2\n");
+}
+
+}  // namespace

@@ -41,10 +41,13 @@ TEST_F(BusinessCliTest, AddTakesTheFirstFreeNumberAndWritesEveryPage) {
       {"Invoice", "ItemcodeColumnTitle", "Code taux"},
   };
   for (const auto& [record, field, value] : written) EXPECT_EQ(Misc("2", record, field), value) << field;
-  // The default chart of accounts, with the opening balance on the checking account only.
-  EXPECT_EQ(LStoredField("Accounts", "1110", "OpeningBalance", "2"), "150025");
-  EXPECT_EQ(LStoredField("Accounts", "2110", "Description", "2"), "Carte de crédit");
-  EXPECT_EQ(LStoredField("Accounts", "2110", "OpeningBalance", "2"), "<absent>");
+  // In France the general chart (PCG), with the opening balance on the bank account only,
+  // balanced by the opening balance sheet account.
+  EXPECT_EQ(LStoredField("Accounts", "512000", "OpeningBalance", "2"), "150025");
+  EXPECT_EQ(LStoredField("Accounts", "890000", "OpeningBalance", "2"), "-150025");
+  EXPECT_EQ(LStoredField("Accounts", "519000", "Description", "2"), "Concours bancaires courants");
+  EXPECT_EQ(LStoredField("Accounts", "519000", "OpeningBalance", "2"), "<absent>");
+  EXPECT_EQ(LStoredField("Accounts", "1110", "Description", "2"), "<absent>");
 
   // The next one takes 4, and a business selling products keeps the usual layout.
   EXPECT_EQ(LExpectSuccess({"business", "add", "--name", "Épicerie"}), "4\n");
@@ -64,6 +67,25 @@ TEST_F(BusinessCliTest, CanadianProvinceChosenOnTheCountryPageKeepsItsTaxes) {
   EXPECT_EQ(Misc("2", "Tax", "TaxSystem"), "3");
   EXPECT_NE(LExpectSuccess({"--business", "2", "tax", "show"}).find("TVQ"), std::string::npos);
   EXPECT_EQ(LExpectSuccess({"--business", "1", "tax", "show"}).find("TVQ"), std::string::npos);
+}
+
+TEST_F(BusinessCliTest, BusinessOfAnotherCountryTakesThatCountrysMoneyAndNumbers) {
+  LEnvScope language("LANG", "en_US.UTF-8");
+  LEnvScope all("LC_ALL", nullptr);
+  LEnvScope monetary("LC_MONETARY", nullptr);
+  LEnvScope country("KONTAVO_COUNTRY", nullptr);
+  LExpectSuccess({"business", "add", "--name", "Lyon", "--country", "FR", "--opening-checking", "300"});
+  LExpectSuccess({"business", "add", "--name", "Boston"});
+  const std::tuple<const char*, const char*, const char*> expected[] = {
+      {"1", "CurrencyType", "EUR"},   {"1", "CurrencySymbol", "€"}, {"1", "DecimalSymbol", ","},
+      {"1", "ThousandsSymbol", " "},  {"1", "CurrencyOrder", "3"},  {"1", "MeasurementUnits", "0"},
+      {"1", "PrintedDateOrder", "1"}, {"2", "CurrencyType", "USD"}, {"2", "DecimalSymbol", "."},
+      {"2", "CurrencySymbol", "$"},
+  };
+  for (const auto& [business, field, value] : expected)
+    EXPECT_EQ(Misc(business, "Options", field), value) << business << " " << field;
+  // A French business keeps the French chart: its bank account takes the opening balance.
+  EXPECT_EQ(LStoredField("Accounts", "512000", "OpeningBalance", "1"), "30000");
 }
 
 TEST_F(BusinessCliTest, FiscalYearEndFollowsTheCountry) {

@@ -65,14 +65,15 @@ TEST_F(TerminalCliTest, WizardAsksEveryPageAndAsksARefusedPageAgain) {
       "\n\n\n\n"                // name left empty: refused, the page is asked again
       "Atelier\n12 rue Haute\nMarie\n\n"
       "\nLivre\n\n"             // currency: the symbol and subunit by default, another name
-      "n\no\n\nn\n"             // a checking account without its balance: refused
-      "o\no\n250.50\nn\n"       // asked again
+      "\nn\no\n\nn\n"           // the general chart; a checking account without its balance: refused
+      "\no\no\n250.50\nn\n"     // asked again
       "o\n";                    // services by the hour
   LRunResult run = RunOnTerminal({"business", "add"}, typed);
   ASSERT_EQ(run.exitCode, 0) << run.out;
   for (const char* shown :
        {"Pays (code à deux lettres)", "Veuillez entrer le nom de l'entreprise.",
-        "Fin de l'exercice (MM-JJ) [12-31] : ", "Veuillez entrer un solde initial pour le compte-chèque."})
+        "Fin de l'exercice (MM-JJ) [12-31] : ", "Veuillez entrer un solde initial pour le compte-chèque.",
+        "Utiliser le plan comptable général (PCG) ?"})
     EXPECT_NE(run.out.find(shown), std::string::npos) << shown << "\n" << run.out;
   const std::tuple<const char*, const char*, const char*> written[] = {
       {"Company", "Name", "Atelier"},      {"Company", "Address", "12 rue Haute"},
@@ -80,6 +81,7 @@ TEST_F(TerminalCliTest, WizardAsksEveryPageAndAsksARefusedPageAgain) {
       {"Options", "CurrencySubunit", "Centime"}, {"Invoice", "QuantityColumnTitle", "Hres"}};
   for (const auto& [record, field, value] : written)
     EXPECT_EQ(LStoredField("Misc", record, field, "1"), value) << field;
+  EXPECT_EQ(LStoredField("Accounts", "512000", "OpeningBalance", "1"), "25050");
 }
 
 TEST_F(TerminalCliTest, WizardLeftAtTheEndOfInputLeavesNoFolder) {

@@ -34,12 +34,18 @@ TEST_F(WebPagesTest, TabsShowTheServedSectionsAndMarkTheCurrentOne) {
   std::string session = AdminSession();
   std::string main = LHttpGet(port_, "/main", session).body;
   EXPECT_NE(main.find("</tr></table><br><div class=navtabs><a href='main' class='navtab navtabcurrent'>Accueil</a>"
-                      "<a href='itemlist' class=navtab>Articles</a><a href='userlist' class=navtab>Utilisateurs</a>"
+                      "<a href='customerlist' class=navtab>Clients</a><a href='quotelist' class=navtab>Devis</a>"
+                      "<a href='orderlist' class=navtab>Commandes</a><a href='invoicelist' class=navtab>Factures</a>"
+                      "<a href='creditnotelist' class=navtab>Avoirs</a>"
+                      "<a href='itemlist' class=navtab>Articles</a><a href='salespersonlist' class=navtab>Vendeurs</a>"
+                      "<a href='grouplist' class=navtab>Groupes</a><a href='recon' class=navtab>Banque</a>"
+                      "<a href='userlist' class=navtab>Utilisateurs</a><a href='fecexport' class=navtab>FEC</a>"
+                      "<a href='businesslist' class=navtab>Entreprises</a>"
                       "</div><div class=contenttable>"),
             std::string::npos)
       << main;
   // Sections whose pages are not served have no tab.
-  EXPECT_EQ(main.find("invoicelist"), std::string::npos);
+  EXPECT_EQ(main.find("paymentlist"), std::string::npos);
   // The year's figures stand in the side pane beside the content.
   std::size_t pane = main.find("</td><td width=10></td><td width='30%' valign=top><table class=mainfigures>");
   ASSERT_NE(pane, std::string::npos);
@@ -51,10 +57,11 @@ TEST_F(WebPagesTest, TabsShowTheServedSectionsAndMarkTheCurrentOne) {
   EXPECT_NE(users.find("<a href='main' class=navtab>Accueil</a>"), std::string::npos);
   EXPECT_EQ(users.find("class=mainfigures"), std::string::npos);
 
-  // The users tab is for administrators only.
+  // The users and FEC tabs are for administrators only.
   std::string userMain = LHttpGet(port_, "/main", UserSession("--user")).body;
-  EXPECT_NE(userMain.find("<a href='itemlist' class=navtab>Articles</a></div>"), std::string::npos);
+  EXPECT_NE(userMain.find("<a href='recon' class=navtab>Banque</a></div>"), std::string::npos);
   EXPECT_EQ(userMain.find("userlist"), std::string::npos);
+  EXPECT_EQ(userMain.find("fecexport"), std::string::npos);
 }
 
 TEST_F(WebPagesTest, ItemDialogChecksThenCreatesAndEditsTheRecord) {

@@ -259,6 +259,47 @@ TEST_F(WebServerTest, SilentClientIsDroppedAfterThirtySeconds) {
   ::close(fd);
 }
 
+// A client that sends its header lines one by one, each within the 20 s a line may take, is still
+// dropped once the 30 s given to all the headers are over; meanwhile others are served.
+TEST_F(WebServerTest, HeadersTricklingInAreCutAtTheRequestDeadline) {
+  int fd = LConnectLoopback(port_);
+  ASSERT_GE(fd, 0);
+  ASSERT_TRUE(LSendAll(fd, "GET /s.css HTTP/1.1\r\n"));
+  long long start = NowMs();
+  bool closed = false;
+  while (!closed && NowMs() - start < 45000) {
+    EXPECT_EQ(LHttpGet(port_, "/s.css").status, 200);
+    LSendAll(fd, "X-Slow: 1\r\n");
+    LReadUntilClose(fd, 2000, &closed);
+  }
+  long long waited = NowMs() - start;
+  EXPECT_TRUE(closed);
+  EXPECT_GE(waited, 29000);
+  EXPECT_LE(waited, 34000);
+  ::close(fd);
+}
+
+// One address may hold 64 connections; the next is answered 503 at once and closed, and a slot is
+// free again as soon as one of the 64 ends.
+TEST_F(WebServerTest, ConnectionsBeyondTheCapAreAnswered503) {
+  std::vector<int> held;
+  for (int i = 0; i < 64; ++i) {
+    int fd = LConnectLoopback(port_);
+    ASSERT_GE(fd, 0);
+    held.push_back(fd);
+  }
+  LSleepMs(300);  // the listener has taken them all
+  LWebResponse refused = LHttpGet(port_, "/s.css");
+  EXPECT_EQ(refused.status, 503);
+  EXPECT_NE(refused.raw.find("Retry-After: 5\r\n"), std::string::npos) << refused.raw;
+  ::close(held.back());
+  held.pop_back();
+  LSleepMs(300);
+  EXPECT_EQ(LHttpGet(port_, "/s.css").status, 200);
+  for (int fd : held) ::close(fd);
+  EXPECT_NE(server_->Log().find("Too many connections: 127.0.0.1"), std::string::npos);
+}
+
 // ---- Logon, sessions and access -------------------------------------------------------------------
 
 TEST_F(WebServerTest, LogonStartsASessionThatMainAccepts) {

@@ -1,13 +1,13 @@
 // Kontavo web access in a real browser: Debian's chromium, headless, driven by playwright-core,
 // against a real `kontavo serve` in a fresh application folder. A screenshot of each page goes
 // to the output folder. Usage: node webaccess.mjs KONTAVO_BINARY OUTPUT_FOLDER
-import { spawn, execFileSync } from 'node:child_process';
-import { mkdtempSync, mkdirSync, rmSync } from 'node:fs';
-import { createServer } from 'node:net';
+import { execFileSync } from 'node:child_process';
+import { copyFileSync, mkdtempSync, mkdirSync, readFileSync, rmSync } from 'node:fs';
 import { tmpdir } from 'node:os';
 import { join } from 'node:path';
 import assert from 'node:assert/strict';
 import { chromium } from 'playwright-core';
+import { startKontavoServer } from './serve.mjs';
 
 const [kontavo, output] = process.argv.slice(2);
 mkdirSync(output, { recursive: true });
@@ -18,24 +18,19 @@ const run = (args, input) => execFileSync(kontavo, args, { env, input, encoding:
 run(['record', 'set', 'Misc', 'Company', 'Name=Principale SARL']);
 mkdirSync(join(home, 'Shared', 'MultiBus', '1'), { recursive: true });
 run(['--business', '1', 'record', 'set', 'Misc', 'Company', 'Name=Autre SA']);
+// An item with a stock under its reorder level (an opening quantity) in the second business.
+run(['--business', '1', 'item', 'add', 'W', '--description', 'Widget', '--price', '10', '--reorder-level', '5',
+  '--reorder-qty', '20']);
+run(['--business', '1', 'record', 'set', 'Items', 'W', 'Quantity=3']);
+// The second business keeps French books: a SIREN and last year's rent, for its FEC.
+const lastYear = new Date().getFullYear() - 1;
+run(['--business', '1', 'record', 'set', 'Misc', 'Company', 'SIREN=732829320']);
+run(['--business', '1', 'account', 'defaults']);
+run(['--business', '1', '--yes', 'journal', 'add', '--date', `${lastYear}-06-01`, '--ref', 'GJ1', '--desc', 'Loyer',
+     'dr:6410:100', 'cr:1110:100']);
 run(['user', 'add', 'admin@example.fr', '--name', 'Alice Admin', '--admin', '--password-stdin'], 'secret12\n');
 
-const port = await new Promise((resolve) => {
-  const probe = createServer().listen(0, '127.0.0.1', () => {
-    const { port } = probe.address();
-    probe.close(() => resolve(port));
-  });
-});
-const server = spawn(kontavo, ['serve', '--port', String(port)], { env, stdio: ['ignore', 'pipe', 'inherit'] });
-await new Promise((resolve, reject) => {
-  let seen = '';
-  server.stdout.on('data', (chunk) => {
-    seen += chunk;
-    if (seen.includes('http://')) resolve();
-  });
-  server.on('exit', () => reject(new Error('kontavo serve ended: ' + seen)));
-});
-const base = `http://127.0.0.1:${port}/`;
+const { server, base } = await startKontavoServer(kontavo, env);
 
 const browser = await chromium.launch({ executablePath: '/usr/bin/chromium', args: ['--no-sandbox'] });
 let shot = 0;
@@ -101,6 +96,80 @@ try {
   await page.waitForURL(base + 'itemlist');
   assert.match(await page.locator('table.hltbl tbody').innerText(), /PAIN\s+Pain de campagne/);
   await snap(page, 'itemlist');
+
+  // The list shows the stock, marked when under the reorder level; the stock page lists the movements.
+  assert.match(await page.locator('table.hltbl tbody').innerText(), /W\s+Widget\s+Produit stocké[^\n]*\s3 !/);
+  await page.click('a[href="itemstock?id=W"]');
+  await page.waitForURL(/itemstock/);
+  assert.match(await page.locator('h2').innerText(), /W Widget/);
+  assert.match(await page.locator('table.hltbl tbody').innerText(), /Stock initial\s+3/);
+  await snap(page, 'itemstock');
+  // The kind of an item is checked as the command line checks it, and stored as its word.
+  await page.goto(base + 'itemprop?id=PAIN&onok=itemlist&oncancel=itemlist');
+  await page.fill('[id="105"]', 'gadget');
+  await page.click('input[name=submit][value="  OK  "]');
+  await page.waitForSelector('#errorTag');
+  assert.match(await errorText(page), /Type d'article invalide : gadget/);
+  await page.fill('[id="105"]', 'Service');
+  await page.fill('[id="106"]', '1.20');
+  await page.click('input[name=submit][value="  OK  "]');
+  await page.waitForURL(base + 'itemlist');
+  assert.match(await page.locator('table.hltbl tbody').innerText(), /PAIN\s+Pain de campagne\s+Service/);
+  assert.equal(run(['--business', '1', 'record', 'get', 'Items', 'PAIN', 'Kind']), 'service\n');
+
+  // Sales persons with their commission rate, and customer groups with their price level.
+  await page.click('div.navtabs a:has-text("Vendeurs")');
+  await page.waitForURL(base + 'salespersonlist');
+  await page.click('text=Ajouter un vendeur');
+  await page.waitForURL(/salespersonprop/);
+  await page.fill('[id="101"]', 'ANNE');
+  await page.fill('[id="102"]', 'Anne Martin');
+  await page.fill('[id="103"]', 'anne@exemple.fr');
+  await page.fill('[id="104"]', '150');
+  await page.click('input[name=submit][value="  OK  "]');
+  await page.waitForSelector('#errorTag');
+  assert.match(await errorText(page), /Le taux CommissionRate doit être entre 0 et 100 : 150\./);
+  await snap(page, 'salespersonprop-error');
+  await page.fill('[id="104"]', '5,5');
+  await page.click('input[name=submit][value="  OK  "]');
+  await page.waitForURL(base + 'salespersonlist');
+  assert.match(await page.locator('table.hltbl tbody').innerText(), /ANNE\s+Anne Martin\s+anne@exemple\.fr\s+5\.5/);
+  await snap(page, 'salespersonlist');
+  await page.click('div.navtabs a:has-text("Groupes")');
+  await page.waitForURL(base + 'grouplist');
+  await page.click('text=Ajouter un groupe de clients');
+  await page.waitForURL(/groupprop/);
+  await page.fill('[id="101"]', 'PRO');
+  await page.fill('[id="102"]', 'Professionnels');
+  await page.fill('[id="103"]', '10');
+  await page.click('input[name=submit][value="  OK  "]');
+  await page.waitForURL(base + 'grouplist');
+  assert.match(await page.locator('table.hltbl tbody').innerText(), /PRO\s+Professionnels\s+10/);
+  await snap(page, 'grouplist');
+  // The administrator downloads last year's FEC from its tab; the file passes our checker.
+  await page.click('div.navtabs a:has-text("FEC")');
+  await page.waitForURL(base + 'fecexport');
+  await snap(page, 'fecexport');
+  const [download] = await Promise.all([page.waitForEvent('download'),
+    page.click('input[name=submit][value="Télécharger le FEC"]')]);
+  const fecName = `732829320FEC${lastYear}1231.txt`;
+  assert.equal(download.suggestedFilename(), fecName);
+  const fecPath = join(home, fecName);
+  copyFileSync(await download.path(), fecPath);
+  const fec = readFileSync(fecPath, 'latin1');
+  assert.match(fec, /^JournalCode\|JournalLib\|EcritureNum\|/);
+  assert.match(fec, /\nOD\|Opérations diverses\|1\|\d{8}\|6410\|Loyer\|/);
+  assert.match(run(['export', 'fec', '--check', fecPath]), /Fichier conforme : 2 lignes, 1 écritures\./);
+  // Without a SIREN the page says why.
+  await page.goto(base + 'chooseprofile');
+  await page.getByLabel('Principale SARL').check();
+  await page.click('input[name=submit][value="  OK  "]');
+  await page.waitForURL(base + 'main');
+  await page.goto(base + 'fecexport');
+  await page.click('input[name=submit][value="Télécharger le FEC"]');
+  await page.waitForSelector('#errorTag');
+  assert.match(await errorText(page), /Le numéro SIREN de l'entreprise \(9 chiffres\) est nécessaire/);
+  await snap(page, 'fecexport-no-siren');
 
   // A new user through "userprop", with each refusal of its checks.
   await page.goto(base + 'userlist');
@@ -196,6 +265,10 @@ try {
   await bobPage.waitForURL(base + 'chooseprofile');
   assert.equal(await bobPage.locator('input[type=radio]').count(), 1);
   await snap(bobPage, 'chooseprofile-user');
+  // The FEC is for administrators only.
+  await bobPage.goto(base + 'fecdownload?year=' + lastYear);
+  assert.match(await bobPage.content(), /réservé aux administrateurs/);
+  await snap(bobPage, 'fecexport-user');
 
   assert.deepEqual(problems, [], 'no script errors on the pages');
   console.log(`browser test passed; screenshots in ${output}`);

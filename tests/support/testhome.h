@@ -58,6 +58,8 @@ class LChildProcess {
   LChildProcess(const LChildProcess&) = delete;
   LChildProcess& operator=(const LChildProcess&) = delete;
   bool Started() const { return pid_ > 0; }
+  // The child's process id (to send it a signal), -1 when it did not start.
+  int Pid() const { return pid_; }
   // Reads one line of the child's stdout (without the line end); "" at the end.
   std::string ReadLine();
   // Waits for the child; its exit status (128 + signal when killed).

@@ -70,7 +70,8 @@ int LFreeLoopbackPort() {
   return ntohs(address.sin_port);
 }
 
-LServeProcess::LServeProcess(int port) : port_(port) {
+LServeProcess::LServeProcess(int port, const std::string& program, const std::string& workingFolder)
+    : port_(port) {
   static int serial = 0;
   std::string base = HomeFolder() + "/serve" + std::to_string(serial++);
   outPath_ = base + ".out";
@@ -82,7 +83,8 @@ LServeProcess::LServeProcess(int port) : port_(port) {
     ::dup2(out, 1);
     ::dup2(err, 2);
     std::string portText = std::to_string(port);
-    ::execl(KONTAVO_BIN, KONTAVO_BIN, "serve", "--port", portText.c_str(), static_cast<char*>(nullptr));
+    if (!workingFolder.empty() && ::chdir(workingFolder.c_str()) != 0) ::_exit(126);
+    ::execl(program.c_str(), program.c_str(), "serve", "--port", portText.c_str(), static_cast<char*>(nullptr));
     ::_exit(127);
   }
 }
@@ -125,11 +127,16 @@ int LServeProcess::Stop(int signal, int timeoutMs) {
 std::string LServeProcess::Out() const { return LReadFile(outPath_); }
 std::string LServeProcess::Log() const { return LReadFile(errPath_); }
 
-int LConnectLoopback(int port) {
+int LConnectLoopback(int port) { return LConnectAddress("127.0.0.1", port); }
+
+int LConnectAddress(const std::string& ipv4, int port) {
   int fd = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
   sockaddr_in address{};
   address.sin_family = AF_INET;
-  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+  if (::inet_pton(AF_INET, ipv4.c_str(), &address.sin_addr) != 1) {
+    ::close(fd);
+    return -1;
+  }
   address.sin_port = htons(static_cast<uint16_t>(port));
   if (::connect(fd, reinterpret_cast<sockaddr*>(&address), sizeof address) != 0) {
     ::close(fd);
@@ -205,8 +212,12 @@ LWebResponse LReadResponse(int fd, int timeoutMs) {
 }
 
 LWebResponse LHttpExchange(int port, const std::string& request, int timeoutMs) {
+  return LHttpExchangeAt("127.0.0.1", port, request, timeoutMs);
+}
+
+LWebResponse LHttpExchangeAt(const std::string& ipv4, int port, const std::string& request, int timeoutMs) {
   LWebResponse response;
-  int fd = LConnectLoopback(port);
+  int fd = LConnectAddress(ipv4, port);
   if (fd < 0) return response;
   if (LSendAll(fd, request)) {
     std::string raw = LReadUntilClose(fd, timeoutMs);

@@ -11,10 +11,11 @@
 int LFreeLoopbackPort();
 
 // `kontavo serve --port PORT` in the background, its stdout and stderr kept in files of the
-// current KONTAVO_HOME.
+// current KONTAVO_HOME; program is the kontavo binary to run, started in workingFolder when one
+// is given.
 class LServeProcess {
  public:
-  explicit LServeProcess(int port);
+  explicit LServeProcess(int port, const std::string& program = KONTAVO_BIN, const std::string& workingFolder = {});
   ~LServeProcess();  // SIGKILL when still running
   LServeProcess(const LServeProcess&) = delete;
   LServeProcess& operator=(const LServeProcess&) = delete;
@@ -37,6 +38,8 @@ class LServeProcess {
 
 // A connected socket to 127.0.0.1:port, or -1.
 int LConnectLoopback(int port);
+// The same to another IPv4 address of this machine ("192.0.2.2").
+int LConnectAddress(const std::string& ipv4, int port);
 bool LSendAll(int fd, const std::string& data);
 // Reads until the peer closes or timeoutMs pass; closed tells which.
 std::string LReadUntilClose(int fd, int timeoutMs, bool* closed = nullptr);
@@ -54,6 +57,7 @@ struct LWebResponse {
 LWebResponse LReadResponse(int fd, int timeoutMs = 10000);
 // Sends request on a new connection and reads the answer to the end of the connection.
 LWebResponse LHttpExchange(int port, const std::string& request, int timeoutMs = 10000);
+LWebResponse LHttpExchangeAt(const std::string& ipv4, int port, const std::string& request, int timeoutMs = 10000);
 // A GET or form POST with an optional session cookie.
 LWebResponse LHttpGet(int port, const std::string& path, const std::string& session = {});
 LWebResponse LHttpPost(int port, const std::string& path, const std::string& body, const std::string& session = {});

@@ -233,9 +233,17 @@ TEST_F(SalesReports, CustomersAndSalesPerCustomerAndSalesPerson) {
   EXPECT_EQ(RowOf(perCustomer, "Total :").texts[0], "4");
   EXPECT_EQ(RowOf(perCustomer, "Total :").values, (Values{std::nullopt, 11000, 11000, 1400, 9600}));
 
+  // Anne earns 5.5 % of her sales before tax; Bruno has no record, so no commission.
+  LRecord anne;
+  Profile().List("SalesPerson").OpenAlways(anne, "Anne");
+  anne.SetString("CommissionRate", "5.500000");
+  ASSERT_TRUE(anne.Flush());
   LReportTable perPerson = Make<LReportSalesPerson>(year);
   EXPECT_EQ(Labels(perPerson), (std::vector<std::string>{"Anne", "Bruno", "Sans vendeur", "Total :"}));
-  EXPECT_EQ(RowOf(perPerson, "Anne").values, (Values{std::nullopt, 4400, 4400, 1400, 3000}));
+  EXPECT_EQ(perPerson.columns.back(), "Commission");
+  EXPECT_EQ(RowOf(perPerson, "Anne").values, (Values{std::nullopt, 4400, 4400, 1400, 3000, 242}));
+  EXPECT_EQ(RowOf(perPerson, "Bruno").values.back(), 0);
+  EXPECT_EQ(RowOf(perPerson, "Total :").values.back(), 242);
   EXPECT_EQ(RowOf(perPerson, "Sans vendeur").texts[0], "1");
 }
 

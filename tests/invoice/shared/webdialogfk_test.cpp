@@ -48,6 +48,9 @@ class WebItemGridTest : public LSalesTestBusiness {
 TEST_F(WebItemGridTest, DocumentLinesFillTheGridWithAnEmptyRowAfterThem) {
   AddLine(document, 250, -1, 2, 10, "3", "B");
   AddLine(document, 1999, 3, 1.5, 0, "", "");
+  // While line discounts do not count, the grid has no discount column.
+  EXPECT_EQ(Run({}).find("data-col=5"), std::string::npos);
+  SetDiscountsShown(true);
   std::string html = Run({});
   EXPECT_NE(html.find("<table id=itemgrid class=itemgrid data-first=10000 data-stride=10 data-digits=2>"),
             std::string::npos);

@@ -8,6 +8,7 @@
 #include "llib/gen/file.h"
 #include "llib/gen/locale.h"
 #include "llib/gen/money.h"
+#include "llib/gen/moneyinput.h"
 #include "llib/gen/system.h"
 #include "llib/gen/usersettings.h"
 #include "tests/support/testhome.h"
@@ -140,6 +141,27 @@ TEST(Money, FormatsInTheBusinessCurrency) {
   EXPECT_EQ(LFormatMoney(100000, dollar), "$1,000.00");
   EXPECT_EQ(LFormatNumber(-99, dollar), "-0.99");
   EXPECT_EQ(LFormatMoney(INT64_MIN, dollar).substr(0, 4), "-$92");
+}
+
+TEST(Money, ReadsAmountsTypedTheBusinessWay) {
+  LCurrencyFormat euro{"€", 3, 2, ",", " "};
+  LCurrencyFormat dollar;
+  LCurrencyFormat swiss{"CHF", 2, 2, ".", "'"};
+  using Case = std::tuple<const char*, const LCurrencyFormat*, long long>;
+  for (const auto& [text, format, expected] :
+       {Case{"1 234,56", &euro, 123456}, Case{"1\xC2\xA0" "234,56 €", &euro, 123456},
+        Case{"1\xE2\x80\xAF" "234 567,8", &euro, 123456780}, Case{"12.5", &euro, 1250}, Case{"(5,00 €)", &euro, -500},
+        Case{"-0,05", &euro, -5}, Case{"$1,234.56", &dollar, 123456}, Case{"CHF 1'234.50", &swiss, 123450}}) {
+    long long cents = 0;
+    ASSERT_TRUE(LParseAmount(LPlainAmountText(text, *format), 2, cents)) << text;
+    EXPECT_EQ(cents, expected) << text;
+  }
+  // A group separator that does not group three digits is no separator: the amount is refused
+  // rather than read a hundred times too large.
+  for (const char* bad : {"12,50", "1,2345", ",500", "1,234,5", "12,5x"}) {
+    long long cents = 7;
+    EXPECT_FALSE(LParseAmount(LPlainAmountText(bad, dollar), 2, cents)) << bad;
+  }
 }
 
 }  // namespace

@@ -1,0 +1,242 @@
+#include "accounts/audittrail.h"
+
+#include <fcntl.h>
+#include <openssl/sha.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <ctime>
+
+#include "accounts/ledger.h"
+#include "accounts/ledgerlock.h"
+#include "invoice/shared/profile.h"
+#include "llib/gen/file.h"
+#include "llib/gen/filelock.h"
+#include "llib/gen/hashtable.h"
+#include "llib/gen/log.h"
+#include "llib/gen/percent.h"
+#include "llib/gen/record.h"
+#include "llib/gen/system.h"
+#include "llib/gen/textnum.h"
+
+namespace {
+
+constexpr std::size_t kTailChunk = 4096;  // the last line is looked for this many bytes at a time
+
+std::string LogPath(const LProfile& profile) {
+  return LFile::MakeFilePath(profile.GetDataStore().GetFolder(), kAuditTrailFile);
+}
+
+std::string HeadPath(const LProfile& profile) {
+  return LFile::MakeFilePath(profile.GetDataStore().GetFolder(), kAuditTrailHeadFile);
+}
+
+// "7 9f86d0...\n": the head of a chain whose last entry is number seq with that text.
+std::string HeadText(long long seq, std::string_view lastLine) {
+  return std::to_string(seq) + " " + LAuditHash(lastLine) + "\n";
+}
+
+std::string UtcNow() {
+  std::time_t now = std::time(nullptr);
+  std::tm utc{};
+  ::gmtime_r(&now, &utc);
+  char text[32];
+  std::strftime(text, sizeof text, "%Y-%m-%dT%H:%M:%SZ", &utc);
+  return text;
+}
+
+// The last line of the open log without its line end; empty for an empty log. false when the
+// file cannot be read.
+bool ReadLastLine(int fd, std::string& line) {
+  struct stat info {};
+  if (::fstat(fd, &info) != 0) return false;
+  off_t end = info.st_size;
+  line.clear();
+  if (end == 0) return true;
+  std::string tail;
+  off_t from = end;
+  while (from > 0) {
+    std::size_t size = static_cast<std::size_t>(std::min<off_t>(from, kTailChunk));
+    from -= static_cast<off_t>(size);
+    std::string chunk(size, '\0');
+    if (::pread(fd, chunk.data(), size, from) != static_cast<ssize_t>(size)) return false;
+    tail.insert(0, chunk);
+    std::size_t lineEnd = tail.size();
+    if (tail.back() == '\n') --lineEnd;
+    std::size_t lineStart = tail.rfind('\n', lineEnd == 0 ? 0 : lineEnd - 1);
+    if (lineStart != std::string::npos && lineStart < lineEnd) {
+      line = tail.substr(lineStart + 1, lineEnd - lineStart - 1);
+      return true;
+    }
+  }
+  line = tail.back() == '\n' ? tail.substr(0, tail.size() - 1) : tail;
+  return true;
+}
+
+// The value of a field in an entry line, still percent-encoded (hashes and numbers need none).
+std::string_view RawField(std::string_view line, std::string_view name) {
+  for (std::size_t at = 0; at < line.size();) {
+    std::size_t end = line.find('&', at);
+    if (end == std::string_view::npos) end = line.size();
+    std::string_view pair = line.substr(at, end - at);
+    if (pair.size() > name.size() && pair.substr(0, name.size()) == name && pair[name.size()] == '=')
+      return pair.substr(name.size() + 1);
+    at = end + 1;
+  }
+  return {};
+}
+
+}  // namespace
+
+std::string LAuditHash(std::string_view text) {
+  unsigned char digest[SHA256_DIGEST_LENGTH];
+  ::SHA256(reinterpret_cast<const unsigned char*>(text.data()), text.size(), digest);
+  static constexpr char kHex[] = "0123456789abcdef";
+  std::string hex(2 * SHA256_DIGEST_LENGTH, '0');
+  for (std::size_t i = 0; i < SHA256_DIGEST_LENGTH; ++i) {
+    hex[2 * i] = kHex[digest[i] >> 4];
+    hex[2 * i + 1] = kHex[digest[i] & 0x0F];
+  }
+  return hex;
+}
+
+bool LAuditAppend(const LProfile& profile, const LAuditEvent& event) {
+  LLedgerLock ledgerLock(profile);
+  LLockedFile log(LogPath(profile), O_RDWR | O_CREAT | O_APPEND, LOCK_EX, kLedgerLockTimeoutMs, 0666);
+  std::string last;
+  if (!log.IsOpen() || !ReadLastLine(log.Get(), last)) {
+    LLogError("Piste d'audit : %s de %s non inscrit", event.action.c_str(), event.reference.c_str());
+    return false;
+  }
+  long long seq = last.empty() ? 1 : LTextToInt64(RawField(last, "Seq")) + 1;
+  LHashTable entry;
+  entry.SetString("Seq", std::to_string(seq));
+  entry.SetString("Prev", last.empty() ? std::string(kAuditFirstPrev) : LAuditHash(last));
+  entry.SetString("Time", UtcNow());
+  entry.SetString("User", LGetPostingUserName());
+  entry.SetString("Action", event.action);
+  entry.SetString("Reference", event.reference);
+  entry.SetString("Date", event.date);
+  entry.SetString("Amount", std::to_string(event.amount));
+  entry.SetString("Lines", event.lines);
+  std::string text;
+  entry.SaveHTTPString(text);
+  std::string head = HeadText(seq, text);
+  text += '\n';
+  // The head is rewritten in place while the log's lock is held: one short write, then the end
+  // cut, so that it never reads empty.
+  LFileDescriptor headFile(LRobustOpen(HeadPath(profile), O_WRONLY | O_CREAT, 0666));
+  bool written = LRobustWrite(log.Get(), text.data(), text.size()) && headFile.IsOpen() &&
+                 ::pwrite(headFile.Get(), head.data(), head.size(), 0) == static_cast<ssize_t>(head.size()) &&
+                 ::ftruncate(headFile.Get(), static_cast<off_t>(head.size())) == 0;
+  if (!written) LLogError("Piste d'audit : %s de %s mal inscrit", event.action.c_str(), event.reference.c_str());
+  return written;
+}
+
+bool LAuditAppendTransaction(const LProfile& profile, std::string_view action, const LLedgerTransaction& txn) {
+  LAuditEvent event;
+  event.action = action;
+  event.reference = txn.GetReference();
+  event.date = txn.GetDate();
+  for (const auto& line : txn.Lines()) {
+    if (line.amount > 0) event.amount += line.amount;
+    event.lines += line.BuildCSVRow();
+  }
+  return LAuditAppend(profile, event);
+}
+
+bool LAuditAppendDocument(const LProfile& profile, std::string_view action, std::string_view title,
+                          const LRecord& document) {
+  LAuditEvent event;
+  event.action = action;
+  event.reference = std::string(title) + " " + document.GetPrimaryKey();
+  event.date = document.GetString("Date");
+  event.amount = document.GetInt64("Total", 0);
+  if (action == kAuditDeleteDocument) {
+    LHashTable fields;
+    for (const auto& field : document.Fields())
+      if (!field.deleted) fields.SetString(field.name, field.text);
+    fields.SaveHTTPString(event.lines);
+  }
+  return LAuditAppend(profile, event);
+}
+
+std::string LAuditTransactionKey(std::string_view date, std::string_view reference) {
+  std::string key(date);
+  key += '\t';
+  for (char c : reference) key += c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
+  return key;
+}
+
+std::unordered_map<std::string, std::string> LAuditPostingDays(const LProfile& profile) {
+  std::unordered_map<std::string, std::string> days;
+  std::string content;
+  if (!LFile::ReadAll(LogPath(profile), content)) return days;
+  for (std::size_t at = 0; at < content.size();) {
+    std::size_t end = content.find('\n', at);
+    if (end == std::string::npos) end = content.size();
+    std::string_view line(content.data() + at, end - at);
+    at = end + 1;
+    std::string_view action = RawField(line, "Action");
+    if (action != kAuditPost && action != kAuditDelete) continue;
+    std::string key = LAuditTransactionKey(LPercentDecode(RawField(line, "Date")),
+                                           LPercentDecode(RawField(line, "Reference")));
+    if (action == kAuditDelete) days.erase(key);
+    else days[key] = std::string(RawField(line, "Time").substr(0, 10));
+  }
+  return days;
+}
+
+LAuditVerifyResult LAuditVerifyText(std::string_view content, std::string_view head) {
+  LAuditVerifyResult result;
+  std::string_view previous;
+  for (std::size_t at = 0; at < content.size();) {
+    std::size_t end = content.find('\n', at);
+    if (end == std::string_view::npos) end = content.size();
+    std::string_view line = content.substr(at, end - at);
+    at = end + 1;
+    long long number = ++result.entryCount;
+    std::string expectedPrev = number == 1 ? std::string(kAuditFirstPrev) : LAuditHash(previous);
+    std::string_view seq = RawField(line, "Seq");
+    if (seq != std::to_string(number)) {
+      result.brokenEntry = number;
+      result.message = "Piste d'audit rompue à l'entrée " + std::to_string(number) + " : numéro d'ordre « " +
+                       std::string(seq.substr(0, 20)) + " » au lieu de " + std::to_string(number) +
+                       " (entrée supprimée, déplacée ou modifiée).";
+      return result;
+    }
+    if (RawField(line, "Prev") != expectedPrev) {
+      result.brokenEntry = number;
+      result.message = "Piste d'audit rompue à l'entrée " + std::to_string(number) +
+                       " : son empreinte de l'entrée précédente ne correspond pas (entrée " +
+                       std::to_string(number - 1) + " ou " + std::to_string(number) + " modifiée).";
+      return result;
+    }
+    previous = line;
+  }
+  std::string expectedHead = result.entryCount == 0 ? std::string() : HeadText(result.entryCount, previous);
+  if (head != expectedHead) {
+    result.brokenEntry = result.entryCount;
+    result.message = result.entryCount == 0
+                         ? std::string("Piste d'audit rompue : le journal est vide alors que sa tête existe.")
+                         : "Piste d'audit rompue à l'entrée " + std::to_string(result.entryCount) +
+                               " : la dernière entrée ne correspond pas à la tête de la piste (entrée modifiée, "
+                               "ou entrées suivantes supprimées).";
+  }
+  return result;
+}
+
+LAuditVerifyResult LAuditVerify(const LProfile& profile) {
+  std::string content, head;
+  std::string path = LogPath(profile);
+  if (!LFile::Exists(path) && !LFile::Exists(HeadPath(profile))) return {};
+  LFile::ReadAll(HeadPath(profile), head);  // a missing head reads empty and breaks a non-empty chain
+  if (LFile::Exists(path) && !LFile::ReadAll(path, content)) {
+    LAuditVerifyResult result;
+    result.brokenEntry = 1;
+    result.message = "Impossible de lire la piste d'audit " + path + ".";
+    return result;
+  }
+  return LAuditVerifyText(content, head);
+}

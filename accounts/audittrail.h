@@ -1,0 +1,90 @@
+// The audit trail: a log, "AuditTrail.log" in the business data folder, of every change to the
+// books, so that an auditor can see that nothing was altered after the fact. One line an entry,
+// a name/value table in the percent encoding (names in ascending order):
+//
+//     Action=post&Amount=12000&Date=2026-01-10&Lines=...&Prev=9f86d0...&Reference=SLS10000&
+//     Seq=7&Time=2026-01-10T09%3A14%3A03Z&User=anne
+//
+//   Action     "post", "delete" (a transaction taken out of the ledger), "renumber" (an
+//              account), "record", "edit", "delete-document" (a sales document)
+//   Reference  the transaction's reference, the account or the document ("Facture 12")
+//   Date       the transaction's date, or the document's
+//   Amount     the sum of the debits of the transaction, or the document's total (cents)
+//   Lines      the journal rows concerned, as the day file holds them; for a deleted document,
+//              its whole record, so what was deleted can be read back
+//   Time       when the change was made (UTC), User who made it (the posting user name)
+//   Seq        1, 2, 3... ; Prev the SHA-256 (hexadecimal) of the whole previous line, 64 zeros
+//              for the first entry
+//
+// Beside the log, "AuditTrail.head" holds the number and hash of the last entry ("7 9f86d0..."),
+// so that an entry taken off the end, or a change to the last entry, is found too.
+//
+// Each entry is appended while the change it records is still held under the ledger lock
+// (accounts/ledgerlock.h), and the log file's own exclusive lock is taken inside it, so the log
+// and the books never disagree and two processes never chain onto the same entry. Books that
+// existed before the trail start their chain at their first change.
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <unordered_map>
+
+class LProfile;
+class LLedgerTransaction;
+class LRecord;
+
+inline constexpr std::string_view kAuditTrailFile = "AuditTrail.log";
+inline constexpr std::string_view kAuditPost = "post";
+inline constexpr std::string_view kAuditDelete = "delete";
+inline constexpr std::string_view kAuditRenumber = "renumber";
+inline constexpr std::string_view kAuditRecord = "record";
+inline constexpr std::string_view kAuditEdit = "edit";
+inline constexpr std::string_view kAuditDeleteDocument = "delete-document";
+inline constexpr std::string_view kAuditTrailHeadFile = "AuditTrail.head";
+inline constexpr std::string_view kAuditFirstPrev =
+    "0000000000000000000000000000000000000000000000000000000000000000";
+
+// What one entry says beyond its place in the chain.
+struct LAuditEvent {
+  std::string action;
+  std::string reference;
+  std::string date;
+  long long amount = 0;
+  std::string lines;
+};
+
+// Appends an entry for event. false (and an error in the log of the program) when the trail could
+// not be written: the change itself has been made by then and stands; `audit verify` then reports
+// the trail's end as broken when the head could not follow.
+bool LAuditAppend(const LProfile& profile, const LAuditEvent& event);
+// An entry for a transaction posted ("post") or taken out ("delete"): its reference, date, the
+// sum of its debits and its rows.
+bool LAuditAppendTransaction(const LProfile& profile, std::string_view action, const LLedgerTransaction& txn);
+
+// An entry for a document recorded, edited or deleted: Reference is title and key ("Facture 12"),
+// Date and Amount its "Date" and "Total", Lines its whole record (every field, percent-encoded)
+// when it is deleted.
+bool LAuditAppendDocument(const LProfile& profile, std::string_view action, std::string_view title,
+                          const LRecord& document);
+
+// The day (UTC, "YYYY-MM-DD") each transaction still in the books was last posted, as the trail
+// tells it, keyed by LAuditTransactionKey. Empty for books without a trail.
+std::unordered_map<std::string, std::string> LAuditPostingDays(const LProfile& profile);
+// The key of a transaction in that map: its date, a tab, its reference upper-cased (the ledger
+// tells references apart without regard to letter case).
+std::string LAuditTransactionKey(std::string_view date, std::string_view reference);
+
+// The SHA-256 of text in lower-case hexadecimal.
+std::string LAuditHash(std::string_view text);
+
+struct LAuditVerifyResult {
+  long long entryCount = 0;  // entries read
+  long long brokenEntry = 0;  // the first line whose link is broken; 0 when the chain holds
+  std::string message;       // French, naming the broken link; empty when the chain holds
+};
+// Checks the chain of the business's log: every line's "Seq" one more than the previous one, its
+// "Prev" the hash of the previous line, and the last line the one the head names. A missing log
+// (with no head) is an empty chain, which holds.
+LAuditVerifyResult LAuditVerify(const LProfile& profile);
+// The same over a log's content and its head's.
+LAuditVerifyResult LAuditVerifyText(std::string_view content, std::string_view head);

@@ -1,0 +1,289 @@
+#include "accounts/ledgerintent.h"
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <atomic>
+#include <cerrno>
+#include <map>
+#include <mutex>
+#include <vector>
+
+#include "accounts/ledger.h"
+#include "accounts/ledgerlock.h"
+#include "invoice/shared/profile.h"
+#include "llib/gen/date.h"
+#include "llib/gen/file.h"
+#include "llib/gen/filelock.h"
+#include "llib/gen/hashtable.h"
+#include "llib/gen/log.h"
+#include "llib/gen/textnum.h"
+
+namespace {
+
+constexpr std::string_view kIntentsFolder = "Intents";   // inside the ledger folder
+constexpr std::string_view kIntentExtension = ".intent";
+constexpr std::string_view kKindPosting = "post";
+constexpr std::string_view kKindDeleting = "delete";
+
+std::string IntentsFolder(const LProfile& profile) {
+  LTextBuffer ledger;
+  LLegderGetBaseFolder(profile, ledger);
+  return LFile::MakeFilePath(ledger, kIntentsFolder);
+}
+
+std::string Numbered(std::string_view name, int index) { return std::string(name) + std::to_string(index); }
+
+// "<process id>-<counter>": unique among the processes and threads sharing the folder.
+std::string NextIntentName() {
+  static std::atomic<unsigned> counter{0};
+  return std::to_string(::getpid()) + "-" + std::to_string(counter++);
+}
+
+// ---- Settling ---------------------------------------------------------------------------------
+
+// Whether the day file holds rows, whole, at sizeBefore. A day file that grew by part of them
+// (a full disk that the writer could not cut back) is cut back to sizeBefore.
+bool PostingInEffect(const std::string& path, long long sizeBefore, std::string_view rows) {
+  LLockedFile file = LLockedFile::OpenCurrent(path, O_RDWR, LOCK_EX, kLedgerLockTimeoutMs);
+  if (!file.IsOpen()) return false;
+  struct stat st;
+  if (::fstat(file.Get(), &st) != 0) return false;
+  long long size = st.st_size;
+  if (size >= sizeBefore + static_cast<long long>(rows.size())) {
+    std::string found(rows.size(), '\0');
+    return ::pread(file.Get(), found.data(), found.size(), sizeBefore) == static_cast<ssize_t>(found.size()) &&
+           found == rows;
+  }
+  if (size > sizeBefore && !LRobustTruncate(file.Get(), sizeBefore)) LLogWriteFailure("truncate", path, errno);
+  return false;
+}
+
+// Sets each account of the intent to its old values, or to the old values moved by the change.
+// false when a record could not be written.
+bool SetBalances(const LProfile& profile, const LHashTable& intent, bool inEffect) {
+  LAccountList accounts(profile);
+  bool saved = true;
+  for (int i = 1, n = intent.GetInt("Accounts", 0); i <= n; ++i) {
+    LAccount account;
+    if (!accounts.Open(account, intent.GetParm(Numbered("Account", i), ""))) continue;
+    int monthIndex = intent.GetInt(Numbered("Month", i), 0);
+    long long delta = inEffect ? LTextToInt64(intent.GetParm(Numbered("Delta", i), "0")) : 0;
+    std::string bucket = LAccountBucketField(monthIndex);
+    bool hadBucket = intent.TestFieldExists(Numbered("Bucket", i));
+    long long oldBucket = LTextToInt64(intent.GetParm(Numbered("Bucket", i), "0"));
+    if (hadBucket || inEffect) account.SetInt64(bucket, oldBucket + delta);
+    else account.DeleteField(bucket);
+    account.SetInt64("TotalBalance", LTextToInt64(intent.GetParm(Numbered("Total", i), "0")) + delta);
+    bool hadFirst = intent.TestFieldExists(Numbered("First", i));
+    int oldFirst = intent.GetInt(Numbered("First", i), 0);
+    if (inEffect) account.SetInt("BalanceFirst", hadFirst ? std::min(oldFirst, monthIndex) : monthIndex);
+    else if (hadFirst) account.SetInt("BalanceFirst", oldFirst);
+    else account.DeleteField("BalanceFirst");
+    account.SetBool("IsAccountUsed", inEffect || intent.GetBool(Numbered("Used", i), false));
+    saved = account.Flush() && saved;
+  }
+  return saved;
+}
+
+// Settles one intent file; true when it is gone.
+bool Settle(const LProfile& profile, const std::string& intentPath) {
+  std::string text;
+  if (!LFile::ReadAll(intentPath, text)) return false;
+  // An intent cut short was never complete, so the change it announced never began.
+  if (text.empty() || text.back() != '\n') return ::unlink(intentPath.c_str()) == 0;
+  text.pop_back();
+  LHashTable intent;
+  intent.LoadHTTPString(text);
+  std::string date = intent.GetParm("Date", "");
+  std::string reference = intent.GetParm("Reference", "");
+  LTextBuffer dayPath;
+  if (!LLedgerGetCSVFilePath(profile, dayPath, date)) return ::unlink(intentPath.c_str()) == 0;
+  bool posting = std::string_view(intent.GetParm("Kind", "")) == kKindPosting;
+  bool inEffect = posting ? PostingInEffect(dayPath, LTextToInt64(intent.GetParm("Size", "0")), intent.GetParm("Rows", ""))
+                          : !LLedgerTransactionTestExists(profile, date, reference);
+  if (!SetBalances(profile, intent, inEffect)) return false;
+  LLogWarning("Grand livre : %s de l'écriture %s du %s, interrompue, a été %s et les soldes des comptes remis en accord.",
+              posting ? "l'enregistrement" : "la suppression", reference.c_str(), date.c_str(),
+              inEffect ? "achevée" : "annulée");
+  return ::unlink(intentPath.c_str()) == 0;
+}
+
+struct LSettlers {
+  std::mutex mutex;
+  std::map<std::string, LIntentSettler, std::less<>> byExtension;
+};
+
+LSettlers& Settlers() {
+  static LSettlers settlers;
+  return settlers;
+}
+
+LIntentSettler FindSettler(std::string_view name) {
+  LSettlers& settlers = Settlers();
+  std::lock_guard<std::mutex> guard(settlers.mutex);
+  std::size_t dot = name.rfind('.');
+  if (dot == std::string_view::npos) return nullptr;
+  auto it = settlers.byExtension.find(name.substr(dot));
+  return it == settlers.byExtension.end() ? nullptr : it->second;
+}
+
+// Whether the owner of a change file is gone: its lock died with it. A live owner's file stays
+// locked and is left alone; one locked after its owner removed it ended normally in between.
+bool IsAbandoned(const std::string& path) {
+  LFileDescriptor fd(LRobustOpen(path, O_RDONLY));
+  if (!fd.IsOpen()) return false;
+  int locked;
+  do {
+    locked = ::flock(fd.Get(), LOCK_EX | LOCK_NB);
+  } while (locked != 0 && errno == EINTR);
+  return locked == 0 && LFile::Exists(path);
+}
+
+}  // namespace
+
+void LLedgerAddIntentSettler(std::string_view extension, LIntentSettler settler) {
+  LSettlers& settlers = Settlers();
+  std::lock_guard<std::mutex> guard(settlers.mutex);
+  settlers.byExtension[std::string(extension)] = settler;
+}
+
+int LLedgerSettleIntents(const LProfile& profile) {
+  std::string folder = IntentsFolder(profile);
+  int nSettled = 0;
+  // Abandoned change files by settler: however many a crash left, each settler runs once.
+  std::map<LIntentSettler, std::vector<std::string>> abandoned;
+  for (const std::string& name : LFile::ListFolder(folder)) {
+    std::string path = LFile::MakeFilePath(folder, name);
+    if (name.ends_with(kIntentExtension)) {
+      if (Settle(profile, path)) ++nSettled;
+    } else if (LIntentSettler settler = FindSettler(name); settler != nullptr && IsAbandoned(path)) {
+      abandoned[settler].push_back(path);
+    }
+  }
+  for (const auto& [settler, paths] : abandoned) {
+    settler(profile);
+    LLogWarning("Une modification des documents a été interrompue : les soldes qui en dépendent ont été recalculés.");
+    for (const std::string& path : paths) nSettled += ::unlink(path.c_str()) == 0;
+  }
+  return nSettled;
+}
+
+LBooksChangeIntent::LBooksChangeIntent(const LProfile& profile, std::string_view extension) {
+  std::string folder = IntentsFolder(profile);
+  path_ = LFile::MakeFilePath(folder, NextIntentName(), extension);
+  int fd = LRobustOpen(path_, O_WRONLY | O_CREAT | O_EXCL, 0666);
+  if (fd < 0 && errno == ENOENT && LFile::MakeFolder(folder)) fd = LRobustOpen(path_, O_WRONLY | O_CREAT | O_EXCL, 0666);
+  if (fd < 0) {
+    LLogWriteFailure("open", path_, errno);
+    path_.clear();
+    return;
+  }
+  file_ = LLockedFile(fd, ::flock(fd, LOCK_EX | LOCK_NB) == 0);
+}
+
+LBooksChangeIntent::~LBooksChangeIntent() {
+  if (!path_.empty() && ::unlink(path_.c_str()) != 0) LLogWriteFailure("unlink", path_, errno);
+  file_.Close();
+}
+
+void LLedgerSettleInterrupted(const LProfile& profile) {
+  if (LFile::ListFolder(IntentsFolder(profile)).empty()) return;
+  LLedgerLock lock(profile);
+}
+
+// ---- Writing an intent ------------------------------------------------------------------------
+
+LLedgerIntent::LLedgerIntent(const LProfile& profile) : profile_(profile) {}
+
+LLedgerIntent::~LLedgerIntent() {
+  for (LAccountMove& move : moves_) move.account.DetachWithoutSave();
+}
+
+void LLedgerIntent::AddTransaction(const LLedgerTransaction& txn, int sign) {
+  LDate day;
+  if (!LDate::Parse(txn.GetDate(), day)) return;  // never recorded: nothing moves
+  LAccountList accounts(profile_);
+  for (const auto& line : txn.Lines()) {
+    auto same = [&](const LAccountMove& move) { return move.account.GetPrimaryKey() == line.account; };
+    auto it = std::find_if(moves_.begin(), moves_.end(), same);
+    if (it == moves_.end()) {
+      LAccountMove& move = moves_.emplace_back();
+      if (!accounts.Open(move.account, line.account)) {
+        moves_.pop_back();
+        continue;
+      }
+      move.monthIndex = day.MonthIndex();
+      it = std::prev(moves_.end());
+    }
+    it->delta += line.amount * sign;
+  }
+}
+
+bool LLedgerIntent::Write(std::string_view kind, std::string_view date, std::string_view reference,
+                          long long sizeBefore, std::string_view rows) {
+  LHashTable intent;
+  intent.SetString("Kind", kind);
+  intent.SetString("Date", date);
+  intent.SetString("Reference", reference);
+  intent.SetString("Size", std::to_string(sizeBefore));
+  intent.SetString("Rows", rows);
+  int i = 0;
+  for (const LAccountMove& move : moves_) {
+    ++i;
+    const LAccount& account = move.account;
+    std::string bucket = LAccountBucketField(move.monthIndex);
+    intent.SetString(Numbered("Account", i), account.GetPrimaryKey());
+    intent.SetString(Numbered("Month", i), std::to_string(move.monthIndex));
+    intent.SetString(Numbered("Delta", i), std::to_string(move.delta));
+    if (account.TestFieldExists(bucket)) intent.SetString(Numbered("Bucket", i), std::to_string(account.GetInt64(bucket, 0)));
+    intent.SetString(Numbered("Total", i), std::to_string(account.GetTotalBalance()));
+    if (account.TestFieldExists("BalanceFirst"))
+      intent.SetString(Numbered("First", i), std::to_string(account.GetInt("BalanceFirst", 0)));
+    intent.SetString(Numbered("Used", i), account.IsAccountUsed() ? "1" : "0");
+  }
+  intent.SetString("Accounts", std::to_string(i));
+  std::string text;
+  intent.SaveHTTPString(text);
+  text.push_back('\n');  // the mark of a complete intent
+
+  std::string folder = IntentsFolder(profile_);
+  std::string path = LFile::MakeFilePath(folder, NextIntentName(), kIntentExtension);
+  int fd = LRobustOpen(path, O_WRONLY | O_CREAT | O_EXCL, 0666);
+  if (fd < 0 && errno == ENOENT && LFile::MakeFolder(folder)) fd = LRobustOpen(path, O_WRONLY | O_CREAT | O_EXCL, 0666);
+  LFileDescriptor file(fd);
+  if (!file.IsOpen() || !LRobustWrite(file.Get(), text.data(), text.size())) {
+    LLogWriteFailure("write", path, errno);
+    file.Close();
+    ::unlink(path.c_str());
+    return false;
+  }
+  intentPath_ = path;
+  return true;
+}
+
+bool LLedgerIntent::BeginPosting(const LLedgerTransaction& txn, long long sizeBefore, std::string_view rows) {
+  return Write(kKindPosting, txn.GetDate(), txn.GetReference(), sizeBefore, rows);
+}
+
+bool LLedgerIntent::BeginDeleting(std::string_view date, std::string_view reference) {
+  return Write(kKindDeleting, date, reference, 0, {});
+}
+
+bool LLedgerIntent::ApplyBalances() {
+  bool saved = true;
+  for (LAccountMove& move : moves_) {
+    LAccount& account = move.account;
+    account.MoveBalance(move.monthIndex, move.delta);
+    saved = account.Flush() && saved;
+  }
+  return saved;
+}
+
+void LLedgerIntent::End() {
+  if (!intentPath_.empty() && ::unlink(intentPath_.c_str()) != 0) LLogWriteFailure("unlink", intentPath_, errno);
+  intentPath_.clear();
+}

@@ -1,0 +1,99 @@
+// Postings and deletions that survive a crash. A posting changes two things that must agree: the
+// rows of a day file and the balances cached in the account records (month bucket, total,
+// "BalanceFirst", "IsAccountUsed"). Before it touches either, it writes an intent record in
+// "Ledger/Intents": the day file, what changes there, and for every account the values it held
+// before and the amount it moves by. The intent is removed once both are written.
+//
+// A process killed in between leaves its intent behind. The next holder of the ledger lock (every
+// posting, deletion, check and renumbering takes it, and every command opens the books through
+// it) finds it and settles it before doing anything else: when the day file shows the change
+// whole, the balances are set to the old values plus the amounts; otherwise the day file is cut
+// back to where it was and the balances are set back to the old values. Both are written as
+// absolute values, so settling twice is harmless. Each settled intent is logged.
+//
+// With nothing interrupted, a lock holder only lists an empty folder, and a posting pays one
+// small file created and removed.
+//
+//     LLedgerIntent intent(profile);
+//     intent.AddTransaction(txn, +1);            // reads the accounts' current balances
+//     if (!intent.BeginPosting(txn, sizeBefore, rows)) return false;
+//     ... append the rows ...
+//     intent.ApplyBalances();
+//     intent.End();
+//
+// Callers hold the ledger lock (accounts/ledgerlock.h) from AddTransaction to End.
+#pragma once
+
+#include <list>
+#include <string>
+#include <string_view>
+
+#include "accounts/accounts.h"
+#include "llib/gen/filelock.h"
+
+class LProfile;
+class LLedgerTransaction;
+
+class LLedgerIntent {
+ public:
+  explicit LLedgerIntent(const LProfile& profile);
+  ~LLedgerIntent();
+  LLedgerIntent(const LLedgerIntent&) = delete;
+  LLedgerIntent& operator=(const LLedgerIntent&) = delete;
+
+  // Opens the account of every line of txn (lines naming no account are skipped, as postings
+  // always have) and adds line amount * sign to what that account will move by.
+  void AddTransaction(const LLedgerTransaction& txn, int sign);
+  // Writes the intent of appending rows (txn's) at sizeBefore of its day file. false (nothing
+  // written, the failure logged) when the intent cannot be written: the posting must not go on.
+  [[nodiscard]] bool BeginPosting(const LLedgerTransaction& txn, long long sizeBefore, std::string_view rows);
+  // Writes the intent of taking the rows of reference out of the day file of date.
+  [[nodiscard]] bool BeginDeleting(std::string_view date, std::string_view reference);
+  // Writes the new balances, one save per account. false when a save failed (the intent stays,
+  // and the next holder of the lock settles it).
+  [[nodiscard]] bool ApplyBalances();
+  // Removes the intent: the change is complete (or, after a refused change, never began).
+  void End();
+
+ private:
+  struct LAccountMove {
+    LAccount account;     // open on the account record
+    int monthIndex = 0;   // year * 12 + month - 1 of the transaction's date
+    long long delta = 0;  // cents this change adds to the bucket and the total
+  };
+  const LProfile& profile_;
+  std::list<LAccountMove> moves_;  // one per account, in the order first named
+  std::string intentPath_;          // the intent file while it exists
+  bool Write(std::string_view kind, std::string_view date, std::string_view reference, long long sizeBefore,
+             std::string_view rows);
+};
+
+// A change that spans many records outside the ledger lock (a sales document or a payment with the
+// customer balances it moves) announces itself with an intent file of its own extension, which
+// its owner keeps exclusively locked while it runs. The lock dies with its owner: a holder of the
+// ledger lock that can take it knows the change was interrupted and runs the settler registered
+// for the extension (which recomputes what the change may have left half done).
+using LIntentSettler = void (*)(const LProfile& profile);
+// Registers the settler of extension (".sales"); call once at start-up.
+void LLedgerAddIntentSettler(std::string_view extension, LIntentSettler settler);
+
+class LBooksChangeIntent {
+ public:
+  // Creates and locks the intent file; a failure only loses the crash protection, and is logged.
+  LBooksChangeIntent(const LProfile& profile, std::string_view extension);
+  // The change is complete: the file is removed, then its lock released.
+  ~LBooksChangeIntent();
+  LBooksChangeIntent(const LBooksChangeIntent&) = delete;
+  LBooksChangeIntent& operator=(const LBooksChangeIntent&) = delete;
+
+ private:
+  std::string path_;     // the intent file
+  LLockedFile file_;     // held locked for the life of the change
+};
+
+// Settles every intent left by an interrupted change (see above). Callers hold the ledger lock;
+// LLedgerLock calls it when it takes the lock. Returns the number settled.
+int LLedgerSettleIntents(const LProfile& profile);
+// For whoever opens the books without the ledger lock (a command, a report): when an intent is
+// waiting, takes the lock, which settles it. With none, one look at an empty folder.
+void LLedgerSettleInterrupted(const LProfile& profile);

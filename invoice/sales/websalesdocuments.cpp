@@ -1,0 +1,419 @@
+#include "invoice/sales/websalesdocuments.h"
+
+#include <algorithm>
+#include <climits>
+
+#include "accounts/fiscalyear.h"
+#include "invoice/sales/salesbook.h"
+#include "invoice/sales/salesconversion.h"
+#include "invoice/sales/webcustomers.h"
+#include "invoice/shared/customer.h"
+#include "invoice/shared/documentconversion.h"
+#include "invoice/shared/documentinput.h"
+#include "invoice/shared/profile.h"
+#include "invoice/shared/webnavtabs.h"
+#include "llib/gen/date.h"
+#include "llib/gen/filestore.h"
+#include "llib/gen/money.h"
+#include "llib/gen/moneyinput.h"
+#include "llib/gen/textnum.h"
+#include "llib/web/webformat.h"
+#include "llib/web/webletform.h"
+#include "llib/web/weblist.h"
+#include "llib/web/weblogon.h"
+
+namespace {
+
+constexpr int kCustomerControl = 101;
+constexpr int kDateControl = 102;
+constexpr int kTermsControl = 103;
+constexpr int kShippingControl = 104;
+constexpr int kUntaxedControl = 105;
+constexpr int kNotesControl = 106;
+constexpr int kDraftControl = 107;
+constexpr int kTotalsControl = 108;
+
+std::string Route(const LSalesDocumentKind& kind, std::string_view suffix) {
+  return std::string(kind.command) + std::string(suffix);
+}
+
+// The kind's name in the plural and with its article, for titles and links.
+struct KindWords {
+  const char* plural;
+  const char* fresh;  // "Nouvelle facture"
+  const char* none;   // "Aucune facture"
+};
+
+KindWords WordsOf(LSalesDocumentType type) {
+  switch (type) {
+    case LSalesDocumentType::kInvoice: return {"Factures", "Nouvelle facture", "Aucune facture"};
+    case LSalesDocumentType::kOrder: return {"Commandes", "Nouvelle commande", "Aucune commande"};
+    case LSalesDocumentType::kQuote: return {"Devis", "Nouveau devis", "Aucun devis"};
+    case LSalesDocumentType::kCreditNote: return {"Avoirs", "Nouvel avoir", "Aucun avoir"};
+    case LSalesDocumentType::kPOrder: break;
+  }
+  return {"Bons de commande", "Nouveau bon de commande", "Aucun bon de commande"};
+}
+
+// An amount as a list order key: the keys hold an int, amounts beyond it sort at the ends.
+int AmountOrder(long long amount) { return static_cast<int>(std::clamp<long long>(amount, INT_MIN + 1, INT_MAX - 1)); }
+
+// A document key as an order key: numbers in number order, then other keys (drafts) by text.
+std::string KeyOrder(const std::string& key) {
+  bool number = !key.empty() && key.size() < 18 && key.find_first_not_of("0123456789") == std::string::npos;
+  return number ? LWebFormat("0%018s", key.c_str()) : "1" + key;
+}
+
+// The period the list shows: "from" and "to" when they read as dates, else the fiscal year of
+// today; error names what could not be read.
+LDTPeriod ListPeriod(LWebletForm& form, LProfile& profile, std::string& error) {
+  LDTPeriod period = LFiscalYearOf(profile, LDate::Today());
+  for (auto [name, bound] : {std::pair{"from", &period.from}, std::pair{"to", &period.to}}) {
+    std::string text = form.GetParam(name);
+    LDate date;
+    if (text.empty()) continue;
+    if (LDate::Parse(text, date)) *bound = date.ToText();
+    else error = "Date invalide : " + text + ".";
+  }
+  return period;
+}
+
+}  // namespace
+
+// ---- "<kind>list" ---------------------------------------------------------------------------------
+
+LWebSalesDocumentsPage::LWebSalesDocumentsPage(LWebletForm& form, LSalesDocumentType type)
+    : LWebPageMainEx(form, Route(LSalesDocumentKindOf(type), "list"), WordsOf(type).plural),
+      kind_(LSalesDocumentKindOf(type)) {}
+
+void LWebSalesDocumentsPage::Generate() {
+  LProfile profile(WLSessionBusinessFolder(form_));
+  const std::string listRoute = Route(kind_, "list");
+  const KindWords words = WordsOf(kind_.type);
+  const bool isInvoice = kind_.type == LSalesDocumentType::kInvoice;
+  const bool converts = kind_.type == LSalesDocumentType::kQuote || kind_.type == LSalesDocumentType::kOrder;
+  const bool mayChange = WLMayChangeData(form_);
+  std::string error;
+  LDTPeriod period = ListPeriod(form_, profile, error);
+  std::string customer = form_.GetParam("customer");
+  std::string message = form_.GetParam("msg");
+  if (!message.empty()) form_.Write(LWebFormat("<p class=errormessage>%H</p>", message.c_str()));
+  if (!error.empty()) form_.Write(LWebFormat("<p class=errormessage>%H</p>", error.c_str()));
+
+  // The filters: a plain GET form, so that a filtered list is a link like any other.
+  std::string filters = LWebFormat(
+      "<form method=get action='%s' class=listfilters><label>Du <input type=date name=from value='%H'></label> "
+      "<label>au <input type=date name=to value='%H'></label> <label>Client %s</label> "
+      "<input type=submit class=button value='Afficher'></form>",
+      listRoute.c_str(), period.from.c_str(), period.to.c_str(),
+      LWebCustomerSelect(profile, "customer", customer, true).c_str());
+  form_.Write(filters);
+  if (mayChange)
+    form_.Write(LWebFormat("<p><a href='%sprop' class=actionlink>%H</a></p>", kind_.command.data(), words.fresh));
+
+  LHtmlList list(form_, 0, false);
+  list.AddColumn("Numéro", 12, kListAlignLeft, true);
+  list.AddColumn("Date", 12, kListAlignLeft, true);
+  list.AddColumn("Client", isInvoice || converts ? 30 : 46, kListAlignLeft, true);
+  list.AddColumn("Total", 14, kListAlignRight, true);
+  if (isInvoice) list.AddColumn("Reste dû", 14, kListAlignRight, true);
+  if (isInvoice) list.AddColumn("État", 12, kListAlignLeft, true);
+  if (converts) list.AddColumn("Facture", 16, kListAlignLeft, true);
+  list.AddColumn("", 10, kListAlignCenter, false);
+  long long sum = 0;
+  const LCurrencyFormat& money = profile.GetCurrencyFormat();
+  for (std::string_view listName : {kind_.recordedList, kind_.draftsList}) {
+    LSalesDocument document;
+    for (LFileStoreIteratorBase it(profile.MainList(listName), document); document.IsAttached(); it.Next(document)) {
+      std::string date = document.GetDate();
+      if (date.size() > 10) date.resize(10);
+      if (date < period.from || date > period.to || (!customer.empty() && document.GetCustomer() != customer))
+        continue;
+      const std::string& key = document.GetPrimaryKey();
+      bool draft = document.IsDraft();
+      long long total = document.GetTotal();
+      sum += total;
+      auto row = std::make_unique<LHtmlListRow>();
+      row->AddCell(KeyOrder(key), LWebFormat("<a href='%sprop?id=%U'>%H</a>%s", kind_.command.data(), key.c_str(),
+                                             key.c_str(), draft ? " <span class=draftmark>brouillon</span>" : ""));
+      row->AddCellText(date);
+      row->AddCellText(document.GetCustomer());
+      row->AddCellWithOrder(AmountOrder(total), LHtmlEscape(LFormatMoney(total, money)));
+      if (isInvoice) {
+        long long due = draft ? total : total - document.GetAmountPaid(profile) - document.GetAmountRefunded(profile);
+        row->AddCellWithOrder(AmountOrder(due), LHtmlEscape(LFormatMoney(due, money)));
+        row->AddCellText(draft ? "Brouillon" : LInvoiceStatusText(LInvoiceGetStatus(profile, document)));
+      }
+      if (converts) {
+        std::string invoice = LConvertedInvoiceKey(document);
+        if (!invoice.empty())
+          row->AddCell(KeyOrder(invoice), LWebFormat("<a href='invoiceprop?id=%U'>%H</a>", invoice.c_str(),
+                                                     invoice.c_str()));
+        else if (mayChange)
+          row->AddCell("", LWebFormat("<a href='%sci?id=%U' class=actionlink>Facturer</a>", kind_.command.data(),
+                                      key.c_str()));
+        else
+          row->AddCell("", "");
+      }
+      if (mayChange)
+        row->AddCell("", LWebFormat("<a href='%sdelete?id=%U' class=deletelink onclick=\"return confirm('%s')\">"
+                                    "Supprimer</a>",
+                                    kind_.command.data(), key.c_str(),
+                                    LHtmlEscape(LJScriptEscape(std::string(kind_.title) + " " + key +
+                                                               " : supprimer ?")).c_str()));
+      else
+        row->AddCell("", "");
+      list.AddRow(std::move(row));
+    }
+  }
+
+  // Long lists are paged after sorting, so that each page is a slice of the whole order.
+  std::vector<const LHtmlListRow*> rows = list.SortedRows();
+  int pages = std::max<int>(1, static_cast<int>((rows.size() + kLWebDocumentPageRows - 1) / kLWebDocumentPageRows));
+  int page = std::clamp(LTextToInt(form_.GetParam("page")), 1, pages);
+  UseListScript();
+  list.WriteHeader(form_, 100);
+  std::size_t first = static_cast<std::size_t>(page - 1) * kLWebDocumentPageRows;
+  for (std::size_t i = first; i < rows.size() && i < first + kLWebDocumentPageRows; ++i)
+    list.WriteDirectRow(form_, *rows[i]);
+  list.WriteDirectEnd(form_);
+  std::string summary = rows.empty() ? std::string(words.none) + " sur la période."
+                                     : std::to_string(rows.size()) + " document(s), total " + LFormatMoney(sum, money);
+  std::string pager = LWebFormat("<p class=listsummary>%H", summary.c_str());
+  auto pageLink = [&](int to, const char* text) {
+    return LWebFormat(" <a href='%s?from=%U&to=%U&customer=%U&iCol=%d&bAsc=%d&page=%d' class=pagelink>%H</a>",
+                      listRoute.c_str(), period.from.c_str(), period.to.c_str(), customer.c_str(),
+                      list.GetSortColumn(), list.IsAscending() ? 1 : 0, to, text);
+  };
+  if (pages > 1) {
+    pager += LWebFormat(" &mdash; page %d sur %d", page, pages);
+    if (page > 1) pager += pageLink(page - 1, "« Précédente");
+    if (page < pages) pager += pageLink(page + 1, "Suivante »");
+  }
+  form_.Write(pager + "</p>");
+}
+
+// ---- "<kind>prop" ---------------------------------------------------------------------------------
+
+LWebSalesDocumentDialog::LWebSalesDocumentDialog(LWebletForm& form, LSalesDocumentType type)
+    : LWebDialogFK(form, Route(LSalesDocumentKindOf(type), "prop")), kind_(LSalesDocumentKindOf(type)) {
+  std::string key = EditedKey();
+  SetTitle(key.empty() ? std::string(WordsOf(type).fresh) : std::string(kind_.title) + " " + key);
+  SetOkPage(Route(kind_, "list"));
+  SetCancelPage(Route(kind_, "list"));
+  SetOkText("Enregistrer");
+  if (!WLMayChangeData(form)) SetMessage(kWebViewerRefusal);
+}
+
+std::string LWebSalesDocumentDialog::EditedKey() const { return form_.GetParam("id"); }
+
+void LWebSalesDocumentDialog::PrintHeader() {
+  LWebDialogFK::PrintHeader();
+  WLWriteNavTabs(form_, Route(kind_, "list"));
+}
+
+void LWebSalesDocumentDialog::InitDialog() {
+  std::string key = EditedKey();
+  LSalesDocument document;
+  if (key.empty()) {
+    SetText(kDateControl, LDate::Today().ToText());
+    SetCheck(kDraftControl, false);
+    return;
+  }
+  if (!LSalesDocumentOpen(Profile(), kind_, key, document)) {
+    SetMessage(std::string(kind_.title) + " « " + key + " » introuvable.");
+    return;
+  }
+  SetText(kCustomerControl, document.GetCustomer());
+  std::string date = document.GetDate();
+  SetText(kDateControl, date.substr(0, 10));
+  SetText(kTermsControl, document.GetInt("PaymentTerms", 2) == 1 ? "0"
+                                                                 : std::to_string(document.GetInt("PaymentTermsDays", 30)));
+  if (document.GetShippingCosts() != 0) {
+    LCurrencyFormat number = Profile().GetCurrencyFormat();
+    number.symbol.clear();
+    SetText(kShippingControl, LFormatNumber(document.GetShippingCosts(), number));
+  }
+  SetCheck(kUntaxedControl, document.GetDocumentTaxMode() == kDocumentUntaxed);
+  SetText(kNotesControl, document.GetString("Notes"));
+  SetCheck(kDraftControl, document.IsDraft());
+  SetItemLines(document);
+  document.DetachWithoutSave();
+}
+
+void LWebSalesDocumentDialog::Generate() {
+  std::string key = EditedKey();
+  AddHiddenField("id", key);
+  bool editingRecorded = !key.empty() && !key.starts_with(kDraftKeyPrefix);
+  std::vector<std::string> texts, values;
+  LWebCustomerChoices(Profile(), texts, values);
+  AddPullDownList(kCustomerControl, "Client :", texts, values);
+  AddDateInput(kDateControl, "Date :", "");
+  AddInput(kTermsControl, "Délai de paiement (jours, 0 : à réception) :", "", 6);
+  AddItemGrid();
+  AddInput(kShippingControl, "Frais de port :", "", 12);
+  AddCheckBox(kUntaxedControl, "Hors taxes (aucune taxe sur ce document)");
+  AddEdit(kNotesControl, "Notes :", 50, 3);
+  if (!editingRecorded) AddCheckBox(kDraftControl, "Brouillon (ni comptabilisé, ni compté dans le solde du client)");
+  LSalesDocument document;
+  std::string totals = BuildDocument(document, true) ? TotalsHtml(document) : std::string();
+  form_.Write(LWebFormat("<tr><td colspan=2><div id=fktotals data-route='%s' data-control=%d>%s</div></td></tr>",
+                         GetRouteName().c_str(), kTotalsControl, totals.c_str()));
+}
+
+bool LWebSalesDocumentDialog::BuildDocument(LSalesDocument& document, bool quiet) {
+  LProfile& profile = Profile();
+  std::string key = EditedKey();
+  if (!key.empty()) {
+    LSalesDocument stored;
+    if (!LSalesDocumentOpen(profile, kind_, key, stored)) {
+      if (!quiet) PopupBoxError(std::string(kind_.title) + " « " + key + " » introuvable.");
+      return false;
+    }
+    document.CopyRecord(stored);
+    stored.DetachWithoutSave();
+  }
+  // One field at a time, so that a refusal is shown at its own control.
+  auto apply = [&](int control, auto fill, bool last) {
+    LDocumentInput input;
+    fill(input);
+    std::string error;
+    if (LApplyDocumentInput(profile, kind_, input, last && key.empty(), document, error)) return true;
+    if (!quiet) PopupControlDataInvalid(control, error);
+    return false;
+  };
+  std::string customer = GetTextAndTrim(kCustomerControl);
+  std::string date = GetTextAndTrim(kDateControl);
+  std::string terms = GetTextAndTrim(kTermsControl);
+  std::string shipping = GetTextAndTrim(kShippingControl);
+  if (!shipping.empty()) shipping = LPlainAmountText(shipping, profile.GetCurrencyFormat());
+  if (!apply(kCustomerControl, [&](LDocumentInput& in) { in.customer = customer; }, false) ||
+      !apply(kDateControl, [&](LDocumentInput& in) { in.date = date; }, false) ||
+      !apply(kTermsControl, [&](LDocumentInput& in) { in.terms = terms == "0" ? "now" : terms; }, false) ||
+      !apply(kShippingControl, [&](LDocumentInput& in) { in.shipping = shipping; }, false) ||
+      !apply(kNotesControl,
+             [&](LDocumentInput& in) {
+               in.hasNotes = true;
+               in.notes = GetText(kNotesControl);
+             },
+             true))
+    return false;
+  if (shipping.empty()) document.DeleteField("ShippingCosts");
+  if (IsChecked(kUntaxedControl)) document.SetInt("TaxRate", kDocumentUntaxed);
+  else document.DeleteField("TaxRate");
+  // Outside a button press a refused line only notes its message: the totals then stay as shown.
+  return GetItemLines(document);
+}
+
+std::string LWebSalesDocumentDialog::TotalsHtml(LSalesDocument& document) {
+  LFKTotalsChange totals = LSalesDocumentSumTotals(Profile(), kind_, document);
+  const LCurrencyFormat& money = Profile().GetCurrencyFormat();
+  std::string html = "<table class=fktotals>";
+  auto line = [&](const std::string& label, long long amount, bool strong) {
+    html += LWebFormat("<tr%s><td>%H</td><td class=amount>%H</td></tr>", strong ? " class=fktotal" : "", label.c_str(),
+                       LFormatMoney(amount, money).c_str());
+  };
+  line("Sous-total", totals.newSubTotal, false);
+  int taxCount = document.GetInt("TaxAmountCount", 3);
+  for (int n = 1; n <= taxCount; ++n) {
+    std::string name = document.GetString("TaxAmountName" + std::to_string(n));
+    long long amount = document.GetInt64("TaxAmount" + std::to_string(n), 0);
+    if (!name.empty() || amount != 0) line(name, amount, false);
+  }
+  if (document.GetShippingCosts() != 0) line("Frais de port", document.GetShippingCosts(), false);
+  line("Total", totals.newTotal, true);
+  return html + "</table>";
+}
+
+void LWebSalesDocumentDialog::CommandAJAX(int controlId, const std::string&) {
+  if (controlId != kTotalsControl) return;
+  LSalesDocument document;
+  std::string totals = BuildDocument(document, true) ? TotalsHtml(document) : std::string();
+  document.DetachWithoutSave();
+  if (!totals.empty())
+    form_.Write(LWebFormat("document.getElementById('fktotals').innerHTML = '%s';\n", LJScriptEscape(totals).c_str()));
+}
+
+bool LWebSalesDocumentDialog::CmOk() {
+  if (!WLMayChangeData(form_)) {
+    PopupBoxError(kWebViewerRefusal);
+    return false;
+  }
+  LProfile& profile = Profile();
+  std::string error;
+  if (!LSalesCheckParty(profile, kind_, GetTextAndTrim(kCustomerControl), &error)) {
+    PopupControlDataInvalid(kCustomerControl, error);
+    return false;
+  }
+  LSalesDocument document;
+  if (!BuildDocument(document, false)) return false;
+  std::string key = EditedKey();
+  bool draft = IsChecked(kDraftControl);
+  if (key.empty()) {
+    std::string newKey;
+    if (!LSalesDocumentCreate(profile, kind_, document, draft, "", newKey, &error)) {
+      PopupBoxError(error);
+      return false;
+    }
+    return true;
+  }
+  auto replace = [&](LSalesDocument& stored) { stored.CopyRecord(document); };
+  if (!LSalesDocumentEdit(profile, kind_, key, replace, &error)) {
+    PopupBoxError(error);
+    return false;
+  }
+  if (key.starts_with(kDraftKeyPrefix) && !draft) {
+    std::string newKey;
+    if (!LSalesDocumentRecordDraft(profile, kind_, key, newKey, &error)) {
+      PopupBoxError(error);
+      return false;
+    }
+  }
+  return true;
+}
+
+// ---- "<kind>delete", "quoteci", "orderci" -------------------------------------------------------
+
+namespace {
+
+// Back to the kind's list, with message shown above it when there is one.
+void BackToList(LWebletForm& form, const LSalesDocumentKind& kind, const std::string& message) {
+  std::string target = Route(kind, "list");
+  if (!message.empty()) target += LWebFormat("?msg=%U", message.c_str());
+  WLRedirect(form, target);
+}
+
+}  // namespace
+
+void WLSalesDocumentDelete(LWebletForm& form, LSalesDocumentType type) {
+  if (!WLValidateSession(form) || !AuthenticateEx(form)) return;
+  const LSalesDocumentKind& kind = LSalesDocumentKindOf(type);
+  std::string key = form.GetParam("id");
+  std::string error;
+  if (!WLMayChangeData(form)) error = kWebViewerRefusal;
+  else if (key.empty()) error = "Aucun document n'est indiqué.";
+  else {
+    LProfile profile(WLSessionBusinessFolder(form));
+    if (!LSalesDocumentDelete(profile, kind, key, &error) && error.empty())
+      error = std::string(kind.title) + " « " + key + " » introuvable.";
+  }
+  BackToList(form, kind, error);
+}
+
+void WLSalesDocumentToInvoice(LWebletForm& form, LSalesDocumentType type) {
+  if (!WLValidateSession(form) || !AuthenticateEx(form)) return;
+  const LSalesDocumentKind& kind = LSalesDocumentKindOf(type);
+  std::string key = form.GetParam("id");
+  std::string error;
+  std::string invoice;
+  if (!WLMayChangeData(form)) error = kWebViewerRefusal;
+  else if (key.empty()) error = "Aucun document n'est indiqué.";
+  else {
+    LProfile profile(WLSessionBusinessFolder(form));
+    if (LSalesDocumentConvertToInvoice(profile, kind, key, false, invoice, error) || !invoice.empty()) {
+      WLRedirect(form, LWebFormat("invoiceprop?id=%U", invoice.c_str()));
+      return;
+    }
+  }
+  BackToList(form, kind, error);
+}

@@ -1,0 +1,79 @@
+// The sales documents on the web, one set of pages per kind (invoices, quotes, orders, credit
+// notes), named after the kind's command word: "<kind>list", "<kind>prop", "<kind>delete".
+//
+// The list shows one period (parameters "from" and "to", "YYYY-MM-DD"; the current fiscal year
+// by default) and optionally one customer ("customer"), sorted by any column ("iCol", "bAsc"),
+// kLWebDocumentPageRows rows a page ("page", from 1), drafts with the recorded documents.
+//
+// The dialog ("id" = the document's key; none: a new document) edits the header (customer,
+// date, payment terms, shipping, untaxed, notes, draft) and the item lines on the grid of
+// LWebDialogFK; the totals under the grid are worked out by the server as lines change, by the
+// same totaller as the saved document. OK creates or edits the document through the sales book,
+// as the command line does; unticking "Brouillon" on a draft records it.
+//
+// Quotes and orders also have "quoteci" / "orderci": the document becomes an invoice
+// (salesconversion.h) and the browser goes to that invoice.
+#pragma once
+
+#include "accounts/webpagemainex.h"
+#include "invoice/shared/salesdocument.h"
+#include "invoice/shared/webdialogfk.h"
+
+inline constexpr int kLWebDocumentPageRows = 100;
+
+class LWebSalesDocumentsPage : public LWebPageMainEx {
+ public:
+  LWebSalesDocumentsPage(LWebletForm& form, LSalesDocumentType type);
+  void Generate() override;
+
+ private:
+  const LSalesDocumentKind& kind_;
+};
+
+class LWebSalesDocumentDialog : public LWebDialogFK {
+ public:
+  LWebSalesDocumentDialog(LWebletForm& form, LSalesDocumentType type);
+  void PrintHeader() override;
+  void InitDialog() override;
+  void Generate() override;
+  bool CmOk() override;
+  // The totals control: the totals of what the dialog holds, as script.
+  void CommandAJAX(int controlId, const std::string& controlIdText) override;
+
+ private:
+  // The document as the controls describe it, on top of the stored one when editing. false
+  // after the error at the offending control (quiet: without error script).
+  bool BuildDocument(LSalesDocument& document, bool quiet);
+  // The totals of document, as the table shown under the grid.
+  std::string TotalsHtml(LSalesDocument& document);
+  std::string EditedKey() const;
+
+  const LSalesDocumentKind& kind_;
+};
+
+template <LSalesDocumentType T>
+class LWebSalesDocumentsPageOf : public LWebSalesDocumentsPage {
+ public:
+  explicit LWebSalesDocumentsPageOf(LWebletForm& form) : LWebSalesDocumentsPage(form, T) {}
+};
+
+template <LSalesDocumentType T>
+class LWebSalesDocumentDialogOf : public LWebSalesDocumentDialog {
+ public:
+  explicit LWebSalesDocumentDialogOf(LWebletForm& form) : LWebSalesDocumentDialog(form, T) {}
+};
+
+// "<kind>delete": deletes the document "id" (recorded or draft) and goes back to the list, with
+// the refusal in "msg" when there is one. A user who may only view the data deletes nothing.
+void WLSalesDocumentDelete(LWebletForm& form, LSalesDocumentType type);
+// "quoteci", "orderci": the quote or order "id" becomes an invoice; the browser goes to it.
+void WLSalesDocumentToInvoice(LWebletForm& form, LSalesDocumentType type);
+
+template <LSalesDocumentType T>
+void WLSalesDocumentDeleteOf(LWebletForm& form) {
+  WLSalesDocumentDelete(form, T);
+}
+template <LSalesDocumentType T>
+void WLSalesDocumentToInvoiceOf(LWebletForm& form) {
+  WLSalesDocumentToInvoice(form, T);
+}

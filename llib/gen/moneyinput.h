@@ -1,0 +1,14 @@
+// Money as people type it: amounts written the business's own way, turned into the plain
+// decimal text that LParseAmount (money.h) reads.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "llib/gen/money.h"
+
+// Text typed the business's own way ("1 234,56", "1 234,56 €", "(5,00)") as the plain decimal
+// text LParseAmount reads ("1234.56", "-5.00"): the symbol, spaces (no-break ones too) and
+// the thousands separators that group three digits go, the decimal separator becomes "."; "." is still taken as the decimal
+// point when it is not the thousands separator. Anything else is left for LParseAmount to refuse.
+std::string LPlainAmountText(std::string_view text, const LCurrencyFormat& format);

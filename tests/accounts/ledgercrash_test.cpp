@@ -1,0 +1,225 @@
+// Postings and deletions against failures and crashes: a write, rename or record save refused on
+// any call leaves books that agree with their journal (the change is whole or absent); a disk
+// that is really full refuses the posting with a French message and changes nothing; and
+// processes killed at random moments leave books that the next command brings in step by
+// itself, logging what it settled.
+#include <fcntl.h>
+#include <signal.h>
+#include <sys/mount.h>
+
+#include <gtest/gtest.h>
+
+#include <cerrno>
+#include <cstring>
+#include <chrono>
+#include <filesystem>
+#include <map>
+#include <memory>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "accounts/accounts.h"
+#include "accounts/check.h"
+#include "accounts/ledger.h"
+#include "accounts/ledgerdelete.h"
+#include "accounts/ledgerintent.h"
+#include "invoice/shared/profile.h"
+#include "llib/gen/file.h"
+#include "llib/gen/log.h"
+#include "llib/gen/syscallfault.h"
+#include "tests/support/envscope.h"
+#include "tests/support/testhome.h"
+
+namespace {
+
+void CreateChart(LProfile& profile) {
+  for (const char* number : {"1110", "1120", "1130"})
+    LCreateAccount(profile, number, number, kAccountAsset, true, 0, kClassificationNone);
+  for (const char* number : {"6410", "6420"})
+    LCreateAccount(profile, number, number, kAccountExpense, false, 1, kClassificationNone);
+}
+
+LLedgerTransaction Rent(const std::string& date, const std::string& reference, long long amount) {
+  LLedgerTransaction txn(date, reference, "General");
+  txn.AddLine("6410", "Loyer", amount, "anne", "", "");
+  txn.AddLine("1110", "Loyer", -amount, "anne", "", "");
+  return txn;
+}
+
+LCheckReport Check(LProfile& profile) {
+  LBookCheckProcess data;
+  data.profile = &profile;
+  LProcessInterfaceVoid process;
+  EXPECT_EQ(Process(process, data), kProcessFinished);
+  return data.report;
+}
+
+// Every file of the business folder but the lock and the intents, with its content.
+std::map<std::string, std::string> Snapshot(const std::string& folder) {
+  std::map<std::string, std::string> files;
+  for (const auto& entry : std::filesystem::recursive_directory_iterator(folder)) {
+    std::string path = entry.path().string();
+    if (entry.is_regular_file() && !path.ends_with("Ledger.lock")) files[path] = LReadFile(path);
+  }
+  return files;
+}
+
+class LedgerCrashTest : public LHomeTest {
+ protected:
+  void SetUp() override {
+    CreateChart(profile_);
+    LLogSetSink([this](LLogLevel, std::string_view text) { log_ += std::string(text) + "\n"; });
+  }
+  void TearDown() override {
+    LSyscallFaultDisarm();
+    LLogSetSink(nullptr);
+  }
+  LProfile profile_;
+  std::string log_;
+};
+
+// Whichever write, rename or truncate of a posting or a deletion fails: a refused change leaves
+// every file as it was; an accepted one may leave balances unsaved, and the next holder of the
+// ledger lock (here the check) settles them; either way the check then finds the balances equal
+// to the journal.
+TEST_F(LedgerCrashTest, AFailureOnAnyCallLeavesBooksInStepWithTheJournal) {
+  ASSERT_TRUE(LAccountTransactionRecord(profile_, Rent("2024-03-01", "GJ0", 700)));
+  int nRefused = 0, nSettled = 0;
+  for (LSyscall kind : {LSyscall::kWrite, LSyscall::kRename}) {
+    for (unsigned nth = 1; nth <= 6; ++nth) {
+      for (bool deleting : {false, true}) {
+        std::string reference = "GJ" + std::to_string(nth) + (kind == LSyscall::kWrite ? "w" : "r");
+        if (deleting) {
+          ASSERT_TRUE(LAccountTransactionRecord(profile_, Rent("2024-03-01", reference, 300)));
+        }
+        std::map<std::string, std::string> before = Snapshot(home_.SharedFolder());
+        LSyscallFaultArm(kind, nth, ENOSPC);
+        bool done = deleting ? LAccountTransactionDelete(profile_, "2024-03-01", reference)
+                             : LAccountTransactionRecord(profile_, Rent("2024-03-01", reference, 4200));
+        LSyscallFaultDisarm();
+        if (!done) {
+          ++nRefused;
+          EXPECT_EQ(Snapshot(home_.SharedFolder()), before) << reference << (deleting ? " deleted" : " posted");
+        }
+        std::size_t logged = log_.size();
+        LCheckReport report = Check(profile_);
+        nSettled += log_.find("interrompue", logged) != std::string::npos;
+        EXPECT_TRUE(report.differences.empty()) << reference << (deleting ? " deleted" : " posted");
+        EXPECT_TRUE(report.problems.empty()) << reference;
+        EXPECT_EQ(LLedgerTransactionTestExists(profile_, "2024-03-01", reference), done != deleting) << reference;
+      }
+    }
+  }
+  // The failures fell both before the change (refused) and after it (settled later).
+  EXPECT_GT(nRefused, 0);
+  EXPECT_GT(nSettled, 0);
+  EXPECT_NE(log_.find("espace disque insuffisant"), std::string::npos);
+}
+
+// A posting killed after its intent: with no row written, or only part of them, it is undone (the
+// day file cut back to where it was); with every row written, it is completed. Either way the
+// balances then agree with the day file, and settling twice changes nothing.
+TEST_F(LedgerCrashTest, AnInterruptedPostingIsCompletedOrUndoneByWhatTheDayFileHolds) {
+  ASSERT_TRUE(LAccountTransactionRecord(profile_, Rent("2024-03-01", "GJ0", 700)));
+  std::string day = home_.SharedFolder() + "/Ledger/2024-03-01.csv";
+  std::string before = LReadFile(day);
+  for (std::size_t written : {std::size_t{0}, std::size_t{50}, std::string::npos}) {
+    LLedgerTransaction txn = Rent("2024-03-01", "GJ" + std::to_string(written), 4200);
+    std::string rows;
+    for (const auto& line : txn.Lines()) rows += line.BuildCSVRow();
+    {
+      LLedgerIntent intent(profile_);  // never ended: the process dies here
+      intent.AddTransaction(txn, +1);
+      ASSERT_TRUE(intent.BeginPosting(txn, static_cast<long long>(LReadFile(day).size()), rows));
+      LWriteFile(day, LReadFile(day) + rows.substr(0, written));
+    }
+    std::size_t logged = log_.size();
+    LLedgerSettleInterrupted(profile_);
+    bool whole = written == std::string::npos;
+    EXPECT_NE(log_.find(whole ? "achevée" : "annulée", logged), std::string::npos) << log_;
+    if (!whole) {
+      EXPECT_EQ(LReadFile(day), before);
+    }
+    before = LReadFile(day);
+    LLedgerSettleInterrupted(profile_);
+    LCheckReport report = Check(profile_);
+    EXPECT_TRUE(report.differences.empty()) << written;
+    EXPECT_TRUE(report.problems.empty()) << written;
+  }
+}
+
+// A real full disk (a small tmpfs): the posting is refused with the reason in French, the day
+// file and the balances are as they were, and once room is made the same posting goes through.
+TEST(LedgerFullDisk, APostingOnAFullDiskIsRefusedAndChangesNothing) {
+  LTempHome outer;
+  std::string mountPoint = outer.Path() + "/disk";
+  ASSERT_TRUE(LFile::MakeFolder(mountPoint));
+  if (::mount("tmpfs", mountPoint.c_str(), "tmpfs", 0, "size=512k") != 0)
+    GTEST_SKIP() << "no tmpfs can be mounted here (" << std::strerror(errno) << "); the fault injection tests stand in";
+  {
+    LEnvScope home("KONTAVO_HOME", mountPoint.c_str());
+    std::string log;
+    LLogSetSink([&log](LLogLevel, std::string_view text) { log += std::string(text) + "\n"; });
+    LProfile profile;
+    CreateChart(profile);
+    ASSERT_TRUE(LAccountTransactionRecord(profile, Rent("2024-03-01", "GJ1", 500)));
+    std::string filler = mountPoint + "/filler";
+    {
+      LFileDescriptor fd(LRobustOpen(filler, O_WRONLY | O_CREAT, 0600));
+      std::string block(4096, 'x');
+      while (LRobustWrite(fd.Get(), block.data(), block.size())) {
+      }
+      EXPECT_EQ(errno, ENOSPC);
+    }
+    std::map<std::string, std::string> before = Snapshot(profile.GetDataStore().GetFolder());
+    LLedgerTransaction big = Rent("2024-03-01", "GJ2", 900);
+    for (int i = 0; i < 40; ++i) big.AddLine("1120", std::string(200, 'd'), 0, "anne", "", "");
+    EXPECT_FALSE(LAccountTransactionRecord(profile, big));
+    EXPECT_EQ(Snapshot(profile.GetDataStore().GetFolder()), before);
+    EXPECT_NE(log.find("espace disque insuffisant"), std::string::npos) << log;
+    ::unlink(filler.c_str());
+    EXPECT_TRUE(LAccountTransactionRecord(profile, big));
+    LCheckReport report = Check(profile);
+    EXPECT_TRUE(report.differences.empty());
+    EXPECT_TRUE(report.problems.empty());
+    LLogSetSink(nullptr);
+  }
+  EXPECT_EQ(::umount(mountPoint.c_str()), 0);
+}
+
+// Posters (one of them also deleting) killed at random moments, round after round: afterwards,
+// with no repair command, `kontavo check` finds every balance equal to the journal and says
+// what it settled, and so does every later command.
+TEST_F(LedgerCrashTest, KilledPostersLeaveBooksTheNextCommandBringsInStep) {
+  constexpr int kRounds = 40;
+  constexpr int kProcesses = 3;
+  const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(60);
+  std::mt19937 random(17);
+  std::string intents = home_.SharedFolder() + "/Ledger/Intents";
+  int nLeft = 0;
+  for (int round = 0; round < kRounds && std::chrono::steady_clock::now() < deadline; ++round) {
+    std::vector<std::unique_ptr<LChildProcess>> posters;
+    for (int p = 0; p < kProcesses; ++p) {
+      std::vector<std::string> args{home_.SharedFolder(), "R" + std::to_string(round) + "P" + std::to_string(p),
+                                    "100000"};
+      if (p == 0) args.push_back("delete");
+      posters.push_back(std::make_unique<LChildProcess>(KONTAVO_PROGRAM_ledgerposter, args));
+    }
+    LSleepMs(10 + random() % 60);
+    for (auto& poster : posters) ::kill(poster->Pid(), SIGKILL);
+    for (auto& poster : posters) EXPECT_EQ(poster->Wait(), 128 + SIGKILL);
+    nLeft += static_cast<int>(LFile::ListFolder(intents).size());
+  }
+  EXPECT_GT(nLeft, 0) << "no poster was ever killed midway: the test proved nothing";
+
+  LRunResult check = LRunKontavo({"check"});
+  EXPECT_EQ(check.exitCode, 0) << check.out << check.err;
+  EXPECT_TRUE(LFile::ListFolder(intents).empty());
+  LCheckReport report = Check(profile_);
+  EXPECT_TRUE(report.differences.empty());
+  EXPECT_TRUE(report.problems.empty());
+  EXPECT_GT(report.nRows, 0);
+}
+
+}  // namespace
