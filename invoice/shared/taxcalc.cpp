@@ -5,7 +5,6 @@
 
 namespace {
 
-
 long long PercentOf(double rate, double amount) { return rate > 0 ? LRoundHalfUp(rate * amount * 0.01) : 0; }
 
 }  // namespace

@@ -89,6 +89,8 @@ std::string LFormatMoney(long long amount, const LCurrencyFormat& format, bool p
 
 long long LRoundHalfUp(double x) { return static_cast<long long>(std::floor(x + 0.5)); }
 
+long long LRoundHalfAwayFromZero(double x) { return std::llround(x); }
+
 long long LLineAmount(long long unitValue, double quantity, double discountPercent, int scaleDigits) {
   double x = static_cast<double>(unitValue) * quantity;
   if (discountPercent != 0) x = x * ((100 - discountPercent) / 100);

@@ -14,9 +14,16 @@ struct LCurrencyFormat {
   std::string thousands = ",";
 };
 
-// Rounds half up the way every stored amount was computed: floor(x + 0.5), so 2.5 gives 3 and
-// -2.5 gives -2. Stored documents were totalled so and must keep their totals.
+// The two roundings of a computed amount to minor units; no other code rounds money.
+//
+// Documents, bills and their taxes round half up by floor(x + 0.5): 2.5 gives 3 and -2.5 gives -2.
+// Stored documents were totalled so and must keep their totals, so this rule is not symmetric.
 long long LRoundHalfUp(double x);
+
+// Everything else (stock values, commissions, price levels, VAT return figures) rounds halves away
+// from zero: 2.5 gives 3 and -2.5 gives -3, so that an amount and its reversal cancel out exactly
+// (a stock movement out values the same as the movement in that it undoes).
+long long LRoundHalfAwayFromZero(double x);
 
 // The amount of one item line in minor units: unitValue × quantity, less discountPercent %, divided
 // by 10^scaleDigits when scaleDigits > 0 (the decimals the unit value carries beyond the amount's),
