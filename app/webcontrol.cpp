@@ -36,7 +36,15 @@ const LWebletRoute WebScriptArray[] = {
     {"businesslist", WLWebPageRun<LWebBusinessesPage>},
     {"businessopen", WLBusinessOpen},
     {"businessdelete", WLWebDialogRun<LWebBusinessDeleteDialog>},
+    {"settingsmenu", WLWebPageRun<LWebSettingsMenuPage>},
     {"settings", WLWebDialogRun<LWebCompanySettingsDialog>},
+    {"settingsregional", WLWebDialogRun<LWebRegionalSettingsDialog>},
+    {"settingstax", WLWebDialogRun<LWebTaxSettingsDialog>},
+    {"settingsdocuments", WLWebDialogRun<LWebDocumentOptionsDialog>},
+    {"settingslinked", WLWebDialogRun<LWebLinkedAccountsDialog>},
+    {"settingsmail", WLWebDialogRun<LWebMailSettingsDialog>},
+    {"settingsweb", WLWebDialogRun<LWebServerSettingsDialog>},
+    {"settingsclosing", WLWebDialogRun<LWebClosingDateDialog>},
 };
 
 // The routes of the logon pages and the upload progress, installed beside the table.
@@ -62,6 +70,7 @@ void LWebControlInstallRoutes() {
   LWebNavTabInstall({"main", "Accueil", 10});
   LWebNavTabInstall({"userlist", "Utilisateurs", 160, true});
   LWebNavTabInstall({"businesslist", "Entreprises", 170, true});
+  LWebNavTabInstall({"settingsmenu", "Réglages", 180, true});
   LSalesInstallWebPages();
   LAccountsInstallWebPages();
 }
