@@ -3,6 +3,7 @@
 #include <sys/stat.h>
 
 #include "accounts/webpages.h"
+#include "app/webbackup.h"
 #include "app/webbusiness.h"
 #include "app/webdesk.h"
 #include "app/weblogonpages.h"
@@ -15,6 +16,7 @@
 #include "llib/gen/file.h"
 #include "llib/gen/log.h"
 #include "llib/gen/processworker.h"
+#include "llib/web/webjob.h"
 #include "llib/web/webletroutes.h"
 #include "llib/web/weblogon.h"
 #include "llib/web/webupload.h"
@@ -45,6 +47,7 @@ const LWebletRoute WebScriptArray[] = {
     {"settingsmail", WLWebDialogRun<LWebMailSettingsDialog>},
     {"settingsweb", WLWebDialogRun<LWebServerSettingsDialog>},
     {"settingsclosing", WLWebDialogRun<LWebClosingDateDialog>},
+    {"backup", WLWebDialogRun<LWebBackupDialog>},
 };
 
 // The routes of the logon pages and the upload progress, installed beside the table.
@@ -54,6 +57,7 @@ const LWebletRoute kLogonScripts[] = {
     {"lostpassword", WLWebDialogRun<LWebLostPasswordDialog>},
     {"lostpasswordsent", WLWebPageRun<LWebLostPasswordSentPage>},
     {"uploadProgress", WLUploadProgress},
+    {"jobprogress", WLJobProgress},
     {"desk", WLDeskLogon},
 };
 
@@ -67,6 +71,7 @@ long long ModifiedTime(const std::string& path) {
 void LWebControlInstallRoutes() {
   LWebletInstallScripts(kLogonScripts);
   LWebletInstallScripts(WebScriptArray);
+  LWebletInstallPostScript("backup", WLWebUploadDialogRun<LWebBackupDialog>);
   LWebNavTabInstall({"main", "Accueil", 10});
   LWebNavTabInstall({"userlist", "Utilisateurs", 160, true});
   LWebNavTabInstall({"businesslist", "Entreprises", 170, true});

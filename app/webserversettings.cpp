@@ -49,8 +49,15 @@ bool LWebServerSettingsDialog::CmOk() {
   bool enabled = IsChecked(kEnabledControl);
   LWebletServer::SetWebletServerSettingsSoon(enabled, port);
   if (enabled)
-    WriteAnswerScript(LWebFormat("window.location = 'http://%s:%d/settingsweb';\n",
-                                 LJScriptEscape(RequestHost(form_)).c_str(), port));
+    // The new listener answers a moment later: the browser asks for a small file there until it
+    // does, then goes.
+    WriteAnswerScript(LWebFormat("(function () { var url = 'http://%s:%d/';\n"
+                                 "function tryIt() { var image = new Image();\n"
+                                 "image.onload = function () { window.location = url + 'settingsweb'; };\n"
+                                 "image.onerror = function () { setTimeout(tryIt, 300); };\n"
+                                 "image.src = url + 'favicon.ico?' + Date.now(); }\n"
+                                 "setTimeout(tryIt, %u); })();\n",
+                                 LJScriptEscape(RequestHost(form_)).c_str(), port, kWebletRestartSoonMs * 2));
   else
     WriteAnswerScript("window.location = 'settingsmenu';\n");
   SetAnswerWritten();

@@ -21,6 +21,7 @@ constexpr SettingsPage kPages[] = {
     {"settingsmail", "Courrier électronique", "serveur SMTP, expéditeur, message d'essai"},
     {"settingsweb", "Serveur Web", "activation et port"},
     {"settingsclosing", "Date de clôture", "livres clôturés jusqu'à une date"},
+    {"backup", "Sauvegarde et restauration", "copie de toutes les sociétés, restauration"},
 };
 
 }  // namespace

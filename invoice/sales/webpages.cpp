@@ -1,6 +1,7 @@
 #include "invoice/sales/webpages.h"
 
 #include "invoice/sales/webcustomers.h"
+#include "invoice/sales/webimportcsv.h"
 #include "invoice/sales/webitems.h"
 #include "invoice/sales/webparties.h"
 #include "invoice/sales/websalesdocuments.h"
@@ -37,12 +38,14 @@ const LWebletRoute kSalesRoutes[] = {
     {"creditnotelist", WLWebPageRun<LWebSalesDocumentsPageOf<LSalesDocumentType::kCreditNote>>},
     {"creditnoteprop", WLWebDialogRun<LWebSalesDocumentDialogOf<LSalesDocumentType::kCreditNote>>},
     {"creditnotedelete", WLSalesDocumentDeleteOf<LSalesDocumentType::kCreditNote>},
+    {"importcsv", WLWebDialogRun<LWebImportCsvDialog>},
 };
 
 }  // namespace
 
 void LSalesInstallWebPages() {
   LWebletInstallScripts(kSalesRoutes);
+  LWebletInstallPostScript("importcsv", WLWebUploadDialogRun<LWebImportCsvDialog>);
   for (const LWebNavTab& tab : {LWebNavTab{"customerlist", "Clients", 20}, LWebNavTab{"quotelist", "Devis", 30},
                                 LWebNavTab{"orderlist", "Commandes", 40}, LWebNavTab{"invoicelist", "Factures", 50},
                                 LWebNavTab{"creditnotelist", "Avoirs", 60}, LWebNavTab{"paymentlist", "Paiements", 70},

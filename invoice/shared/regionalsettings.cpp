@@ -9,9 +9,11 @@
 namespace {
 
 // One character (UTF-8, so that a narrow no-break space fits) that is no digit, sign or quote,
-// which money parsing could not tell from the amount itself.
-bool IsSymbolCharacter(std::string_view text) {
+// which money parsing could not tell from the amount itself; a blank (space, no-break spaces)
+// only where blanks are allowed, as between groups of thousands.
+bool IsSymbolCharacter(std::string_view text, bool blankAllowed) {
   if (text.empty() || LUtf8CharLength(text) != text.size()) return false;
+  if (!blankAllowed && (text == " " || text == "\u00a0" || text == "\u202f")) return false;
   return text.find_first_of("0123456789+-'\"") == std::string_view::npos;
 }
 
@@ -37,9 +39,9 @@ std::string LRegionalSettingsCheck(const LRegionalSettings& settings, std::strin
     return fault("currencySymbol", "Veuillez entrer le symbole monétaire (8 caractères au plus).");
   if (settings.currencyOrder < 0 || settings.currencyOrder > 3)
     return fault("currencyOrder", "Position du symbole monétaire non valide.");
-  if (!IsSymbolCharacter(settings.decimalSymbol))
-    return fault("decimalSymbol", "Le symbole décimal doit être un seul caractère, autre qu'un chiffre.");
-  if (!settings.thousandsSymbol.empty() && !IsSymbolCharacter(settings.thousandsSymbol))
+  if (!IsSymbolCharacter(settings.decimalSymbol, false))
+    return fault("decimalSymbol", "Le symbole décimal doit être un seul caractère, autre qu'un chiffre ou une espace.");
+  if (!settings.thousandsSymbol.empty() && !IsSymbolCharacter(settings.thousandsSymbol, true))
     return fault("thousandsSymbol", "Le séparateur des milliers doit être un seul caractère, autre qu'un chiffre.");
   if (settings.thousandsSymbol == settings.decimalSymbol)
     return fault("thousandsSymbol", "Le séparateur des milliers doit différer du symbole décimal.");

@@ -158,7 +158,7 @@ TEST_F(WebSettingsTest, TheTestMessageGoesThroughTheRealServer) {
 // settings route, and a posted change is not stored.
 TEST_F(WebSettingsTest, UsersAndViewersAreRefusedEverySettingsRoute) {
   const char* routes[] = {"settingsmenu", "settings", "settingsregional", "settingstax", "settingsdocuments",
-                          "settingslinked", "settingsmail", "settingsweb", "settingsclosing"};
+                          "settingslinked", "settingsmail", "settingsweb", "settingsclosing", "backup"};
   for (const char* role : {"--user", "--viewer"}) {
     std::string email = std::string(role + 2) + "@example.fr";
     LRunResult added = LRunKontavo({"user", "add", email, "--name", "Bob", role, "--profile", "Principale SARL",
