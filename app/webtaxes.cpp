@@ -49,7 +49,6 @@ void LWebTaxSettingsDialog::Generate() {
   LProfile profile(WLSessionBusinessFolder(form_));
   LTaxOptions tax;
   tax.OpenFrom(profile);
-  bool shown = form_.GetParam("submit").empty();  // a first showing takes the stored values
   int nRows = std::min(tax.GetTaxCount() + 1, kMaxTaxes);
   std::string table = "<table class=taxtable><tr>";
   for (const Column& column : kColumns) table += LWebFormat("<th>%H</th>", column.heading);
@@ -58,7 +57,7 @@ void LWebTaxSettingsDialog::Generate() {
     table += "<tr>";
     for (const Column& column : kColumns) {
       int id = column.base + n;
-      std::string value = shown ? CellValue(tax, column.field, n) : GetText(id);
+      std::string value = CellValue(tax, column.field, n);
       if (column.field == LTaxSettingField::kZero)
         table += LWebFormat("<td class=center><input type=checkbox id=%d name=%d%s></td>", id, id,
                             value.empty() ? "" : " checked");
@@ -76,11 +75,9 @@ void LWebTaxSettingsDialog::Generate() {
     names.push_back(tax.GetTaxName(n));
     numbers.push_back(std::to_string(n));
   }
-  if (shown) {
-    SetInt(kDefaultControl, tax.GetDefaultRate());
-    SetCheck(kInclusiveControl, tax.IsTaxInclusive());
-    SetCheck(kTrackPaidControl, tax.IsTrackTaxPaid());
-  }
+  SetInt(kDefaultControl, tax.GetDefaultRate());
+  SetCheck(kInclusiveControl, tax.IsTaxInclusive());
+  SetCheck(kTrackPaidControl, tax.IsTrackTaxPaid());
   AddPullDownList(kDefaultControl, "Taxe par défaut :", names, numbers);
   AddCheckBox(kInclusiveControl, "Les prix comprennent les taxes");
   AddCheckBox(kTrackPaidControl, "Suivre la taxe versée sur les achats");
