@@ -22,34 +22,42 @@ constexpr std::string_view kRestoreButton = "Restaurer";
 constexpr std::string_view kSettingGroup = "Setting";
 constexpr std::string_view kLastFolderKey = "LastBackupFolder";  // the folder of the last backup
 
-// Polls the job and shows it in the panel "jobpanel"; the buttons stay off while it runs.
-constexpr std::string_view kJobScript = R"(function ShowJob(id) {
-  var panel = document.getElementById('jobpanel'), bar = document.getElementById('jobbar');
-  var status = document.getElementById('jobstatus'), result = document.getElementById('jobresult');
-  panel.style.display = 'block';
+// Polls the job and shows it in the panel "jobpanel"; the buttons stay off while it runs. The
+// answers of "jobprogress" call ShowJobState, and the job's own answer ShowJobResult.
+constexpr std::string_view kJobScript = R"(var jobId = '';
+function ShowJob(id) {
+  jobId = id;
+  document.getElementById('jobpanel').style.display = 'block';
+  var result = document.getElementById('jobresult');
   result.textContent = '';
   result.className = '';
   DisableSubmits(true);
-  function poll() {
-    var request = new XMLHttpRequest();
-    request.open('GET', 'jobprogress?id=' + encodeURIComponent(id) + '&t=' + Date.now());
-    request.onload = function () {
-      var state;
-      try { state = JSON.parse(request.responseText); } catch (e) { setTimeout(poll, 1000); return; }
-      if (state.unknown) { result.textContent = 'Opération inconnue.'; result.className = 'joberror'; return; }
-      bar.style.width = Math.round(state.progress * 100) + '%';
-      status.textContent = state.status;
-      if (!state.finished) { setTimeout(poll, 300); return; }
-      result.textContent = state.message;
-      result.className = state.ok ? 'jobok' : 'joberror';
-      DisableSubmits(false);
-    };
-    request.onerror = function () { setTimeout(poll, 1000); };
-    request.send();
-  }
-  poll();
+  PollBackupJob();
+}
+function PollBackupJob() {
+  var request = new XMLHttpRequest();
+  request.open('GET', 'jobprogress?id=' + encodeURIComponent(jobId) + '&t=' + Date.now());
+  request.onload = function () { (new Function(request.responseText))(); };
+  request.onerror = function () { setTimeout(PollBackupJob, 1000); };
+  request.send();
+}
+function ShowJobState(progress, status, finished) {
+  document.getElementById('jobbar').style.width = Math.round(Math.max(progress, 0) * 100) + '%';
+  document.getElementById('jobstatus').textContent = status;
+  if (!finished) setTimeout(PollBackupJob, 300);
+}
+function ShowJobResult(ok, message) {
+  var result = document.getElementById('jobresult');
+  result.textContent = message;
+  result.className = ok ? 'jobok' : 'joberror';
+  DisableSubmits(false);
 }
 )";
+
+// The job's answer: the outcome shown in the panel.
+std::string ResultScript(bool ok, const std::string& message) {
+  return LWebFormat("ShowJobResult(%s, '%s');\n", ok ? "true" : "false", LJScriptEscape(message).c_str());
+}
 
 // The local time of the last backup attempt ("LastBackup"), "" when there was none.
 std::string LastBackupText() {
@@ -71,15 +79,15 @@ std::string Absolute(const std::string& path) {
 // The restore of backup as a job; upload (may be empty) is the folder the backup was uploaded
 // into, removed when the restore is over.
 LWebJobFunction RestoreJob(const std::string& backup, const std::string& upload) {
-  return [backup, upload](LProcessInterface& process, std::string& message) {
+  return [backup, upload](LProcessInterface& process, LWebJobAnswer& answer) {
     LFolderCopierInProcess copier(process);
     std::string error, detail;
     // The server answers no other page meanwhile (an exclusive job), so there is no web server
     // to switch off as the command line does.
     LProcessResult result = MainDialog::CmRestore(copier, backup, nullptr, error, &detail);
     if (!upload.empty()) LFile::RemoveTree(upload);
-    message = result == kProcessFinished ? std::string(kRestoreDoneMessage) : detail.empty() ? error : error + " " + detail;
-    return result;
+    answer.script = result == kProcessFinished ? ResultScript(true, std::string(kRestoreDoneMessage))
+                                               : ResultScript(false, detail.empty() ? error : error + " " + detail);
   };
 }
 
@@ -144,12 +152,13 @@ bool LWebBackupDialog::StartBackup() {
     return false;
   }
   LUserSettingSetString(kSettingGroup, kLastFolderKey, destination);
-  ShowJob(LWebJobStart([destination](LProcessInterface& process, std::string& message) {
+  ShowJob(LWebJobStart(WLJobOwner(form_), [destination](LProcessInterface& process, LWebJobAnswer& answer) {
     LFolderCopierInProcess copier(process);
     std::string backupPath, error;
     LProcessResult result = MainDialog::CmBackup(copier, destination, backupPath, error);
-    message = result == kProcessFinished ? std::string(kBackupDoneMessage) + " : " + backupPath : error;
-    return result;
+    answer.script = result == kProcessFinished
+                        ? ResultScript(true, std::string(kBackupDoneMessage) + " : " + backupPath)
+                        : ResultScript(false, result == kProcessCancelled ? std::string("Sauvegarde annulée.") : error);
   }));
   return true;
 }
@@ -178,7 +187,7 @@ bool LWebBackupDialog::StartRestore() {
                             kRestoreBadFolderMessage);
     return false;
   }
-  std::string id = LWebJobStart(RestoreJob(backup, upload), {"jobprogress"});
+  std::string id = LWebJobStartExclusive(WLJobOwner(form_), RestoreJob(backup, upload), {"jobprogress"});
   if (id.empty()) {
     if (!upload.empty()) LFile::RemoveTree(upload);
     PopupBoxError(kWebJobBusyMessage);

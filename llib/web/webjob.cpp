@@ -1,123 +1,127 @@
 #include "llib/web/webjob.h"
 
+#include <chrono>
 #include <map>
 #include <memory>
 #include <mutex>
 #include <thread>
 
-#include <nlohmann/json.hpp>
-
-#include "llib/gen/file.h"
-#include "llib/gen/jsontext.h"
+#include "llib/gen/process.h"
 #include "llib/gen/randomtext.h"
 #include "llib/web/webformat.h"
 #include "llib/web/webletform.h"
+#include "llib/web/webpage.h"
 
 namespace {
 
-long long NowMs() {
-  return std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::steady_clock::now().time_since_epoch())
-      .count();
-}
+constexpr auto kForgetAfter = std::chrono::minutes(10);
 
-// One job: its state, guarded by the table's mutex, and the interface its work reports to.
-class Job : public LProcessInterfaceVoid {
- public:
-  void SetStatus(std::string_view text, int line) override;
-  void SetProgress(double fraction) override;
-  void SetError(std::string_view text) override;
-
-  LWebJobState state;                     // guarded by the table's mutex
-  std::vector<std::string> allowedRoutes; // of an exclusive job; empty otherwise
-  long long finishedAtMs = 0;             // when it finished (steady clock)
-  std::string error;                      // the last error text set, kept for a failure without message
+struct Job {
+  std::string owner;
+  LWebJobState state;  // guarded by the registry's mutex
+  std::chrono::steady_clock::time_point finishedAt;
 };
 
-// Mutex rules: mutex guards jobs, every Job's state, and exclusive.
-struct Table {
+// Mutex rules: the registry's mutex guards the map and every job's state; the job's thread
+// takes it only to publish progress, never while it works on the books.
+struct Registry {
   std::mutex mutex;
-  std::map<std::string, std::shared_ptr<Job>, std::less<>> jobs;
-  std::shared_ptr<Job> exclusive;  // the exclusive job while it runs
-  int nRunning = 0;
+  std::map<std::string, std::shared_ptr<Job>> jobs;
+  std::shared_ptr<Job> exclusive;            // the exclusive job while it runs
+  std::vector<std::string> exclusiveRoutes;  // the routes it leaves served
+  int nRunning = 0;                          // jobs whose thread has not ended
 };
 
-Table& TheTable() {
-  static Table table;
-  return table;
+Registry& Jobs() {
+  static Registry registry;
+  return registry;
 }
 
-void Job::SetStatus(std::string_view text, int line) {
-  if (line != 0) return;
-  std::lock_guard<std::mutex> lock(TheTable().mutex);
-  state.status.assign(text);
-}
+// The process interface of a job: what the operation reports goes into the job's state.
+class JobProcess : public LProcessInterfaceVoid {
+ public:
+  explicit JobProcess(std::shared_ptr<Job> job) : job_(std::move(job)) {}
+  void SetStatus(std::string_view text, int line) override {
+    if (line != 0) return;
+    std::lock_guard<std::mutex> guard(Jobs().mutex);
+    job_->state.status.assign(text);
+  }
+  void SetProgress(double fraction) override {
+    std::lock_guard<std::mutex> guard(Jobs().mutex);
+    job_->state.progress = fraction < 0 ? 0 : (fraction > 1 ? 1 : fraction);
+  }
+  void SetProgressIndeterminateOn() override {
+    std::lock_guard<std::mutex> guard(Jobs().mutex);
+    job_->state.progress = -1;
+  }
 
-void Job::SetProgress(double fraction) {
-  std::lock_guard<std::mutex> lock(TheTable().mutex);
-  state.progress = fraction < 0 ? 0 : fraction > 1 ? 1 : fraction;
-}
+ private:
+  std::shared_ptr<Job> job_;
+};
 
-void Job::SetError(std::string_view text) {
-  std::lock_guard<std::mutex> lock(TheTable().mutex);
-  error.assign(text);
-}
-
-// Drops the jobs finished longer ago than kWebJobKeepMs. Under the mutex.
-void ForgetOldJobs(Table& table) {
-  long long now = NowMs();
-  for (auto it = table.jobs.begin(); it != table.jobs.end();) {
-    if (it->second->state.finished && now - it->second->finishedAtMs > kWebJobKeepMs) it = table.jobs.erase(it);
+void ForgetOldJobs(Registry& registry) {
+  auto now = std::chrono::steady_clock::now();
+  for (auto it = registry.jobs.begin(); it != registry.jobs.end();) {
+    if (it->second->state.finished && now - it->second->finishedAt > kForgetAfter) it = registry.jobs.erase(it);
     else ++it;
   }
 }
 
 }  // namespace
 
-std::string LWebJobStart(LWebJobFunction function, std::vector<std::string> exclusiveRoutes) {
-  Table& table = TheTable();
-  auto job = std::make_shared<Job>();
-  job->allowedRoutes = std::move(exclusiveRoutes);
-  std::string id = LRandomHexText(16);
+namespace {
+
+// Registers job and runs run on a thread of its own. exclusive: job holds the server
+// (the caller has checked that no other does).
+std::string Start(std::shared_ptr<Job> job, LWebJobFunction run, bool exclusive, std::vector<std::string> routes) {
+  std::string id = LRandomHexText(12);
   {
-    std::lock_guard<std::mutex> lock(table.mutex);
-    if (!job->allowedRoutes.empty()) {
-      if (table.exclusive) return {};
-      table.exclusive = job;
+    Registry& registry = Jobs();
+    std::lock_guard<std::mutex> guard(registry.mutex);
+    if (exclusive) {
+      if (registry.exclusive) return {};
+      registry.exclusive = job;
+      registry.exclusiveRoutes = std::move(routes);
     }
-    ForgetOldJobs(table);
-    table.jobs[id] = job;
-    ++table.nRunning;
+    ForgetOldJobs(registry);
+    registry.jobs[id] = job;
+    ++registry.nRunning;
   }
-  std::thread([job, work = std::move(function)] {
-    std::string message;
-    LProcessResult result = work(*job, message);
-    Table& table = TheTable();
-    std::lock_guard<std::mutex> lock(table.mutex);
-    job->state.result = result;
-    job->state.message = message.empty() && result != kProcessFinished ? job->error : message;
+  std::thread([job, run = std::move(run)]() {
+    JobProcess process(job);
+    LWebJobAnswer answer;
+    run(process, answer);
+    Registry& registry = Jobs();
+    std::lock_guard<std::mutex> guard(registry.mutex);
+    job->state.answer = std::move(answer);
+    job->state.progress = 1;
     job->state.finished = true;
-    if (result == kProcessFinished) job->state.progress = 1;
-    job->finishedAtMs = NowMs();
-    if (table.exclusive == job) table.exclusive.reset();
-    --table.nRunning;
+    job->finishedAt = std::chrono::steady_clock::now();
+    if (registry.exclusive == job) registry.exclusive.reset();
+    --registry.nRunning;
   }).detach();
   return id;
 }
 
-bool LWebJobGet(std::string_view id, LWebJobState& state) {
-  Table& table = TheTable();
-  std::lock_guard<std::mutex> lock(table.mutex);
-  auto it = table.jobs.find(id);
-  if (it == table.jobs.end()) return false;
-  state = it->second->state;
-  return true;
+}  // namespace
+
+std::string LWebJobStart(const std::string& owner, LWebJobFunction run) {
+  auto job = std::make_shared<Job>();
+  job->owner = owner;
+  return Start(std::move(job), std::move(run), false, {});
+}
+
+std::string LWebJobStartExclusive(const std::string& owner, LWebJobFunction run, std::vector<std::string> allowedRoutes) {
+  auto job = std::make_shared<Job>();
+  job->owner = owner;
+  return Start(std::move(job), std::move(run), true, std::move(allowedRoutes));
 }
 
 bool LWebJobRefusesRoute(std::string_view route) {
-  Table& table = TheTable();
-  std::lock_guard<std::mutex> lock(table.mutex);
-  if (!table.exclusive) return false;
-  for (const std::string& allowed : table.exclusive->allowedRoutes)
+  Registry& registry = Jobs();
+  std::lock_guard<std::mutex> guard(registry.mutex);
+  if (!registry.exclusive) return false;
+  for (const std::string& allowed : registry.exclusiveRoutes)
     if (allowed == route) return false;
   return true;
 }
@@ -125,27 +129,42 @@ bool LWebJobRefusesRoute(std::string_view route) {
 bool LWebJobWaitAll(unsigned maxMs) {
   for (unsigned waited = 0;; waited += 10) {
     {
-      std::lock_guard<std::mutex> lock(TheTable().mutex);
-      if (TheTable().nRunning == 0) return true;
+      std::lock_guard<std::mutex> guard(Jobs().mutex);
+      if (Jobs().nRunning == 0) return true;
     }
     if (waited >= maxMs) return false;
-    LSleepMs(10);
+    std::this_thread::sleep_for(std::chrono::milliseconds(10));
   }
 }
 
+std::string WLJobOwner(LWebletForm& form) {
+  return std::string(form.session.GetString("user", "")) + "|" + form.session.GetString("desk", "");
+}
+
 void WLJobProgress(LWebletForm& form) {
+  WLWriteScriptAnswerHeader(form);
   LWebJobState state;
-  nlohmann::json answer;
-  if (!LWebJobGet(form.GetParam("id"), state)) {
-    answer = {{"unknown", true}};
-  } else {
-    answer = {{"progress", state.progress},
-              {"status", state.status},
-              {"finished", state.finished},
-              {"ok", state.finished && state.result == kProcessFinished},
-              {"message", state.message}};
+  if (!LWebJobPoll(form.GetParam("id"), WLJobOwner(form), state)) {
+    form.Write("ShowJobState(0, '', true);\n");
+    return;
   }
-  form.WriteHeader("HTTP/1.1 200 OK\r\nContent-Type: application/json; charset=utf-8\r\nCache-Control: no-store\r\n"
-                   "Connection: close\r\n\r\n");
-  form.Write(LJsonDump(answer));
+  form.Write(LWebFormat("ShowJobState(%.3f, '%s', %s);\n", state.progress, LJScriptEscape(state.status).c_str(),
+                        state.finished ? "true" : "false"));
+  if (state.finished) form.Write(state.answer.script);
+}
+
+bool LWebJobPoll(const std::string& id, const std::string& owner, LWebJobState& state) {
+  Registry& registry = Jobs();
+  std::lock_guard<std::mutex> guard(registry.mutex);
+  auto it = registry.jobs.find(id);
+  if (it == registry.jobs.end() || it->second->owner != owner) return false;
+  state = it->second->state;
+  if (state.finished) registry.jobs.erase(it);
+  return true;
+}
+
+std::string LWebJobPollScript(const std::string& route, int controlId, const std::string& id,
+                              const std::string& progressId) {
+  return LWebFormat("PollJob('%s', %d, '%s', '%s');\n", LJScriptEscape(route).c_str(), controlId,
+                    LJScriptEscape(id).c_str(), LJScriptEscape(progressId).c_str());
 }

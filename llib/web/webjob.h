@@ -1,15 +1,20 @@
-// Long operations started by a page (a backup, a restore, an import): each runs on a thread of
-// its own while the browser polls its progress, so the page that started it answers at once.
-// A job reports through the LProcessInterface it is given; its state is kept under a random id
-// (128 bits) that only the page that started it knows, and the route "jobprogress?id=ID"
-// answers the polls with it as JSON:
+// Long operations started from a web page: the request that starts one returns at once with the
+// job's id, the operation runs on a thread of its own under an LProcessInterface that records its
+// progress and status, and the page asks every few hundred milliseconds how far it has come
+// (ajax.js, PollJob) until it has finished and its answer script is run.
 //
-//     {"progress":0.42,"status":"Restaurer les fichiers","finished":false,"ok":false,"message":""}
+//     std::string id = LWebJobStart(owner, [data](LProcessInterface& process, LWebJobAnswer& answer) {
+//       answer.script = Process(process, *data) == kProcessFinished ? "window.location = 'acclist';" : "...";
+//     });
 //
-// An exclusive job (a restore, which replaces the files every other page reads) makes the
-// server refuse every route but the few it names until it ends: those requests get "503
-// Service Unavailable" with a French page that says why. Only one exclusive job runs at a time.
-// Finished jobs are kept for kWebJobKeepMs so that a late poll still reads the outcome.
+// A job belongs to its owner (the session's user): no one else may poll it. A finished job is
+// forgotten once its answer was read, or ten minutes after it finished.
+//
+// An exclusive job (a restore, which replaces the files every other page reads, the web
+// accounts included) makes the server refuse every route but the few it names until it ends:
+// those requests get "503 Service Unavailable" with a French page that says why. Only one
+// exclusive job runs at a time. Its page polls through the route "jobprogress", which reads
+// the session but no record of the businesses.
 #pragma once
 
 #include <functional>
@@ -17,36 +22,48 @@
 #include <string_view>
 #include <vector>
 
-#include "llib/gen/process.h"
-
+class LProcessInterface;
 class LWebletForm;
 
-inline constexpr long long kWebJobKeepMs = 3600000;
 inline constexpr std::string_view kWebJobBusyMessage =
     "Une restauration des données est en cours. Veuillez patienter quelques instants puis recharger la page.";
 
-// The work of a job: reports on process; returns its result with the text to show the user
-// (what was done, or why it failed) in message.
-using LWebJobFunction = std::function<LProcessResult(LProcessInterface& process, std::string& message)>;
-
-struct LWebJobState {
-  double progress = 0;                    // 0 to 1
-  std::string status;                     // the latest status text
-  bool finished = false;
-  LProcessResult result = kProcessFailed; // once finished
-  std::string message;                    // once finished
+// What a job leaves for its page once finished: script the browser runs.
+struct LWebJobAnswer {
+  std::string script;
 };
 
-// Starts function on a thread of its own and returns the job's id. exclusiveRoutes not empty:
-// the job is exclusive and these are the only routes served while it runs; "" (nothing
+// Where a job stands.
+struct LWebJobState {
+  double progress = 0;    // 0 to 1; negative while indeterminate
+  std::string status;     // status line 0
+  bool finished = false;
+  LWebJobAnswer answer;   // set once finished
+};
+
+using LWebJobFunction = std::function<void(LProcessInterface& process, LWebJobAnswer& answer)>;
+
+// Starts the job on a new thread; returns its id (random letters and digits).
+std::string LWebJobStart(const std::string& owner, LWebJobFunction run);
+// The job's state; false when there is no such job of that owner. A finished job is then
+// forgotten.
+bool LWebJobPoll(const std::string& id, const std::string& owner, LWebJobState& state);
+// Script that polls the job through the AJAX command controlId of route and shows its progress
+// in the element progressId (PollJob of ajax.js).
+std::string LWebJobPollScript(const std::string& route, int controlId, const std::string& id,
+                              const std::string& progressId);
+
+// LWebJobStart for an exclusive job: while it runs only allowedRoutes are served. "" (nothing
 // started) when another exclusive job runs.
-std::string LWebJobStart(LWebJobFunction function, std::vector<std::string> exclusiveRoutes = {});
-// false when the id is unknown (or forgotten).
-bool LWebJobGet(std::string_view id, LWebJobState& state);
+std::string LWebJobStartExclusive(const std::string& owner, LWebJobFunction run, std::vector<std::string> allowedRoutes);
 // true while an exclusive job runs and route is not one it allows.
 bool LWebJobRefusesRoute(std::string_view route);
-// Waits until no job runs (tests, and the server's stop); false when maxMs passed first.
+// Waits until no job runs (the service's stop); false when maxMs passed first.
 bool LWebJobWaitAll(unsigned maxMs);
 
-// Route "jobprogress?id=ID": the JSON above; {"unknown":true} for an id that names no job.
+// The owner of the jobs a page of this session starts: its user, or the desk.
+std::string WLJobOwner(LWebletForm& form);
+// Route "jobprogress?id=ID": for the session that owns the job, script for the page,
+// "ShowJobState(progress, 'status', finished);" then, once finished, the job's answer script;
+// "ShowJobState(0, '', true);" for a job that is not the session's (or no more known).
 void WLJobProgress(LWebletForm& form);

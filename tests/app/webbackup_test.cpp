@@ -31,13 +31,17 @@ class WebBackupTest : public LWebServerTest {
                                     std::to_string(body.size()) + "\r\n\r\n" + body);
   }
 
-  // Polls the job the answer started until it ends; its last state.
-  nlohmann::json Follow(const std::string& answer) {
+  // Polls the job the answer started until it ends: {"ok": ..., "message": ...} from the script of
+  // its outcome.
+  nlohmann::json Follow(const std::string& session, const std::string& answer) {
     std::smatch match;
-    if (!std::regex_search(answer, match, std::regex("ShowJob\\('([0-9a-f]{32})'\\)"))) return {{"noJob", answer}};
+    if (!std::regex_search(answer, match, std::regex("ShowJob\\('([0-9a-f]+)'\\)"))) return {{"noJob", answer}};
+    static const std::regex outcome("ShowJobResult\\((true|false), '(.*)'\\);");
     for (int i = 0; i < 1000; ++i) {
-      nlohmann::json state = nlohmann::json::parse(LHttpGet(port_, "/jobprogress?id=" + match[1].str()).body);
-      if (state.value("finished", false)) return state;
+      std::string script = LHttpGet(port_, "/jobprogress?id=" + match[1].str(), session).body;
+      std::smatch result;
+      if (std::regex_search(script, result, outcome)) return {{"ok", result[1] == "true"}, {"message", result[2].str()}};
+      if (script.find("ShowJobState(0, '', true)") != std::string::npos) return {{"lost", script}};
       LSleepMs(20);
     }
     return {{"timedOut", true}};
@@ -61,7 +65,7 @@ TEST_F(WebBackupTest, BackupThenRestoreOfTheUploadedBackupBringsTheRecordBack) {
   ASSERT_FALSE(session.empty());
   std::string destination = home_.Path() + "/sauvegardes";
   ASSERT_TRUE(LFile::MakeFolder(destination));
-  nlohmann::json done = Follow(Post(session, {{"101", destination}, {"submit", "Sauvegarder"}}).body);
+  nlohmann::json done = Follow(session, Post(session, {{"101", destination}, {"submit", "Sauvegarder"}}).body);
   ASSERT_TRUE(done.value("ok", false)) << done.dump();
   std::string message = done["message"];
   ASSERT_EQ(message.rfind("Sauvegarde terminée normalement : " + destination + "/Kontavo-Sauvegarder-", 0), 0u)
@@ -77,7 +81,7 @@ TEST_F(WebBackupTest, BackupThenRestoreOfTheUploadedBackupBringsTheRecordBack) {
   EXPECT_EQ(LStoredField("Misc", "Company", "Name"), "Nom cassé");
   for (const std::string& name : LFile::ListFolder(home_.Path())) EXPECT_EQ(name.rfind("Restauration-", 0), std::string::npos);
 
-  done = Follow(Post(session, {{"submit", "Restaurer"}}, FolderFiles(backup)).body);
+  done = Follow(session, Post(session, {{"submit", "Restaurer"}}, FolderFiles(backup)).body);
   ASSERT_TRUE(done.value("ok", false)) << done.dump();
   EXPECT_EQ(done["message"], "Les données ont été restaurées avec succès.");
   EXPECT_EQ(LStoredField("Misc", "Company", "Name"), "Principale SARL");

@@ -2,65 +2,50 @@
 // server's routes, and the paths of a folder upload (outside input) checked before any write.
 #include <gtest/gtest.h>
 
-#include <atomic>
 #include <future>
 
 #include "llib/gen/file.h"
+#include "llib/gen/process.h"
 #include "llib/web/webjob.h"
 #include "llib/web/webupload.h"
 #include "tests/support/testhome.h"
 
 namespace {
 
-TEST(WebJob, PollsReadProgressThenTheOutcome) {
+TEST(WebJob, PollsReadProgressThenTheAnswerOnceAndOnlyForTheOwner) {
   std::promise<void> release;
   std::shared_future<void> released = release.get_future().share();
-  std::string id = LWebJobStart([released](LProcessInterface& process, std::string& message) {
+  std::string id = LWebJobStart("alice|", [released](LProcessInterface& process, LWebJobAnswer& answer) {
     process.SetStatus("Copie", 0);
     process.SetProgress(0.25);
     released.wait();
-    message = "Fait.";
-    return kProcessFinished;
+    answer.script = "Fait();";
   });
-  ASSERT_EQ(id.size(), 32u);
   LWebJobState state;
-  for (int i = 0; i < 500 && (!LWebJobGet(id, state) || state.progress < 0.25); ++i) LSleepMs(2);
+  for (int i = 0; i < 500 && (!LWebJobPoll(id, "alice|", state) || state.progress < 0.25); ++i) LSleepMs(2);
   EXPECT_EQ(state.status, "Copie");
   EXPECT_FALSE(state.finished);
-  EXPECT_FALSE(LWebJobRefusesRoute("main"));  // not exclusive
+  EXPECT_FALSE(LWebJobPoll(id, "bob|", state));  // another user's job
+  EXPECT_FALSE(LWebJobRefusesRoute("main"));     // not exclusive
   release.set_value();
   ASSERT_TRUE(LWebJobWaitAll(5000));
-  ASSERT_TRUE(LWebJobGet(id, state));
+  ASSERT_TRUE(LWebJobPoll(id, "alice|", state));
   EXPECT_TRUE(state.finished);
-  EXPECT_EQ(state.result, kProcessFinished);
   EXPECT_EQ(state.progress, 1);
-  EXPECT_EQ(state.message, "Fait.");
-  EXPECT_FALSE(LWebJobGet("0123456789abcdef0123456789abcdef", state));
-
-  // A failure without a message of its own shows the error it set.
-  id = LWebJobStart([](LProcessInterface& process, std::string&) {
-    process.SetError("Disque plein.");
-    return kProcessFailed;
-  });
-  ASSERT_TRUE(LWebJobWaitAll(5000));
-  ASSERT_TRUE(LWebJobGet(id, state));
-  EXPECT_EQ(state.result, kProcessFailed);
-  EXPECT_EQ(state.message, "Disque plein.");
+  EXPECT_EQ(state.answer.script, "Fait();");
+  EXPECT_FALSE(LWebJobPoll(id, "alice|", state));  // forgotten once read
 }
 
 TEST(WebJob, AnExclusiveJobLeavesOnlyItsRoutesAndIsAlone) {
   std::promise<void> release;
   std::shared_future<void> released = release.get_future().share();
-  auto held = [released](LProcessInterface&, std::string&) {
-    released.wait();
-    return kProcessFinished;
-  };
-  std::string id = LWebJobStart(held, {"jobprogress"});
+  auto held = [released](LProcessInterface&, LWebJobAnswer&) { released.wait(); };
+  std::string id = LWebJobStartExclusive("|1", held, {"jobprogress"});
   ASSERT_FALSE(id.empty());
   EXPECT_TRUE(LWebJobRefusesRoute("main"));
   EXPECT_TRUE(LWebJobRefusesRoute("backup"));
   EXPECT_FALSE(LWebJobRefusesRoute("jobprogress"));
-  EXPECT_EQ(LWebJobStart(held, {"jobprogress"}), "");  // a second restore waits its turn
+  EXPECT_EQ(LWebJobStartExclusive("|1", held, {"jobprogress"}), "");  // a second restore waits its turn
   release.set_value();
   ASSERT_TRUE(LWebJobWaitAll(5000));
   EXPECT_FALSE(LWebJobRefusesRoute("main"));
