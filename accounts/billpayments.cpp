@@ -11,9 +11,11 @@
 
 bool LBillPaymentRecordTransactions(LProfile& profile, LBillPayment& payment, std::string_view userName) {
   std::string reference = payment.GetString("JournalTxnRef");
-  if (reference.empty())
-    reference = LFormatReference(LReferencePrefix(profile, kBillPaymentCounter),
-                                 LTakeReferenceNumber(profile, kBillPaymentCounter));
+  if (reference.empty()) {
+    int number = LTakeReferenceNumber(profile, kBillPaymentCounter);
+    if (number == 0) return false;
+    reference = LFormatReference(LReferencePrefix(profile, kBillPaymentCounter), number);
+  }
   std::string description = payment.GetString("Notes");
   if (description.empty()) {
     description = "Paiements; " + payment.GetString("Supplier");
@@ -66,9 +68,10 @@ bool LBillPaymentCreate(LProfile& profile, const LBillPaymentRequest& request, s
   if (!LBillPaymentRecordTransactions(profile, payment, LGetPostingUserName()) || !payment.Flush()) {
     std::string date = payment.GetString("Date"), posted = payment.GetString("JournalTxnRef");
     payment.DetachWithoutSave();
-    (void)LAccountTransactionDelete(profile, date, posted);  // nothing to take out when the posting failed
-    (void)payments.Delete(key);
+    // Nothing to take out when the posting failed; a record that cannot go is named.
+    (void)LAccountTransactionDelete(profile, date, posted);
     error = kLedgerNotWrittenMessage;
+    if (!payments.Delete(key)) error += " La fiche " + key + " n'a pas pu être supprimée.";
     return false;
   }
   reference = payment.GetString("JournalTxnRef");

@@ -99,6 +99,7 @@ bool LBillRecordTransactions(LProfile& profile, LBill& bill, std::string_view us
     int number = LTakeReferenceNumber(profile, kPurchasesCounter, [&](int candidate) {
       return bills.TestRecordExists(LFormatReference(prefix, candidate));
     });
+    if (number == 0) return false;
     reference = LFormatReference(prefix, number);
   }
   std::string notes = bill.GetString("Notes");

@@ -30,6 +30,10 @@ extern char** environ;
 
 namespace {
 
+constexpr std::string_view kVatFiguresNotTakenOut =
+    "La déclaration a été acceptée, mais les chiffres déclarés n'ont pas pu être retirés des chiffres en cours : "
+    "corrigez-les avant la prochaine déclaration.";
+
 int FailAlert(LCliContext& context, const FKVatAlert& alert) {
   return context.Fail(alert.caption + "\n" + alert.message);
 }
@@ -76,11 +80,12 @@ int VatConfig(LCliContext& context, LCliArgs& args) {
     LOptions options;
     options.OpenFrom(*profile);
     options.SetString(kVATRegistrationField, vrn);
-    options.Flush();
+    if (!options.Flush()) return context.Fail(kRecordNotSavedMessage);
   }
-  if (setApi) LUserSettingSetString(kMTDSettingsGroup, "ApiBaseURL", api);
-  if (setCa) LUserSettingSetString("HTTPS", "CAFile", caFile);
-  if (setTimeout) LUserSettingSetString("HTTPS", "TimeoutSeconds", std::to_string(seconds));
+  if ((setApi && !LUserSettingSetString(kMTDSettingsGroup, "ApiBaseURL", api)) ||
+      (setCa && !LUserSettingSetString("HTTPS", "CAFile", caFile)) ||
+      (setTimeout && !LUserSettingSetString("HTTPS", "TimeoutSeconds", std::to_string(seconds))))
+    return context.Fail("Impossible d'enregistrer le réglage.");
 
   LOptions options;
   options.OpenFrom(*profile);
@@ -214,20 +219,21 @@ int VatSubmit(LCliContext& context, LCliArgs& args) {
   FKMTDforVATDlg dialog(*profile, progress);
   std::string receipt;
   if (!dialog.SubmitVatReturns(vatReturn, &receipt)) return FailAlert(context, dialog.Alert());
-  FKVatRunningFiguresTakeOut(*profile, used);
+  // The return stands once accepted: figures left in would be declared again next time.
+  bool takenOut = FKVatRunningFiguresTakeOut(*profile, used);
 
   nlohmann::json answer = nlohmann::json::parse(receipt, nullptr, false);
   if (!answer.is_object()) answer = nlohmann::json::object();
   if (context.json) {
     context.out << LJsonDump(nlohmann::json({{"message", dialog.Alert().message}, {"receipt", answer}})) << "\n";
-    return kExitOk;
+    return takenOut ? kExitOk : context.Fail(kVatFiguresNotTakenOut);
   }
   context.out << dialog.Alert().caption << "\n" << dialog.Alert().message << "\n";
   for (const char* field : {"processingDate", "formBundleNumber", "paymentIndicator", "chargeRefNumber"}) {
     auto found = answer.find(field);
     if (found != answer.end() && found->is_string()) context.out << field << "=" << found->get<std::string>() << "\n";
   }
-  return kExitOk;
+  return takenOut ? kExitOk : context.Fail(kVatFiguresNotTakenOut);
 }
 
 int VatView(LCliContext& context, LCliArgs& args) {

@@ -12,8 +12,12 @@
 
 namespace {
 
-void ReportRestart(LCliContext& context, bool restarted) {
-  if (restarted && !context.json) context.out << "Le service en cours d'exécution a redémarré le serveur Web.\n";
+int ReportChange(LCliContext& context, LWebletSettingChange change) {
+  if (change == LWebletSettingChange::kNotStored)
+    return context.Fail(kWebSettingNotStored);
+  if (change == LWebletSettingChange::kRestarted && !context.json)
+    context.out << "Le service en cours d'exécution a redémarré le serveur Web.\n";
+  return kExitOk;
 }
 
 int Status(LCliContext& context) {
@@ -46,14 +50,12 @@ int LCmdWeb(LCliContext& context, LCliArgs& args) {
   if (!args.Finish(words, error)) return context.Usage(error);
   if (words.size() == 1 && words[0] == "status") return Status(context);
   if (words.size() == 1 && (words[0] == "enable" || words[0] == "disable")) {
-    ReportRestart(context, LWebletServer::EnableWebletServer(words[0] == "enable"));
-    return kExitOk;
+    return ReportChange(context, LWebletServer::EnableWebletServer(words[0] == "enable"));
   }
   if (words.size() == 2 && words[0] == "port") {
     int port = 0;
     if (!LWebletServer::ParseWebletServerPort(words[1], port)) return context.Fail(kWebletBadPortMessage);
-    ReportRestart(context, LWebletServer::SetWebletServerPort(port));
-    return kExitOk;
+    return ReportChange(context, LWebletServer::SetWebletServerPort(port));
   }
   return context.Usage();
 }

@@ -92,7 +92,12 @@ bool LStartWizardRun(LProfile& profile, LStartWizardAnswers& answers, LStartWiza
     }
   }
   message.clear();
-  for (auto& page : pages) page->Write(profile, answers);
+  for (auto& page : pages) {
+    if (!page->Write(profile, answers)) {
+      message = kRecordNotSavedMessage;
+      return false;
+    }
+  }
   profile.Reload();
   return true;
 }

@@ -150,7 +150,7 @@ bool LStartWizardCountryPage::Check(const LProfile&, const LStartWizardAnswers& 
   return true;
 }
 
-void LStartWizardCountryPage::Write(LProfile& profile, const LStartWizardAnswers& answers) {
+bool LStartWizardCountryPage::Write(LProfile& profile, const LStartWizardAnswers& answers) {
   {
     LOptions options;
     options.OpenFrom(profile);
@@ -168,12 +168,13 @@ void LStartWizardCountryPage::Write(LProfile& profile, const LStartWizardAnswers
       options.SetInt("MeasurementUnits", country.metric ? 0 : 1);
       options.SetInt("PrintedDateOrder", country.dateOrder);
     }
+    if (!options.Flush()) return false;
   }
-  if (answers.province > 0) {
-    LTaxOptions tax;
-    tax.OpenFrom(profile);
-    LTaxOptionsSetCanadaRates(tax, answers.province);
-  }
+  if (answers.province <= 0) return true;
+  LTaxOptions tax;
+  tax.OpenFrom(profile);
+  LTaxOptionsSetCanadaRates(tax, answers.province);
+  return tax.Flush();
 }
 
 // ---- Company details ---------------------------------------------------------------------------
@@ -204,7 +205,7 @@ bool LStartWizardPageCompanyInfo::Check(const LProfile& profile, const LStartWiz
   return true;
 }
 
-void LStartWizardPageCompanyInfo::Write(LProfile& profile, const LStartWizardAnswers& answers) {
+bool LStartWizardPageCompanyInfo::Write(LProfile& profile, const LStartWizardAnswers& answers) {
   int month = 12, day = 31;
   ParseMonthDay(LStartWizardFiscalYearEndText(answers), month, day);
   {
@@ -215,6 +216,7 @@ void LStartWizardPageCompanyInfo::Write(LProfile& profile, const LStartWizardAns
     company.SetString("Contact", answers.contact);
     company.SetInt("FiscalYearEnd", month);
     company.SetInt("FiscalYearEndDay", day);
+    if (!company.Flush()) return false;
   }
   // The country's default options, on the records as the pages before left them.
   LOptions options;
@@ -227,6 +229,7 @@ void LStartWizardPageCompanyInfo::Write(LProfile& profile, const LStartWizardAns
   LOptionsSetRegionalDefaults(profile, options, tax, invoice, order);
   // Canada's defaults take the locale's province: the one chosen on the country page stays.
   if (answers.province > 0) LTaxOptionsSetCanadaRates(tax, answers.province);
+  return options.Flush() && tax.Flush() && invoice.Flush() && order.Flush();
 }
 
 // ---- Currency ------------------------------------------------------------------------------------
@@ -244,7 +247,7 @@ bool LStartWizardPageCurrencySettings::Check(const LProfile&, const LStartWizard
   return true;  // every answer has a default
 }
 
-void LStartWizardPageCurrencySettings::Write(LProfile& profile, const LStartWizardAnswers& answers) {
+bool LStartWizardPageCurrencySettings::Write(LProfile& profile, const LStartWizardAnswers& answers) {
   std::string symbol, name, subunit;
   LStartWizardCurrencyDefaults(answers, symbol, name, subunit);
   LOptions options;
@@ -252,6 +255,7 @@ void LStartWizardPageCurrencySettings::Write(LProfile& profile, const LStartWiza
   options.SetString("CurrencySymbol", symbol);
   options.SetString("CurrencyName", name);
   options.SetString("CurrencySubunit", subunit);
+  return options.Flush();
 }
 
 // ---- Accounting ----------------------------------------------------------------------------------
@@ -288,20 +292,24 @@ bool LStartWizardPageAccounting::Check(const LProfile& profile, const LStartWiza
   return true;
 }
 
-void LStartWizardPageAccounting::Write(LProfile& profile, const LStartWizardAnswers& answers) {
+bool LStartWizardPageAccounting::Write(LProfile& profile, const LStartWizardAnswers& answers) {
   {
     LRecord company;
     OpenMisc(profile, company, "Company");
     company.SetString("ManualCreateAccounts", answers.manualAccounts ? "1" : "0");
+    if (!company.Flush()) return false;
   }
   // The opening balances go on accounts of the chart: it comes first.
   bool pcg = IsPcgChart(answers);
-  LStartWizardCreateDefaultAccounts(profile, pcg);
+  if (!LStartWizardCreateDefaultAccounts(profile, pcg)) return false;
   long long amountCents;
-  if (ParseOpening(answers.openingChecking, profile, amountCents))
-    LStartWizardSetOpeningBalance(profile, LStartWizardCheckingAccount(pcg), amountCents);
-  if (ParseOpening(answers.openingCreditCard, profile, amountCents))
-    LStartWizardSetOpeningBalance(profile, LStartWizardCreditCardAccount(pcg), amountCents);
+  if (ParseOpening(answers.openingChecking, profile, amountCents) &&
+      !LStartWizardSetOpeningBalance(profile, LStartWizardCheckingAccount(pcg), amountCents))
+    return false;
+  if (ParseOpening(answers.openingCreditCard, profile, amountCents) &&
+      !LStartWizardSetOpeningBalance(profile, LStartWizardCreditCardAccount(pcg), amountCents))
+    return false;
+  return true;
 }
 
 // ---- Business usage ------------------------------------------------------------------------------
@@ -320,8 +328,8 @@ bool LStartWizardPageBusinessUsage::Check(const LProfile&, const LStartWizardAns
   return false;
 }
 
-void LStartWizardPageBusinessUsage::Write(LProfile& profile, const LStartWizardAnswers& answers) {
-  if (answers.usage != kServicesUsage) return;
+bool LStartWizardPageBusinessUsage::Write(LProfile& profile, const LStartWizardAnswers& answers) {
+  if (answers.usage != kServicesUsage) return true;
   LRecord style;
   OpenMisc(profile, style, "InvoiceStyle");
   style.SetInt("TextBlockBottomRight", 0);
@@ -329,4 +337,5 @@ void LStartWizardPageBusinessUsage::Write(LProfile& profile, const LStartWizardA
   OpenMisc(profile, invoice, "Invoice");
   invoice.SetString("QuantityColumnTitle", "Hres");
   invoice.SetString("ItemcodeColumnTitle", "Code taux");
+  return style.Flush() && invoice.Flush();
 }

@@ -20,9 +20,21 @@
 namespace {
 
 constexpr std::string_view kSuppliersList = "Suppliers";
+constexpr std::string_view kDocumentNotSaved = "Impossible d'enregistrer le document.";
 
 void SetError(std::string* error, std::string message) {
   if (error != nullptr) *error = std::move(message);
+}
+
+// A write failed: the user is told and the change goes no further.
+bool NotSaved(std::string* error) {
+  SetError(error, std::string(kDocumentNotSaved));
+  return false;
+}
+
+bool DeleteRefused(std::string_view key, std::string* error) {
+  SetError(error, "Impossible de supprimer le document " + std::string(key) + ".");
+  return false;
 }
 
 bool IsPosted(const LSalesDocumentKind& kind) {
@@ -83,11 +95,12 @@ bool IsCarriedToNewDocument(std::string_view field) {
 }
 
 // Reopens document from its list so that fields deleted by the last save are gone for good
-// (a deleted field would come back on a second save of the same object).
-void Reopen(const LFileStoreListBase& list, LSalesDocument& document) {
+// (a deleted field would come back on a second save of the same object). The document must
+// have been flushed.
+bool Reopen(const LFileStoreListBase& list, LSalesDocument& document) {
   std::string key = document.GetPrimaryKey();
   document.Invalidate();
-  list.Open(document, key);
+  return list.Open(document, key);
 }
 
 // Invoices are neither made nor changed while a linked account is missing: their postings would
@@ -104,15 +117,16 @@ bool Post(LProfile& profile, const LSalesDocumentKind& kind, LSalesDocument& doc
   bool posted = kind.type == LSalesDocumentType::kInvoice
                     ? LInvoiceRecordTransactions(profile, document, userName, false)
                     : LCreditNoteRecordTransactions(profile, document, userName);
-  document.Flush();  // keeps "JournalTxnRef"
+  bool saved = document.Flush();  // keeps "JournalTxnRef"
   if (!posted) SetError(error, "Impossible d'écrire dans le grand livre.");
-  return posted;
+  else if (!saved) SetError(error, std::string(kDocumentNotSaved));
+  return posted && saved;
 }
 
 }  // namespace
 
-void LCoreDataCreditNoteApply(LProfile& profile, const LSalesDocument& creditNote, int sign) {
-  LCustomerChangeBalance(profile, creditNote.GetCustomer(), -sign * creditNote.GetTotal());
+bool LCoreDataCreditNoteApply(LProfile& profile, const LSalesDocument& creditNote, int sign) {
+  return LCustomerChangeBalance(profile, creditNote.GetCustomer(), -sign * creditNote.GetTotal());
 }
 
 LFKTotalsChange LSalesDocumentSumTotals(LProfile& profile, const LSalesDocumentKind& kind, LSalesDocument& document) {
@@ -143,10 +157,7 @@ bool LSalesDocumentCreate(LProfile& profile, const LSalesDocumentKind& kind, con
   std::string takenKey(key);
   if (draft && key.empty()) {
     takenKey = ReserveDraftKey(list);
-    if (takenKey.empty()) {
-      SetError(error, "Impossible d'enregistrer le document.");
-      return false;
-    }
+    if (takenKey.empty()) return NotSaved(error);
   }
   LSalesDocument document;
   if (draft && key.empty()) {
@@ -158,17 +169,15 @@ bool LSalesDocumentCreate(LProfile& profile, const LSalesDocumentKind& kind, con
   for (const auto& field : content.Fields())
     if (!field.deleted && IsCarriedToNewDocument(field.name)) document.SetString(field.name, field.text);
   document.SetDirty(true);  // an empty document still takes its key
-  if (!document.Flush()) {
-    SetError(error, "Impossible d'enregistrer le document.");
-    return false;
-  }
+  if (!document.Flush()) return NotSaved(error);
   newKey = document.GetPrimaryKey();
   // The history is a trace, not the document: a failure to write it does not undo the document.
   (void)LDocumentHistoryAdd(profile, draft ? kind.draftsList : kind.recordedList, newKey,
                             draft ? kHistoryCreated : kHistoryRecorded, LGetPostingUserName());
-  LSalesDocumentSumTotals(profile, kind, document);
-  if (!draft && kind.type == LSalesDocumentType::kCreditNote) LCoreDataCreditNoteApply(profile, document, +1);
-  document.Flush();
+  if (!LSalesDocumentSumTotals(profile, kind, document).written) return NotSaved(error);
+  if (!draft && kind.type == LSalesDocumentType::kCreditNote && !LCoreDataCreditNoteApply(profile, document, +1))
+    return NotSaved(error);
+  if (!document.Flush()) return NotSaved(error);
   if (draft) return true;
   LAuditAppendDocument(profile, kAuditRecord, kind.title, document);
   // Stock moves first: the posting of an invoice reads the cost of what left.
@@ -210,26 +219,26 @@ bool LSalesDocumentEdit(LProfile& profile, const LSalesDocumentKind& kind, std::
   long long oldTotal = document.GetTotal();
   std::string oldDate = document.GetDate();
   std::string reference = document.GetString("JournalTxnRef");
-  if (inBooks && kind.type == LSalesDocumentType::kCreditNote) LCoreDataCreditNoteApply(profile, document, -1);
+  if (inBooks && kind.type == LSalesDocumentType::kCreditNote && !LCoreDataCreditNoteApply(profile, document, -1))
+    return NotSaved(error);
 
   change(document);
   // The reference belongs to the ledger: an edit posts again in the same place.
   if (reference.empty()) document.DeleteField("JournalTxnRef");
   else document.SetString("JournalTxnRef", reference);
-  document.Flush();
-  Reopen(list, document);
+  if (!document.Flush() || !Reopen(list, document)) return NotSaved(error);
 
   // The totaller moves an invoice's balance by the change of its total, on the customer it names
   // now; a change of customer first carries the old total across, and the old customer's
   // payments and credit notes let go of the invoice.
-  if (inBooks && kind.type == LSalesDocumentType::kInvoice && document.GetCustomer() != oldCustomer) {
-    LInvoiceRemoveApplications(profile, document);
-    LCustomerChangeBalance(profile, oldCustomer, -oldTotal);
-    LCustomerChangeBalance(profile, document.GetCustomer(), oldTotal);
-  }
-  LSalesDocumentSumTotals(profile, kind, document);
-  if (inBooks && kind.type == LSalesDocumentType::kCreditNote) LCoreDataCreditNoteApply(profile, document, +1);
-  document.Flush();
+  if (inBooks && kind.type == LSalesDocumentType::kInvoice && document.GetCustomer() != oldCustomer &&
+      !(LInvoiceRemoveApplications(profile, document) && LCustomerChangeBalance(profile, oldCustomer, -oldTotal) &&
+        LCustomerChangeBalance(profile, document.GetCustomer(), oldTotal)))
+    return NotSaved(error);
+  if (!LSalesDocumentSumTotals(profile, kind, document).written) return NotSaved(error);
+  if (inBooks && kind.type == LSalesDocumentType::kCreditNote && !LCoreDataCreditNoteApply(profile, document, +1))
+    return NotSaved(error);
+  if (!document.Flush()) return NotSaved(error);
   if (recorded) LAuditAppendDocument(profile, kAuditEdit, kind.title, document);
   bool stocked = !recorded || LSalesDocumentMoveStock(profile, kind, key, &before, &document, error);
   if (!inBooks) return stocked;
@@ -237,6 +246,7 @@ bool LSalesDocumentEdit(LProfile& profile, const LSalesDocumentKind& kind, std::
     // A lower total gives back what its payments and credit notes now hold beyond it.
     document.RemoveExcessPayments(profile);
     document.RemoveExcessCreditNotes(profile);
+    if (!document.Flush()) return NotSaved(error);
   }
   // The old transaction goes and the new one comes under one hold of the ledger, so nobody sees
   // the document half posted.
@@ -254,11 +264,16 @@ bool LSalesDocumentRecordDraft(LProfile& profile, const LSalesDocumentKind& kind
     return false;
   }
   if (!LSalesDocumentCreate(profile, kind, draft, false, {}, newKey, error)) return false;
-  if (kind.type == LSalesDocumentType::kInvoice) LConvertedInvoiceMoved(profile, draft, draftKey, newKey);
+  if (kind.type == LSalesDocumentType::kInvoice && !LConvertedInvoiceMoved(profile, draft, draftKey, newKey))
+    return NotSaved(error);
   (void)LDocumentHistoryRecordDraft(profile, kind.draftsList, draftKey, kind.recordedList, newKey,
                                     LGetPostingUserName());  // a trace only, as above
-  draft.Invalidate();
-  drafts.Delete(draftKey);
+  draft.DetachWithoutSave();
+  if (!drafts.Delete(draftKey)) {
+    SetError(error, "Le document " + newKey + " est enregistré, mais le brouillon " + std::string(draftKey) +
+                        " n'a pas pu être supprimé.");
+    return false;
+  }
   return true;
 }
 
@@ -270,25 +285,29 @@ bool LSalesDocumentDelete(LProfile& profile, const LSalesDocumentKind& kind, std
   LSalesDocument document;
   bool isInvoice = kind.type == LSalesDocumentType::kInvoice;
   if (recordedList.Open(document, key)) {
-    if (isInvoice) {
-      LInvoiceRemoveApplications(profile, document);
-      LConvertedInvoiceMoved(profile, document, key, {});
+    if (isInvoice &&
+        !(LInvoiceRemoveApplications(profile, document) && LConvertedInvoiceMoved(profile, document, key, {})))
+      return NotSaved(error);
+    if (kind.type == LSalesDocumentType::kCreditNote) {
+      LCreditNoteUnapply(document, profile);
+      if (!document.Flush()) return NotSaved(error);
     }
-    if (kind.type == LSalesDocumentType::kCreditNote) LCreditNoteUnapply(document, profile);
     if (IsPosted(kind)) LSalesDocumentRemoveTransaction(profile, document, document.GetDate());
-    if (isInvoice) LCustomerChangeBalance(profile, document.GetCustomer(), -document.GetTotal());
-    if (kind.type == LSalesDocumentType::kCreditNote) LCoreDataCreditNoteApply(profile, document, -1);
+    if (isInvoice && !LCustomerChangeBalance(profile, document.GetCustomer(), -document.GetTotal()))
+      return NotSaved(error);
+    if (kind.type == LSalesDocumentType::kCreditNote && !LCoreDataCreditNoteApply(profile, document, -1))
+      return NotSaved(error);
     bool stocked = LSalesDocumentMoveStock(profile, kind, key, &document, nullptr, error);
-    document.Flush();
+    if (!document.Flush()) return NotSaved(error);
     LAuditAppendDocument(profile, kAuditDeleteDocument, kind.title, document);
-    document.Invalidate();
-    recordedList.Delete(key);
+    document.DetachWithoutSave();
+    if (!recordedList.Delete(key)) return DeleteRefused(key, error);
     return stocked;
   }
   if (draftsList.Open(document, key)) {
-    if (isInvoice) LConvertedInvoiceMoved(profile, document, key, {});
-    document.Invalidate();
-    draftsList.Delete(key);
+    if (isInvoice && !LConvertedInvoiceMoved(profile, document, key, {})) return NotSaved(error);
+    document.DetachWithoutSave();
+    if (!draftsList.Delete(key)) return DeleteRefused(key, error);
     return true;
   }
   SetError(error, "Document introuvable : " + std::string(key) + ".");

@@ -64,9 +64,11 @@ long long InclusiveTax(const LTaxOptions& tax, std::string_view rateText, long l
   return LCalculateTaxByNumber(tax, taxNumber, amount, true);
 }
 
+// Empty when the counter could not be written.
 std::string NewReference(LProfile& profile, const LReferenceCounter& counter) {
   std::string prefix = LReferencePrefix(profile, counter);
-  return LFormatReference(prefix, LTakeReferenceNumber(profile, counter));
+  int number = LTakeReferenceNumber(profile, counter);
+  return number == 0 ? std::string() : LFormatReference(prefix, number);
 }
 
 }  // namespace
@@ -177,6 +179,7 @@ namespace {
 bool PostSalesDocument(LProfile& profile, LSalesDocument& document, bool creditNote, std::string_view userName) {
   std::string reference = document.GetString("JournalTxnRef");
   if (reference.empty()) reference = NewReference(profile, kSalesCounter);
+  if (reference.empty()) return false;
   LLedgerTransaction txn;
   LSalesDocumentBuildTransaction(profile, document, creditNote, document.GetDate(), reference, userName, txn);
   document.SetString("JournalTxnRef", reference);
@@ -196,6 +199,7 @@ bool LCreditNoteRecordTransactions(LProfile& profile, LSalesDocument& creditNote
 bool LPaymentRecordTransactions(LProfile& profile, LRecord& payment, std::string_view userName) {
   std::string reference = payment.GetString("JournalTxnRef");
   if (reference.empty()) reference = NewReference(profile, kReceiptCounter);
+  if (reference.empty()) return false;
   LInvoiceOptions options;
   options.OpenFrom(profile);
   // A refund is the same transaction the other way round: the money leaves the deposit account.

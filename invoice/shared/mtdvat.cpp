@@ -9,6 +9,7 @@
 #include "invoice/shared/mtdfraudheaders.h"
 #include "invoice/shared/options.h"
 #include "invoice/shared/profile.h"
+#include "llib/gen/log.h"
 #include "llib/gen/percent.h"
 #include "llib/gen/usersettings.h"
 #include "llib/gen/jsontext.h"
@@ -299,15 +300,16 @@ bool FKMTDforVATAuthDlg::Authorize(std::string_view pasted) {
   LUserSettingGetPassword(kMTDPasswordSection, "AuthorizationCode", oldCode);
   LUserSettingGetPassword(kMTDPasswordSection, "AccessToken", oldAccess);
   LUserSettingGetPassword(kMTDPasswordSection, "RefreshToken", oldRefresh);
-  LUserSettingSetPassword(kMTDPasswordSection, "AuthorizationCode", parsed);
-  LUserSettingDeletePassword(kMTDPasswordSection, "AccessToken");
-  LUserSettingDeletePassword(kMTDPasswordSection, "RefreshToken");
-  if (OAuthAccessTokenRequest(process_, FKMTDOAuthClient())) return true;
-  // A refused code leaves the tokens as they were.
-  if (oldCode.empty()) LUserSettingDeletePassword(kMTDPasswordSection, "AuthorizationCode");
-  else LUserSettingSetPassword(kMTDPasswordSection, "AuthorizationCode", oldCode);
-  if (!oldAccess.empty()) LUserSettingSetPassword(kMTDPasswordSection, "AccessToken", oldAccess);
-  if (!oldRefresh.empty()) LUserSettingSetPassword(kMTDPasswordSection, "RefreshToken", oldRefresh);
+  bool stored = LUserSettingSetPassword(kMTDPasswordSection, "AuthorizationCode", parsed) &&
+                LUserSettingDeletePassword(kMTDPasswordSection, "AccessToken") &&
+                LUserSettingDeletePassword(kMTDPasswordSection, "RefreshToken");
+  if (stored && OAuthAccessTokenRequest(process_, FKMTDOAuthClient())) return true;
+  // A refused code, or one that could not be kept, leaves the tokens as they were.
+  bool restored = (oldCode.empty() ? LUserSettingDeletePassword(kMTDPasswordSection, "AuthorizationCode")
+                                   : LUserSettingSetPassword(kMTDPasswordSection, "AuthorizationCode", oldCode)) &&
+                  (oldAccess.empty() || LUserSettingSetPassword(kMTDPasswordSection, "AccessToken", oldAccess)) &&
+                  (oldRefresh.empty() || LUserSettingSetPassword(kMTDPasswordSection, "RefreshToken", oldRefresh));
+  if (!restored) LLogError("MTD: the previous tokens could not be put back");
   alert_ = {std::string(process_.IsToStop() ? kCancelled : kConnectFailed), std::string(kAuthorizationFailed)};
   return false;
 }

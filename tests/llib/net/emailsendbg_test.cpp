@@ -44,7 +44,7 @@ class EmailSendBackground : public LHomeTest {
     settings.server = address;
     settings.useEncryption = false;
     settings.replyTo = "factures@mon-entreprise.fr";
-    LEmailSettingsSave(settings);
+    ASSERT_TRUE(LEmailSettingsSave(settings));
   }
   std::string Attachment() {
     std::string path = home_.Path() + "/Facture-1042.pdf";
