@@ -35,7 +35,7 @@ struct Business {
     ::setenv("KONTAVO_HOME", folder.Path().c_str(), 1);
     ::setenv("KONTAVO_COUNTRY", "FR", 1);
     profile = std::make_unique<LProfile>(folder.Path() + "/Shared");
-    LAccountListCreateDefault(*profile);
+    LBenchRequire(LAccountListCreateDefault(*profile), "LAccountListCreateDefault");
     std::string bank = LGetAccountNumberUsingDescription(*profile, "Compte-chèque");
     LTextBuffer ledgerFolder;
     LLegderGetBaseFolder(*profile, ledgerFolder);

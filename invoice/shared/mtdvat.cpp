@@ -149,7 +149,8 @@ bool ReadVatObligations(LProfile& profile, std::string_view text) {
   std::vector<std::string> keys;
   LRecord walker;
   for (LFileStoreIteratorBase it(list, walker); walker.IsAttached(); it.Next(walker)) keys.push_back(walker.GetPrimaryKey());
-  for (const auto& key : keys) list.Delete(key);
+  for (const auto& key : keys)
+    if (!list.Delete(key)) return false;
   for (const auto& element : *obligations) {
     LVATObligation obligation;
     list.OpenAlways(obligation, JsonText(element, "periodKey"));
@@ -158,7 +159,7 @@ bool ReadVatObligations(LProfile& profile, std::string_view text) {
     obligation.SetString("DueDate", JsonText(element, "due"));
     obligation.SetString("Status", JsonText(element, "status"));
     obligation.SetString("ReceivedDate", JsonText(element, "received"));
-    list.Save(obligation);
+    if (!obligation.Flush()) return false;
   }
   return true;
 }

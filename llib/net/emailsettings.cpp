@@ -2,6 +2,7 @@
 
 #include <string_view>
 
+#include "llib/gen/log.h"
 #include "llib/gen/usersettings.h"
 #include "llib/net/email.h"
 #include "llib/net/emailaddress.h"
@@ -23,8 +24,25 @@ std::string_view FlagText(bool on) { return on ? "1" : "0"; }
 
 }  // namespace
 
+bool LEmailSettingsCreateDefaults() {
+  const LEmailSettings defaults;
+  const std::pair<std::string_view, std::string_view> keys[] = {
+      {kServer, defaults.server},
+      {kUser, defaults.user},
+      {kSender, defaults.sender},
+      {kReplyTo, defaults.replyTo},
+      {kUseEncryption, FlagText(defaults.useEncryption)},
+      {kVerifyCertificate, FlagText(defaults.verifyCertificate)},
+      {kCAFile, defaults.caFile},
+  };
+  for (const auto& [key, value] : keys)
+    if (!LUserSettingTestExists(kGroup, key) && !LUserSettingSetString(kGroup, key, value)) return false;
+  return true;
+}
+
 LEmailSettings LEmailSettingsLoad() {
-  // A key never stored reads as its default.
+  // Unwritten defaults are still read as defaults below; they are written again next time.
+  if (!LEmailSettingsCreateDefaults()) LLogWarning("Email: the default settings could not be stored");
   const LEmailSettings defaults;
   LEmailSettings settings;
   settings.server = LUserSettingGetString(kGroup, kServer, defaults.server);

@@ -29,7 +29,10 @@ struct LEmailSettings {
   std::string caFile;
 };
 
-// The stored settings; a setting never stored reads as its default.
+// Writes the default of every key that is missing (existing keys are left alone); false when one
+// could not be written.
+[[nodiscard]] bool LEmailSettingsCreateDefaults();
+// The stored settings, defaults created first; a setting never stored reads as its default.
 LEmailSettings LEmailSettingsLoad();
 // "" when settings can be stored; otherwise the French message of the first fault: a server
 // that is not "host[:port]" ("Serveur de messagerie non valide : ..."), a sender or reply
