@@ -2,6 +2,7 @@
 
 #include "accounts/webbank.h"
 #include "accounts/webfec.h"
+#include "accounts/webreports.h"
 #include "invoice/shared/webnavtabs.h"
 #include "llib/web/webletroutes.h"
 
@@ -17,6 +18,7 @@ const LWebletRoute kAccountsRoutes[] = {
 void LAccountsInstallWebPages() {
   LWebletInstallScripts(kAccountsRoutes);
   LAccountsInstallBankPages();
+  LAccountsInstallReportPages();
   // Each tab shows once a page serves its route.
   for (const LWebNavTab& tab : {LWebNavTab{"billlist", "Factures fournisseurs", 100},
                                 LWebNavTab{"billpaymentlist", "Règlements fournisseurs", 110},

@@ -27,45 +27,11 @@ constexpr int kVatNumberControl = 108;
 
 int AmountOrder(long long amount) { return static_cast<int>(std::clamp<long long>(amount, INT_MIN + 1, INT_MAX - 1)); }
 
-struct CustomerChoice {
-  std::string key;
-  std::string name;
-};
-
-std::vector<CustomerChoice> Customers(LProfile& profile) {
-  std::vector<CustomerChoice> all;
-  LCustomer customer;
-  for (LFileStoreIteratorBase it(profile.MainList(kCustomersList), customer); customer.IsAttached(); it.Next(customer))
-    all.push_back({customer.GetPrimaryKey(), customer.GetString("Name")});
-  std::sort(all.begin(), all.end(), [](const auto& a, const auto& b) { return a.key < b.key; });
-  return all;
-}
-
 bool AllDigits(const std::string& text, std::size_t count) {
   return text.size() == count && text.find_first_not_of("0123456789") == std::string::npos;
 }
 
 }  // namespace
-
-void LWebCustomerChoices(LProfile& profile, std::vector<std::string>& texts, std::vector<std::string>& values) {
-  texts = {""};
-  values = {""};
-  for (const CustomerChoice& choice : Customers(profile)) {
-    texts.push_back(choice.name.empty() ? choice.key : choice.key + " - " + choice.name);
-    values.push_back(choice.key);
-  }
-}
-
-std::string LWebCustomerSelect(LProfile& profile, std::string_view name, std::string_view chosen, bool forFilter) {
-  std::string html = LWebFormat("<select name=%s><option value=''>%s</option>", std::string(name).c_str(),
-                                forFilter ? "Tous" : "");
-  for (const CustomerChoice& choice : Customers(profile)) {
-    std::string text = choice.name.empty() ? choice.key : choice.key + " - " + choice.name;
-    html += LWebFormat("<option value='%H'%s>%H</option>", choice.key.c_str(), choice.key == chosen ? " selected" : "",
-                       text.c_str());
-  }
-  return html + "</select>";
-}
 
 // ---- "customerlist" -------------------------------------------------------------------------------
 

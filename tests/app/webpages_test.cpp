@@ -39,7 +39,8 @@ TEST_F(WebPagesTest, TabsShowTheServedSectionsAndMarkTheCurrentOne) {
                       "<a href='creditnotelist' class=navtab>Avoirs</a>"
                       "<a href='itemlist' class=navtab>Articles</a><a href='salespersonlist' class=navtab>Vendeurs</a>"
                       "<a href='grouplist' class=navtab>Groupes</a><a href='recon' class=navtab>Banque</a>"
-                      "<a href='userlist' class=navtab>Utilisateurs</a><a href='fecexport' class=navtab>FEC</a>"
+                      "<a href='reports' class=navtab>Rapports</a><a href='userlist' class=navtab>Utilisateurs</a>"
+                      "<a href='fecexport' class=navtab>FEC</a>"
                       "<a href='businesslist' class=navtab>Entreprises</a>"
                       "</div><div class=contenttable>"),
             std::string::npos)
@@ -59,7 +60,8 @@ TEST_F(WebPagesTest, TabsShowTheServedSectionsAndMarkTheCurrentOne) {
 
   // The users and FEC tabs are for administrators only.
   std::string userMain = LHttpGet(port_, "/main", UserSession("--user")).body;
-  EXPECT_NE(userMain.find("<a href='recon' class=navtab>Banque</a></div>"), std::string::npos);
+  EXPECT_NE(userMain.find("<a href='recon' class=navtab>Banque</a><a href='reports' class=navtab>Rapports</a></div>"),
+            std::string::npos);
   EXPECT_EQ(userMain.find("userlist"), std::string::npos);
   EXPECT_EQ(userMain.find("fecexport"), std::string::npos);
 }
