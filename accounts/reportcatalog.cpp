@@ -14,7 +14,10 @@
 #include "accounts/reconcile.h"
 #include "accounts/reportcatalog.h"
 #include "accounts/trialbalance.h"
+#include "invoice/shared/profile.h"
 #include "invoice/shared/agingreport.h"
+#include "invoice/shared/customer.h"
+#include "invoice/shared/customerstatement.h"
 #include "invoice/shared/inventory.h"
 #include "invoice/shared/itemsreport.h"
 #include "invoice/shared/salesreports.h"
@@ -104,6 +107,25 @@ bool BuildSales(LProfile& profile, const LReportRequest& request, LReportTable& 
   return true;
 }
 
+// The statement of the one customer asked for, over the period (up to the request's date when it
+// has no last day).
+bool BuildStatement(LProfile& profile, const LReportRequest& request, LReportTable& table, std::string& error) {
+  if (request.customers.size() != 1) {
+    error = "Choisissez un client.";
+    return false;
+  }
+  LRecord customer;
+  if (!profile.MainList(kCustomersList).Open(customer, request.customers.front())) {
+    error = "Client introuvable : " + request.customers.front();
+    return false;
+  }
+  customer.DetachWithoutSave();
+  LReportCustomerStatement(profile, request.customers.front(), request.from,
+                           request.to.IsValid() ? request.to : request.date)
+      .GenerateReport(table);
+  return true;
+}
+
 // The stock at the end of the request's date.
 bool BuildInventory(LProfile& profile, const LReportRequest& request, LReportTable& table,
                     std::string&) {
@@ -172,6 +194,7 @@ constexpr LReportEntry kReports[] = {
     {"tb", "Balance de vérification", kStatements, kReportAsksOptionalFrom | kReportConsolidates, BuildTrialBalance},
     {"cf", "Tableau des flux de trésorerie", kStatements, kReportAsksPeriod | kReportConsolidates, BuildCashFlow},
     {"coa", "Plan comptable", kStatements, 0, BuildChart},
+    {"statement", "Relevé de compte client", kSales, kReportAsksPeriod | kReportAsksOneCustomer, BuildStatement},
     {"aging", "Balance âgée des clients", kSales, kReportAsksDate | kReportAsksCustomers, BuildAging},
     {"unpaid", "Factures impayées", kSales, kSalesAsks, BuildSales<LReportUnpaidInvoices>},
     {"invoices", "Factures", kSales, kSalesAsks, BuildSales<LReportInvoices>},

@@ -50,6 +50,7 @@ enum LReportAsks : unsigned {
   kReportAsksOptionalFrom = 1u << 5,// an end day and an optional first day (from the beginning)
   kReportAsksSubject = 1u << 6,     // a budget or a vehicle (LReportRequest::subject)
   kReportConsolidates = 1u << 7,    // may total several businesses with factors
+  kReportAsksOneCustomer = 1u << 8, // exactly one customer (a customer's statement)
 };
 
 struct LReportEntry {

@@ -3,7 +3,9 @@
 // with an optional first day (reportdatef), with the customer or bank account the report needs.
 // Each pull-down of named periods fills the date fields through its AJAX route, and the count of
 // the report's lines follows the choices (getreportitemcount). OK shows the report
-// (generatereport) with the chosen values in its address.
+// (generatereport) with the chosen values in its address. The chooser of a customer's statement
+// (customstatement) is the period chooser with exactly one customer; its OK goes to
+// generateStatement.
 #include <initializer_list>
 #include <set>
 #include <string>
@@ -37,6 +39,9 @@ constexpr int kDateChoice = 221;
 constexpr int kDate = 222;
 constexpr int kFromChoice = 231;
 constexpr int kFromDate = 232;
+
+// The chooser of a customer's statement: one period and exactly one customer.
+constexpr char kStatementRoute[] = "customstatement";
 
 enum class Layout { kPeriod, kTwoPeriods, kDate, kDateWithFrom };
 
@@ -98,8 +103,13 @@ bool ReadChosen(LWebletForm& form, const LReportEntry& entry, Layout layout, LRe
   }
   if (!read) return false;
   if (!request.date.IsValid()) request.date = request.to.IsValid() ? request.to : LDate::Today();
-  if (std::string customer = Param(form, kCustomer); (entry.asks & kReportAsksCustomers) && !customer.empty())
-    request.customers = {customer};
+  std::string customer = Param(form, kCustomer);
+  if ((entry.asks & (kReportAsksCustomers | kReportAsksOneCustomer)) && !customer.empty()) request.customers = {customer};
+  if ((entry.asks & kReportAsksOneCustomer) && customer.empty()) {
+    errorId = kCustomer;
+    error = "Choisissez un client.";
+    return false;
+  }
   if (entry.asks & kReportAsksAccount) {
     request.account = Param(form, kAccount);
     if (request.account.empty()) {
@@ -126,7 +136,9 @@ std::vector<std::string> Codes(std::span<const LReportChoice> choices) {
 class LWebReportChooserDialog : public LWebDialogEx {
  public:
   explicit LWebReportChooserDialog(LWebletForm& form, std::string_view route)
-      : LWebDialogEx(form, route), entry_(WLReportEntryOf(form)), layout_(LayoutOf(route)) {
+      : LWebDialogEx(form, route),
+        entry_(route == kStatementRoute ? LReportFind("statement") : WLReportEntryOf(form)),
+        layout_(LayoutOf(route)) {
     SetTitle(entry_ != nullptr ? entry_->title : std::string_view("Rapports"));
     SetOkText("Afficher le rapport");
     SetCancelText("Annuler");
@@ -191,10 +203,10 @@ class LWebReportChooserDialog : public LWebDialogEx {
         AddDate(kDateChoice, kDate, "Jusqu'au :", LReportDateChoices(), "cbdtselchange");
         break;
     }
-    if (entry_->asks & kReportAsksCustomers) {
+    if (entry_->asks & (kReportAsksCustomers | kReportAsksOneCustomer)) {
       std::vector<std::string> texts, values;
       LWebCustomerChoices(profile, texts, values);
-      texts.front() = "Tous les clients";
+      texts.front() = (entry_->asks & kReportAsksOneCustomer) ? "" : "Tous les clients";
       AddPullDownList(kCustomer, "Client :", texts, values, false, {});
     }
     if (entry_->asks & kReportAsksAccount) {
@@ -219,7 +231,8 @@ class LWebReportChooserDialog : public LWebDialogEx {
       PopupControlDataInvalid(errorId, error);
       return false;
     }
-    Redirect("generatereport?" + WLReportQuery(*entry_, request));
+    Redirect(std::string((entry_->asks & kReportAsksOneCustomer) ? "generateStatement?" : "generatereport?") +
+             WLReportQuery(*entry_, request));
     SetAnswerWritten();
     return true;
   }
@@ -366,6 +379,7 @@ const LWebletRoute kChooserRoutes[] = {
     {kTwoPeriodsRoute, WLRunChooser<kTwoPeriodsRoute>},
     {kDateRoute, WLRunChooser<kDateRoute>},
     {kDateWithFromRoute, WLRunChooser<kDateWithFromRoute>},
+    {kStatementRoute, WLRunChooser<kStatementRoute>},
     {"cbrpselchange", VWAJAXPeriodChange},
     {"cbrpselchangeforcustomers", VWAJAXPeriodChangeForCustomers},
     {"cbdtselchange", VWAJAXDateChange},

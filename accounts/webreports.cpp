@@ -4,11 +4,15 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <ctime>
 
 #include "accounts/reportperiods.h"
 #include "accounts/webpagemainex.h"
+#include "invoice/shared/customerstatement.h"
 #include "invoice/shared/options.h"
 #include "invoice/shared/profile.h"
+#include "llib/gen/log.h"
+#include "llib/gen/money.h"
 #include "llib/gen/textnum.h"
 #include "llib/web/webformat.h"
 #include "llib/web/webletform.h"
@@ -58,6 +62,21 @@ bool ReadBusinesses(std::string_view list, std::vector<LProfilesAndRates>& out, 
   return true;
 }
 
+// A customer's statement downloaded is an issued statement: it goes to the customer's log.
+void LogStatement(LWebletForm& form, LProfile& profile, const LReportRequest& request, const LReportTable& table) {
+  LCustomerStatementIssue issue;
+  issue.customer = request.customers.front();
+  issue.from = request.from.IsValid() ? request.from.ToText() : "";
+  issue.to = (request.to.IsValid() ? request.to : request.date).ToText();
+  for (const LReportRow& row : table.rows)
+    if (row.kind == LReportRowKind::kResult && row.values.size() == 5 && row.values[4]) issue.closing = *row.values[4];
+  issue.issued = LDateTimeText(std::time(nullptr));
+  issue.user = WLSessionUserName(form);
+  if (issue.user.empty()) issue.user = "Bureau";
+  issue.format = "CSV";
+  if (!LCustomerStatementLogAdd(profile, issue)) LLogError("Relevé de %s : journal non écrit.", issue.customer.c_str());
+}
+
 // The report as a CSV file, named after the report and its last day.
 void AnswerCsv(LWebletForm& form, const LReportEntry& entry, const LReportRequest& request) {
   LProfile profile(WLSessionBusinessFolder(form));
@@ -76,11 +95,11 @@ void AnswerCsv(LWebletForm& form, const LReportEntry& entry, const LReportReques
                               "Cache-Control: no-store\r\n\r\n",
                               std::string(entry.name).c_str(), last.ToText().c_str(), csv.size()));
   form.Write(csv);
+  if (entry.asks & kReportAsksOneCustomer) LogStatement(form, profile, request, table);
 }
 
 // The report of the query, or its CSV file; the centre when the query names no report.
-void ShowReport(LWebletForm& form, LReportRequest request) {
-  const LReportEntry* entry = WLReportEntryOf(form);
+void ShowReport(LWebletForm& form, const LReportEntry* entry, LReportRequest request) {
   if (entry == nullptr) {
     WLRedirect(form, kReportsTab);
     return;
@@ -139,7 +158,6 @@ struct LReportCentreLink {
   const char* text;
 };
 constexpr LReportCentreLink kCentreLinks[] = {
-    {"customstatement", "Ventes", "Relevé de compte d'un client"},
     {"budgetreports", "Budgets", "Budget et réalisé"},
     {"budgetlist", "Budgets", "Budgets"},
     {"mileagereports", "Kilométrage", "Indemnités kilométriques"},
@@ -178,7 +196,7 @@ class LWebReportsPage : public LWebPageMainEx {
 
 void WLGenerateReport(LWebletForm& form) {
   LReportRequest request;
-  if (QueryRequest(form, request)) ShowReport(form, std::move(request));
+  if (QueryRequest(form, request)) ShowReport(form, WLReportEntryOf(form), std::move(request));
 }
 
 // The named period ("period") or day ("when") replaces the query's dates.
@@ -195,7 +213,7 @@ void WLGenerateReportNamed(LWebletForm& form, bool period) {
     return;
   }
   if (!period) request.to = request.date;  // the trial balance ends on the day
-  ShowReport(form, std::move(request));
+  ShowReport(form, WLReportEntryOf(form), std::move(request));
 }
 
 void WLGenerateReportPeriod(LWebletForm& form) { WLGenerateReportNamed(form, true); }
@@ -211,7 +229,8 @@ void WLReportRedirect(LWebletForm& form) {
     return;
   }
   const char* route = "generatereport";
-  if (entry->asks & kReportAsksComparison) route = "reportperiod1";
+  if (entry->asks & kReportAsksOneCustomer) route = "customstatement";
+  else if (entry->asks & kReportAsksComparison) route = "reportperiod1";
   else if (entry->asks & kReportAsksOptionalFrom) route = "reportdatef";
   else if (entry->asks & kReportAsksPeriod) route = "reportperiod";
   else if (entry->asks & (kReportAsksDate | kReportAsksSubject)) route = "reportdate";
@@ -221,12 +240,46 @@ void WLReportRedirect(LWebletForm& form) {
   WLRedirect(form, LWebFormat("%s?report=%U", route, std::string(entry->name).c_str()) + query);
 }
 
+// ---- Customer statements -------------------------------------------------------------------------
+
+void WLGenerateStatement(LWebletForm& form) {
+  LReportRequest request;
+  if (QueryRequest(form, request)) ShowReport(form, LReportFind("statement"), std::move(request));
+}
+
+// "generatelog?customer=KEY": the statements issued to the customer.
+class LWebStatementLogPage : public LWebReportSectionPage {
+ public:
+  explicit LWebStatementLogPage(LWebletForm& form) : LWebReportSectionPage(form, "Relevés émis") {}
+  void Generate() override {
+    LProfile profile(WLSessionBusinessFolder(form_));
+    std::string customer = form_.GetParam("customer");
+    std::vector<LCustomerStatementIssue> issues = LCustomerStatementLog(profile, customer);
+    form_.wfprintf("<p class=reportlinks><a href='customstatement?customer=%U' class=actionlink>Nouveau relevé</a> "
+                   "<a href='reports' class=actionlink>Tous les rapports</a></p>"
+                   "<table class=report id=statementlog><caption>Relevés émis pour %H</caption>"
+                   "<thead><tr><th>Émis le</th><th>Du</th><th>Au</th><th>Solde</th><th>Par</th><th>Format</th></tr>"
+                   "</thead><tbody>",
+                   customer.c_str(), customer.c_str());
+    for (const LCustomerStatementIssue& issue : issues) {
+      std::string closing = LFormatMoney(issue.closing, profile.GetCurrencyFormat());
+      form_.wfprintf("<tr><td>%H</td><td>%H</td><td>%H</td><td class=amount>%H</td><td>%H</td><td>%H</td></tr>",
+                     issue.issued.c_str(), issue.from.c_str(), issue.to.c_str(), closing.c_str(), issue.user.c_str(),
+                     issue.format.c_str());
+    }
+    if (issues.empty()) form_.Write("<tr><td colspan=6>Aucun relevé émis pour ce client.</td></tr>");
+    form_.Write("</tbody></table>");
+  }
+};
+
 const LWebletRoute kReportRoutes[] = {
     {"reports", WLWebPageRun<LWebReportsPage>},
     {"generatereport", WLGenerateReport},
     {"generatereportperiod", WLGenerateReportPeriod},
     {"generatereportdate", WLGenerateReportDate},
     {"reportredirect", WLReportRedirect},
+    {"generateStatement", WLGenerateStatement},
+    {"generatelog", WLWebPageRun<LWebStatementLogPage>},
 };
 
 }  // namespace
@@ -287,6 +340,9 @@ void LWebReportPage::Generate() {
   if (built)
     form_.wfprintf("<a href='generatereport?%s&format=csv' class=actionlink download>Télécharger en CSV</a> ",
                    query.c_str());
+  if ((entry_.asks & kReportAsksOneCustomer) && !request_.customers.empty())
+    form_.wfprintf("<a href='generatelog?customer=%U' class=actionlink>Relevés émis</a> ",
+                   request_.customers.front().c_str());
   form_.Write("<a href='reports' class=actionlink>Tous les rapports</a></p>");
   if (!built) {
     form_.wfprintf("<p class=error id=errorTag>%H</p>", error.c_str());

@@ -71,6 +71,9 @@ class WebReportsTest : public LWebServerTest {
          "cr:1110:700"});
     Run({"journal", "add", "--date", "2025-05-31", "--type", "0", "--ref", "LOY2", "--desc", "Loyer", "dr:6410:750",
          "cr:1110:750"});
+    Run({"creditnote", "new", "--customer", "C2", "--date", "2025-07-10", "--untaxed", "--line", "|Remise|1|100|Aucun|"});
+    Run({"payment", "add", "--customer", "C2", "--amount", "500", "--date", "2025-08-01", "--apply", "2=500",
+         "--account", "Compte-chèque"});
     session_ = Logon();
     ASSERT_FALSE(session_.empty());
   }
@@ -96,10 +99,11 @@ TEST_F(WebReportsTest, EveryReportOfTheCentreEqualsTheCommandCellForCell) {
   EXPECT_NE(centre.find("<h3>États financiers</h3>"), std::string::npos);
 
   // One set of choices for all: each report reads what it asks for.
-  const std::string query = "from=2024-01-01&to=2025-12-31&date=2025-12-31&cfrom=2024-01-01&cto=2024-12-31&account=1110";
+  const std::string query =
+      "from=2024-01-01&to=2025-12-31&date=2025-12-31&cfrom=2024-01-01&cto=2024-12-31&account=1110&customer=C2";
   const std::vector<std::string> options = {"--from", "2024-01-01", "--to", "2025-12-31", "--date", "2025-12-31",
                                             "--compare-from", "2024-01-01", "--compare-to", "2024-12-31",
-                                            "--account", "1110"};
+                                            "--account", "1110", "--customer", "C2"};
   int compared = 0;
   for (const std::string& name : linked) {
     SCOPED_TRACE(name);
@@ -146,7 +150,53 @@ TEST_F(WebReportsTest, EveryReportOfTheCentreEqualsTheCommandCellForCell) {
   std::vector<PageRow> pl = PageRows(Get("/generatereport?report=pl&from=2024-01-01&to=2025-12-31").body);
   ASSERT_FALSE(pl.empty());
   EXPECT_EQ(pl.back().label, "Bénéfice net");
-  EXPECT_EQ(pl.back().values[0], 445050 - 145000);
+  EXPECT_EQ(pl.back().values[0], 445050 - 10000 - 145000);
+}
+
+TEST_F(WebReportsTest, CustomerStatementBringsTheBalanceForwardAgesItAndLogsWhatIsIssued) {
+  // The chooser asks for exactly one customer.
+  std::string chooser = Get("/customstatement").body;
+  EXPECT_EQ(chooser.find("Tous les clients"), std::string::npos);
+  const std::string base = "report=statement&chooser=customstatement&201=custom&202=2025-01-01&203=2025-12-31";
+  EXPECT_NE(Post("/customstatement", base + "&submit=Afficher+le+rapport").body.find(
+                "ShowControlError('204', 'Choisissez un client.');"),
+            std::string::npos);
+  EXPECT_NE(Post("/customstatement", base + "&204=C2&submit=Afficher+le+rapport").body.find(
+                "window.location = 'generateStatement?report=statement&from=2025-01-01&to=2025-12-31&customer=C2';"),
+            std::string::npos);
+
+  // 2024's invoice is brought forward; the year's invoice, credit note and payment follow in date
+  // order with the running balance; the invoices still owed are aged as at the last day.
+  const std::string query = "customer=C2&from=2025-01-01&to=2025-12-31";
+  std::string page = Get("/generateStatement?" + query).body;
+  std::vector<PageRow> rows = PageRows(page);
+  std::vector<std::pair<std::string, nlohmann::json>> expected = {
+      {"Solde reporté", 80000},  {"Facture 4", 280000},          {"Avoir 1", 270000},
+      {"Paiement 2", 220000},     {"Total de la période", nullptr}, {"Solde au 2025-12-31", 220000},
+      {"Ancienneté du solde", nullptr}, {"Courant", 0},            {"1 à 30 jours", 0},
+      {"31 à 60 jours", 0},       {"61 à 90 jours", 0},          {"Plus de 90 jours", 230000}};
+  ASSERT_EQ(rows.size(), expected.size()) << page;
+  for (std::size_t r = 0; r < rows.size(); ++r) {
+    EXPECT_EQ(rows[r].label, expected[r].first);
+    if (rows[r].kind != "heading") EXPECT_EQ(rows[r].values[4], expected[r].second) << rows[r].label;
+  }
+  EXPECT_EQ(rows[1].texts[0], "2025-06-30");  // date and due date as text cells
+  EXPECT_EQ(rows[1].texts[1], "2025-07-30");
+  EXPECT_EQ(rows[4].values[2], nlohmann::json(200000));  // the period's debits and credits
+  EXPECT_EQ(rows[4].values[3], nlohmann::json(60000));
+
+  // Downloading it issues it: the log shows it, for this customer only.
+  EXPECT_NE(Get("/generatelog?customer=C2").body.find("Aucun relevé émis pour ce client."), std::string::npos);
+  LWebResponse csv = Get("/generateStatement?" + query + "&format=csv");
+  EXPECT_NE(csv.body.find("\"Solde au 2025-12-31\",\"2025-12-31\",\"\",\"\",\"\",\"2200.00\""), std::string::npos)
+      << csv.body;
+  std::string log = Get("/generatelog?customer=C2").body;
+  EXPECT_NE(log.find("<td>2025-01-01</td><td>2025-12-31</td><td class=amount>$2,200.00</td><td>Alice Admin</td>"
+                     "<td>CSV</td>"),
+            std::string::npos)
+      << log;
+  EXPECT_NE(Get("/generatelog?customer=C1").body.find("Aucun relevé émis"), std::string::npos);
+  EXPECT_NE(Get("/generateStatement?customer=C9").body.find("Client introuvable : C9"), std::string::npos);
 }
 
 TEST_F(WebReportsTest, ChoosersLeadToTheReportAndRefuseWhatDoesNotRead) {
