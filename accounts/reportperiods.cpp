@@ -1,15 +1,9 @@
 #include "accounts/reportperiods.h"
 
-#include "accounts/fiscalyear.h"
+#include "invoice/shared/fiscalyear.h"
+#include "invoice/shared/weblistperiod.h"
 
 namespace {
-
-constexpr LReportChoice kPeriods[] = {
-    {"fy", "Exercice en cours"},         {"lastfy", "Exercice précédent"}, {"fytd", "Exercice à ce jour"},
-    {"month", "Mois en cours"},          {"lastmonth", "Mois dernier"},    {"quarter", "Trimestre en cours"},
-    {"lastquarter", "Trimestre dernier"}, {"year", "Année civile en cours"}, {"lastyear", "Année civile précédente"},
-    {"custom", "Période choisie"},
-};
 
 constexpr LReportChoice kDates[] = {
     {"today", "Aujourd'hui"},
@@ -51,43 +45,17 @@ FiscalYear FiscalYearOf(LProfile& profile, const LDate& day) {
 
 }  // namespace
 
-std::span<const LReportChoice> LReportPeriodChoices() { return kPeriods; }
 std::span<const LReportChoice> LReportDateChoices() { return kDates; }
 std::span<const LReportChoice> LReportFromChoices() { return kFroms; }
 
 bool LReportPeriodOf(LProfile& profile, std::string_view code, const LDate& today, LDate& from, LDate& to) {
-  int year = today.year, month = today.month;
-  int quarterFirst = (month - 1) / 3 * 3 + 1;
-  if (code == "fy" || code == "fytd") {
-    FiscalYear fiscal = FiscalYearOf(profile, today);
-    from = fiscal.from;
-    to = code == "fy" ? fiscal.to : today;
-  } else if (code == "lastfy") {
-    FiscalYear fiscal = FiscalYearOf(profile, FiscalYearOf(profile, today).from.AddDays(-1));
-    from = fiscal.from;
-    to = fiscal.to;
-  } else if (code == "month") {
-    from = LDate(year, month, 1);
-    to = MonthEnd(year, month);
-  } else if (code == "lastmonth") {
-    PreviousMonth(year, month);
-    from = LDate(year, month, 1);
-    to = MonthEnd(year, month);
-  } else if (code == "quarter") {
-    from = LDate(year, quarterFirst, 1);
-    to = MonthEnd(year, quarterFirst + 2);
-  } else if (code == "lastquarter") {
-    month = quarterFirst;
-    PreviousMonth(year, month);
-    from = LDate(year, month - 2, 1);
-    to = MonthEnd(year, month);
-  } else if (code == "year" || code == "lastyear") {
-    if (code == "lastyear") --year;
-    from = LDate(year, 1, 1);
-    to = LDate(year, 12, 31);
-  } else {
+  LDTPeriod period;
+  LDate first, last;
+  if (!LWebNamedPeriodDates(profile, code, today, period) || !LDate::Parse(period.from, first) ||
+      !LDate::Parse(period.to, last))
     return false;
-  }
+  from = first;
+  to = last;
   return true;
 }
 

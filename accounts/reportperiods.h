@@ -1,8 +1,9 @@
-// The periods and days a report is asked for by name in the report pages ("Exercice en cours",
-// "Mois dernier", "Fin de l'exercice précédent"): each choice is a code, a French text and the
-// rule that turns it into dates from a given today and the business's fiscal year. A link made
-// with a code ("generatereportperiod?report=pl&period=fy") keeps meaning the current period as
-// time passes.
+// The days a report is asked for by name in the report pages ("Aujourd'hui", "Fin de l'exercice
+// précédent"), and the first days of a period that may start with the books: each choice is a
+// code, a French text and the rule that turns it into a date from a given today and the
+// business's fiscal year. A link made with a code ("generatereportdate?report=bs&when=endlastfy")
+// keeps meaning the current day as time passes. Named periods are those of the lists
+// (LWebNamedPeriods, invoice/shared/weblistperiod.h); LReportPeriodOf reads them as dates.
 #pragma once
 
 #include <span>
@@ -17,9 +18,6 @@ struct LReportChoice {
   std::string_view text;  // as the pull-down lists show it
 };
 
-// Periods: the fiscal year, the last one, the fiscal year to date, the calendar month, quarter
-// and year and the ones before, and "custom" (the dates typed).
-std::span<const LReportChoice> LReportPeriodChoices();
 // Days "as at": today, the ends of last month, last quarter, last fiscal year, this fiscal year,
 // and "custom".
 std::span<const LReportChoice> LReportDateChoices();
@@ -27,7 +25,8 @@ std::span<const LReportChoice> LReportDateChoices();
 // day), the fiscal year's or the calendar year's first day, and "custom".
 std::span<const LReportChoice> LReportFromChoices();
 
-// The period of code as of today; false for "custom" or an unknown code (from and to unchanged).
+// The named period code (LWebNamedPeriods) as of today; false for "custom", "all" (no dates) or an
+// unknown code (from and to unchanged).
 bool LReportPeriodOf(LProfile& profile, std::string_view code, const LDate& today, LDate& from, LDate& to);
 // The day of a date code; false for "custom" or an unknown code (date unchanged).
 bool LReportDateOf(LProfile& profile, std::string_view code, const LDate& today, LDate& date);

@@ -3,6 +3,7 @@
 #include "accounts/webbank.h"
 #include "accounts/webfec.h"
 #include "accounts/webreports.h"
+#include "invoice/shared/weblistperiod.h"
 #include "invoice/shared/webnavtabs.h"
 #include "llib/web/webletroutes.h"
 
@@ -11,6 +12,8 @@ namespace {
 const LWebletRoute kAccountsRoutes[] = {
     {"fecexport", WLWebPageRun<LWebFecPage>},
     {"fecdownload", WLFecDownload},
+    // The period dialogs of every list with a period, sales side included.
+    {"prdselchange", WLPeriodSelectionChange},
 };
 
 }  // namespace

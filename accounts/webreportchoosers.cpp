@@ -18,6 +18,7 @@
 #include "invoice/shared/profile.h"
 #include "invoice/shared/salesreports.h"
 #include "invoice/shared/webcustomerchoice.h"
+#include "invoice/shared/weblistperiod.h"
 #include "llib/gen/textnum.h"
 #include "llib/web/webformat.h"
 #include "llib/web/webletform.h"
@@ -121,16 +122,21 @@ bool ReadChosen(LWebletForm& form, const LReportEntry& entry, Layout layout, LRe
   return true;
 }
 
-std::vector<std::string> Texts(std::span<const LReportChoice> choices) {
-  std::vector<std::string> texts;
-  for (const LReportChoice& choice : choices) texts.emplace_back(choice.text);
-  return texts;
+// The pull-down texts and codes of choices.
+void Choices(std::span<const LReportChoice> choices, std::vector<std::string>& texts, std::vector<std::string>& codes) {
+  for (const LReportChoice& choice : choices) {
+    texts.emplace_back(choice.text);
+    codes.emplace_back(choice.code);
+  }
 }
 
-std::vector<std::string> Codes(std::span<const LReportChoice> choices) {
-  std::vector<std::string> codes;
-  for (const LReportChoice& choice : choices) codes.emplace_back(choice.code);
-  return codes;
+// The named periods of the lists but "all": a report's period has two ends.
+void PeriodChoices(std::vector<std::string>& texts, std::vector<std::string>& codes) {
+  for (const LWebNamedPeriod& period : LWebNamedPeriods()) {
+    if (std::string_view(period.code) == "all") continue;
+    texts.emplace_back(period.text);
+    codes.emplace_back(period.code);
+  }
 }
 
 class LWebReportChooserDialog : public LWebDialogEx {
@@ -160,7 +166,7 @@ class LWebReportChooserDialog : public LWebDialogEx {
       SetText(choiceId, given ? std::string_view("custom") : fallback);
     };
     prefill(kPeriodChoice, {{kFrom, "from"}, {kTo, "to"}}, "fy");
-    prefill(kCompareChoice, {{kCompareFrom, "cfrom"}, {kCompareTo, "cto"}}, "lastfy");
+    prefill(kCompareChoice, {{kCompareFrom, "cfrom"}, {kCompareTo, "cto"}}, "pfy");
     prefill(kDateChoice, {{kDate, layout_ == Layout::kDateWithFrom ? "to" : "date"}}, "today");
     prefill(kFromChoice, {{kFromDate, "from"}}, "beginning");
     LProfile profile(WLSessionBusinessFolder(form_));
@@ -239,8 +245,9 @@ class LWebReportChooserDialog : public LWebDialogEx {
 
  private:
   // A pull-down of named choices (route: its AJAX), and the date field it fills.
-  void AddChoice(int choiceId, std::string_view label, std::span<const LReportChoice> choices, const char* route) {
-    AddPullDownList(choiceId, label, Texts(choices), Codes(choices), false, {});
+  void AddChoice(int choiceId, std::string_view label, const std::vector<std::string>& texts,
+                 const std::vector<std::string>& codes, const char* route) {
+    AddPullDownList(choiceId, label, texts, codes, false, {});
     AddJScript(LWebFormat("LAddEventListener(document.getElementById('%d'), 'change', function() "
                           "{ReportChoice('%s', %d);});\n",
                           choiceId, route, choiceId));
@@ -254,13 +261,17 @@ class LWebReportChooserDialog : public LWebDialogEx {
   }
   void AddPeriod(int choiceId, int fromId, int toId, std::string_view label) {
     bool customers = (entry_->asks & kReportAsksCustomers) != 0;
-    AddChoice(choiceId, label, LReportPeriodChoices(), customers ? "cbrpselchangeforcustomers" : "cbrpselchange");
+    std::vector<std::string> texts, codes;
+    PeriodChoices(texts, codes);
+    AddChoice(choiceId, label, texts, codes, customers ? "cbrpselchangeforcustomers" : "cbrpselchange");
     AddDateField(choiceId, fromId, "Du :");
     AddDateField(choiceId, toId, "Au :");
   }
   void AddDate(int choiceId, int dateId, std::string_view label, std::span<const LReportChoice> choices,
                const char* route) {
-    AddChoice(choiceId, label, choices, route);
+    std::vector<std::string> texts, codes;
+    Choices(choices, texts, codes);
+    AddChoice(choiceId, label, texts, codes, route);
     AddDateField(choiceId, dateId, "Date :");
   }
 

@@ -142,7 +142,7 @@ std::string QuickLinks(const LReportEntry& entry) {
   if (entry.asks & kReportAsksSubject) return {};
   if (entry.asks & (kReportAsksPeriod | kReportAsksComparison)) {
     add("generatereportperiod", "period", "fy", "exercice en cours");
-    add("generatereportperiod", "period", "lastfy", "exercice précédent");
+    add("generatereportperiod", "period", "pfy", "exercice précédent");
   } else if (entry.asks & (kReportAsksDate | kReportAsksOptionalFrom)) {
     if (entry.asks & kReportAsksAccount) return {};
     add("generatereportdate", "when", "today", "aujourd'hui");

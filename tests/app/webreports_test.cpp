@@ -211,18 +211,18 @@ TEST_F(WebReportsTest, ChoosersLeadToTheReportAndRefuseWhatDoesNotRead) {
 
   // The period chooser of a sales report, prefilled from the address, with its customers.
   std::string chooser = Get("/reportperiod?report=invoices&from=2024-01-01&to=2024-12-31&customer=C2").body;
-  EXPECT_NE(chooser.find("<option value='custom' selected>Période choisie</option>"), std::string::npos) << chooser;
+  EXPECT_NE(chooser.find("<option value='custom' selected>Dates choisies</option>"), std::string::npos) << chooser;
   EXPECT_NE(chooser.find("id=202 name=202 type=text value='2024-01-01'"), std::string::npos);
   EXPECT_NE(chooser.find("<option value='C2' selected>C2 - Martin &amp; fils</option>"), std::string::npos);
   EXPECT_NE(chooser.find("ReportChoice('cbrpselchangeforcustomers', 201)"), std::string::npos);
 
   // A named period fills the dates; for a sales report the customers are those invoiced then.
   const std::string base = "report=invoices&chooser=reportperiod&";
-  std::string year = Post("/cbrpselchange", base + "MainControlId=201&201=year").body;
+  std::string year = Post("/cbrpselchange", base + "MainControlId=201&201=y").body;
   std::string thisYear = std::to_string(LDate::Today().year);
   EXPECT_NE(year.find("document.getElementById('202').value = '" + thisYear + "-01-01';"), std::string::npos) << year;
   EXPECT_NE(year.find("document.getElementById('203').value = '" + thisYear + "-12-31';"), std::string::npos);
-  std::string narrowed = Post("/cbrpselchangeforcustomers", base + "MainControlId=201&201=year").body;
+  std::string narrowed = Post("/cbrpselchangeforcustomers", base + "MainControlId=201&201=y").body;
   EXPECT_NE(narrowed.find("innerHTML = '\\x3Coption value=\\'\\'\\x3ETous les clients\\x3C/option\\x3E';"),
             std::string::npos)
       << narrowed;  // nobody invoiced this year
@@ -245,8 +245,8 @@ TEST_F(WebReportsTest, ChoosersLeadToTheReportAndRefuseWhatDoesNotRead) {
             std::string::npos)
       << ok;
 
-  // A named period as of today: the fiscal year, the same as its dates given.
-  LWebResponse named = Get("/generatereportperiod?report=pl&period=lastyear");
+  // A named period as of today: last calendar year.
+  LWebResponse named = Get("/generatereportperiod?report=pl&period=py");
   std::string last = std::to_string(LDate::Today().year - 1);
   EXPECT_NE(named.body.find("Du " + last + "-01-01 au " + last + "-12-31"), std::string::npos);
   EXPECT_NE(Get("/generatereportperiod?report=pl&period=someday").body.find("Période inconnue : someday"),
