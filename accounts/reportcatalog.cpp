@@ -7,6 +7,7 @@
 #include "accounts/accounts.h"
 #include "accounts/accounttotaller.h"
 #include "accounts/balancesheet.h"
+#include "accounts/budgetreport.h"
 #include "accounts/ca3.h"
 #include "accounts/cfstmt.h"
 #include "accounts/chartofaccounts.h"
@@ -186,6 +187,24 @@ constexpr std::string_view kBank = "Banque";
 
 constexpr unsigned kSalesAsks = kReportAsksPeriod | kReportAsksCustomers;
 
+// The budget named by the request's subject against the books, over the period (the budget's
+// fiscal year when none is given).
+bool BuildBudget(LProfile& profile, const LReportRequest& request, LReportTable& table, std::string& error) {
+  LBudget budget;
+  if (request.subject.empty()) {
+    error = "Choisissez un budget.";
+    return false;
+  }
+  if (!LBudgetLoad(profile, request.subject, budget)) {
+    error = "Budget introuvable : " + request.subject;
+    return false;
+  }
+  LDTPeriod period = LBudgetPeriod(profile, budget.year);
+  if (request.from.IsValid()) period.from = request.from.ToText();
+  if (request.to.IsValid()) period.to = request.to.ToText();
+  return LBudgetReport(profile, budget, period, table, error);
+}
+
 constexpr LReportEntry kReports[] = {
     {"pl", "Compte de résultat", kStatements, kReportAsksPeriod | kReportConsolidates, BuildProfitAndLoss},
     {"pl-compare", "Compte de résultat comparatif", kStatements,
@@ -194,7 +213,7 @@ constexpr LReportEntry kReports[] = {
     {"tb", "Balance de vérification", kStatements, kReportAsksOptionalFrom | kReportConsolidates, BuildTrialBalance},
     {"cf", "Tableau des flux de trésorerie", kStatements, kReportAsksPeriod | kReportConsolidates, BuildCashFlow},
     {"coa", "Plan comptable", kStatements, 0, BuildChart},
-    {"statement", "Relevé de compte client", kSales, kReportAsksPeriod | kReportAsksOneCustomer, BuildStatement},
+    {"statement", "Relevé de compte client", kSales, kReportAsksPeriod | kReportAsksOneCustomer, BuildStatement, "customstatement"},
     {"aging", "Balance âgée des clients", kSales, kReportAsksDate | kReportAsksCustomers, BuildAging},
     {"unpaid", "Factures impayées", kSales, kSalesAsks, BuildSales<LReportUnpaidInvoices>},
     {"invoices", "Factures", kSales, kSalesAsks, BuildSales<LReportInvoices>},
@@ -211,6 +230,8 @@ constexpr LReportEntry kReports[] = {
     {"movements", "Mouvements de stock", kStock, kReportAsksPeriod, BuildItemMovements},
     {"tva-ca3", "Déclaration de TVA (CA3)", kVat, kReportAsksPeriod, BuildVatCa3},
     {"vat-obligations", "Obligations de TVA (HMRC)", kVat, 0, BuildVatObligations},
+    {"budget", "Budget et réalisé", "Budgets", kReportAsksPeriod | kReportAsksSubject, BuildBudget, "budgetreports",
+     LBudgetNames, "Budget :"},
     {"reconcile", "Rapprochement bancaire", kBank, kReportAsksDate | kReportAsksAccount, BuildReconcile},
 };
 

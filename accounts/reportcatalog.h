@@ -53,12 +53,18 @@ enum LReportAsks : unsigned {
   kReportAsksOneCustomer = 1u << 8, // exactly one customer (a customer's statement)
 };
 
+// The subjects a report may be asked about (budget names, vehicle keys), in the order offered.
+using LReportSubjects = std::vector<std::string> (*)(LProfile& profile);
+
 struct LReportEntry {
   std::string_view name;   // "pl", "bs", "aging", ... as `kontavo report` names it
   std::string_view title;  // the report's name in the report centre
   std::string_view group;  // its group there: "États financiers", "Ventes", ...
   unsigned asks = 0;       // LReportAsks bits
   LReportBuilder build;
+  std::string_view chooser = {};     // the web route that asks for it, when it has its own
+  LReportSubjects subjects = nullptr;  // with kReportAsksSubject: what may be chosen
+  std::string_view subjectLabel = {};  // and the label of that choice ("Budget :")
 };
 
 // Every report, grouped: the entries of one group follow each other.

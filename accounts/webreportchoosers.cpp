@@ -5,13 +5,15 @@
 // the report's lines follows the choices (getreportitemcount). OK shows the report
 // (generatereport) with the chosen values in its address. The chooser of a customer's statement
 // (customstatement) is the period chooser with exactly one customer; its OK goes to
-// generateStatement.
+// generateStatement. The chooser of a budget report (budgetreports) asks the budget, whose
+// fiscal year fills the period (cbudselchange).
 #include <initializer_list>
 #include <set>
 #include <string>
 #include <utility>
 #include <vector>
 
+#include "accounts/budgets.h"
 #include "accounts/reportperiods.h"
 #include "accounts/webbank.h"
 #include "accounts/webreports.h"
@@ -33,6 +35,7 @@ constexpr int kFrom = 202;
 constexpr int kTo = 203;
 constexpr int kCustomer = 204;
 constexpr int kAccount = 205;
+constexpr int kSubject = 206;
 constexpr int kCompareChoice = 211;
 constexpr int kCompareFrom = 212;
 constexpr int kCompareTo = 213;
@@ -43,6 +46,15 @@ constexpr int kFromDate = 232;
 
 // The chooser of a customer's statement: one period and exactly one customer.
 constexpr char kStatementRoute[] = "customstatement";
+// The chooser of a budget report: one period and a budget, whose year fills the period.
+constexpr char kBudgetRoute[] = "budgetreports";
+
+// The report a chooser route is for: its own, or the request's.
+const LReportEntry* EntryOf(LWebletForm& form, std::string_view route) {
+  if (route == kStatementRoute) return LReportFind("statement");
+  if (route == kBudgetRoute) return LReportFind("budget");
+  return WLReportEntryOf(form);
+}
 
 enum class Layout { kPeriod, kTwoPeriods, kDate, kDateWithFrom };
 
@@ -111,6 +123,14 @@ bool ReadChosen(LWebletForm& form, const LReportEntry& entry, Layout layout, LRe
     error = "Choisissez un client.";
     return false;
   }
+  if (entry.asks & kReportAsksSubject) {
+    request.subject = Param(form, kSubject);
+    if (request.subject.empty()) {
+      errorId = kSubject;
+      error = "Faites un choix dans la liste.";
+      return false;
+    }
+  }
   if (entry.asks & kReportAsksAccount) {
     request.account = Param(form, kAccount);
     if (request.account.empty()) {
@@ -143,7 +163,7 @@ class LWebReportChooserDialog : public LWebDialogEx {
  public:
   explicit LWebReportChooserDialog(LWebletForm& form, std::string_view route)
       : LWebDialogEx(form, route),
-        entry_(route == kStatementRoute ? LReportFind("statement") : WLReportEntryOf(form)),
+        entry_(EntryOf(form, route)),
         layout_(LayoutOf(route)) {
     SetTitle(entry_ != nullptr ? entry_->title : std::string_view("Rapports"));
     SetOkText("Afficher le rapport");
@@ -183,6 +203,7 @@ class LWebReportChooserDialog : public LWebDialogEx {
     if (LReportFromOf(profile, GetText(kFromChoice), today, from)) SetText(kFromDate, from.IsValid() ? from.ToText() : "");
     SetText(kCustomer, form_.GetParam("customer"));
     SetText(kAccount, form_.GetParam("account"));
+    SetText(kSubject, form_.GetParam("subject"));
   }
 
   void Generate() override {
@@ -193,6 +214,15 @@ class LWebReportChooserDialog : public LWebDialogEx {
     AddHiddenField("report", entry_->name);
     AddHiddenField("chooser", GetRouteName());
     LProfile profile(WLSessionBusinessFolder(form_));
+    if ((entry_->asks & kReportAsksSubject) && entry_->subjects != nullptr) {
+      std::vector<std::string> subjects = entry_->subjects(profile);
+      subjects.insert(subjects.begin(), "");
+      AddPullDownList(kSubject, entry_->subjectLabel, subjects, subjects, false, {});
+      if (entry_->chooser == kBudgetRoute)
+        AddJScript(LWebFormat("LAddEventListener(document.getElementById('%d'), 'change', function() "
+                              "{ReportChoice('cbudselchange', %d);});\n",
+                              kSubject, kSubject));
+    }
     switch (layout_) {
       case Layout::kPeriod:
         AddPeriod(kPeriodChoice, kFrom, kTo, "Période :");
@@ -338,6 +368,18 @@ void VWAJAXPeriodChangeForCustomers(LWebletForm& form) {
   form.Write(kRefreshCount);
 }
 
+// The chosen budget's fiscal year into the period's dates.
+void VWAJAXBudgetChange(LWebletForm& form) {
+  if (!StartAnswer(form)) return;
+  LProfile profile(WLSessionBusinessFolder(form));
+  LBudget budget;
+  if (LBudgetLoad(profile, Param(form, kSubject), budget)) {
+    LDTPeriod year = LBudgetPeriod(profile, budget.year);
+    form.Write(SetField(kPeriodChoice, kLWebPeriodCustom) + SetField(kFrom, year.from) + SetField(kTo, year.to));
+  }
+  form.Write(kRefreshCount);
+}
+
 void VWAJAXDateChange(LWebletForm& form) {
   if (!StartAnswer(form)) return;
   LProfile profile(WLSessionBusinessFolder(form));
@@ -391,6 +433,8 @@ const LWebletRoute kChooserRoutes[] = {
     {kDateRoute, WLRunChooser<kDateRoute>},
     {kDateWithFromRoute, WLRunChooser<kDateWithFromRoute>},
     {kStatementRoute, WLRunChooser<kStatementRoute>},
+    {kBudgetRoute, WLRunChooser<kBudgetRoute>},
+    {"cbudselchange", VWAJAXBudgetChange},
     {"cbrpselchange", VWAJAXPeriodChange},
     {"cbrpselchangeforcustomers", VWAJAXPeriodChangeForCustomers},
     {"cbdtselchange", VWAJAXDateChange},

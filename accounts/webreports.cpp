@@ -7,6 +7,7 @@
 #include <ctime>
 
 #include "accounts/reportperiods.h"
+#include "accounts/webbudgets.h"
 #include "accounts/webpagemainex.h"
 #include "invoice/shared/customerstatement.h"
 #include "invoice/shared/options.h"
@@ -158,7 +159,6 @@ struct LReportCentreLink {
   const char* text;
 };
 constexpr LReportCentreLink kCentreLinks[] = {
-    {"budgetreports", "Budgets", "Budget et réalisé"},
     {"budgetlist", "Budgets", "Budgets"},
     {"mileagereports", "Kilométrage", "Indemnités kilométriques"},
     {"vehiclelist", "Kilométrage", "Véhicules et trajets"},
@@ -229,7 +229,8 @@ void WLReportRedirect(LWebletForm& form) {
     return;
   }
   const char* route = "generatereport";
-  if (entry->asks & kReportAsksOneCustomer) route = "customstatement";
+  std::string chooser(entry->chooser);
+  if (!chooser.empty()) route = chooser.c_str();
   else if (entry->asks & kReportAsksComparison) route = "reportperiod1";
   else if (entry->asks & kReportAsksOptionalFrom) route = "reportdatef";
   else if (entry->asks & kReportAsksPeriod) route = "reportperiod";
@@ -356,4 +357,5 @@ void LWebReportPage::Generate() {
 void LAccountsInstallReportPages() {
   LWebletInstallScripts(kReportRoutes);
   LAccountsInstallReportChoosers();
+  LAccountsInstallBudgetPages();
 }

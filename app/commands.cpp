@@ -86,6 +86,12 @@ constexpr LCliCommand kCommands[] = {
      "kontavo template use NAME [--date D] [--amount AMOUNT] [--ref REF]\n"
      "kontavo template delete NAME\n",
      "modèles d'écritures, saisis de nouveau à une autre date", LCmdTemplate},
+    {"budget",
+     "kontavo budget add NAME --year YYYY [ACCOUNT=AMOUNT[/AMOUNT...12]]...\n"
+     "        un montant annuel (réparti sur les douze mois de l'exercice) ou douze montants mensuels\n"
+     "kontavo budget list\n"
+     "kontavo budget delete NAME\n",
+     "budgets par compte et par mois ; kontavo report budget NAME les compare au réalisé", LCmdBudget},
     {"check",
      "kontavo check [--fix]\n",
      "recalcule les soldes des comptes à partir du grand livre", LCmdCheck},
@@ -255,7 +261,8 @@ constexpr LCliCommand kCommands[] = {
      "        NAME: coa, pl, pl-compare, bs (au --date), tb, cf, vat-obligations, tva-ca3,\n"
      "              aging (au --date), unpaid, invoices, payments, quotes, orders, customers,\n"
      "              customer-sales, items, items-per-customer, salesperson,\n"
-     "              inventory (au --date), reorder, movements, reconcile (--account NUMBER, au --date)\n",
+     "              inventory (au --date), reorder, movements, reconcile (--account NUMBER, au --date),\n"
+     "              statement (--customer KEY), budget BUDGET\n",
      "plan comptable, états financiers, rapports de ventes et obligations de TVA", LCmdReport},
     {"export",
      "kontavo export fec --year YYYY [--out FOLDER] [--utf8]\n"
