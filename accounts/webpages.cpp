@@ -2,6 +2,7 @@
 
 #include "accounts/webbank.h"
 #include "accounts/webfec.h"
+#include "accounts/webledger.h"
 #include "accounts/webreports.h"
 #include "invoice/shared/weblistperiod.h"
 #include "invoice/shared/webnavtabs.h"
@@ -22,6 +23,7 @@ void LAccountsInstallWebPages() {
   LWebletInstallScripts(kAccountsRoutes);
   LAccountsInstallBankPages();
   LAccountsInstallReportPages();
+  LAccountsInstallLedgerPages();
   // Each tab shows once a page serves its route.
   for (const LWebNavTab& tab : {LWebNavTab{"billlist", "Factures fournisseurs", 100},
                                 LWebNavTab{"billpaymentlist", "Règlements fournisseurs", 110},

@@ -4,6 +4,7 @@
 
 #include "invoice/sales/customerbook.h"
 #include "invoice/shared/customer.h"
+#include "invoice/shared/partyfields.h"
 #include "invoice/shared/profile.h"
 #include "llib/gen/filestore.h"
 #include "llib/gen/log.h"
