@@ -16,6 +16,12 @@
 //   generatereportperiod  ?report=NAME&period=CODE: the report over a named period as of today
 //                         (accounts/reportperiods.h), a link that stays current
 //   generatereportdate    ?report=NAME&when=CODE: the same with a named day
+//   customstatement       chooser of a customer's statement (one period, one customer)
+//   generateStatement     the statement of its query (customer, from, to); its CSV download is
+//                         logged as an issued statement
+//   generatelog           ?customer=KEY: the statements issued to the customer
+//   budgetreports         chooser of a budget report (the budget, its period); cbudselchange puts
+//                         the chosen budget's fiscal year into the dates
 //   getreportitemcount    AJAX of the choosers: how many lines the chosen report has
 //   cbrpselchange, cbrpselchangeforcustomers, cbdtselchange, cbdtfselchange
 //                         AJAX of the choosers' pull-down lists: the dates of the chosen period,
