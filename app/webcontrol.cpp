@@ -15,6 +15,7 @@
 #include "llib/gen/file.h"
 #include "llib/gen/log.h"
 #include "llib/gen/processworker.h"
+#include "llib/web/webaccount.h"
 #include "llib/web/webletroutes.h"
 #include "llib/web/weblogon.h"
 #include "llib/web/webupload.h"
@@ -95,6 +96,10 @@ int LWebInstallStaticFiles(const std::string& sourceFolder, const std::string& w
 void LWebControl::Start() {
   LWebControlInstallRoutes();
   LWebInstallStaticFiles(LWebStaticFilesSource(), LFile::GetUserDataFolderAppSubFolder("Web"));
+  // Accounts of an older program keep their passwords in plain text: none stays so once the
+  // server runs, whether or not its user logs on.
+  if (int nHashed = LWebAccountHashPlainPasswords(); nHashed > 0)
+    LLogInfo("Mots de passe Web chiffrés : %d compte(s)", nHashed);
   LLogInfo("Démarrage du serveur Web (Non sécurisé)");
   server_.StartServer(LWebletServer::GetWebletServerPort());
 }
