@@ -95,9 +95,11 @@ TEST_F(DeskTest, LinkOpensOneDeskSessionAndOnlyOnce) {
   EXPECT_TRUE(LFile::Exists(TokenPath()));
 
   LWebResponse opened = LHttpGet(port_, link);
-  EXPECT_EQ(opened.status, 200);
+  EXPECT_EQ(opened.status, 302);
+  EXPECT_EQ(opened.headers["location"], "main");
   std::string session = LWebSessionOf(opened);
-  ASSERT_FALSE(session.empty()) << opened.body;
+  ASSERT_FALSE(session.empty()) << opened.raw;
+  EXPECT_NE(opened.headers["set-cookie"].find("; HttpOnly; SameSite=Strict"), std::string::npos);
   EXPECT_FALSE(LFile::Exists(TokenPath()));
 
   // No web account exists, yet the desk session sees the pages of an administrator; the new
