@@ -2,6 +2,7 @@
 
 #include "accounts/webbank.h"
 #include "accounts/webfec.h"
+#include "invoice/shared/weblistperiod.h"
 #include "invoice/shared/webnavtabs.h"
 #include "llib/web/webletroutes.h"
 
@@ -10,6 +11,8 @@ namespace {
 const LWebletRoute kAccountsRoutes[] = {
     {"fecexport", WLWebPageRun<LWebFecPage>},
     {"fecdownload", WLFecDownload},
+    // The period dialogs of every list with a period, sales side included.
+    {"prdselchange", WLPeriodSelectionChange},
 };
 
 }  // namespace
