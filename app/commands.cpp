@@ -222,7 +222,9 @@ constexpr LCliCommand kCommands[] = {
      "kontavo web status\n"
      "kontavo web enable\n"
      "kontavo web disable\n"
-     "kontavo web port N\n",
+     "kontavo web port N\n"
+     "kontavo web https on [--cert PEM --key PEM]\n"
+     "kontavo web https off\n",
      "réglages du serveur Web ; le service en cours redémarre le serveur", LCmdWeb},
     {"user",
      "kontavo user add EMAIL --name TEXT [--password-stdin] [--admin|--user|--viewer] [--profile NAME]...\n"

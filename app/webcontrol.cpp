@@ -17,6 +17,7 @@
 #include "llib/gen/processworker.h"
 #include "llib/web/webaccount.h"
 #include "llib/web/webletroutes.h"
+#include "llib/web/weblettls.h"
 #include "llib/web/weblogon.h"
 #include "llib/web/webupload.h"
 
@@ -100,7 +101,7 @@ void LWebControl::Start() {
   // server runs, whether or not its user logs on.
   if (int nHashed = LWebAccountHashPlainPasswords(); nHashed > 0)
     LLogInfo("Mots de passe Web chiffrés : %d compte(s)", nHashed);
-  LLogInfo("Démarrage du serveur Web (Non sécurisé)");
+  LLogInfo("Démarrage du serveur Web (%s)", LWebletIsSecure() ? "Sécurisé" : "Non sécurisé");
   server_.StartServer(LWebletServer::GetWebletServerPort());
 }
 
