@@ -67,6 +67,25 @@ constexpr LCliCommand kCommands[] = {
      "kontavo billpayment add --supplier S --amount AMOUNT [--date D] [--account DESCRIPTION] [--notes TEXT]\n"
      "        [--method TEXT]\n",
      "enregistre et impute un paiement fournisseur", LCmdBillPayment},
+    {"cheque",
+     "kontavo cheque add --account NUMBER --payee TEXT --amount AMOUNT [--date D] [--number N] [--memo TEXT] LINE...\n"
+     "        LINE: ACCOUNT:AMOUNT[:MEMO]; --supplier KEY instead of lines: the cheque pays that supplier (a bill payment)\n"
+     "kontavo cheque list [--account NUMBER]\n"
+     "kontavo cheque void NUMBER [--account NUMBER] [--date D]\n"
+     "kontavo cheque delete NUMBER [--account NUMBER]\n"
+     "kontavo cheque next --account NUMBER [N]\n",
+     "chèques émis d'un compte bancaire : écriture, annulation, numérotation", LCmdCheque},
+    {"cash",
+     "kontavo cash add --account NUMBER (--receipt|--payment) --amount AMOUNT [--date D] [--desc TEXT] LINE...\n"
+     "        LINE: ACCOUNT:AMOUNT[:MEMO]\n",
+     "encaissement ou décaissement d'un compte de caisse ou de banque", LCmdCash},
+    {"template",
+     "kontavo template add NAME [--desc TEXT] [--type N] [--ref REF] LINE...\n"
+     "        LINE: dr:ACCOUNT:AMOUNT or cr:ACCOUNT:AMOUNT\n"
+     "kontavo template list\n"
+     "kontavo template use NAME [--date D] [--amount AMOUNT] [--ref REF]\n"
+     "kontavo template delete NAME\n",
+     "modèles d'écritures, saisis de nouveau à une autre date", LCmdTemplate},
     {"check",
      "kontavo check [--fix]\n",
      "recalcule les soldes des comptes à partir du grand livre", LCmdCheck},
@@ -120,9 +139,9 @@ constexpr LCliCommand kCommands[] = {
     {"invoice",
      "kontavo invoice new [--draft] [--number KEY] (--file DOC.json | --customer C [--date D] [--terms now|DAYS]\n"
      "    [--line 'CODE|DESCRIPTION|QTY|UNIT PRICE|TAX NAME|DISCOUNT %']... [--shipping AMOUNT --shipping-tax NAME]\n"
-     "    [--untaxed] [--notes TEXT])\n"
+     "    [--untaxed] [--notes TEXT] [--salesperson KEY])\n"
      "kontavo invoice show KEY\n"
-     "kontavo invoice list [--from D] [--to D] [--customer C] [--drafts]\n"
+     "kontavo invoice list [--from D] [--to D] [--customer C] [--salesperson KEY] [--drafts]\n"
      "kontavo invoice edit KEY (les mêmes options que new)\n"
      "kontavo invoice record KEY\n"
      "kontavo invoice delete KEY\n"
@@ -131,9 +150,9 @@ constexpr LCliCommand kCommands[] = {
     {"quote",
      "kontavo quote new [--draft] [--number KEY] (--file DOC.json | --customer C [--date D] [--terms now|DAYS]\n"
      "    [--line 'CODE|DESCRIPTION|QTY|UNIT PRICE|TAX NAME|DISCOUNT %']... [--shipping AMOUNT --shipping-tax NAME]\n"
-     "    [--untaxed] [--notes TEXT])\n"
+     "    [--untaxed] [--notes TEXT] [--salesperson KEY])\n"
      "kontavo quote show KEY\n"
-     "kontavo quote list [--from D] [--to D] [--customer C] [--drafts]\n"
+     "kontavo quote list [--from D] [--to D] [--customer C] [--salesperson KEY] [--drafts]\n"
      "kontavo quote edit KEY (les mêmes options que new)\n"
      "kontavo quote record KEY\n"
      "kontavo quote convert KEY [--draft]\n"
@@ -143,9 +162,9 @@ constexpr LCliCommand kCommands[] = {
     {"order",
      "kontavo order new [--draft] [--number KEY] (--file DOC.json | --customer C [--date D] [--terms now|DAYS]\n"
      "    [--line 'CODE|DESCRIPTION|QTY|UNIT PRICE|TAX NAME|DISCOUNT %']... [--shipping AMOUNT --shipping-tax NAME]\n"
-     "    [--untaxed] [--notes TEXT])\n"
+     "    [--untaxed] [--notes TEXT] [--salesperson KEY])\n"
      "kontavo order show KEY\n"
-     "kontavo order list [--from D] [--to D] [--customer C] [--drafts]\n"
+     "kontavo order list [--from D] [--to D] [--customer C] [--salesperson KEY] [--drafts]\n"
      "kontavo order edit KEY (les mêmes options que new)\n"
      "kontavo order record KEY\n"
      "kontavo order convert KEY [--draft]\n"
@@ -155,9 +174,9 @@ constexpr LCliCommand kCommands[] = {
     {"creditnote",
      "kontavo creditnote new [--draft] [--number KEY] (--file DOC.json | --customer C [--date D] [--terms now|DAYS]\n"
      "    [--line 'CODE|DESCRIPTION|QTY|UNIT PRICE|TAX NAME|DISCOUNT %']... [--shipping AMOUNT --shipping-tax NAME]\n"
-     "    [--untaxed] [--notes TEXT])\n"
+     "    [--untaxed] [--notes TEXT] [--salesperson KEY])\n"
      "kontavo creditnote show KEY\n"
-     "kontavo creditnote list [--from D] [--to D] [--customer C] [--drafts]\n"
+     "kontavo creditnote list [--from D] [--to D] [--customer C] [--salesperson KEY] [--drafts]\n"
      "kontavo creditnote edit KEY (les mêmes options que new)\n"
      "kontavo creditnote record KEY\n"
      "kontavo creditnote delete KEY\n"
