@@ -3,6 +3,7 @@
 #include <sys/stat.h>
 
 #include "accounts/webpages.h"
+#include "app/webbackup.h"
 #include "app/webbusiness.h"
 #include "app/webdesk.h"
 #include "app/weblogonpages.h"
@@ -16,6 +17,7 @@
 #include "llib/gen/log.h"
 #include "llib/gen/processworker.h"
 #include "llib/web/webaccount.h"
+#include "llib/web/webjob.h"
 #include "llib/web/webletroutes.h"
 #include "llib/web/weblettls.h"
 #include "llib/web/weblogon.h"
@@ -38,7 +40,16 @@ const LWebletRoute WebScriptArray[] = {
     {"businesslist", WLWebPageRun<LWebBusinessesPage>},
     {"businessopen", WLBusinessOpen},
     {"businessdelete", WLWebDialogRun<LWebBusinessDeleteDialog>},
+    {"settingsmenu", WLWebPageRun<LWebSettingsMenuPage>},
     {"settings", WLWebDialogRun<LWebCompanySettingsDialog>},
+    {"settingsregional", WLWebDialogRun<LWebRegionalSettingsDialog>},
+    {"settingstax", WLWebDialogRun<LWebTaxSettingsDialog>},
+    {"settingsdocuments", WLWebDialogRun<LWebDocumentOptionsDialog>},
+    {"settingslinked", WLWebDialogRun<LWebLinkedAccountsDialog>},
+    {"settingsmail", WLWebDialogRun<LWebMailSettingsDialog>},
+    {"settingsweb", WLWebDialogRun<LWebServerSettingsDialog>},
+    {"settingsclosing", WLWebDialogRun<LWebClosingDateDialog>},
+    {"backup", WLWebDialogRun<LWebBackupDialog>},
 };
 
 // The routes of the logon pages and the upload progress, installed beside the table.
@@ -48,6 +59,7 @@ const LWebletRoute kLogonScripts[] = {
     {"lostpassword", WLWebDialogRun<LWebLostPasswordDialog>},
     {"lostpasswordsent", WLWebPageRun<LWebLostPasswordSentPage>},
     {"uploadProgress", WLUploadProgress},
+    {"jobprogress", WLJobProgress},
     {"desk", WLDeskLogon},
 };
 
@@ -61,9 +73,11 @@ long long ModifiedTime(const std::string& path) {
 void LWebControlInstallRoutes() {
   LWebletInstallScripts(kLogonScripts);
   LWebletInstallScripts(WebScriptArray);
+  LWebletInstallPostScript("backup", WLWebUploadDialogRun<LWebBackupDialog>);
   LWebNavTabInstall({"main", "Accueil", 10});
   LWebNavTabInstall({"userlist", "Utilisateurs", 160, true});
   LWebNavTabInstall({"businesslist", "Entreprises", 170, true});
+  LWebNavTabInstall({"settingsmenu", "Réglages", 180, true});
   LSalesInstallWebPages();
   LAccountsInstallWebPages();
 }
