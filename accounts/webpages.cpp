@@ -2,6 +2,7 @@
 
 #include "accounts/webbank.h"
 #include "accounts/webfec.h"
+#include "accounts/webledger.h"
 #include "invoice/shared/weblistperiod.h"
 #include "invoice/shared/webnavtabs.h"
 #include "llib/web/webletroutes.h"
@@ -20,6 +21,7 @@ const LWebletRoute kAccountsRoutes[] = {
 void LAccountsInstallWebPages() {
   LWebletInstallScripts(kAccountsRoutes);
   LAccountsInstallBankPages();
+  LAccountsInstallLedgerPages();
   // Each tab shows once a page serves its route.
   for (const LWebNavTab& tab : {LWebNavTab{"billlist", "Factures fournisseurs", 100},
                                 LWebNavTab{"billpaymentlist", "Règlements fournisseurs", 110},

@@ -38,7 +38,8 @@ TEST_F(WebPagesTest, TabsShowTheServedSectionsAndMarkTheCurrentOne) {
                       "<a href='orderlist' class=navtab>Commandes</a><a href='invoicelist' class=navtab>Factures</a>"
                       "<a href='creditnotelist' class=navtab>Avoirs</a><a href='paymentlist' class=navtab>Paiements</a>"
                       "<a href='itemlist' class=navtab>Articles</a><a href='salespersonlist' class=navtab>Vendeurs</a>"
-                      "<a href='grouplist' class=navtab>Groupes</a><a href='recon' class=navtab>Banque</a>"
+                      "<a href='grouplist' class=navtab>Groupes</a><a href='acclist' class=navtab>Comptes</a>"
+                      "<a href='viewjournal' class=navtab>Journal</a><a href='recon' class=navtab>Banque</a>"
                       "<a href='userlist' class=navtab>Utilisateurs</a><a href='fecexport' class=navtab>FEC</a>"
                       "<a href='businesslist' class=navtab>Entreprises</a>"
                       "</div><div class=contenttable>"),
