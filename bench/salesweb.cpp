@@ -23,6 +23,7 @@
 #include "accounts/accounts.h"
 #include "app/appinstall.h"
 #include "bench/benchfolder.h"
+#include "bench/benchport.h"
 #include "invoice/sales/salesbook.h"
 #include "invoice/shared/customer.h"
 #include "invoice/shared/fiscalyear.h"
@@ -33,18 +34,6 @@ namespace {
 
 constexpr int kInvoices = 10000;
 constexpr int kCustomers = 1000;
-
-int FreePort() {
-  int fd = ::socket(AF_INET, SOCK_STREAM, 0);
-  sockaddr_in address{};
-  address.sin_family = AF_INET;
-  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-  socklen_t length = sizeof address;
-  ::bind(fd, reinterpret_cast<sockaddr*>(&address), sizeof address);
-  ::getsockname(fd, reinterpret_cast<sockaddr*>(&address), &length);
-  ::close(fd);
-  return ntohs(address.sin_port);
-}
 
 // One request on a new connection; the whole answer (the server closes after it).
 std::string Exchange(int port, const std::string& request) {
@@ -77,7 +66,7 @@ std::string Post(int port, const std::string& path, const std::string& body, con
 // The business, its server and a logged-on session, made once for all the measures.
 struct Server {
   LBenchHome home{"salesweb"};
-  int port = FreePort();
+  int port = LBenchFreePort();
   pid_t pid = -1;
   std::string session;
 
