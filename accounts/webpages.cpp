@@ -1,7 +1,10 @@
 #include "accounts/webpages.h"
 
 #include "accounts/webbank.h"
+#include "accounts/webbillpayments.h"
+#include "accounts/webbills.h"
 #include "accounts/webfec.h"
+#include "accounts/websuppliers.h"
 #include "invoice/shared/webnavtabs.h"
 #include "llib/web/webletroutes.h"
 
@@ -10,6 +13,23 @@ namespace {
 const LWebletRoute kAccountsRoutes[] = {
     {"fecexport", WLWebPageRun<LWebFecPage>},
     {"fecdownload", WLFecDownload},
+    {"supplierlist", WLWebPageRun<LWebSuppliersPage>},
+    {"supplierprop", WLWebDialogRun<LWebSupplierDialog>},
+    {"supplierdelete", WLSupplierDelete},
+    {"suppliercantdelete", WLWebPageRun<LWebSupplierCantDeletePage>},
+    {"supplierinfo", WLWebPageRun<LWebSupplierInfoPage>},
+    {"getSupplierBalance", VWAJAXSupplierBalance},
+    {"cbsupselchange", VWAJAXSupplierSelChange},
+    {"vendorchange", VWAJAXVendorChange},
+    {"billlist", WLWebPageRun<LWebBillsPage>},
+    {"billprop", WLWebDialogRun<LWebBillDialog>},
+    {"billdelete", WLBillDelete},
+    {"getBillInfo", VWAJAXBillInfo},
+    {"accpayable", WLWebPageRun<LWebAccPayablePage>},
+    {"billpaymentlist", WLWebPageRun<LWebBillPaymentsPage>},
+    {"billpaymentprop", WLWebDialogRun<LWebBillPaymentDialog>},
+    {"billpaymentdelete", WLBillPaymentDelete},
+    {"applybillpayment", WLApplyBillPayment},
 };
 
 }  // namespace

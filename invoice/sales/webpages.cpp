@@ -37,6 +37,10 @@ const LWebletRoute kSalesRoutes[] = {
     {"creditnotelist", WLWebPageRun<LWebSalesDocumentsPageOf<LSalesDocumentType::kCreditNote>>},
     {"creditnoteprop", WLWebDialogRun<LWebSalesDocumentDialogOf<LSalesDocumentType::kCreditNote>>},
     {"creditnotedelete", WLSalesDocumentDeleteOf<LSalesDocumentType::kCreditNote>},
+    {"porderlist", WLWebPageRun<LWebSalesDocumentsPageOf<LSalesDocumentType::kPOrder>>},
+    {"porderprop", WLWebDialogRun<LWebSalesDocumentDialogOf<LSalesDocumentType::kPOrder>>},
+    {"porderdelete", WLSalesDocumentDeleteOf<LSalesDocumentType::kPOrder>},
+    {"porderbill", WLPOrderToBill},
 };
 
 }  // namespace

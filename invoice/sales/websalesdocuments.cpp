@@ -3,8 +3,13 @@
 #include <algorithm>
 #include <climits>
 
-#include "accounts/fiscalyear.h"
+#include "accounts/bills.h"
+#include "accounts/porderbill.h"
+#include "accounts/accounttotaller.h"
+#include "accounts/webpostingdialog.h"
+#include "accounts/websuppliers.h"
 #include "invoice/sales/salesbook.h"
+#include "invoice/sales/porderconversion.h"
 #include "invoice/sales/salesconversion.h"
 #include "invoice/sales/webcustomers.h"
 #include "invoice/shared/customer.h"
@@ -64,20 +69,6 @@ std::string KeyOrder(const std::string& key) {
   return number ? LWebFormat("0%018s", key.c_str()) : "1" + key;
 }
 
-// The period the list shows: "from" and "to" when they read as dates, else the fiscal year of
-// today; error names what could not be read.
-LDTPeriod ListPeriod(LWebletForm& form, LProfile& profile, std::string& error) {
-  LDTPeriod period = LFiscalYearOf(profile, LDate::Today());
-  for (auto [name, bound] : {std::pair{"from", &period.from}, std::pair{"to", &period.to}}) {
-    std::string text = form.GetParam(name);
-    LDate date;
-    if (text.empty()) continue;
-    if (LDate::Parse(text, date)) *bound = date.ToText();
-    else error = "Date invalide : " + text + ".";
-  }
-  return period;
-}
-
 }  // namespace
 
 // ---- "<kind>list" ---------------------------------------------------------------------------------
@@ -92,9 +83,11 @@ void LWebSalesDocumentsPage::Generate() {
   const KindWords words = WordsOf(kind_.type);
   const bool isInvoice = kind_.type == LSalesDocumentType::kInvoice;
   const bool converts = kind_.type == LSalesDocumentType::kQuote || kind_.type == LSalesDocumentType::kOrder;
+  // A purchase order names a supplier, and becomes a bill rather than an invoice.
+  const bool purchase = kind_.type == LSalesDocumentType::kPOrder;
   const bool mayChange = WLMayChangeData(form_);
   std::string error;
-  LDTPeriod period = ListPeriod(form_, profile, error);
+  LDTPeriod period = WLListPeriod(form_, profile, error);
   std::string customer = form_.GetParam("customer");
   std::string message = form_.GetParam("msg");
   if (!message.empty()) form_.Write(LWebFormat("<p class=errormessage>%H</p>", message.c_str()));
@@ -103,10 +96,11 @@ void LWebSalesDocumentsPage::Generate() {
   // The filters: a plain GET form, so that a filtered list is a link like any other.
   std::string filters = LWebFormat(
       "<form method=get action='%s' class=listfilters><label>Du <input type=date name=from value='%H'></label> "
-      "<label>au <input type=date name=to value='%H'></label> <label>Client %s</label> "
+      "<label>au <input type=date name=to value='%H'></label> <label>%s %s</label> "
       "<input type=submit class=button value='Afficher'></form>",
-      listRoute.c_str(), period.from.c_str(), period.to.c_str(),
-      LWebCustomerSelect(profile, "customer", customer, true).c_str());
+      listRoute.c_str(), period.from.c_str(), period.to.c_str(), purchase ? "Fournisseur" : "Client",
+      (purchase ? LWebSupplierSelect(profile, "customer", customer, true)
+                : LWebCustomerSelect(profile, "customer", customer, true)).c_str());
   form_.Write(filters);
   if (mayChange)
     form_.Write(LWebFormat("<p><a href='%sprop' class=actionlink>%H</a></p>", kind_.command.data(), words.fresh));
@@ -114,11 +108,11 @@ void LWebSalesDocumentsPage::Generate() {
   LHtmlList list(form_, 0, false);
   list.AddColumn("Numéro", 12, kListAlignLeft, true);
   list.AddColumn("Date", 12, kListAlignLeft, true);
-  list.AddColumn("Client", isInvoice || converts ? 30 : 46, kListAlignLeft, true);
+  list.AddColumn(purchase ? "Fournisseur" : "Client", isInvoice || converts || purchase ? 30 : 46, kListAlignLeft, true);
   list.AddColumn("Total", 14, kListAlignRight, true);
   if (isInvoice) list.AddColumn("Reste dû", 14, kListAlignRight, true);
   if (isInvoice) list.AddColumn("État", 12, kListAlignLeft, true);
-  if (converts) list.AddColumn("Facture", 16, kListAlignLeft, true);
+  if (converts || purchase) list.AddColumn("Facture", 16, kListAlignLeft, true);
   list.AddColumn("", 10, kListAlignCenter, false);
   long long sum = 0;
   const LCurrencyFormat& money = profile.GetCurrencyFormat();
@@ -152,6 +146,15 @@ void LWebSalesDocumentsPage::Generate() {
         else if (mayChange)
           row->AddCell("", LWebFormat("<a href='%sci?id=%U' class=actionlink>Facturer</a>", kind_.command.data(),
                                       key.c_str()));
+        else
+          row->AddCell("", "");
+      }
+      if (purchase) {
+        std::string bill = document.GetString(kPOrderBillField);
+        if (!bill.empty() && profile.List(kBillsList).TestRecordExists(bill))
+          row->AddCell(bill, LWebFormat("<a href='billprop?id=%U'>%H</a>", bill.c_str(), bill.c_str()));
+        else if (mayChange && !draft)
+          row->AddCell("", LWebFormat("<a href='porderbill?id=%U' class=actionlink>Facturer</a>", key.c_str()));
         else
           row->AddCell("", "");
       }
@@ -246,15 +249,19 @@ void LWebSalesDocumentDialog::Generate() {
   AddHiddenField("id", key);
   bool editingRecorded = !key.empty() && !key.starts_with(kDraftKeyPrefix);
   std::vector<std::string> texts, values;
-  LWebCustomerChoices(Profile(), texts, values);
-  AddPullDownList(kCustomerControl, "Client :", texts, values);
+  bool purchase = kind_.type == LSalesDocumentType::kPOrder;
+  if (purchase) LWebSupplierChoices(Profile(), texts, values);
+  else LWebCustomerChoices(Profile(), texts, values);
+  AddPullDownList(kCustomerControl, purchase ? "Fournisseur :" : "Client :", texts, values);
   AddDateInput(kDateControl, "Date :", "");
   AddInput(kTermsControl, "Délai de paiement (jours, 0 : à réception) :", "", 6);
   AddItemGrid();
   AddInput(kShippingControl, "Frais de port :", "", 12);
   AddCheckBox(kUntaxedControl, "Hors taxes (aucune taxe sur ce document)");
   AddEdit(kNotesControl, "Notes :", 50, 3);
-  if (!editingRecorded) AddCheckBox(kDraftControl, "Brouillon (ni comptabilisé, ni compté dans le solde du client)");
+  if (!editingRecorded)
+    AddCheckBox(kDraftControl, purchase ? "Brouillon (ni reçu, ni facturable)"
+                                        : "Brouillon (ni comptabilisé, ni compté dans le solde du client)");
   LSalesDocument document;
   std::string totals = BuildDocument(document, true) ? TotalsHtml(document) : std::string();
   form_.Write(LWebFormat("<tr><td colspan=2><div id=fktotals data-route='%s' data-control=%d>%s</div></td></tr>",
@@ -412,6 +419,22 @@ void WLSalesDocumentToInvoice(LWebletForm& form, LSalesDocumentType type) {
     LProfile profile(WLSessionBusinessFolder(form));
     if (LSalesDocumentConvertToInvoice(profile, kind, key, false, invoice, error) || !invoice.empty()) {
       WLRedirect(form, LWebFormat("invoiceprop?id=%U", invoice.c_str()));
+      return;
+    }
+  }
+  BackToList(form, kind, error);
+}
+
+void WLPOrderToBill(LWebletForm& form) {
+  if (!WLValidateSession(form) || !AuthenticateEx(form)) return;
+  const LSalesDocumentKind& kind = LSalesDocumentKindOf(LSalesDocumentType::kPOrder);
+  std::string key = form.GetParam("id"), error, bill;
+  if (!WLMayChangeData(form)) error = kWebViewerRefusal;
+  else if (key.empty()) error = "Aucun document n'est indiqué.";
+  else {
+    LProfile profile(WLSessionBusinessFolder(form));
+    if (LPOrderConvertToBill(profile, key, LDate::Today().ToText(), bill, &error)) {
+      WLRedirect(form, LWebFormat("billprop?id=%U", bill.c_str()));
       return;
     }
   }

@@ -12,7 +12,8 @@
 // as the command line does; unticking "Brouillon" on a draft records it.
 //
 // Quotes and orders also have "quoteci" / "orderci": the document becomes an invoice
-// (salesconversion.h) and the browser goes to that invoice.
+// (salesconversion.h) and the browser goes to that invoice. Purchase orders name a supplier
+// instead of a customer, and have "porderbill": the order becomes a bill.
 #pragma once
 
 #include "accounts/webpagemainex.h"
@@ -66,6 +67,9 @@ class LWebSalesDocumentDialogOf : public LWebSalesDocumentDialog {
 // "<kind>delete": deletes the document "id" (recorded or draft) and goes back to the list, with
 // the refusal in "msg" when there is one. A user who may only view the data deletes nothing.
 void WLSalesDocumentDelete(LWebletForm& form, LSalesDocumentType type);
+// "porderbill": the purchase order "id" becomes a bill dated today (porderconversion.h); the
+// browser goes to the bill.
+void WLPOrderToBill(LWebletForm& form);
 // "quoteci", "orderci": the quote or order "id" becomes an invoice; the browser goes to it.
 void WLSalesDocumentToInvoice(LWebletForm& form, LSalesDocumentType type);
 

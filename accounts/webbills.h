@@ -1,0 +1,48 @@
+// Supplier bills on the web:
+//   "billlist"    the bills of a period (parameters "from", "to"; the current fiscal year by
+//                 default) and optionally of one supplier ("supplier"): total, paid, still owed;
+//   "billprop"    the bill dialog (parameter "id" = its reference; none: a new bill, "supplier"
+//                 chosen beforehand): supplier, date, due date, the supplier's own number, notes,
+//                 the lines (expense account, item, description, quantity, unit price, tax) and
+//                 the tax paid per tax (worked out from the lines when left empty). OK saves the
+//                 bill through LBillSave, as `bill add` does: posted, the supplier's balance and
+//                 the stock moved;
+//   "billdelete"  deletes the bill "id" (LBillDelete);
+//   "getBillInfo" ("id") the bill's figures as JSON text: reference, supplier, date, due date,
+//                 total, paid and still owed in cents;
+//   "accpayable"  what is owed to whom by due date: each supplier's open bills in age brackets,
+//                 then every open bill, first due first.
+#pragma once
+
+#include "accounts/webpagemainex.h"
+#include "accounts/webpostingdialog.h"
+
+class LBill;
+
+class LWebBillsPage : public LWebPageMainEx {
+ public:
+  explicit LWebBillsPage(LWebletForm& form);
+  void Generate() override;
+};
+
+class LWebBillDialog : public LWebPostingDialog {
+ public:
+  explicit LWebBillDialog(LWebletForm& form);
+  void InitDialog() override;
+  void Generate() override;
+  bool CmOk() override;
+
+ private:
+  // The bill as the controls describe it; false after the error at the offending control.
+  bool BuildBill(LBill& bill);
+  int LineRows() const;  // how many line rows the grid shows
+};
+
+class LWebAccPayablePage : public LWebPageMainEx {
+ public:
+  explicit LWebAccPayablePage(LWebletForm& form);
+  void Generate() override;
+};
+
+void WLBillDelete(LWebletForm& form);
+void VWAJAXBillInfo(LWebletForm& form);
