@@ -49,7 +49,8 @@ bool LBillLoadFromPOrder(LProfile& profile, std::string_view key, std::string_vi
 
   bill.SetString("Supplier", supplier);
   bill.SetString("Date", date);
-  bill.SetString("Notes", order.GetString("Notes", "Bon de commande " + std::string(key)));
+  std::string notes = order.GetString("Notes");
+  bill.SetString("Notes", notes.empty() ? "Bon de commande " + std::string(key) : notes);
   bill.SetString("POrderNumber", key);
   LFKItemCollectionRecord lines = order.Items();
   int currencyDigits = profile.GetCurrencyDigits();

@@ -9,6 +9,7 @@
 #include "accounts/suppliers.h"
 #include "accounts/webbank.h"
 #include "accounts/websuppliers.h"
+#include "invoice/shared/options.h"
 #include "invoice/shared/profile.h"
 #include "invoice/shared/weblistcells.h"
 #include "llib/gen/date.h"
@@ -70,9 +71,19 @@ std::vector<BillRow> BillRows(LProfile& profile, const std::string& supplier, co
 // The paying accounts: the asset accounts, chosen by description as a payment names them.
 void PayingAccounts(LProfile& profile, std::vector<std::string>& texts, std::vector<std::string>& values) {
   std::vector<std::string> numbers;
+  texts.clear();
   WLAccountChoices(profile, true, texts, numbers);
   values.clear();
   for (const std::string& text : texts) values.push_back(text.substr(text.find(' ') + 1));
+}
+
+// "Compte-chèque" where the chart has it, else the deposit account of the linked slots.
+std::string DefaultPayingAccount(LProfile& profile) {
+  if (!LGetAccountNumberUsingDescription(profile, kDefaultPaymentAccount).empty()) return std::string(kDefaultPaymentAccount);
+  std::string number;
+  LOptions::GetDefAccountNumber(profile, 1, number);
+  LAccount account;
+  return LAccountList(profile).Open(account, number) ? account.GetDescription() : std::string();
 }
 
 }  // namespace
@@ -154,7 +165,7 @@ void LWebBillPaymentDialog::InitDialog() {
     if (!key.empty()) SetMessage("Le règlement « " + key + " » n'existe pas.");
     SetText(kSupplierControl, form_.GetParam("supplier"));
     SetText(kDateControl, LDate::Today().ToText());
-    SetText(kAccountControl, std::string(kDefaultPaymentAccount));
+    SetText(kAccountControl, DefaultPayingAccount(Profile()));
     return;
   }
   payment.DetachWithoutSave();
