@@ -22,6 +22,7 @@
 #include <vector>
 
 #include "accounts/accounts.h"
+#include "invoice/shared/fiscalyear.h"
 #include "llib/gen/process.h"
 
 class LProfile;
@@ -60,12 +61,6 @@ class LAccountTotalerList {
 struct LProfilesAndRates {
   std::string databaseName;  // the business's data folder
   double factor = 1.0;
-};
-
-// A period in the ledger's date form; an empty from means "from the beginning".
-struct LDTPeriod {
-  std::string from;
-  std::string to;
 };
 
 // Input and output of one run. Filled, run once with Process, read, discarded; the folds below

@@ -37,7 +37,7 @@ struct LBillPaymentRequest {
   std::string payingAccount;  // description of the paying account; empty: "Compte-chèque"
   std::string notes;          // empty: "Paiements; " and the supplier
   std::string method;         // "BillPaymentMethod"; empty: none stored
-  std::vector<LAppliedAmount> applications;  // bills settled (reference, cents), in order
+  std::vector<LAppliedAmount> applications = {};  // bills settled (reference, cents), in order
   bool autoApply = false;     // instead: spread over the supplier's open bills, first due first
 };
 

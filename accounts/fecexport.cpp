@@ -13,7 +13,7 @@
 #include "accounts/audittrail.h"
 #include "accounts/fec.h"
 #include "accounts/fecthirdparty.h"
-#include "accounts/fiscalyear.h"
+#include "invoice/shared/fiscalyear.h"
 #include "accounts/ledgeriterator.h"
 #include "invoice/shared/company.h"
 #include "invoice/shared/profile.h"

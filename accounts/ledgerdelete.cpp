@@ -5,10 +5,13 @@
 #include <map>
 #include <mutex>
 #include <string>
+#include <vector>
 
 #include "accounts/audittrail.h"
 #include "accounts/billpayments.h"
 #include "accounts/bills.h"
+#include "accounts/cashtxn.h"
+#include "accounts/cheques.h"
 #include "accounts/ledger.h"
 #include "accounts/ledgerintent.h"
 #include "accounts/ledgerlock.h"
@@ -46,6 +49,9 @@ struct LRouteTable {
       {std::string(kTxnTypePurchase), LBillDeleteForLedger},
       {std::string(kTxnTypeBillPayment), LBillPaymentDeleteForLedger},
   };
+  // Documents keyed by their own reference, whatever the type of their transactions: they are
+  // asked first, since a cheque that pays bills is also a bill payment.
+  std::vector<LDocumentDeleteRoute> byReference{LChequeDeleteForLedger, LCashTxnDeleteForLedger};
 };
 
 LRouteTable& Routes() {
@@ -97,6 +103,8 @@ bool LedgerTransactionDelete(LProfile& profile, std::string_view date, std::stri
       break;
     }
   }
+  for (LDocumentDeleteRoute route : Routes().byReference)
+    if (route(profile, document, reference)) return true;
   if (!document.empty()) {
     if (LDocumentDeleteRoute route = FindRoute(txn.GetType()); route != nullptr && route(profile, document, reference))
       return true;

@@ -7,7 +7,8 @@
 // Which document a transaction belongs to is decided by its type and the document identifier of
 // its lines, through a table of routes keyed by type. Bills ("Achats") and bill payments
 // ("Paiements") are routed from the start; the sales side adds "Recettes" (invoices, then credit
-// notes) and "Reçus" (customer payments) with LLedgerSetDocumentDeleteRoute.
+// notes) and "Reçus" (customer payments) with LLedgerSetDocumentDeleteRoute. Cheques and cash
+// transactions, whose key is their reference, are asked before any route of a type.
 #pragma once
 
 #include <string_view>

@@ -3,7 +3,6 @@
 #include <algorithm>
 
 #include "accounts/accounts.h"
-#include "accounts/accounttotaller.h"
 #include "accounts/billpayments.h"
 #include "accounts/bills.h"
 #include "accounts/suppliers.h"
@@ -95,11 +94,16 @@ LWebBillPaymentsPage::LWebBillPaymentsPage(LWebletForm& form)
 
 void LWebBillPaymentsPage::Generate() {
   LProfile profile(WLSessionBusinessFolder(form_));
-  LDTPeriod period;
-  WLWritePurchaseListHead(form_, profile, "billpaymentlist", period);
-  std::string supplier = form_.GetParam("supplier");
+  std::string newLink =
+      WLMayChangeData(form_) ? "<a href='billpaymentprop' class=actionlink>Nouveau règlement fournisseur</a>" : "";
+  UseListScript();
+  LWebWritePeriodListPage(form_, profile, PeriodList(), newLink, [this](LWebletForm& out) { WriteListBlock(out); });
+}
+
+void LWebBillPaymentsPage::WriteListBlock(LWebletForm& out) {
+  LProfile profile(WLSessionBusinessFolder(form_));
+  LWebListFilter filter = LWebReadListFilter(form_, profile, PeriodList());
   bool mayChange = WLMayChangeData(form_);
-  if (mayChange) form_.Write("<p><a href='billpaymentprop' class=actionlink>Nouveau règlement fournisseur</a></p>");
   LHtmlList list(form_, 1, false);
   list.AddColumn("Numéro", 10, kListAlignLeft, true);
   list.AddColumn("Date", 11, kListAlignLeft, true);
@@ -111,17 +115,14 @@ void LWebBillPaymentsPage::Generate() {
   list.AddColumn("", 8, kListAlignCenter, false);
   const LCurrencyFormat& money = profile.GetCurrencyFormat();
   long long sum = 0;
-  int count = 0;
   LRecord payment;
   for (LFileStoreIteratorBase it(profile.List(kBillPaymentsList), payment); payment.IsAttached(); it.Next(payment)) {
     std::string date = payment.GetString("Date").substr(0, 10);
-    if (date < period.from || date > period.to || (!supplier.empty() && payment.GetString("Supplier") != supplier))
-      continue;
+    if (!filter.Holds(date) || (!filter.party.empty() && payment.GetString("Supplier") != filter.party)) continue;
     const std::string& key = payment.GetPrimaryKey();
     sum += payment.GetInt64("Amount", 0);
-    ++count;
     auto row = std::make_unique<LHtmlListRow>();
-    row->AddCell(LHtmlListRow::NumberOrderKey(LTextToInt(key)),
+    row->AddCell(LHtmlListRow::RecordKeyOrderKey(key),
                  LWebFormat("<a href='billpaymentprop?id=%U'>%H</a>", key.c_str(), key.c_str()));
     row->AddCellText(date);
     row->AddCellText(payment.GetString("Supplier"));
@@ -133,11 +134,10 @@ void LWebBillPaymentsPage::Generate() {
                        "Supprimer le règlement " + key + " ?");
     list.AddRow(std::move(row));
   }
-  UseListScript();
-  list.Write(form_, 100);
+  std::size_t count = list.GetRowCount();
   std::string summary = count == 0 ? std::string("Aucun règlement fournisseur sur la période.")
                                    : std::to_string(count) + " règlement(s), total " + LFormatMoney(sum, money);
-  form_.Write(LWebFormat("<p class=listsummary>%H</p>", summary.c_str()));
+  LWebWritePagedRows(out, list, PeriodList(), filter, summary);
 }
 
 // ---- "billpaymentprop" ----------------------------------------------------------------------------

@@ -1,6 +1,8 @@
 // Bill payments on the web:
-//   "billpaymentlist"   the payments of a period ("from", "to"; the current fiscal year by default)
-//                       and optionally of one supplier ("supplier"), with what each leaves unapplied;
+//   "billpaymentlist"   the payments of a period and optionally of one supplier, with what each
+//                       leaves unapplied; with its period dialog and refilters
+//                       ("billpaymentlistperiod", "...periodchange", "...datechange",
+//                       "...supplierchange": invoice/shared/weblistperiod.h);
 //   "billpaymentprop"   the payment dialog (parameter "id"; none: a new payment, "supplier" chosen
 //                       beforehand): supplier, date, amount, paying account, method, notes, and the
 //                       supplier's bills still owed with the amount the payment settles on each
@@ -14,13 +16,21 @@
 
 #include "accounts/webpagemainex.h"
 #include "accounts/webpostingdialog.h"
+#include "accounts/websuppliers.h"
+#include "invoice/shared/weblistperiod.h"
 
 struct LBillPaymentRequest;
+
+inline constexpr LWebPeriodList kLWebBillPaymentPeriodList{"billpaymentlist", "supplier", "Fournisseur",
+                                                           LWebSupplierChoices};
 
 class LWebBillPaymentsPage : public LWebPageMainEx {
  public:
   explicit LWebBillPaymentsPage(LWebletForm& form);
   void Generate() override;
+  const LWebPeriodList& PeriodList() const { return kLWebBillPaymentPeriodList; }
+  // The table of the request's filter, its pager and summary.
+  void WriteListBlock(LWebletForm& out);
 };
 
 class LWebBillPaymentDialog : public LWebPostingDialog {

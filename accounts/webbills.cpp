@@ -9,7 +9,6 @@
 #include "accounts/accounts.h"
 #include "accounts/bills.h"
 #include "accounts/ledger.h"
-#include "accounts/accounttotaller.h"
 #include "accounts/suppliers.h"
 #include "accounts/webbank.h"
 #include "accounts/websuppliers.h"
@@ -83,13 +82,17 @@ LWebBillsPage::LWebBillsPage(LWebletForm& form) : LWebPageMainEx(form, "billlist
 
 void LWebBillsPage::Generate() {
   LProfile profile(WLSessionBusinessFolder(form_));
-  LDTPeriod period;
-  WLWritePurchaseListHead(form_, profile, "billlist", period);
-  std::string supplier = form_.GetParam("supplier");
+  std::string newLink = WLMayChangeData(form_) ? "<a href='billprop' class=actionlink>Nouvelle facture fournisseur</a> "
+                                                 "<a href='accpayable' class=actionlink>Échéancier des dettes</a>"
+                                               : "<a href='accpayable' class=actionlink>Échéancier des dettes</a>";
+  UseListScript();
+  LWebWritePeriodListPage(form_, profile, PeriodList(), newLink, [this](LWebletForm& out) { WriteListBlock(out); });
+}
+
+void LWebBillsPage::WriteListBlock(LWebletForm& out) {
+  LProfile profile(WLSessionBusinessFolder(form_));
+  LWebListFilter filter = LWebReadListFilter(form_, profile, PeriodList());
   bool mayChange = WLMayChangeData(form_);
-  if (mayChange)
-    form_.Write("<p><a href='billprop' class=actionlink>Nouvelle facture fournisseur</a> "
-                "<a href='accpayable' class=actionlink>Échéancier des dettes</a></p>");
   LHtmlList list(form_, 1, false);
   list.AddColumn("Référence", 12, kListAlignLeft, true);
   list.AddColumn("Date", 10, kListAlignLeft, true);
@@ -101,19 +104,16 @@ void LWebBillsPage::Generate() {
   list.AddColumn("", 8, kListAlignCenter, false);
   const LCurrencyFormat& money = profile.GetCurrencyFormat();
   long long sum = 0, owed = 0;
-  int count = 0;
   LBill bill;
   for (LFileStoreIteratorBase it(profile.List(kBillsList), bill); bill.IsAttached(); it.Next(bill)) {
     std::string date = bill.GetString("Date").substr(0, 10);
-    if (date < period.from || date > period.to || (!supplier.empty() && bill.GetString("Supplier") != supplier))
-      continue;
+    if (!filter.Holds(date) || (!filter.party.empty() && bill.GetString("Supplier") != filter.party)) continue;
     const std::string& key = bill.GetPrimaryKey();
     long long total = bill.GetInt64("Total", 0), due = total - bill.GetInt64("AmountPaid", 0);
     sum += total;
     owed += due;
-    ++count;
     auto row = std::make_unique<LHtmlListRow>();
-    row->AddCellTextLink(LWebFormat("billprop?id=%U", key.c_str()), key);
+    row->AddCell(LHtmlListRow::RecordKeyOrderKey(key), LWebFormat("<a href='billprop?id=%U'>%H</a>", key.c_str(), key.c_str()));
     row->AddCellText(date);
     row->AddCellText(bill.GetString("Supplier"));
     row->AddCellText(bill.GetString("SupplierInvoiceNumber"));
@@ -124,12 +124,11 @@ void LWebBillsPage::Generate() {
                        "Supprimer la facture fournisseur " + key + " ?");
     list.AddRow(std::move(row));
   }
-  UseListScript();
-  list.Write(form_, 100);
+  std::size_t count = list.GetRowCount();
   std::string summary = count == 0 ? std::string("Aucune facture fournisseur sur la période.")
                                    : std::to_string(count) + " facture(s), total " + LFormatMoney(sum, money) +
                                          ", reste dû " + LFormatMoney(owed, money);
-  form_.Write(LWebFormat("<p class=listsummary>%H</p>", summary.c_str()));
+  LWebWritePagedRows(out, list, PeriodList(), filter, summary);
 }
 
 // ---- "billprop" -----------------------------------------------------------------------------------

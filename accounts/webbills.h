@@ -1,6 +1,7 @@
 // Supplier bills on the web:
-//   "billlist"    the bills of a period (parameters "from", "to"; the current fiscal year by
-//                 default) and optionally of one supplier ("supplier"): total, paid, still owed;
+//   "billlist"    the bills of a period and optionally of one supplier: total, still owed; with
+//                 its period dialog and refilters ("billlistperiod", "billlistperiodchange",
+//                 "billlistdatechange", "billlistsupplierchange": invoice/shared/weblistperiod.h);
 //   "billprop"    the bill dialog (parameter "id" = its reference; none: a new bill, "supplier"
 //                 chosen beforehand): supplier, date, due date, the supplier's own number, notes,
 //                 the lines (expense account, item, description, quantity, unit price, tax) and
@@ -16,13 +17,20 @@
 
 #include "accounts/webpagemainex.h"
 #include "accounts/webpostingdialog.h"
+#include "accounts/websuppliers.h"
+#include "invoice/shared/weblistperiod.h"
 
 class LBill;
+
+inline constexpr LWebPeriodList kLWebBillPeriodList{"billlist", "supplier", "Fournisseur", LWebSupplierChoices};
 
 class LWebBillsPage : public LWebPageMainEx {
  public:
   explicit LWebBillsPage(LWebletForm& form);
   void Generate() override;
+  const LWebPeriodList& PeriodList() const { return kLWebBillPeriodList; }
+  // The table of the request's filter, its pager and summary.
+  void WriteListBlock(LWebletForm& out);
 };
 
 class LWebBillDialog : public LWebPostingDialog {

@@ -4,7 +4,7 @@
 
 #include "accounts/accounts.h"
 #include "accounts/accounttotaller.h"
-#include "accounts/fiscalyear.h"
+#include "invoice/shared/fiscalyear.h"
 #include "invoice/shared/profile.h"
 #include "llib/gen/date.h"
 #include "llib/web/webformat.h"

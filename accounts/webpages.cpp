@@ -5,6 +5,7 @@
 #include "accounts/webbills.h"
 #include "accounts/webfec.h"
 #include "accounts/websuppliers.h"
+#include "invoice/shared/weblistperiod.h"
 #include "invoice/shared/webnavtabs.h"
 #include "llib/web/webletroutes.h"
 
@@ -24,12 +25,22 @@ const LWebletRoute kAccountsRoutes[] = {
     {"billlist", WLWebPageRun<LWebBillsPage>},
     {"billprop", WLWebDialogRun<LWebBillDialog>},
     {"billdelete", WLBillDelete},
+    {"billlistperiod", WLWebDialogRun<LWebListPeriodDialogOf<kLWebBillPeriodList>>},
+    {"billlistperiodchange", WLWebListRefilterRun<LWebBillsPage>},
+    {"billlistdatechange", WLWebListRefilterRun<LWebBillsPage>},
+    {"billlistsupplierchange", WLWebListRefilterRun<LWebBillsPage>},
     {"getBillInfo", VWAJAXBillInfo},
     {"accpayable", WLWebPageRun<LWebAccPayablePage>},
     {"billpaymentlist", WLWebPageRun<LWebBillPaymentsPage>},
     {"billpaymentprop", WLWebDialogRun<LWebBillPaymentDialog>},
     {"billpaymentdelete", WLBillPaymentDelete},
+    {"billpaymentlistperiod", WLWebDialogRun<LWebListPeriodDialogOf<kLWebBillPaymentPeriodList>>},
+    {"billpaymentlistperiodchange", WLWebListRefilterRun<LWebBillPaymentsPage>},
+    {"billpaymentlistdatechange", WLWebListRefilterRun<LWebBillPaymentsPage>},
+    {"billpaymentlistsupplierchange", WLWebListRefilterRun<LWebBillPaymentsPage>},
     {"applybillpayment", WLApplyBillPayment},
+    // The period dialogs of every list with a period, sales side included.
+    {"prdselchange", WLPeriodSelectionChange},
 };
 
 }  // namespace

@@ -1,9 +1,6 @@
 #include "accounts/webpostingdialog.h"
 
-#include "accounts/accounttotaller.h"
-#include "accounts/fiscalyear.h"
 #include "accounts/linkedaccounts.h"
-#include "accounts/websuppliers.h"
 #include "accounts/question.h"
 #include "accounts/transactiondate.h"
 #include "invoice/shared/profile.h"
@@ -61,18 +58,6 @@ bool LWebPostingDialog::MayPost(const LDate& date, int dateControl) {
   return false;
 }
 
-LDTPeriod WLListPeriod(LWebletForm& form, LProfile& profile, std::string& error) {
-  LDTPeriod period = LFiscalYearOf(profile, LDate::Today());
-  for (auto [name, bound] : {std::pair{"from", &period.from}, std::pair{"to", &period.to}}) {
-    std::string text = form.GetParam(name);
-    LDate date;
-    if (text.empty()) continue;
-    if (LDate::Parse(text, date)) *bound = date.ToText();
-    else error = "Date invalide : " + text + ".";
-  }
-  return period;
-}
-
 bool WLReadAmount(LProfile& profile, const std::string& typed, long long& cents) {
   return LParseAmount(LPlainAmountText(typed, profile.GetCurrencyFormat()), profile.GetCurrencyDigits(), cents);
 }
@@ -86,20 +71,6 @@ std::string WLAmountText(LProfile& profile, long long cents) {
 std::string WLPostingUserName(LWebletForm& form) {
   std::string name = WLSessionUserName(form);
   return name.empty() ? LGetPostingUserName() : name;
-}
-
-void WLWritePurchaseListHead(LWebletForm& form, LProfile& profile, std::string_view route, LDTPeriod& period) {
-  std::string error;
-  period = WLListPeriod(form, profile, error);
-  for (const std::string& message : {form.GetParam("msg"), error})
-    if (!message.empty()) form.Write(LWebFormat("<p class=errormessage>%H</p>", message.c_str()));
-  std::string supplier = form.GetParam("supplier");
-  form.Write(LWebFormat(
-      "<form method=get action='%s' class=listfilters><label>Du <input type=date name=from value='%H'></label> "
-      "<label>au <input type=date name=to value='%H'></label> <label>Fournisseur %s</label> "
-      "<input type=submit class=button value='Afficher'></form>",
-      std::string(route).c_str(), period.from.c_str(), period.to.c_str(),
-      LWebSupplierSelect(profile, "supplier", supplier, true).c_str()));
 }
 
 void WLPurchaseDelete(LWebletForm& form, std::string_view list,

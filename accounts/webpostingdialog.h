@@ -14,20 +14,12 @@
 
 class LProfile;
 struct LDate;
-struct LDTPeriod;
 
-// The period a list shows: "from" and "to" of the request when they read as dates, else the
-// fiscal year of today; error names a date that could not be read.
-LDTPeriod WLListPeriod(LWebletForm& form, LProfile& profile, std::string& error);
 // An amount typed the business's way ("1 234,56") in cents; false when it is not one (cents
 // unchanged).
 bool WLReadAmount(LProfile& profile, const std::string& typed, long long& cents);
 // cents as the business writes them, without the currency symbol, for a control.
 std::string WLAmountText(LProfile& profile, long long cents);
-// The top of a list page of purchases: the request's message ("msg") and error, and the filters
-// as a plain GET form to route (so that a filtered list is a link like any other): the period
-// and the supplier pull-down of the request's "supplier". period receives the period shown.
-void WLWritePurchaseListHead(LWebletForm& form, LProfile& profile, std::string_view route, LDTPeriod& period);
 // A delete action of the purchase pages: the session checked, a viewer refused, remove run on the
 // request's "id", then back to list with the refusal in "msg" when there is one. remove returns
 // false with its message.

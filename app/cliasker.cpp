@@ -1,6 +1,7 @@
 #include "app/cliasker.h"
 
 #include "app/cli.h"
+#include "accounts/journalentry.h"
 #include "app/cliask.h"
 #include "invoice/shared/profile.h"
 #include "llib/gen/money.h"
@@ -32,4 +33,22 @@ bool LCliParseDate(bool given, std::string_view text, LDate& date) {
 
 std::string LCliBadDateMessage(std::string_view text) {
   return "La date \"" + std::string(text) + "\" n'est pas une date valide (AAAA-MM-JJ).";
+}
+
+bool LCliParseEntryLine(const LProfile& profile, std::string_view word, LJournalEntryLine& line, std::string& problem) {
+  std::size_t first = word.find(':');
+  std::size_t last = word.rfind(':');
+  std::string_view side = word.substr(0, first);
+  if (first == std::string_view::npos || first == last || (side != "dr" && side != "cr")) {
+    problem = "ligne attendue sous la forme dr:COMPTE:MONTANT ou cr:COMPTE:MONTANT : " + std::string(word);
+    return false;
+  }
+  std::string_view amount = word.substr(last + 1);
+  if (!LCliParseAmount(profile, amount, line.amount)) {
+    problem = "montant invalide : " + std::string(amount);
+    return false;
+  }
+  line.side = side == "cr" ? "CR" : "DR";
+  line.account = LJournalEntryAccountFromColumn(word.substr(first + 1, last - first - 1));
+  return true;
 }

@@ -14,6 +14,7 @@
 
 class LCliContext;
 class LProfile;
+struct LJournalEntryLine;
 
 class LCliAsker : public LAsker {
  public:
@@ -30,5 +31,8 @@ bool LCliParseAmount(const LProfile& profile, std::string_view text, long long& 
 std::string LCliFormatAmount(const LProfile& profile, long long amount);
 // --date: today when absent; false when present but not a day "YYYY-MM-DD".
 bool LCliParseDate(bool given, std::string_view text, LDate& date);
+// "dr:ACCOUNT:AMOUNT" or "cr:ACCOUNT:AMOUNT" into a journal-entry line (the account column read
+// as the entry reads it); false with problem set otherwise.
+bool LCliParseEntryLine(const LProfile& profile, std::string_view word, LJournalEntryLine& line, std::string& problem);
 // The refusal for a date that is not a day.
 std::string LCliBadDateMessage(std::string_view text);

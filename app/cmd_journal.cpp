@@ -14,25 +14,6 @@
 
 namespace {
 
-// "dr:ACCOUNT:AMOUNT" or "cr:ACCOUNT:AMOUNT" into a line; false with problem set otherwise.
-bool ParseLine(const LProfile& profile, std::string_view word, LJournalEntryLine& line, std::string& problem) {
-  std::size_t first = word.find(':');
-  std::size_t last = word.rfind(':');
-  std::string_view side = word.substr(0, first);
-  if (first == std::string_view::npos || first == last || (side != "dr" && side != "cr")) {
-    problem = "ligne attendue sous la forme dr:COMPTE:MONTANT ou cr:COMPTE:MONTANT : " + std::string(word);
-    return false;
-  }
-  std::string_view amount = word.substr(last + 1);
-  if (!LCliParseAmount(profile, amount, line.amount)) {
-    problem = "montant invalide : " + std::string(amount);
-    return false;
-  }
-  line.side = side == "cr" ? "CR" : "DR";
-  line.account = LJournalEntryAccountFromColumn(word.substr(first + 1, last - first - 1));
-  return true;
-}
-
 // The type index of a stored transaction's type text; the general journal's for other texts.
 int TypeIndexOf(std::string_view type) {
   for (std::size_t i = 0; i < kJournalEntryTypes.size(); ++i)
@@ -85,7 +66,7 @@ int Save(LCliContext& context, LProfile& profile, LCliArgs& args, bool editing) 
     for (std::size_t i = firstLine; i < words.size(); ++i) {
       LJournalEntryLine line;
       std::string problem;
-      if (!ParseLine(profile, words[i], line, problem)) return context.Usage(problem);
+      if (!LCliParseEntryLine(profile, words[i], line, problem)) return context.Usage(problem);
       dialog.lines.push_back(std::move(line));
     }
   }

@@ -67,6 +67,25 @@ constexpr LCliCommand kCommands[] = {
      "kontavo billpayment add --supplier S --amount AMOUNT [--date D] [--account DESCRIPTION] [--notes TEXT]\n"
      "        [--method TEXT] [--apply BILL=AMOUNT... | --auto]\n",
      "enregistre et impute un paiement fournisseur", LCmdBillPayment},
+    {"cheque",
+     "kontavo cheque add --account NUMBER --payee TEXT --amount AMOUNT [--date D] [--number N] [--memo TEXT] LINE...\n"
+     "        LINE: ACCOUNT:AMOUNT[:MEMO]; --supplier KEY instead of lines: the cheque pays that supplier (a bill payment)\n"
+     "kontavo cheque list [--account NUMBER]\n"
+     "kontavo cheque void NUMBER [--account NUMBER] [--date D]\n"
+     "kontavo cheque delete NUMBER [--account NUMBER]\n"
+     "kontavo cheque next --account NUMBER [N]\n",
+     "chèques émis d'un compte bancaire : écriture, annulation, numérotation", LCmdCheque},
+    {"cash",
+     "kontavo cash add --account NUMBER (--receipt|--payment) --amount AMOUNT [--date D] [--desc TEXT] LINE...\n"
+     "        LINE: ACCOUNT:AMOUNT[:MEMO]\n",
+     "encaissement ou décaissement d'un compte de caisse ou de banque", LCmdCash},
+    {"template",
+     "kontavo template add NAME [--desc TEXT] [--type N] [--ref REF] LINE...\n"
+     "        LINE: dr:ACCOUNT:AMOUNT or cr:ACCOUNT:AMOUNT\n"
+     "kontavo template list\n"
+     "kontavo template use NAME [--date D] [--amount AMOUNT] [--ref REF]\n"
+     "kontavo template delete NAME\n",
+     "modèles d'écritures, saisis de nouveau à une autre date", LCmdTemplate},
     {"check",
      "kontavo check [--fix]\n",
      "recalcule les soldes des comptes à partir du grand livre", LCmdCheck},

@@ -114,6 +114,50 @@ function DisableSubmits(bDisable) {
   for (var i = 0; i < submits.length; i++) submits[i].disabled = bDisable;
 }
 
+// The document lists with a period: a change in the filter bar (form "listfilter") asks the
+// list's refilter route, whose answer calls ListFilterShow.
+function ListRefilter(route) {
+  SimpleAjaxCall(route, GetParams('listfilter'), HandleAjaxJSReturn, null, null, 120000);
+  return false;
+}
+// Puts the filter's values and the new list block in place, and makes the browser's address the
+// filtered list's, so that reloading or going back shows the same list.
+function ListFilterShow(periodCode, from, to, blockHtml, address) {
+  var form = document.getElementById('listfilter');
+  if (form) {
+    form.elements['prd'].value = periodCode;
+    form.elements['from'].value = from;
+    form.elements['to'].value = to;
+  }
+  var block = document.getElementById('listblock');
+  if (block) {
+    block.innerHTML = blockHtml;
+    if (window.LPrepareSortableTables) window.LPrepareSortableTables(block);
+  }
+  if (window.history && window.history.replaceState) window.history.replaceState(null, '', address);
+}
+// A sortable header of a paged list sorts on the server: the whole list, not only the page.
+function ListSortOnServer(route, column, ascending) {
+  var form = document.getElementById('listfilter');
+  if (!form) return;
+  form.elements['iCol'].value = String(column);
+  form.elements['bAsc'].value = ascending ? '1' : '0';
+  ListRefilter(route);
+}
+// The period dialog: a named period fills the dates ("prdselchange"); typed dates make the
+// period custom.
+function PeriodDialogWire(periodId, fromId, toId) {
+  var period = document.getElementById(String(periodId));
+  if (!period) return;
+  period.addEventListener('change', function() {
+    SimpleAjaxCall('prdselchange', 'prd=' + encodeURIComponent(period.value), HandleAjaxJSReturn, null, null, 30000);
+  });
+  [fromId, toId].forEach(function(id) {
+    var input = document.getElementById(String(id));
+    if (input) input.addEventListener('change', function() { period.value = 'custom'; });
+  });
+}
+
 // File upload into the hidden frame "uploadIFrame": its answer is script, as for AJAX. While the
 // file travels, the route "uploadProgress" is asked every half second how much has arrived; the
 // upload is known there by the id added to the form's address.

@@ -1,7 +1,8 @@
 // Kontavo web access: sorting a list in the browser. A sortable list carries its sort state
 // (data-sortcolumn, data-asc); each header cell with data-sort sorts by its column when clicked,
 // the second click reverses. Cells compare by their data-order key, else their text, without
-// regard to case; a row without the column's cell comes first.
+// regard to case; a row without the column's cell comes first. A list that is one page of a longer
+// one (data-refilter: the route that refilters it) is sorted by the server instead.
 (function() {
   function key(row, column) {
     var cell = row.cells[column];
@@ -50,15 +51,19 @@
         heads[column].addEventListener('click', function() {
           var current = parseInt(table.getAttribute('data-sortcolumn'), 10);
           var ascending = current === column ? table.getAttribute('data-asc') !== '1' : true;
-          sortTable(table, column, ascending);
+          var refilter = table.getAttribute('data-refilter');
+          if (refilter && window.ListSortOnServer) ListSortOnServer(refilter, column, ascending);
+          else sortTable(table, column, ascending);
         });
       })(i);
     }
   }
-  function prepareAll() {
-    var tables = document.querySelectorAll('table.hltbl');
+  // The lists under root (the document, or a block whose lists were just replaced).
+  function prepareAll(root) {
+    var tables = (root && root.querySelectorAll ? root : document).querySelectorAll('table.hltbl');
     for (var i = 0; i < tables.length; i++) prepare(tables[i]);
   }
-  if (document.readyState === 'loading') document.addEventListener('DOMContentLoaded', prepareAll);
+  window.LPrepareSortableTables = prepareAll;
+  if (document.readyState === 'loading') document.addEventListener('DOMContentLoaded', function() { prepareAll(); });
   else prepareAll();
 })();

@@ -1,7 +1,6 @@
 #include "invoice/sales/webcustomers.h"
 
 #include <algorithm>
-#include <climits>
 
 #include "invoice/sales/customerbook.h"
 #include "invoice/shared/customer.h"
@@ -24,8 +23,6 @@ constexpr int kEmailControl = 105;
 constexpr int kPhoneControl = 106;
 constexpr int kSirenControl = 107;
 constexpr int kVatNumberControl = 108;
-
-int AmountOrder(long long amount) { return static_cast<int>(std::clamp<long long>(amount, INT_MIN + 1, INT_MAX - 1)); }
 
 struct CustomerChoice {
   std::string key;
@@ -94,7 +91,7 @@ void LWebCustomersPage::Generate() {
     row->AddCellTextLink(LWebFormat("customerprop?id=%U&onok=customerlist&oncancel=customerlist", key.c_str()), key);
     row->AddCellText(customer.GetString("Name"));
     row->AddCellText(customer.GetString("Contact"));
-    row->AddCellWithOrder(AmountOrder(customer.GetBalance()),
+    row->AddCell(LHtmlListRow::Int64OrderKey(customer.GetBalance()),
                           LHtmlEscape(LFormatMoney(customer.GetBalance(), profile.GetCurrencyFormat())));
     row->AddCellText(customer.GetOldestDue().substr(0, 10));
     if (mayChange)

@@ -1,15 +1,12 @@
 #include "invoice/sales/websalesdocuments.h"
 
 #include <algorithm>
-#include <climits>
 
 #include "accounts/bills.h"
 #include "accounts/porderbill.h"
-#include "accounts/accounttotaller.h"
-#include "accounts/webpostingdialog.h"
 #include "accounts/websuppliers.h"
-#include "invoice/sales/salesbook.h"
 #include "invoice/sales/porderconversion.h"
+#include "invoice/sales/salesbook.h"
 #include "invoice/sales/salesconversion.h"
 #include "invoice/sales/webcustomers.h"
 #include "invoice/shared/customer.h"
@@ -60,55 +57,50 @@ KindWords WordsOf(LSalesDocumentType type) {
   return {"Bons de commande", "Nouveau bon de commande", "Aucun bon de commande"};
 }
 
-// An amount as a list order key: the keys hold an int, amounts beyond it sort at the ends.
-int AmountOrder(long long amount) { return static_cast<int>(std::clamp<long long>(amount, INT_MIN + 1, INT_MAX - 1)); }
-
-// A document key as an order key: numbers in number order, then other keys (drafts) by text.
-std::string KeyOrder(const std::string& key) {
-  bool number = !key.empty() && key.size() < 18 && key.find_first_not_of("0123456789") == std::string::npos;
-  return number ? LWebFormat("0%018s", key.c_str()) : "1" + key;
-}
-
 }  // namespace
 
 // ---- "<kind>list" ---------------------------------------------------------------------------------
+
+const LWebPeriodList& LWebSalesPeriodList(LSalesDocumentType type) {
+  switch (type) {
+    case LSalesDocumentType::kQuote: return kLWebQuotePeriodList;
+    case LSalesDocumentType::kOrder: return kLWebOrderPeriodList;
+    case LSalesDocumentType::kCreditNote: return kLWebCreditNotePeriodList;
+    case LSalesDocumentType::kPOrder: return kLWebPOrderPeriodList;
+    default: return kLWebInvoicePeriodList;
+  }
+}
 
 LWebSalesDocumentsPage::LWebSalesDocumentsPage(LWebletForm& form, LSalesDocumentType type)
     : LWebPageMainEx(form, Route(LSalesDocumentKindOf(type), "list"), WordsOf(type).plural),
       kind_(LSalesDocumentKindOf(type)) {}
 
+const LWebPeriodList& LWebSalesDocumentsPage::PeriodList() const { return LWebSalesPeriodList(kind_.type); }
+
 void LWebSalesDocumentsPage::Generate() {
   LProfile profile(WLSessionBusinessFolder(form_));
-  const std::string listRoute = Route(kind_, "list");
+  std::string newLink = WLMayChangeData(form_) ? LWebFormat("<a href='%sprop' class=actionlink>%H</a>",
+                                                            kind_.command.data(), WordsOf(kind_.type).fresh)
+                                               : std::string();
+  UseListScript();
+  LWebWritePeriodListPage(form_, profile, PeriodList(), newLink, [this](LWebletForm& out) { WriteListBlock(out); });
+}
+
+void LWebSalesDocumentsPage::WriteListBlock(LWebletForm& out) {
+  LProfile profile(WLSessionBusinessFolder(form_));
   const KindWords words = WordsOf(kind_.type);
   const bool isInvoice = kind_.type == LSalesDocumentType::kInvoice;
   const bool converts = kind_.type == LSalesDocumentType::kQuote || kind_.type == LSalesDocumentType::kOrder;
   // A purchase order names a supplier, and becomes a bill rather than an invoice.
   const bool purchase = kind_.type == LSalesDocumentType::kPOrder;
   const bool mayChange = WLMayChangeData(form_);
-  std::string error;
-  LDTPeriod period = WLListPeriod(form_, profile, error);
-  std::string customer = form_.GetParam("customer");
-  std::string message = form_.GetParam("msg");
-  if (!message.empty()) form_.Write(LWebFormat("<p class=errormessage>%H</p>", message.c_str()));
-  if (!error.empty()) form_.Write(LWebFormat("<p class=errormessage>%H</p>", error.c_str()));
-
-  // The filters: a plain GET form, so that a filtered list is a link like any other.
-  std::string filters = LWebFormat(
-      "<form method=get action='%s' class=listfilters><label>Du <input type=date name=from value='%H'></label> "
-      "<label>au <input type=date name=to value='%H'></label> <label>%s %s</label> "
-      "<input type=submit class=button value='Afficher'></form>",
-      listRoute.c_str(), period.from.c_str(), period.to.c_str(), purchase ? "Fournisseur" : "Client",
-      (purchase ? LWebSupplierSelect(profile, "customer", customer, true)
-                : LWebCustomerSelect(profile, "customer", customer, true)).c_str());
-  form_.Write(filters);
-  if (mayChange)
-    form_.Write(LWebFormat("<p><a href='%sprop' class=actionlink>%H</a></p>", kind_.command.data(), words.fresh));
+  LWebListFilter filter = LWebReadListFilter(form_, profile, PeriodList());
 
   LHtmlList list(form_, 0, false);
   list.AddColumn("Numéro", 12, kListAlignLeft, true);
   list.AddColumn("Date", 12, kListAlignLeft, true);
-  list.AddColumn(purchase ? "Fournisseur" : "Client", isInvoice || converts || purchase ? 30 : 46, kListAlignLeft, true);
+  list.AddColumn(purchase ? "Fournisseur" : "Client", isInvoice || converts || purchase ? 30 : 46, kListAlignLeft,
+                 true);
   list.AddColumn("Total", 14, kListAlignRight, true);
   if (isInvoice) list.AddColumn("Reste dû", 14, kListAlignRight, true);
   if (isInvoice) list.AddColumn("État", 12, kListAlignLeft, true);
@@ -121,27 +113,26 @@ void LWebSalesDocumentsPage::Generate() {
     for (LFileStoreIteratorBase it(profile.MainList(listName), document); document.IsAttached(); it.Next(document)) {
       std::string date = document.GetDate();
       if (date.size() > 10) date.resize(10);
-      if (date < period.from || date > period.to || (!customer.empty() && document.GetCustomer() != customer))
-        continue;
+      if (!filter.Holds(date) || (!filter.party.empty() && document.GetCustomer() != filter.party)) continue;
       const std::string& key = document.GetPrimaryKey();
       bool draft = document.IsDraft();
       long long total = document.GetTotal();
       sum += total;
       auto row = std::make_unique<LHtmlListRow>();
-      row->AddCell(KeyOrder(key), LWebFormat("<a href='%sprop?id=%U'>%H</a>%s", kind_.command.data(), key.c_str(),
+      row->AddCell(LHtmlListRow::RecordKeyOrderKey(key), LWebFormat("<a href='%sprop?id=%U'>%H</a>%s", kind_.command.data(), key.c_str(),
                                              key.c_str(), draft ? " <span class=draftmark>brouillon</span>" : ""));
       row->AddCellText(date);
       row->AddCellText(document.GetCustomer());
-      row->AddCellWithOrder(AmountOrder(total), LHtmlEscape(LFormatMoney(total, money)));
+      row->AddCell(LHtmlListRow::Int64OrderKey(total), LHtmlEscape(LFormatMoney(total, money)));
       if (isInvoice) {
         long long due = draft ? total : total - document.GetAmountPaid(profile) - document.GetAmountRefunded(profile);
-        row->AddCellWithOrder(AmountOrder(due), LHtmlEscape(LFormatMoney(due, money)));
+        row->AddCell(LHtmlListRow::Int64OrderKey(due), LHtmlEscape(LFormatMoney(due, money)));
         row->AddCellText(draft ? "Brouillon" : LInvoiceStatusText(LInvoiceGetStatus(profile, document)));
       }
       if (converts) {
         std::string invoice = LConvertedInvoiceKey(document);
         if (!invoice.empty())
-          row->AddCell(KeyOrder(invoice), LWebFormat("<a href='invoiceprop?id=%U'>%H</a>", invoice.c_str(),
+          row->AddCell(LHtmlListRow::RecordKeyOrderKey(invoice), LWebFormat("<a href='invoiceprop?id=%U'>%H</a>", invoice.c_str(),
                                                      invoice.c_str()));
         else if (mayChange)
           row->AddCell("", LWebFormat("<a href='%sci?id=%U' class=actionlink>Facturer</a>", kind_.command.data(),
@@ -152,7 +143,8 @@ void LWebSalesDocumentsPage::Generate() {
       if (purchase) {
         std::string bill = document.GetString(kPOrderBillField);
         if (!bill.empty() && profile.List(kBillsList).TestRecordExists(bill))
-          row->AddCell(bill, LWebFormat("<a href='billprop?id=%U'>%H</a>", bill.c_str(), bill.c_str()));
+          row->AddCell(LHtmlListRow::RecordKeyOrderKey(bill),
+                       LWebFormat("<a href='billprop?id=%U'>%H</a>", bill.c_str(), bill.c_str()));
         else if (mayChange && !draft)
           row->AddCell("", LWebFormat("<a href='porderbill?id=%U' class=actionlink>Facturer</a>", key.c_str()));
         else
@@ -169,31 +161,10 @@ void LWebSalesDocumentsPage::Generate() {
       list.AddRow(std::move(row));
     }
   }
-
-  // Long lists are paged after sorting, so that each page is a slice of the whole order.
-  std::vector<const LHtmlListRow*> rows = list.SortedRows();
-  int pages = std::max<int>(1, static_cast<int>((rows.size() + kLWebDocumentPageRows - 1) / kLWebDocumentPageRows));
-  int page = std::clamp(LTextToInt(form_.GetParam("page")), 1, pages);
-  UseListScript();
-  list.WriteHeader(form_, 100);
-  std::size_t first = static_cast<std::size_t>(page - 1) * kLWebDocumentPageRows;
-  for (std::size_t i = first; i < rows.size() && i < first + kLWebDocumentPageRows; ++i)
-    list.WriteDirectRow(form_, *rows[i]);
-  list.WriteDirectEnd(form_);
-  std::string summary = rows.empty() ? std::string(words.none) + " sur la période."
-                                     : std::to_string(rows.size()) + " document(s), total " + LFormatMoney(sum, money);
-  std::string pager = LWebFormat("<p class=listsummary>%H", summary.c_str());
-  auto pageLink = [&](int to, const char* text) {
-    return LWebFormat(" <a href='%s?from=%U&to=%U&customer=%U&iCol=%d&bAsc=%d&page=%d' class=pagelink>%H</a>",
-                      listRoute.c_str(), period.from.c_str(), period.to.c_str(), customer.c_str(),
-                      list.GetSortColumn(), list.IsAscending() ? 1 : 0, to, text);
-  };
-  if (pages > 1) {
-    pager += LWebFormat(" &mdash; page %d sur %d", page, pages);
-    if (page > 1) pager += pageLink(page - 1, "« Précédente");
-    if (page < pages) pager += pageLink(page + 1, "Suivante »");
-  }
-  form_.Write(pager + "</p>");
+  std::size_t count = list.GetRowCount();
+  std::string summary = count == 0 ? std::string(words.none) + " sur la période."
+                                   : std::to_string(count) + " document(s), total " + LFormatMoney(sum, money);
+  LWebWritePagedRows(out, list, PeriodList(), filter, summary);
 }
 
 // ---- "<kind>prop" ---------------------------------------------------------------------------------

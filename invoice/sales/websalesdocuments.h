@@ -1,9 +1,10 @@
 // The sales documents on the web, one set of pages per kind (invoices, quotes, orders, credit
 // notes), named after the kind's command word: "<kind>list", "<kind>prop", "<kind>delete".
 //
-// The list shows one period (parameters "from" and "to", "YYYY-MM-DD"; the current fiscal year
-// by default) and optionally one customer ("customer"), sorted by any column ("iCol", "bAsc"),
-// kLWebDocumentPageRows rows a page ("page", from 1), drafts with the recorded documents.
+// The list shows one period and optionally one customer, sorted by any column and paged, with
+// its period dialog and refilters ("<kind>listperiod", "<kind>listperiodchange",
+// "<kind>listdatechange", "<kind>listcustomerchange": invoice/shared/weblistperiod.h); drafts
+// are listed with the recorded documents.
 //
 // The dialog ("id" = the document's key; none: a new document) edits the header (customer,
 // date, payment terms, shipping, untaxed, notes, draft) and the item lines on the grid of
@@ -17,15 +18,28 @@
 #pragma once
 
 #include "accounts/webpagemainex.h"
+#include "accounts/websuppliers.h"
 #include "invoice/shared/salesdocument.h"
+#include "invoice/sales/webcustomers.h"
 #include "invoice/shared/webdialogfk.h"
+#include "invoice/shared/weblistperiod.h"
 
-inline constexpr int kLWebDocumentPageRows = 100;
+inline constexpr LWebPeriodList kLWebInvoicePeriodList{"invoicelist", "customer", "Client", LWebCustomerChoices};
+inline constexpr LWebPeriodList kLWebQuotePeriodList{"quotelist", "customer", "Client", LWebCustomerChoices};
+inline constexpr LWebPeriodList kLWebOrderPeriodList{"orderlist", "customer", "Client", LWebCustomerChoices};
+inline constexpr LWebPeriodList kLWebCreditNotePeriodList{"creditnotelist", "customer", "Client",
+                                                          LWebCustomerChoices};
+inline constexpr LWebPeriodList kLWebPOrderPeriodList{"porderlist", "supplier", "Fournisseur", LWebSupplierChoices};
+// The period list of a kind's page.
+const LWebPeriodList& LWebSalesPeriodList(LSalesDocumentType type);
 
 class LWebSalesDocumentsPage : public LWebPageMainEx {
  public:
   LWebSalesDocumentsPage(LWebletForm& form, LSalesDocumentType type);
   void Generate() override;
+  const LWebPeriodList& PeriodList() const;
+  // The table of the request's filter, its pager and summary.
+  void WriteListBlock(LWebletForm& out);
 
  private:
   const LSalesDocumentKind& kind_;

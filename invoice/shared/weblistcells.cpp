@@ -1,8 +1,5 @@
 #include "invoice/shared/weblistcells.h"
 
-#include <algorithm>
-#include <climits>
-
 #include "llib/gen/money.h"
 #include "llib/web/webformat.h"
 #include "llib/web/weblist.h"
@@ -17,6 +14,5 @@ void LWebListDeleteCell(LHtmlListRow& row, bool mayChange, const std::string& hr
 }
 
 void LWebListAmountCell(LHtmlListRow& row, long long amount, const LCurrencyFormat& format) {
-  int order = static_cast<int>(std::clamp<long long>(amount, INT_MIN + 1, INT_MAX - 1));
-  row.AddCellWithOrder(order, LHtmlEscape(LFormatMoney(amount, format)));
+  row.AddCell(LHtmlListRow::Int64OrderKey(amount), LHtmlEscape(LFormatMoney(amount, format)));
 }

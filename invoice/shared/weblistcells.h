@@ -11,6 +11,5 @@ struct LCurrencyFormat;
 // user who may not change the data.
 void LWebListDeleteCell(LHtmlListRow& row, bool mayChange, const std::string& href, const std::string& question);
 
-// An amount in cents written the business's way ("1 234,56 €"), ordered by its value (amounts
-// beyond an int's range sort at the ends).
+// An amount in cents written the business's way ("1 234,56 €"), ordered by its value.
 void LWebListAmountCell(LHtmlListRow& row, long long amount, const LCurrencyFormat& format);

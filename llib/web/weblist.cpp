@@ -28,6 +28,15 @@ std::string LHtmlListRow::NumberOrderKey(int number) {
   return LWebFormat("%10u", static_cast<unsigned>(static_cast<long long>(number) + 2147483647LL));
 }
 
+std::string LHtmlListRow::Int64OrderKey(long long number) {
+  return LWebFormat("%020llu", static_cast<unsigned long long>(number) ^ (1ULL << 63));
+}
+
+std::string LHtmlListRow::RecordKeyOrderKey(std::string_view key) {
+  bool number = !key.empty() && key.size() < 19 && key.find_first_not_of("0123456789") == std::string_view::npos;
+  return number ? "0" + std::string(19 - key.size(), '0') + std::string(key) : "1" + std::string(key);
+}
+
 void LHtmlListRow::AddCellPrintF(const char* format, ...) {
   va_list args;
   va_start(args, format);
@@ -125,6 +134,8 @@ std::vector<const LHtmlListRow*> LHtmlList::SortedRows() const {
 void LHtmlList::WriteHeader(LWebletForm& form, int widthPercent, int id) {
   std::string head = LWebFormat("<table style='width:%d%%' class='hltbl'", widthPercent);
   if (sortable_ && !insertInOrder_) head += LWebFormat(" data-sortcolumn=%d data-asc=%d", sortColumn_, ascending_ ? 1 : 0);
+  if (sortable_ && !insertInOrder_ && !refilterRoute_.empty())
+    head += LWebFormat(" data-refilter='%H'", refilterRoute_.c_str());
   if (id != 0) head += LWebFormat(" id=%d", id);
   head += "><thead><tr style='height:25px' class=hlhtr>";
   for (std::size_t i = 0; i < columns_.size(); ++i) {

@@ -61,6 +61,11 @@ class LHtmlListRow {
 
   // The order key of a number.
   static std::string NumberOrderKey(int number);
+  // The order key of a 64-bit number (amounts in cents), sorting as the numbers do.
+  static std::string Int64OrderKey(long long number);
+  // The order key of a record key: numbers in number order first, then other keys (drafts
+  // "DFT<n>") by their text.
+  static std::string RecordKeyOrderKey(std::string_view key);
 
  private:
   friend class LHtmlList;
@@ -89,6 +94,9 @@ class LHtmlList {
   void SetInsertInOrder(bool inOrder) { insertInOrder_ = inOrder; }
   // Rows are written hidden ("display:none").
   void SetHideRows(bool hide) { hideRows_ = hide; }
+  // The list is one page of a longer one: a header click asks route to sort the whole list
+  // (data-refilter) instead of sorting the page in the browser.
+  void SetRefilterRoute(std::string_view route) { refilterRoute_.assign(route); }
   int GetSortColumn() const { return sortColumn_; }
   bool IsAscending() const { return ascending_; }
 
@@ -125,4 +133,5 @@ class LHtmlList {
   bool insertInOrder_ = false;
   bool hideRows_ = false;
   std::size_t directRows_ = 0;  // rows written by WriteDirectRow
+  std::string refilterRoute_;   // sorts on the server through this route; empty: in the browser
 };

@@ -55,8 +55,10 @@ class WebPurchasesTest : public LWebServerTest {
            "&20005=TVA+20+%25";
   }
 
-  std::string admin_;
+  // A French business whatever tests ran before in this process.
   LEnvScope locale_{"LC_ALL", "fr_FR.UTF-8"};
+  LEnvScope country_{"KONTAVO_COUNTRY", "FR"};
+  std::string admin_;
 };
 
 TEST_F(WebPurchasesTest, SupplierPagesAndTheDeleteThatIsRefusedWhileABillNamesTheSupplier) {

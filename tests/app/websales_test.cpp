@@ -175,6 +175,31 @@ TEST_F(WebSalesTest, ListsShowAPeriodPageLongListsAndFilterByCustomer) {
   std::string garbage = LHttpGet(port_, "/quotelist?from=hier&page=-3&iCol=99", session).body;
   EXPECT_NE(garbage.find("Date invalide : hier."), std::string::npos);
   EXPECT_NE(garbage.find("page 1 sur 2"), std::string::npos);
+
+  // The filter bar's refilters answer with the new block and the address of the filtered list.
+  std::string all = LHttpPost(port_, "/quotelistperiodchange", "prd=all&customer=&iCol=0&bAsc=1", session).body;
+  EXPECT_NE(all.find("ListFilterShow('all', '', '', '"), std::string::npos) << all;
+  EXPECT_NE(all.find("106 document(s)"), std::string::npos);
+  EXPECT_NE(all.find("data-refilter=\\'quotelistperiodchange\\'"), std::string::npos) << all;  // paged: server sorts
+  EXPECT_NE(all.find("'quotelist?prd=all&from=&to=&customer=&iCol=0&bAsc=1');"), std::string::npos);
+  std::string dates =
+      LHttpPost(port_, "/quotelistdatechange", "prd=fy&from=2001-01-01&to=2001-01-01&customer=DUP&page=2", session).body;
+  EXPECT_NE(dates.find("ListFilterShow('custom', '2001-01-01', '2001-01-01'"), std::string::npos) << dates;
+  EXPECT_NE(dates.find("1 document(s)"), std::string::npos);
+  std::string customer = LHttpPost(port_, "/quotelistcustomerchange", "prd=all&customer=MAR", session).body;
+  EXPECT_NE(customer.find("1 document(s)"), std::string::npos);
+  EXPECT_EQ(LHttpPost(port_, "/quotelistcustomerchange", "prd=all&customer=MAR").body, "window.location = 'logon';\n");
+  // The period dialog: a named period fills the dates, OK shows the list so filtered.
+  std::string dialog = LHttpGet(port_, "/quotelistperiod?prd=pm&customer=MAR", session).body;
+  EXPECT_NE(dialog.find("<option value='pm' selected>Le mois dernier</option>"), std::string::npos) << dialog;
+  EXPECT_NE(dialog.find("<option value='MAR' selected>"), std::string::npos);
+  EXPECT_NE(LHttpPost(port_, "/prdselchange", "prd=all", session).body.find("document.getElementById('102').value = '';"),
+            std::string::npos);
+  EXPECT_NE(LHttpPost(port_, "/quotelistperiod", "101=custom&102=2026-05-01&103=2026-04-01&104=&submit=Afficher", session)
+                .body.find("La date de fin précède la date de début."),
+            std::string::npos);
+  EXPECT_EQ(LHttpPost(port_, "/quotelistperiod", "101=all&102=&103=&104=MAR&submit=Afficher", session).body,
+            "window.location = 'quotelist?prd=all&from=&to=&customer=MAR';\n");
 }
 
 TEST_F(WebSalesTest, QuoteBecomesAnInvoiceOnceAndDeletesGoThroughTheSalesBook) {

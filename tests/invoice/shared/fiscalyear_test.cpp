@@ -2,7 +2,7 @@
 // wizard knows, a date on the end day itself, and an end that falls on a day some years lack.
 #include <gtest/gtest.h>
 
-#include "accounts/fiscalyear.h"
+#include "invoice/shared/fiscalyear.h"
 #include "invoice/shared/options.h"
 #include "tests/support/salestestbusiness.h"
 

@@ -1,4 +1,4 @@
-#include "accounts/fiscalyear.h"
+#include "invoice/shared/fiscalyear.h"
 
 #include <algorithm>
 

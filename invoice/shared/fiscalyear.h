@@ -4,10 +4,18 @@
 // runs from the day after one end to the next end, both included.
 #pragma once
 
-#include "accounts/accounttotaller.h"
+#include <string>
+
 #include "llib/gen/date.h"
 
 class LProfile;
+
+// A period in the ledger's date form, both ends included; an empty from means "from the
+// beginning".
+struct LDTPeriod {
+  std::string from;
+  std::string to;
+};
 
 // The fiscal year that holds date: its end is the first fiscal year end on or after date.
 LDTPeriod LFiscalYearOf(LProfile& profile, const LDate& date);

@@ -1,0 +1,197 @@
+// Cheques, cash transactions and transaction templates, called as the command line and the web
+// pages call them: what each posts, what voiding and deleting take back, and that the balances
+// cached in the accounts stay those of the ledger throughout.
+#include "accounts/cheques.h"
+
+#include <gtest/gtest.h>
+
+#include "accounts/accounts.h"
+#include "accounts/cashtxn.h"
+#include "accounts/check.h"
+#include "accounts/ledger.h"
+#include "accounts/ledgerdelete.h"
+#include "accounts/question.h"
+#include "accounts/txntemplates.h"
+#include "invoice/shared/options.h"
+#include "invoice/shared/profile.h"
+#include "tests/support/testhome.h"
+
+namespace {
+
+class ChequesTest : public LHomeTest {
+ protected:
+  void SetUp() override {
+    LOptions options;
+    options.OpenFrom(profile_);
+    options.SetString("CountryCode", "FR");
+    options.Flush();
+    LAccountListCreateDefault(profile_);
+  }
+  long long Total(const char* number) {
+    LAccount account;
+    LAccountList(profile_).Open(account, number);
+    return account.GetTotalBalance();
+  }
+  // The rows of a transaction as "account amount" texts.
+  std::vector<std::string> Rows(const std::string& date, const std::string& reference) {
+    LLedgerTransaction txn;
+    std::vector<std::string> rows;
+    if (!LLedgerTransactionLoad(profile_, txn, date, reference)) return rows;
+    for (const auto& line : txn.Lines()) rows.push_back(line.account + " " + std::to_string(line.amount));
+    return rows;
+  }
+  void ExpectBooksInStep() {
+    LBookCheckProcess check{&profile_, false, {}};
+    LProcessInterfaceVoid silent;
+    ASSERT_EQ(Process(silent, check), kProcessFinished);
+    EXPECT_TRUE(check.report.differences.empty() && check.report.problems.empty());
+  }
+  LChequeRequest Rent(const LDate& date) {
+    LChequeRequest request;
+    request.account = "1110";
+    request.payee = "SCI Bailleur";
+    request.amount = 80000;
+    request.date = date;
+    request.lines = {{"6410", 75000, ""}, {"6510", 5000, "Assurance"}};
+    return request;
+  }
+  LProfile profile_;
+  LDate today_ = LDate::Today();
+};
+
+TEST_F(ChequesTest, ChequeIsNumberedPostedVoidedAndTakenBackThroughTheJournal) {
+  LFixedAsker yes(true), no(false);
+  std::string message, key;
+  ASSERT_TRUE(LChequeSetNextNumber(profile_, "1110", "0101", &message)) << message;
+  EXPECT_FALSE(LChequeSetNextNumber(profile_, "6410", "5", &message));
+  EXPECT_EQ(message, "Le compte 6410 n'est pas un compte de banque ou de caisse.");
+
+  // Refusals leave the books and the counters as they were.
+  LChequeRequest wrong = Rent(today_);
+  wrong.lines[0].amount = 70000;
+  EXPECT_FALSE(LChequeWrite(profile_, yes, wrong, key, &message));
+  EXPECT_NE(message.find("ne correspond pas au montant"), std::string::npos) << message;
+  wrong = Rent(today_);
+  wrong.lines.push_back({"1110", 1, ""});
+  wrong.amount += 1;
+  EXPECT_FALSE(LChequeWrite(profile_, yes, wrong, key, &message));
+  EXPECT_EQ(message, "Une ligne ne peut pas être imputée sur le compte payeur lui-même.");
+  EXPECT_FALSE(LChequeWrite(profile_, no, Rent(today_.AddDays(-400)), key, &message));
+  EXPECT_NE(message.find("qui date de plus d'un an"), std::string::npos);
+  EXPECT_TRUE(LChequeKeys(profile_).empty());
+  EXPECT_EQ(LChequeNextNumber(profile_, "1110"), 101);
+
+  ASSERT_TRUE(LChequeWrite(profile_, yes, Rent(today_), key, &message)) << message;
+  EXPECT_EQ(key, "PMT10000");
+  EXPECT_EQ(Rows(today_.ToText(), key), (std::vector<std::string>{"6410 75000", "6510 5000", "1110 -80000"}));
+  EXPECT_EQ(LChequeNextNumber(profile_, "1110"), 102);
+  EXPECT_EQ(LChequeFind(profile_, "1110", "101"), std::vector<std::string>{key});
+  LChequeRequest again = Rent(today_);
+  again.number = "101";
+  EXPECT_FALSE(LChequeWrite(profile_, yes, again, key, &message));
+  EXPECT_EQ(message, "Le chèque n° 101 de ce compte existe déjà.");
+
+  // Voided a week later: the cheque stays, its posting reversed on that day.
+  LDate later = today_.AddDays(7);
+  EXPECT_FALSE(LChequeVoid(profile_, yes, "PMT10000", today_.AddDays(-1), &message));
+  EXPECT_EQ(message, "La date d'annulation ne peut pas précéder la date du chèque.");
+  ASSERT_TRUE(LChequeVoid(profile_, yes, "PMT10000", later, &message)) << message;
+  EXPECT_FALSE(LChequeVoid(profile_, yes, "PMT10000", later, &message));
+  EXPECT_EQ(message, "Ce chèque est déjà annulé.");
+  EXPECT_EQ(Rows(later.ToText(), "PMT10000V"), (std::vector<std::string>{"6410 -75000", "6510 -5000", "1110 80000"}));
+  EXPECT_EQ(Total("1110"), 0);
+  EXPECT_EQ(Total("6410"), 0);
+  ExpectBooksInStep();
+
+  // The reversal deleted from the journal: the cheque counts again. Its own transaction
+  // deleted: the cheque goes with it.
+  ASSERT_TRUE(LedgerTransactionDelete(profile_, later.ToText(), "PMT10000V"));
+  LCheque cheque;
+  ASSERT_TRUE(profile_.List(kChequesList).Open(cheque, "PMT10000"));
+  EXPECT_FALSE(cheque.IsVoid());
+  EXPECT_EQ(Total("1110"), -80000);
+  ASSERT_TRUE(LedgerTransactionDelete(profile_, today_.ToText(), "PMT10000"));
+  EXPECT_TRUE(LChequeKeys(profile_).empty());
+  EXPECT_EQ(Total("1110"), 0);
+  EXPECT_EQ(Total("6510"), 0);
+  ExpectBooksInStep();
+}
+
+TEST_F(ChequesTest, ChequeToASupplierIsABillPaymentAndCashMovesBothSides) {
+  LFixedAsker yes(true);
+  std::string message, key;
+  LRecord supplier;
+  profile_.List("Suppliers").OpenAlways(supplier, "S1");
+  supplier.SetString("Name", "Papeterie");
+  ASSERT_TRUE(supplier.Flush());
+  LChequeRequest request;
+  request.account = "1110";
+  request.payee = "Papeterie";
+  request.amount = 30000;
+  request.date = today_;
+  request.supplier = "NOBODY";
+  EXPECT_FALSE(LChequeWrite(profile_, yes, request, key, &message));
+  EXPECT_EQ(message, "Le fournisseur NOBODY n'existe pas.");
+  request.supplier = "S1";
+  ASSERT_TRUE(LChequeWrite(profile_, yes, request, key, &message)) << message;
+  EXPECT_EQ(Rows(today_.ToText(), key), (std::vector<std::string>{"2210 30000", "1110 -30000"}));
+  LCheque cheque;
+  ASSERT_TRUE(profile_.List(kChequesList).Open(cheque, key));
+  EXPECT_EQ(cheque.GetBillPayment(), "1");
+  // Deleted from the journal, the cheque takes its bill payment along.
+  ASSERT_TRUE(LedgerTransactionDelete(profile_, today_.ToText(), key));
+  EXPECT_FALSE(profile_.List("BillPayments").TestRecordExists("1"));
+  EXPECT_TRUE(LChequeKeys(profile_).empty());
+
+  LCashTxnRequest receipt{"1190", true, 12000, today_, "Vente comptoir", {{"4110", 10000, ""}, {"2410", 2000, "TVA"}}};
+  ASSERT_TRUE(LCashTxnRecord(profile_, yes, receipt, key, &message)) << message;
+  EXPECT_EQ(Rows(today_.ToText(), key), (std::vector<std::string>{"1190 12000", "4110 -10000", "2410 -2000"}));
+  LCashTxnRequest payment{"1190", false, 1500, today_, "", {{"6420", 1500, "Timbres"}}};
+  std::string paid;
+  ASSERT_TRUE(LCashTxnRecord(profile_, yes, payment, paid, &message)) << message;
+  EXPECT_EQ(Rows(today_.ToText(), paid), (std::vector<std::string>{"1190 -1500", "6420 1500"}));
+  EXPECT_EQ(Total("1190"), 10500);
+  payment.account = "6420";
+  EXPECT_FALSE(LCashTxnRecord(profile_, yes, payment, paid, &message));
+  EXPECT_EQ(message, "Le compte 6420 n'est pas un compte de banque ou de caisse.");
+  ASSERT_TRUE(LedgerTransactionDelete(profile_, today_.ToText(), key));
+  EXPECT_FALSE(profile_.List(kCashTransactionsList).TestRecordExists(key));
+  EXPECT_EQ(Total("1190"), -1500);
+  ExpectBooksInStep();
+}
+
+TEST_F(ChequesTest, TemplateScalesEachSideToTheNewTotalToTheCent) {
+  LTxnTemplate rent{"Loyer", "Loyer mensuel", kJournalEntryGeneralType, "GJ[auto]",
+                    {{"6410", 100, ""}, {"6420", 100, ""}, {"6510", 100, ""}, {"1110", 300, "CR"}}};
+  std::string message;
+  LTxnTemplate unbalanced = rent;
+  unbalanced.lines.back().amount = 299;
+  EXPECT_FALSE(LTxnTemplateSave(profile_, unbalanced, &message));
+  EXPECT_NE(message.find("équilibrée"), std::string::npos);
+  ASSERT_TRUE(LTxnTemplateSave(profile_, rent, &message)) << message;
+  LTxnTemplate loaded;
+  ASSERT_TRUE(LTxnTemplateLoad(profile_, "Loyer", loaded));
+  EXPECT_EQ(loaded.Debits(), 300);
+
+  // A third of a cent each way: two lines round down, the last takes what is left.
+  std::vector<LJournalEntryLine> lines = LTxnTemplateScaledLines(loaded, 100);
+  ASSERT_EQ(lines.size(), 4u);
+  EXPECT_EQ(lines[0].amount, 33);
+  EXPECT_EQ(lines[1].amount, 33);
+  EXPECT_EQ(lines[2].amount, 34);
+  EXPECT_EQ(lines[3].amount, 100);
+  EXPECT_EQ(LTxnTemplateScaledLines(loaded, 0)[0].amount, 100);
+
+  LFixedAsker yes(true);
+  LJournalEntryDlg entry(profile_, yes);
+  LTxnTemplateFillEntry(loaded, today_, 90000000, entry);
+  ASSERT_TRUE(entry.CmOk(&message)) << message;
+  EXPECT_EQ(entry.GetSavedReference(), "GJ10000");
+  EXPECT_EQ(Rows(today_.ToText(), "GJ10000"),
+            (std::vector<std::string>{"6410 30000000", "6420 30000000", "6510 30000000", "1110 -90000000"}));
+  EXPECT_EQ(LTxnTemplateNames(profile_), std::vector<std::string>{"Loyer"});
+  EXPECT_TRUE(LTxnTemplateDelete(profile_, "Loyer"));
+  EXPECT_FALSE(LTxnTemplateLoad(profile_, "Loyer", loaded));
+}
+
+}  // namespace
