@@ -49,8 +49,8 @@ bool LBillLoadFromPOrder(LProfile& profile, std::string_view key, std::string_vi
 
   bill.SetString("Supplier", supplier);
   bill.SetString("Date", date);
-  std::string notes = order.GetString("Notes");
-  bill.SetString("Notes", notes.empty() ? "Bon de commande " + std::string(key) : notes);
+  // The order's notes speak to the supplier; the bill's describe its postings.
+  bill.SetString("Notes", "Bon de commande " + std::string(key));
   bill.SetString("POrderNumber", key);
   LFKItemCollectionRecord lines = order.Items();
   int currencyDigits = profile.GetCurrencyDigits();

@@ -1,5 +1,5 @@
 // A purchase order becomes a bill when the goods and the supplier's invoice arrive. The bill takes
-// the order's supplier, notes and lines: each line keeps its item, description, quantity and unit
+// the order's supplier and lines, and the notes "Bon de commande N": each line keeps its item, description, quantity and unit
 // price (a line with a discount comes as one unit at its net amount), on the supplier's default
 // expense account ("ExpenseAccount", when it is a live account) or else the business's (linked
 // slot 9); shipping comes as one more line on the shipping-paid account (linked slot 8); the tax

@@ -181,8 +181,9 @@ void LWebBillDialog::InitDialog() {
     SetText(LineControl(row, kUnitPrice), LFormatNumber(unit, number));
     SetText(LineControl(row, kTax), bill.GetItemTaxName(line));
   }
+  // A tax the bill does not pay stays empty, so that a line changed to it has its tax worked out.
   for (int tax = 1, nTaxes = LBillTaxCount(Profile()); tax <= nTaxes; ++tax)
-    SetText(kFirstTaxControl + tax, WLAmountText(Profile(), bill.GetTaxAmount(tax)));
+    if (bill.GetTaxAmount(tax) != 0) SetText(kFirstTaxControl + tax, WLAmountText(Profile(), bill.GetTaxAmount(tax)));
   form_.parameters.SetString("billlines", std::to_string(lines + kEmptyRowsOffered));
 }
 
