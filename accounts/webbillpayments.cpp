@@ -221,7 +221,7 @@ void LWebBillPaymentDialog::Generate() {
   form_.Write(table + "</tbody></table></td></tr>");
   // Another supplier shows its own bills: the dialog comes again for it.
   AddJScript(LWebFormat("window.addEventListener('load', function() { var s = document.getElementById('%d');"
-                        " SimpleAjaxCall('cbsupselchange', 'id=' + encodeURIComponent(s.value), HandleAjaxJSReturn,"
+                        " SimpleAjaxCall('cbsupselchange', 'supplier=' + encodeURIComponent(s.value), HandleAjaxJSReturn,"
                         " null, null, 20000);"
                         " s.addEventListener('change', function() { window.location = 'billpaymentprop?id=%U&supplier='"
                         " + encodeURIComponent(s.value); }); });\n",

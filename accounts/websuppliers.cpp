@@ -269,8 +269,8 @@ void VWAJAXSupplierSelChange(LWebletForm& form) {
   if (!WLValidateSession(form) || !AuthenticateEx(form)) return;
   LProfile profile(WLSessionBusinessFolder(form));
   LRecord supplier;
-  std::string html;
-  if (profile.List(kSuppliersList).Open(supplier, form.GetParam("id"))) {
+  std::string html, key = form.GetParam("supplier");
+  if (profile.List(kSuppliersList).Open(supplier, key.empty() ? form.GetParam("id") : key)) {
     html = SummaryHtml(profile, supplier);
     supplier.DetachWithoutSave();
   }

@@ -9,8 +9,8 @@
 //   "supplierinfo"        one supplier at a glance: its details, balance, open bills and payments;
 // and the small answers of the purchase dialogs' scripts:
 //   "getSupplierBalance"  ("id") the balance as the business writes amounts, plain text;
-//   "cbsupselchange"      ("id") script that shows the chosen supplier's summary in the element
-//                         "supinfo" of the page;
+//   "cbsupselchange"      ("supplier", else "id") script that shows the chosen supplier's summary
+//                         in the element "supinfo" of the page;
 //   "vendorchange"        ("id", "date", "due") script for the bill dialog: the due date the
 //                         supplier's terms give, into the element named by "due" ("billdue" by
 //                         default), and its default expense account on the lines that have none

@@ -43,6 +43,7 @@ void TakeDocumentInput(LCliArgs& args, LDocumentInput& input) {
   args.TakeOption("--shipping-tax", input.shippingTax);
   input.untaxed = args.TakeFlag("--untaxed");
   input.hasNotes = args.TakeOption("--notes", input.notes);
+  input.hasSalesPerson = args.TakeOption("--salesperson", input.salesPerson);
 }
 
 int New(LCliContext& context, const LSalesDocumentKind& kind, LCliArgs& args) {
@@ -80,10 +81,11 @@ int Show(LCliContext& context, const LSalesDocumentKind& kind, const std::string
 }
 
 int List(LCliContext& context, const LSalesDocumentKind& kind, LCliArgs& args) {
-  std::string from, to, customer;
+  std::string from, to, customer, salesPerson;
   args.TakeOption("--from", from);
   args.TakeOption("--to", to);
   args.TakeOption("--customer", customer);
+  bool bySalesPerson = args.TakeOption("--salesperson", salesPerson);
   bool drafts = args.TakeFlag("--drafts");
   std::vector<std::string> words;
   std::string error;
@@ -99,6 +101,7 @@ int List(LCliContext& context, const LSalesDocumentKind& kind, LCliArgs& args) {
     std::string date = document.GetDate();
     if ((!from.empty() && date < from) || (!to.empty() && date > to)) continue;
     if (!customer.empty() && document.GetCustomer() != customer) continue;
+    if (bySalesPerson && document.GetString("SalesPerson") != salesPerson) continue;
     keys.push_back(document.GetPrimaryKey());
   }
   std::sort(keys.begin(), keys.end(), KeyLess);
@@ -183,7 +186,7 @@ int RunDocumentCommand(LCliContext& context, LCliArgs& args, LSalesDocumentType 
   // The verb decides which options exist.
   std::string verb = LCliPeekVerb(args,
                                   {"--number", "--file", "--customer", "--date", "--terms", "--line", "--shipping",
-                                   "--shipping-tax", "--notes", "--from", "--to", "--out", "--profile"},
+                                   "--shipping-tax", "--notes", "--salesperson", "--from", "--to", "--out", "--profile"},
                                   {"--draft", "--untaxed", "--drafts", "--facturx"});
   if (verb == "new") return New(context, kind, args);
   if (verb == "list") return List(context, kind, args);

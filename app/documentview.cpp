@@ -115,6 +115,7 @@ void LPrintDocument(LProfile& profile, const LSalesDocumentKind& kind, LSalesDoc
   out << kind.title << " " << document.GetPrimaryKey() << (document.IsDraft() ? " (brouillon)" : "") << "\n";
   out << "Client : " << document.GetCustomer() << "\n";
   out << "Date : " << document.GetDate() << "\n";
+  if (!document.GetString("SalesPerson").empty()) out << "Vendeur : " << document.GetString("SalesPerson") << "\n";
   if (document.TestFieldExists("JournalTxnRef")) out << "Référence : " << document.GetString("JournalTxnRef") << "\n";
   if (IsConvertible(kind) && !LConvertedInvoiceKey(document).empty())
     out << "Facturé : facture " << LConvertedInvoiceKey(document) << "\n";

@@ -114,6 +114,29 @@ function DisableSubmits(bDisable) {
   for (var i = 0; i < submits.length; i++) submits[i].disabled = bDisable;
 }
 
+// Puts text into the element id, when the page has one (the answers of the small AJAX helpers).
+function LShowText(id, text) {
+  var element = document.getElementById(id);
+  if (element) element.textContent = text;
+}
+// Sets the control id to value when it holds nothing yet.
+function LSetIfEmpty(id, value) {
+  var element = document.getElementById(String(id));
+  if (element && element.value === '') element.value = value;
+}
+// A change of the control id asks route, with name=its value and the dialog's values, and runs
+// the answer.
+function LAjaxOnChange(id, route, name) {
+  var element = document.getElementById(String(id));
+  if (!element) return;
+  var ask = function() {
+    SimpleAjaxCall(route, GetParams('dialogform') + name + '=' + encodeURIComponent(element.value),
+                   HandleAjaxJSReturn, function() {}, function() {}, 20000);
+  };
+  element.addEventListener('change', ask, false);
+  if (element.value !== '') ask();
+}
+
 // The document lists with a period: a change in the filter bar (form "listfilter") asks the
 // list's refilter route, whose answer calls ListFilterShow.
 function ListRefilter(route) {

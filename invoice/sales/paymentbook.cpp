@@ -73,6 +73,17 @@ std::unique_ptr<LSortedInvoiceList> Distribute(LProfile& profile, LPayment& paym
   return chosen;
 }
 
+// What an applier holds once applications are made: its other entries and the new ones (an
+// invoice it already covers takes the new amount).
+long long HeldAfter(const std::vector<LAppliedAmount>& entries, const std::vector<LAppliedAmount>& applications) {
+  std::map<std::string, long long> held;
+  for (const auto& entry : entries) held[entry.invoice] += entry.amount;
+  for (const auto& application : applications) held[application.invoice] = application.amount;
+  long long total = 0;
+  for (const auto& [invoice, amount] : held) total += amount;
+  return total;
+}
+
 }  // namespace
 
 bool LPaymentCreate(LProfile& profile, const LPaymentRequest& request, std::string& newKey, std::string* error) {
@@ -135,6 +146,34 @@ bool LPaymentDelete(LProfile& profile, std::string_view key, std::string* error)
   return true;
 }
 
+bool LPaymentApply(LProfile& profile, std::string_view key, const std::vector<LAppliedAmount>& applications,
+                   std::string* error) {
+  // Applications read and write the invoices' cached amounts: one desk at a time.
+  LLedgerLock lock(profile);
+  LSalesChangeIntent intent(profile);
+  LPayment payment;
+  if (!profile.MainList(kPaymentsList).Open(payment, key)) {
+    SetError(error, "Paiement introuvable : " + std::string(key) + ".");
+    return false;
+  }
+  payment.UpdateInvoiceAmounts(profile);
+  if (!CheckApplications(profile, payment.GetCustomer(), applications, error)) return false;
+  if (HeldAfter(LReadAppliedAmounts(payment), applications) > payment.GetAmount()) {
+    SetError(error, "Le montant imputé dépasse le montant du paiement.");
+    return false;
+  }
+  for (const auto& application : applications) {
+    LSalesDocument invoice;
+    if (Invoices(profile).Open(invoice, application.invoice))
+      LPaymentApplyToInvoice(payment, invoice, application.amount, profile, payment.IsRefund());
+  }
+  if (!payment.Flush()) {
+    SetError(error, "Impossible d'enregistrer le paiement.");
+    return false;
+  }
+  return true;
+}
+
 bool LCreditNoteApply(LProfile& profile, std::string_view key, const std::vector<LAppliedAmount>& applications,
                       std::string* error) {
   // Applications read and write the invoices' cached amounts: one desk at a time.
@@ -146,13 +185,7 @@ bool LCreditNoteApply(LProfile& profile, std::string_view key, const std::vector
     return false;
   }
   if (!CheckApplications(profile, creditNote.GetCustomer(), applications, error)) return false;
-  // What the credit note holds after the request: its other applications and the new ones.
-  std::map<std::string, long long> held;
-  for (const auto& entry : LReadAppliedAmounts(creditNote)) held[entry.invoice] += entry.amount;
-  for (const auto& application : applications) held[application.invoice] = application.amount;
-  long long total = 0;
-  for (const auto& [invoice, amount] : held) total += amount;
-  if (total > creditNote.GetTotal()) {
+  if (HeldAfter(LReadAppliedAmounts(creditNote), applications) > creditNote.GetTotal()) {
     SetError(error, "Le montant imputé dépasse le solde de l'avoir.");
     return false;
   }

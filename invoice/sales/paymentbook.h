@@ -36,6 +36,12 @@ bool LPaymentCreate(LProfile& profile, const LPaymentRequest& request, std::stri
 // Deletes the payment key: its applications, its transaction and its effect on the balance go.
 bool LPaymentDelete(LProfile& profile, std::string_view key, std::string* error);
 
+// Applies what is left of the payment key to invoices of its customer, each entry in turn (an
+// invoice it already covers takes the new amount instead); an invoice takes at most what it
+// still owes. Refused: an unknown payment, an unknown invoice or one of another customer, an
+// amount not above 0, more than the payment has in all.
+bool LPaymentApply(LProfile& profile, std::string_view key, const std::vector<LAppliedAmount>& applications,
+                   std::string* error);
 // Applies the recorded credit note key to invoices of its customer, each entry in turn (an
 // invoice it already covers takes the new amount instead). Refused: an unknown or draft credit
 // note, an unknown invoice or one of another customer, an amount not above 0, more than the

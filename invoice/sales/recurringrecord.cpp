@@ -103,7 +103,8 @@ std::string LRecurringOrderRecord(LProfile& profile, LRecord& schedule, std::str
   return order.GetPrimaryKey();
 }
 
-bool LRecurringRun(LProfile& profile, bool all, time_t now, std::vector<LRecurringMade>& made, std::string& error) {
+bool LRecurringRun(LProfile& profile, bool all, time_t now, std::vector<LRecurringMade>& made, std::string& error,
+                   std::optional<LSalesDocumentType> only) {
   struct Source {
     LSalesDocumentType type;
     std::string_view list;
@@ -115,6 +116,7 @@ bool LRecurringRun(LProfile& profile, bool all, time_t now, std::vector<LRecurri
   while (recorded) {
     recorded = false;
     for (const Source& source : sources) {
+      if (only && *only != source.type) continue;
       for (const std::string& key : LRecurringTemplateKeys(profile, source.list)) {
         // Two desks running at once must not both record the same occurrence: the due test and
         // the recording that moves "RecurLast" on happen under the ledger lock.

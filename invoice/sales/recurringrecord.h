@@ -13,6 +13,7 @@
 #pragma once
 
 #include <ctime>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -38,5 +39,7 @@ struct LRecurringMade {
 // Records one occurrence of every invoice and order template due at or before now, invoice
 // templates first, each list in key order; with all, goes on round after round until none is
 // due. made receives what was recorded, in order. false, with error set, at the first failure
-// (what was made before it stays made and listed).
-bool LRecurringRun(LProfile& profile, bool all, time_t now, std::vector<LRecurringMade>& made, std::string& error);
+// (what was made before it stays made and listed). only: the templates of that kind alone
+// (kInvoice or kOrder).
+bool LRecurringRun(LProfile& profile, bool all, time_t now, std::vector<LRecurringMade>& made, std::string& error,
+                   std::optional<LSalesDocumentType> only = std::nullopt);

@@ -54,3 +54,43 @@ bool LSalesDocumentConvertToInvoice(LProfile& profile, const LSalesDocumentKind&
   }
   return true;
 }
+
+bool LSalesQuoteConvertToOrder(LProfile& profile, std::string_view key, std::string& newKey, std::string& error) {
+  // As for invoices: the test and the mark under one lock.
+  LLedgerLock lock(profile);
+  const LSalesDocumentKind& quoteKind = LSalesDocumentKindOf(LSalesDocumentType::kQuote);
+  const LSalesDocumentKind& orderKind = LSalesDocumentKindOf(LSalesDocumentType::kOrder);
+  LSalesDocument quote;
+  if (!LSalesDocumentOpen(profile, quoteKind, key, quote)) {
+    error = "Document introuvable : " + std::string(key) + ".";
+    return false;
+  }
+  std::string converted = quote.GetString(kConvertedOrderField);
+  LSalesDocument order;
+  if (!converted.empty() && LSalesDocumentOpen(profile, orderKind, converted, order)) {
+    order.DetachWithoutSave();
+    quote.DetachWithoutSave();
+    error = "Le devis " + std::string(key) + " a déjà été converti en commande (commande " + converted + ").";
+    return false;
+  }
+  // The order carries what an invoice from the quote would, with the quote's own terms.
+  LInvoice content;
+  if (!content.LoadFromQuote(profile, key)) {
+    quote.DetachWithoutSave();
+    error = "Document introuvable : " + std::string(key) + ".";
+    return false;
+  }
+  for (std::string_view field : {"PaymentTerms", "PaymentTermsDays"})
+    if (quote.TestFieldExists(field)) content.SetString(field, quote.GetString(field));
+  content.SetString("Date", LDate::Today().ToText());
+  if (!LSalesDocumentCreate(profile, orderKind, content, false, {}, newKey, &error)) {
+    quote.DetachWithoutSave();
+    return false;
+  }
+  quote.SetString(kConvertedOrderField, newKey);
+  if (!quote.Flush()) {
+    error = "Impossible d'enregistrer le document.";
+    return false;
+  }
+  return true;
+}

@@ -3,6 +3,12 @@
 // the source gives no date, and created like any new invoice (totalled; recorded ones move the
 // customer's balance and are posted). The source then keeps the invoice's key in
 // "InvoiceNumber", and a second conversion of it is refused.
+//
+// A quote also becomes a sales order: the order is filled as an invoice from the quote would be
+// ("QuoteNumber" names the quote, lines keep their frozen rates), keeps the quote's payment
+// terms, is dated today and created like any new order; the quote keeps the order's key in
+// "OrderNumber". A second conversion is refused while that order exists (a deleted order frees
+// the quote again). The order later becomes an invoice that still names the quote.
 #pragma once
 
 #include <string>
@@ -19,3 +25,10 @@ class LProfile;
 // When only the source's mark cannot be written, the invoice stays made and error says so.
 bool LSalesDocumentConvertToInvoice(LProfile& profile, const LSalesDocumentKind& kind, std::string_view key,
                                     bool draft, std::string& newKey, std::string& error);
+
+inline constexpr std::string_view kConvertedOrderField = "OrderNumber";
+
+// Converts the quote key (recorded, else draft) into a new recorded order; newKey receives its
+// key. false with a French message in error when the quote does not exist, already became an
+// order that still exists, or the order is refused; nothing is written then.
+bool LSalesQuoteConvertToOrder(LProfile& profile, std::string_view key, std::string& newKey, std::string& error);

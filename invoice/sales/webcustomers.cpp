@@ -4,6 +4,7 @@
 
 #include "invoice/sales/customerbook.h"
 #include "invoice/shared/customer.h"
+#include "invoice/shared/partyfields.h"
 #include "invoice/shared/profile.h"
 #include "llib/gen/filestore.h"
 #include "llib/gen/log.h"
@@ -24,18 +25,21 @@ constexpr int kPhoneControl = 106;
 constexpr int kSirenControl = 107;
 constexpr int kVatNumberControl = 108;
 
-struct CustomerChoice {
-  std::string key;
-  std::string name;
-};
-
-std::vector<CustomerChoice> Customers(LProfile& profile) {
-  std::vector<CustomerChoice> all;
-  LCustomer customer;
-  for (LFileStoreIteratorBase it(profile.MainList(kCustomersList), customer); customer.IsAttached(); it.Next(customer))
-    all.push_back({customer.GetPrimaryKey(), customer.GetString("Name")});
-  std::sort(all.begin(), all.end(), [](const auto& a, const auto& b) { return a.key < b.key; });
-  return all;
+// The records of a list of parties as pull-down choices: "KEY - Name" (the key alone without a
+// name), by key, after an empty choice.
+void PartyChoices(LProfile& profile, std::string_view listName, std::vector<std::string>& texts,
+                  std::vector<std::string>& values) {
+  std::vector<std::pair<std::string, std::string>> all;
+  LRecord party;
+  for (LFileStoreIteratorBase it(profile.MainList(listName), party); party.IsAttached(); it.Next(party))
+    all.emplace_back(party.GetPrimaryKey(), party.GetString("Name"));
+  std::sort(all.begin(), all.end());
+  texts = {""};
+  values = {""};
+  for (const auto& [key, name] : all) {
+    texts.push_back(name.empty() ? key : key + " - " + name);
+    values.push_back(key);
+  }
 }
 
 bool AllDigits(const std::string& text, std::size_t count) {
@@ -45,23 +49,11 @@ bool AllDigits(const std::string& text, std::size_t count) {
 }  // namespace
 
 void LWebCustomerChoices(LProfile& profile, std::vector<std::string>& texts, std::vector<std::string>& values) {
-  texts = {""};
-  values = {""};
-  for (const CustomerChoice& choice : Customers(profile)) {
-    texts.push_back(choice.name.empty() ? choice.key : choice.key + " - " + choice.name);
-    values.push_back(choice.key);
-  }
+  PartyChoices(profile, kCustomersList, texts, values);
 }
 
-std::string LWebCustomerSelect(LProfile& profile, std::string_view name, std::string_view chosen, bool forFilter) {
-  std::string html = LWebFormat("<select name=%s><option value=''>%s</option>", std::string(name).c_str(),
-                                forFilter ? "Tous" : "");
-  for (const CustomerChoice& choice : Customers(profile)) {
-    std::string text = choice.name.empty() ? choice.key : choice.key + " - " + choice.name;
-    html += LWebFormat("<option value='%H'%s>%H</option>", choice.key.c_str(), choice.key == chosen ? " selected" : "",
-                       text.c_str());
-  }
-  return html + "</select>";
+void LWebSalesPersonChoices(LProfile& profile, std::vector<std::string>& texts, std::vector<std::string>& values) {
+  PartyChoices(profile, kSalesPersonList, texts, values);
 }
 
 // ---- "customerlist" -------------------------------------------------------------------------------

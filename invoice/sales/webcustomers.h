@@ -30,8 +30,7 @@ class LWebCustomerDialog : public LWebDialogExKv {
 void WLCustomerDelete(LWebletForm& form);
 
 // The customers as a pull-down's texts ("KEY - Name") and values (keys), by key, after an empty
-// choice.
+// choice (the party choices of the document lists: invoice/shared/weblistperiod.h).
 void LWebCustomerChoices(LProfile& profile, std::vector<std::string>& texts, std::vector<std::string>& values);
-// A pull-down of the customers named name, selected chosen; the empty choice reads "Tous" when
-// forFilter.
-std::string LWebCustomerSelect(LProfile& profile, std::string_view name, std::string_view chosen, bool forFilter);
+// The sales persons ("SalesPerson") the same way.
+void LWebSalesPersonChoices(LProfile& profile, std::vector<std::string>& texts, std::vector<std::string>& values);

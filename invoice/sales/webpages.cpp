@@ -1,8 +1,11 @@
 #include "invoice/sales/webpages.h"
 
 #include "invoice/sales/webcustomers.h"
+#include "invoice/sales/webhelpers.h"
 #include "invoice/sales/webitems.h"
 #include "invoice/sales/webparties.h"
+#include "invoice/sales/webpayments.h"
+#include "invoice/sales/webrecurring.h"
 #include "invoice/sales/websalesdocuments.h"
 #include "invoice/shared/webnavtabs.h"
 #include "llib/web/webletroutes.h"
@@ -26,6 +29,7 @@ const LWebletRoute kSalesRoutes[] = {
     {"invoicelist", WLWebPageRun<LWebSalesDocumentsPageOf<LSalesDocumentType::kInvoice>>},
     {"invoiceprop", WLWebDialogRun<LWebSalesDocumentDialogOf<LSalesDocumentType::kInvoice>>},
     {"invoicedelete", WLSalesDocumentDeleteOf<LSalesDocumentType::kInvoice>},
+    {"invoiceitemssave", WLSalesDocumentItemsSaveOf<LSalesDocumentType::kInvoice>},
     {"invoicelistperiod", WLWebDialogRun<LWebListPeriodDialogOf<kLWebInvoicePeriodList>>},
     {"invoicelistperiodchange", WLWebListRefilterRun<LWebSalesDocumentsPageOf<LSalesDocumentType::kInvoice>>},
     {"invoicelistdatechange", WLWebListRefilterRun<LWebSalesDocumentsPageOf<LSalesDocumentType::kInvoice>>},
@@ -33,14 +37,17 @@ const LWebletRoute kSalesRoutes[] = {
     {"quotelist", WLWebPageRun<LWebSalesDocumentsPageOf<LSalesDocumentType::kQuote>>},
     {"quoteprop", WLWebDialogRun<LWebSalesDocumentDialogOf<LSalesDocumentType::kQuote>>},
     {"quotedelete", WLSalesDocumentDeleteOf<LSalesDocumentType::kQuote>},
+    {"quoteitemssave", WLSalesDocumentItemsSaveOf<LSalesDocumentType::kQuote>},
     {"quotelistperiod", WLWebDialogRun<LWebListPeriodDialogOf<kLWebQuotePeriodList>>},
     {"quotelistperiodchange", WLWebListRefilterRun<LWebSalesDocumentsPageOf<LSalesDocumentType::kQuote>>},
     {"quotelistdatechange", WLWebListRefilterRun<LWebSalesDocumentsPageOf<LSalesDocumentType::kQuote>>},
     {"quotelistcustomerchange", WLWebListRefilterRun<LWebSalesDocumentsPageOf<LSalesDocumentType::kQuote>>},
     {"quoteci", WLSalesDocumentToInvoiceOf<LSalesDocumentType::kQuote>},
+    {"quoteco", WLQuoteToOrder},
     {"orderlist", WLWebPageRun<LWebSalesDocumentsPageOf<LSalesDocumentType::kOrder>>},
     {"orderprop", WLWebDialogRun<LWebSalesDocumentDialogOf<LSalesDocumentType::kOrder>>},
     {"orderdelete", WLSalesDocumentDeleteOf<LSalesDocumentType::kOrder>},
+    {"orderitemssave", WLSalesDocumentItemsSaveOf<LSalesDocumentType::kOrder>},
     {"orderlistperiod", WLWebDialogRun<LWebListPeriodDialogOf<kLWebOrderPeriodList>>},
     {"orderlistperiodchange", WLWebListRefilterRun<LWebSalesDocumentsPageOf<LSalesDocumentType::kOrder>>},
     {"orderlistdatechange", WLWebListRefilterRun<LWebSalesDocumentsPageOf<LSalesDocumentType::kOrder>>},
@@ -49,10 +56,36 @@ const LWebletRoute kSalesRoutes[] = {
     {"creditnotelist", WLWebPageRun<LWebSalesDocumentsPageOf<LSalesDocumentType::kCreditNote>>},
     {"creditnoteprop", WLWebDialogRun<LWebSalesDocumentDialogOf<LSalesDocumentType::kCreditNote>>},
     {"creditnotedelete", WLSalesDocumentDeleteOf<LSalesDocumentType::kCreditNote>},
+    {"creditnoteitemssave", WLSalesDocumentItemsSaveOf<LSalesDocumentType::kCreditNote>},
     {"creditnotelistperiod", WLWebDialogRun<LWebListPeriodDialogOf<kLWebCreditNotePeriodList>>},
     {"creditnotelistperiodchange", WLWebListRefilterRun<LWebSalesDocumentsPageOf<LSalesDocumentType::kCreditNote>>},
     {"creditnotelistdatechange", WLWebListRefilterRun<LWebSalesDocumentsPageOf<LSalesDocumentType::kCreditNote>>},
     {"creditnotelistcustomerchange", WLWebListRefilterRun<LWebSalesDocumentsPageOf<LSalesDocumentType::kCreditNote>>},
+    {"paymentlist", WLWebPageRun<LWebPaymentsPage>},
+    {"paymentprop", WLWebDialogRun<LWebPaymentDialog>},
+    {"paymentdelete", WLPaymentDelete},
+    {"paymentlistperiod", WLWebDialogRun<LWebListPeriodDialogOf<kLWebPaymentPeriodList>>},
+    {"paymentlistperiodchange", WLWebListRefilterRun<LWebPaymentsPage>},
+    {"paymentlistdatechange", WLWebListRefilterRun<LWebPaymentsPage>},
+    {"paymentlistcustomerchange", WLWebListRefilterRun<LWebPaymentsPage>},
+    {"invoicepay", WLWebDialogRun<LWebInvoicePayDialog>},
+    {"applypayment", WLWebDialogRun<LWebPaymentApplyDialog>},
+    {"invoiceapplypayment", WLWebDialogRun<LWebInvoiceApplyPaymentDialog>},
+    {"invoiceschedule", WLWebPageRun<LWebRecurringPageOf<LSalesDocumentType::kInvoice>>},
+    {"invoiceschedulesave", WLRecurringScheduleSaveOf<LSalesDocumentType::kInvoice>},
+    {"runrecurringinvoice", WLRecurringRunOf<LSalesDocumentType::kInvoice>},
+    {"orderschedule", WLWebPageRun<LWebRecurringPageOf<LSalesDocumentType::kOrder>>},
+    {"orderschedulesave", WLRecurringScheduleSaveOf<LSalesDocumentType::kOrder>},
+    {"runrecurringorder", WLRecurringRunOf<LSalesDocumentType::kOrder>},
+    {"searchinvoices", WLWebPageRun<LWebInvoiceSearchPage>},
+    {"cbitemselchange", WLItemSelectionChange},
+    {"cbcustselchange", WLCustomerSelectionChange},
+    {"cbuseselchange", WLSalesPersonSelectionChange},
+    {"pdltaxselchange", WLDocumentTotalsChange},
+    {"ratechanged", WLDocumentTotalsChange},
+    {"getCustomerBalance", WLGetCustomerBalance},
+    {"getInvoiceInfo", WLGetInvoiceInfo},
+    {"getInvoiceDueInfo", WLGetInvoiceDueInfo},
     {"porderlist", WLWebPageRun<LWebSalesDocumentsPageOf<LSalesDocumentType::kPOrder>>},
     {"porderprop", WLWebDialogRun<LWebSalesDocumentDialogOf<LSalesDocumentType::kPOrder>>},
     {"porderdelete", WLSalesDocumentDeleteOf<LSalesDocumentType::kPOrder>},
@@ -60,6 +93,7 @@ const LWebletRoute kSalesRoutes[] = {
     {"porderlistperiodchange", WLWebListRefilterRun<LWebSalesDocumentsPageOf<LSalesDocumentType::kPOrder>>},
     {"porderlistdatechange", WLWebListRefilterRun<LWebSalesDocumentsPageOf<LSalesDocumentType::kPOrder>>},
     {"porderlistsupplierchange", WLWebListRefilterRun<LWebSalesDocumentsPageOf<LSalesDocumentType::kPOrder>>},
+    {"porderitemssave", WLSalesDocumentItemsSaveOf<LSalesDocumentType::kPOrder>},
     {"porderbill", WLPOrderToBill},
 };
 

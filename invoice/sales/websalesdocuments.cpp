@@ -34,6 +34,7 @@ constexpr int kUntaxedControl = 105;
 constexpr int kNotesControl = 106;
 constexpr int kDraftControl = 107;
 constexpr int kTotalsControl = 108;
+constexpr int kSalesPersonControl = 109;
 
 std::string Route(const LSalesDocumentKind& kind, std::string_view suffix) {
   return std::string(kind.command) + std::string(suffix);
@@ -55,6 +56,24 @@ KindWords WordsOf(LSalesDocumentType type) {
     case LSalesDocumentType::kPOrder: break;
   }
   return {"Bons de commande", "Nouveau bon de commande", "Aucun bon de commande"};
+}
+
+// The conversions a quote or an order offers: a quote becomes an order (or shows the order it
+// became), both become an invoice.
+std::string ConversionLinks(LProfile& profile, const LSalesDocumentKind& kind, const LSalesDocument& document) {
+  const std::string& key = document.GetPrimaryKey();
+  std::string links;
+  if (kind.type == LSalesDocumentType::kQuote) {
+    std::string order = document.GetString(kConvertedOrderField);
+    LSalesDocument existing;
+    if (!order.empty() && LSalesDocumentOpen(profile, LSalesDocumentKindOf(LSalesDocumentType::kOrder), order, existing)) {
+      existing.DetachWithoutSave();
+      links = LWebFormat("<a href='orderprop?id=%U'>Commande %H</a> ", order.c_str(), order.c_str());
+    } else {
+      links = LWebFormat("<a href='quoteco?id=%U' class=actionlink>Commander</a> ", key.c_str());
+    }
+  }
+  return links + LWebFormat("<a href='%sci?id=%U' class=actionlink>Facturer</a>", kind.command.data(), key.c_str());
 }
 
 }  // namespace
@@ -79,9 +98,14 @@ const LWebPeriodList& LWebSalesDocumentsPage::PeriodList() const { return LWebSa
 
 void LWebSalesDocumentsPage::Generate() {
   LProfile profile(WLSessionBusinessFolder(form_));
-  std::string newLink = WLMayChangeData(form_) ? LWebFormat("<a href='%sprop' class=actionlink>%H</a>",
+  std::string newLink = WLMayChangeData(form_) ? LWebFormat("<a href='%sprop' class=actionlink>%H</a> ",
                                                             kind_.command.data(), WordsOf(kind_.type).fresh)
                                                : std::string();
+  if (kind_.type == LSalesDocumentType::kInvoice)
+    newLink += "<a href='searchinvoices' class=actionlink>Rechercher</a> "
+               "<a href='invoiceschedule' class=actionlink>Factures récurrentes</a>";
+  if (kind_.type == LSalesDocumentType::kOrder)
+    newLink += "<a href='orderschedule' class=actionlink>Commandes récurrentes</a>";
   UseListScript();
   LWebWritePeriodListPage(form_, profile, PeriodList(), newLink, [this](LWebletForm& out) { WriteListBlock(out); });
 }
@@ -135,8 +159,7 @@ void LWebSalesDocumentsPage::WriteListBlock(LWebletForm& out) {
           row->AddCell(LHtmlListRow::RecordKeyOrderKey(invoice), LWebFormat("<a href='invoiceprop?id=%U'>%H</a>", invoice.c_str(),
                                                      invoice.c_str()));
         else if (mayChange)
-          row->AddCell("", LWebFormat("<a href='%sci?id=%U' class=actionlink>Facturer</a>", kind_.command.data(),
-                                      key.c_str()));
+          row->AddCell("", ConversionLinks(profile, kind_, document));
         else
           row->AddCell("", "");
       }
@@ -186,8 +209,22 @@ void LWebSalesDocumentDialog::PrintHeader() {
   WLWriteNavTabs(form_, Route(kind_, "list"));
 }
 
+std::string LWebSalesDocumentDialog::DraftName() const {
+  return LWebSalesDocumentDraftName(kind_.type, EditedKey());
+}
+
 void LWebSalesDocumentDialog::InitDialog() {
   std::string key = EditedKey();
+  // What was typed and not saved comes back, unless the user lets it go.
+  std::string draft = form_.session.GetString(DraftName(), "");
+  if (form_.GetParam("discard") == "1") {
+    if (!draft.empty()) form_.session.DeleteField(DraftName());
+  } else if (!draft.empty()) {
+    form_.parameters.LoadHTTPString(draft);
+    SetMessage("Les valeurs saisies et non enregistrées ont été reprises.");
+    draftRestored_ = true;
+    return;
+  }
   LSalesDocument document;
   if (key.empty()) {
     SetText(kDateControl, LDate::Today().ToText());
@@ -203,13 +240,11 @@ void LWebSalesDocumentDialog::InitDialog() {
   SetText(kDateControl, date.substr(0, 10));
   SetText(kTermsControl, document.GetInt("PaymentTerms", 2) == 1 ? "0"
                                                                  : std::to_string(document.GetInt("PaymentTermsDays", 30)));
-  if (document.GetShippingCosts() != 0) {
-    LCurrencyFormat number = Profile().GetCurrencyFormat();
-    number.symbol.clear();
-    SetText(kShippingControl, LFormatNumber(document.GetShippingCosts(), number));
-  }
+  if (document.GetShippingCosts() != 0)
+    SetText(kShippingControl, LAmountInputText(document.GetShippingCosts(), Profile().GetCurrencyFormat()));
   SetCheck(kUntaxedControl, document.GetDocumentTaxMode() == kDocumentUntaxed);
   SetText(kNotesControl, document.GetString("Notes"));
+  SetText(kSalesPersonControl, document.GetString("SalesPerson"));
   SetCheck(kDraftControl, document.IsDraft());
   SetItemLines(document);
   document.DetachWithoutSave();
@@ -220,16 +255,31 @@ void LWebSalesDocumentDialog::Generate() {
   AddHiddenField("id", key);
   bool editingRecorded = !key.empty() && !key.starts_with(kDraftKeyPrefix);
   std::vector<std::string> texts, values;
+  // A purchase order names a supplier, shown beside its choice; a sales document a customer.
   bool purchase = kind_.type == LSalesDocumentType::kPOrder;
   if (purchase) LWebSupplierChoices(Profile(), texts, values);
   else LWebCustomerChoices(Profile(), texts, values);
   AddPullDownList(kCustomerControl, purchase ? "Fournisseur :" : "Client :", texts, values);
+  form_.Write(purchase ? "<tr><td></td><td class=fieldinfo id=supinfo></td></tr>"
+                       : "<tr><td></td><td class=fieldinfo id=customerinfo></td></tr>");
   AddDateInput(kDateControl, "Date :", "");
   AddInput(kTermsControl, "Délai de paiement (jours, 0 : à réception) :", "", 6);
   AddItemGrid();
   AddInput(kShippingControl, "Frais de port :", "", 12);
   AddCheckBox(kUntaxedControl, "Hors taxes (aucune taxe sur ce document)");
   AddEdit(kNotesControl, "Notes :", 50, 3);
+  if (purchase) {
+    AddJScriptFunctionPrintf("LAddEventListener(window, 'onload', function() {LAjaxOnChange(%d, 'cbsupselchange', "
+                             "'supplier');});\n",
+                             kCustomerControl);
+  } else {
+    LWebSalesPersonChoices(Profile(), texts, values);
+    AddPullDownList(kSalesPersonControl, "Vendeur :", texts, values);
+    form_.Write("<tr><td></td><td class=fieldinfo id=salespersoninfo></td></tr>");
+    AddJScriptFunctionPrintf("LAddEventListener(window, 'onload', function() {LAjaxOnChange(%d, 'cbcustselchange', "
+                             "'customer'); LAjaxOnChange(%d, 'cbuseselchange', 'salesperson');});\n",
+                             kCustomerControl, kSalesPersonControl);
+  }
   if (!editingRecorded)
     AddCheckBox(kDraftControl, purchase ? "Brouillon (ni reçu, ni facturable)"
                                         : "Brouillon (ni comptabilisé, ni compté dans le solde du client)");
@@ -237,7 +287,43 @@ void LWebSalesDocumentDialog::Generate() {
   std::string totals = BuildDocument(document, true) ? TotalsHtml(document) : std::string();
   form_.Write(LWebFormat("<tr><td colspan=2><div id=fktotals data-route='%s' data-control=%d>%s</div></td></tr>",
                          GetRouteName().c_str(), kTotalsControl, totals.c_str()));
+  if (!WLMayChangeData(form_)) return;
+  // What is typed goes to the session as it is typed (itemgrid.js), so that it survives leaving.
+  form_.Write(LWebFormat("<tr><td colspan=2><div id=fkdraft data-route='%s'>%s</div></td></tr>",
+                         Route(kind_, "itemssave").c_str(),
+                         draftRestored_ ? LWebFormat("<a href='%s?id=%U&discard=1'>Abandonner ces valeurs et "
+                                                     "reprendre le document enregistré</a>",
+                                                     GetRouteName().c_str(), key.c_str())
+                                              .c_str()
+                                        : ""));
+  if (!editingRecorded) return;
+  std::string links = DocumentLinks(key);
+  if (!links.empty()) form_.Write("<tr><td></td><td class=documentlinks>" + links + "</td></tr>");
 }
+
+std::string LWebSalesDocumentDialog::DocumentLinks(const std::string& key) {
+  LSalesDocument document;
+  if (!LSalesDocumentOpen(Profile(), kind_, key, document)) return {};
+  std::string links;
+  if (kind_.type == LSalesDocumentType::kInvoice) {
+    long long due = document.GetTotal() - document.GetAmountPaid(Profile()) - document.GetAmountRefunded(Profile());
+    links = LWebFormat("Reste dû : <b>%H</b> ", LFormatMoney(due, Profile().GetCurrencyFormat()).c_str());
+    if (due > 0)
+      links += LWebFormat("<a href='invoicepay?id=%U' class=actionlink>Enregistrer un paiement</a> "
+                          "<a href='invoiceapplypayment?id=%U' class=actionlink>Imputer un paiement ou un avoir</a>",
+                          key.c_str(), key.c_str());
+  } else if ((kind_.type == LSalesDocumentType::kQuote || kind_.type == LSalesDocumentType::kOrder) &&
+             LConvertedInvoiceKey(document).empty()) {
+    links = ConversionLinks(Profile(), kind_, document);
+  }
+  if (kind_.type == LSalesDocumentType::kInvoice || kind_.type == LSalesDocumentType::kOrder)
+    links += LWebFormat(" <a href='%sschedule?id=%U' class=actionlink>Rendre récurrente</a>", kind_.command.data(),
+                        key.c_str());
+  document.DetachWithoutSave();
+  return links;
+}
+
+void LWebSalesDocumentDialog::CmCancel() { form_.session.DeleteField(DraftName()); }
 
 bool LWebSalesDocumentDialog::BuildDocument(LSalesDocument& document, bool quiet) {
   LProfile& profile = Profile();
@@ -269,6 +355,13 @@ bool LWebSalesDocumentDialog::BuildDocument(LSalesDocument& document, bool quiet
       !apply(kDateControl, [&](LDocumentInput& in) { in.date = date; }, false) ||
       !apply(kTermsControl, [&](LDocumentInput& in) { in.terms = terms == "0" ? "now" : terms; }, false) ||
       !apply(kShippingControl, [&](LDocumentInput& in) { in.shipping = shipping; }, false) ||
+      !apply(kSalesPersonControl,
+             [&](LDocumentInput& in) {
+               // A new document left without one takes its customer's.
+               in.salesPerson = GetTextAndTrim(kSalesPersonControl);
+               in.hasSalesPerson = !in.salesPerson.empty() || !key.empty();
+             },
+             false) ||
       !apply(kNotesControl,
              [&](LDocumentInput& in) {
                in.hasNotes = true;
@@ -304,7 +397,10 @@ std::string LWebSalesDocumentDialog::TotalsHtml(LSalesDocument& document) {
 }
 
 void LWebSalesDocumentDialog::CommandAJAX(int controlId, const std::string&) {
-  if (controlId != kTotalsControl) return;
+  if (controlId == kTotalsControl) WriteTotalsScript();
+}
+
+void LWebSalesDocumentDialog::WriteTotalsScript() {
   LSalesDocument document;
   std::string totals = BuildDocument(document, true) ? TotalsHtml(document) : std::string();
   document.DetachWithoutSave();
@@ -313,6 +409,12 @@ void LWebSalesDocumentDialog::CommandAJAX(int controlId, const std::string&) {
 }
 
 bool LWebSalesDocumentDialog::CmOk() {
+  if (!SaveDocument()) return false;
+  form_.session.DeleteField(DraftName());
+  return true;
+}
+
+bool LWebSalesDocumentDialog::SaveDocument() {
   if (!WLMayChangeData(form_)) {
     PopupBoxError(kWebViewerRefusal);
     return false;
@@ -394,6 +496,45 @@ void WLSalesDocumentToInvoice(LWebletForm& form, LSalesDocumentType type) {
     }
   }
   BackToList(form, kind, error);
+}
+
+void WLQuoteToOrder(LWebletForm& form) {
+  if (!WLValidateSession(form) || !AuthenticateEx(form)) return;
+  const LSalesDocumentKind& kind = LSalesDocumentKindOf(LSalesDocumentType::kQuote);
+  std::string key = form.GetParam("id");
+  std::string error;
+  std::string order;
+  if (!WLMayChangeData(form)) error = kWebViewerRefusal;
+  else if (key.empty()) error = "Aucun document n'est indiqué.";
+  else {
+    LProfile profile(WLSessionBusinessFolder(form));
+    if (LSalesQuoteConvertToOrder(profile, key, order, error)) {
+      WLRedirect(form, LWebFormat("orderprop?id=%U", order.c_str()));
+      return;
+    }
+  }
+  BackToList(form, kind, error);
+}
+
+std::string LWebSalesDocumentDraftName(LSalesDocumentType type, std::string_view key) {
+  return "draft." + std::string(LSalesDocumentKindOf(type).command) + "." + (key.empty() ? "new" : std::string(key));
+}
+
+void WLSalesDocumentItemsSave(LWebletForm& form, LSalesDocumentType type) {
+  // A background call of the dialog's page: its answer is script, and nothing to run.
+  if (!WLAjaxAuthenticate(form)) return;
+  WLWriteScriptAnswerHeader(form);
+  if (!WLMayChangeData(form)) return;
+  // The dialog's own values, without the round trip's.
+  LHashTable values;
+  for (const auto& [name, value] : form.parameters)
+    if (name != "submit" && name != "submitdef" && name != "isComAJAX" && name != "MainControlId" &&
+        name != "discard")
+      values.SetString(name, value);
+  std::string text;
+  values.SaveHTTPString(text);
+  if (text.size() > kLWebDraftMaxBytes) return;  // a runaway form is not kept
+  form.session.SetString(LWebSalesDocumentDraftName(type, form.GetParam("id")), text);
 }
 
 void WLPOrderToBill(LWebletForm& form) {

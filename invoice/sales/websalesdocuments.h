@@ -13,8 +13,9 @@
 // as the command line does; unticking "Brouillon" on a draft records it.
 //
 // Quotes and orders also have "quoteci" / "orderci": the document becomes an invoice
-// (salesconversion.h) and the browser goes to that invoice. Purchase orders name a supplier
-// instead of a customer, and have "porderbill": the order becomes a bill.
+// (salesconversion.h) and the browser goes to that invoice; "quoteco" turns a quote into an
+// order the same way. Purchase orders name a supplier instead of a customer, and have
+// "porderbill": the order becomes a bill.
 #pragma once
 
 #include "accounts/webpagemainex.h"
@@ -52,8 +53,11 @@ class LWebSalesDocumentDialog : public LWebDialogFK {
   void InitDialog() override;
   void Generate() override;
   bool CmOk() override;
+  void CmCancel() override;
   // The totals control: the totals of what the dialog holds, as script.
   void CommandAJAX(int controlId, const std::string& controlIdText) override;
+  // Script that shows the totals of what the dialog holds (nothing when a line cannot be read).
+  void WriteTotalsScript();
 
  private:
   // The document as the controls describe it, on top of the stored one when editing. false
@@ -62,8 +66,14 @@ class LWebSalesDocumentDialog : public LWebDialogFK {
   // The totals of document, as the table shown under the grid.
   std::string TotalsHtml(LSalesDocument& document);
   std::string EditedKey() const;
+  // The session value of this document's unsaved values.
+  std::string DraftName() const;
+  bool SaveDocument();
+  // The actions of a recorded document: pay an invoice, convert a quote or an order.
+  std::string DocumentLinks(const std::string& key);
 
   const LSalesDocumentKind& kind_;
+  bool draftRestored_ = false;  // the controls hold the session's draft
 };
 
 template <LSalesDocumentType T>
@@ -78,6 +88,17 @@ class LWebSalesDocumentDialogOf : public LWebSalesDocumentDialog {
   explicit LWebSalesDocumentDialogOf(LWebletForm& form) : LWebSalesDocumentDialog(form, T) {}
 };
 
+// "<kind>itemssave": what the document dialog holds, kept in the session (value
+// LWebSalesDocumentDraftName) as the user types, until OK or Cancel; shown again, with a message,
+// when the user comes back to the dialog (a document of that key, or a new one).
+inline constexpr std::size_t kLWebDraftMaxBytes = 1000000;
+std::string LWebSalesDocumentDraftName(LSalesDocumentType type, std::string_view key);
+void WLSalesDocumentItemsSave(LWebletForm& form, LSalesDocumentType type);
+template <LSalesDocumentType T>
+void WLSalesDocumentItemsSaveOf(LWebletForm& form) {
+  WLSalesDocumentItemsSave(form, T);
+}
+
 // "<kind>delete": deletes the document "id" (recorded or draft) and goes back to the list, with
 // the refusal in "msg" when there is one. A user who may only view the data deletes nothing.
 void WLSalesDocumentDelete(LWebletForm& form, LSalesDocumentType type);
@@ -86,6 +107,9 @@ void WLSalesDocumentDelete(LWebletForm& form, LSalesDocumentType type);
 void WLPOrderToBill(LWebletForm& form);
 // "quoteci", "orderci": the quote or order "id" becomes an invoice; the browser goes to it.
 void WLSalesDocumentToInvoice(LWebletForm& form, LSalesDocumentType type);
+
+// "quoteco": the quote "id" becomes an order; the browser goes to it.
+void WLQuoteToOrder(LWebletForm& form);
 
 template <LSalesDocumentType T>
 void WLSalesDocumentDeleteOf(LWebletForm& form) {

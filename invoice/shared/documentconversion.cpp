@@ -54,6 +54,9 @@ void CopyLines(LProfile& profile, const LSalesDocument& source, LSalesDocument& 
     FreezeTaxRate(taxOptions, from, to, i);
   }
   to.SetItemCount(count);
+  // The document's percentage discount stays what it was: without its mark the line would be
+  // an ordinary line of no amount, and the invoice would not be the quote.
+  CopyIfPresent(source, invoice, "FixedPercentageDiscountItem");
 }
 
 // Everything but the payment terms and the number fields, which differ by source.

@@ -20,7 +20,8 @@
 // name, unit price, price digits (-1 when absent) and discount; its tax rate is frozen: a line
 // that names a tax by number gets that tax's rates of today as an explicit triple (number 0: the
 // "DefaultRate" tax; a stored k >= 1 is tax k - 1), so that later changes of the tax options leave
-// the invoice alone; a line that holds a triple keeps it. Shipping, line accounts and the totals
+// the invoice alone; a line that holds a triple keeps it. The line of the document's percentage
+// discount stays that line ("FixedPercentageDiscountItem"). Shipping, line accounts and the totals
 // are not carried: the totaller computes the invoice's totals when it is saved.
 //
 // A converted quote or order keeps the key of its invoice in "InvoiceNumber".

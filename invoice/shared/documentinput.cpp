@@ -189,7 +189,7 @@ std::string LDocumentLineErrorMessage(LDocumentLineError error, const LDocumentL
 
 bool LDocumentInput::HasFieldOptions() const {
   return !customer.empty() || !date.empty() || !terms.empty() || !lines.empty() || !shipping.empty() ||
-         !shippingTax.empty() || untaxed || hasNotes;
+         !shippingTax.empty() || untaxed || hasNotes || hasSalesPerson;
 }
 
 bool LApplyDocumentInput(LProfile& profile, const LSalesDocumentKind& kind, const LDocumentInput& input, bool isNew,
@@ -227,6 +227,14 @@ bool LApplyDocumentInput(LProfile& profile, const LSalesDocumentKind& kind, cons
     return error = UnknownTaxMessage(input.shippingTax), false;
   if (input.untaxed) document.SetInt("TaxRate", kDocumentUntaxed);
   if (input.hasNotes) document.SetString("Notes", input.notes);
+  if (input.hasSalesPerson) {
+    LRecord salesPerson;
+    if (!input.salesPerson.empty() && !profile.MainList(kSalesPersonList).Open(salesPerson, input.salesPerson))
+      return error = "Le vendeur « " + input.salesPerson + " » n'existe pas.", false;
+    salesPerson.DetachWithoutSave();
+    // Stored even when empty, so that the customer's sales person is not taken instead.
+    document.SetString("SalesPerson", input.salesPerson);
+  }
   if (isNew) SetDefaults(profile, kind, tax, document);
   return true;
 }

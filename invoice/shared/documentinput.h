@@ -2,7 +2,7 @@
 // and the web's item-line grid both go through here. A document is described either by a JSON file (record fields by their own names with their stored values,
 // plus "Lines": the item-line fields without their "Item<n>" prefix) or by options: customer,
 // date, terms, lines "CODE|DESCRIPTION|QTY|UNIT PRICE|TAX NAME|DISCOUNT %", shipping and its tax,
-// untaxed, notes. Lines name their tax by name; the rates of that tax are frozen on the line as
+// untaxed, notes, sales person. Lines name their tax by name; the rates of that tax are frozen on the line as
 // the tax options give them today, so that later changes of the rates leave the document alone.
 #pragma once
 
@@ -27,6 +27,8 @@ struct LDocumentInput {
   bool untaxed = false;            // --untaxed
   bool hasNotes = false;           // --notes given
   std::string notes;
+  bool hasSalesPerson = false;     // --salesperson given
+  std::string salesPerson;         // a key of "SalesPerson"; empty: none (the customer's is not taken)
 
   // Something besides --file was given.
   bool HasFieldOptions() const;
@@ -66,7 +68,9 @@ std::string LDocumentLineErrorMessage(LDocumentLineError error, const LDocumentL
 void LRemoveDocumentLines(LSalesDocument& document);
 
 // Writes what input says into document, on top of what it holds. For a new document (isNew) the
-// date defaults to today and the terms and notes to the kind's options. Given lines replace all
+// date defaults to today, the terms and notes to the kind's options and the sales person to the
+// customer's. A sales person given must be a record of "SalesPerson" ("Le vendeur « X »
+// n'existe pas."); given empty, the document has none. Given lines replace all
 // lines. false, with a French message in error and document in an unspecified state, when a
 // value cannot be read (date, amount, line, tax name, JSON).
 [[nodiscard]] bool LApplyDocumentInput(LProfile& profile, const LSalesDocumentKind& kind, const LDocumentInput& input, bool isNew,

@@ -74,6 +74,13 @@ bool AuthenticateEx(LWebletForm& form) {
   return allowed;
 }
 
+bool WLAjaxAuthenticate(LWebletForm& form) {
+  if (form.session.IsPresent()) return AuthenticateEx(form);
+  WLWriteScriptAnswerHeader(form);
+  form.Write("window.location = 'logon';\n");
+  return false;
+}
+
 bool AuthenticateAdministrator(LWebletForm& form) {
   if (!AuthenticateEx(form)) return false;
   if (WLIsAdministator(form)) return true;

@@ -36,6 +36,10 @@ bool WLIsDeskSession(LWebletForm& form);
 // disabled; a user who is not an administrator and whose "Profiles" do not name the session's
 // business.
 bool AuthenticateEx(LWebletForm& form);
+// AuthenticateEx for the AJAX calls of a page: without a session the answer is script that
+// sends the browser to "logon" (false), as a redirect would only bring the logon page into the
+// script.
+bool WLAjaxAuthenticate(LWebletForm& form);
 // AuthenticateEx for the pages of administrators: anyone else is sent to the main page (false).
 bool AuthenticateAdministrator(LWebletForm& form);
 // The "Administrator" flag of the session's user; true at the desk.

@@ -72,9 +72,7 @@ std::string LWebDialogFK::AmountText(long long amount, int digits) {
       text.replace(point, 1, Profile().GetCurrencyFormat().decimal);
     return text;
   }
-  LCurrencyFormat number = Profile().GetCurrencyFormat();
-  number.symbol.clear();
-  return LFormatNumber(amount, number);
+  return LAmountInputText(amount, Profile().GetCurrencyFormat());
 }
 
 std::string LWebDialogFK::RateText(double rate) {
@@ -163,12 +161,8 @@ void LWebDialogFK::AddItemGrid() {
                      GetText(kFKDocumentDiscountTextControl).c_str());
   html += "<datalist id=fkitems>";
   LItem item;
-  for (LFileStoreIteratorBase it(Profile().MainList(kItemsList), item); item.IsAttached(); it.Next(item)) {
-    std::string price = LFormatAmountPlain(item.GetPrice(), Profile().GetCurrencyDigits());
-    std::string description = item.GetDescription();
-    html += LWebFormat("<option value='%H' data-description='%H' data-price='%H'>%H</option>",
-                       item.GetPrimaryKey().c_str(), description.c_str(), price.c_str(), description.c_str());
-  }
+  for (LFileStoreIteratorBase it(Profile().MainList(kItemsList), item); item.IsAttached(); it.Next(item))
+    html += LWebFormat("<option value='%H'>%H</option>", item.GetPrimaryKey().c_str(), item.GetDescription().c_str());
   html += "</datalist><script type='text/javascript' src='itemgrid.js'></script></td></tr>";
   form_.Write(html);
 }

@@ -2,8 +2,9 @@
 // their editable grid of item lines: one row per line with the item code (offered from the
 // business's items), the description, the quantity, the unit price, the tax (by name) and the
 // line discount (only while line discounts count: "DontShowDiscountColumn" off); the line's amount
-// is worked out in the browser as the user types ("itemgrid.js"), and "Ajouter une ligne" adds an
-// empty row there. Under the grid, the document's percentage discount ("Remise sur le document"),
+// is worked out in the browser as the user types ("itemgrid.js"), an item chosen fills the line's
+// description and price from the server ("cbitemselchange": the customer's price), and "Ajouter
+// une ligne" adds an empty row there. Under the grid, the document's percentage discount ("Remise sur le document"),
 // kept as the document's fixed-percentage discount line.
 //
 // Each row remembers the stored line it shows (hidden column kFKGridOrigin): a stored line whose

@@ -196,21 +196,10 @@ void LWebWritePagedRows(LWebletForm& out, LHtmlList& list, const LWebPeriodList&
 
 // ---- The refilters --------------------------------------------------------------------------------
 
-namespace {
-
-// The script answer of an AJAX route called without a session: back to the logon page.
-bool AjaxSessionValid(LWebletForm& form) {
-  if (form.session.IsPresent()) return true;
-  WLWriteScriptAnswerHeader(form);
-  form.Write("window.location = 'logon';\n");
-  return false;
-}
-
-}  // namespace
 
 void WLWebListRefilter(LWebletForm& form, const LWebPeriodList& list,
                        const std::function<void(LWebletForm& out)>& writeBlock) {
-  if (!AjaxSessionValid(form) || !AuthenticateEx(form)) return;
+  if (!WLAjaxAuthenticate(form)) return;
   if (form.scriptName == Route(list, "datechange")) form.parameters.SetString("prd", kLWebPeriodCustom);
   form.parameters.DeleteField("page");
   LProfile profile(WLSessionBusinessFolder(form));
@@ -226,7 +215,7 @@ void WLWebListRefilter(LWebletForm& form, const LWebPeriodList& list,
 }
 
 void WLPeriodSelectionChange(LWebletForm& form) {
-  if (!AjaxSessionValid(form) || !AuthenticateEx(form)) return;
+  if (!WLAjaxAuthenticate(form)) return;
   LProfile profile(WLSessionBusinessFolder(form));
   LDTPeriod period;
   WLWriteScriptAnswerHeader(form);

@@ -35,3 +35,9 @@ std::string LPlainAmountText(std::string_view text, const LCurrencyFormat& forma
   }
   return parenthesised && !plain.empty() && plain[0] != '-' ? "-" + plain : plain;
 }
+
+std::string LAmountInputText(long long amount, const LCurrencyFormat& format) {
+  LCurrencyFormat number = format;
+  number.symbol.clear();
+  return LFormatNumber(amount, number);
+}

@@ -12,3 +12,7 @@
 // the thousands separators that group three digits go, the decimal separator becomes "."; "." is still taken as the decimal
 // point when it is not the thousands separator. Anything else is left for LParseAmount to refuse.
 std::string LPlainAmountText(std::string_view text, const LCurrencyFormat& format);
+
+// An amount as a form's field shows it, the business's way without the symbol ("1 234,56"), so
+// that LPlainAmountText reads it back to the same amount.
+std::string LAmountInputText(long long amount, const LCurrencyFormat& format);

@@ -178,4 +178,30 @@ TEST_F(SalesCli, PostingsFollowTheDocumentsAndTheCheckAgrees) {
   EXPECT_EQ(Run({"check"}).exitCode, 0);
 }
 
+TEST_F(SalesCli, ADocumentCarriesItsSalesPersonOrTheCustomers) {
+  ASSERT_EQ(Run({"salesperson", "add", "JEAN", "Name=Jean"}).exitCode, 0);
+  ASSERT_EQ(Run({"salesperson", "add", "MARC", "Name=Marc"}).exitCode, 0);
+  ASSERT_EQ(Run({"record", "set", "Customers", "C1", "SalesPerson=MARC"}).exitCode, 0);
+  auto salesPerson = [](const std::string& kind, const std::string& key) {
+    return LRunKontavo({"record", "get", kind, key, "SalesPerson"}).out;
+  };
+  ASSERT_EQ(Run({"invoice", "new", "--customer", "C1", "--line", "|X|1|10|"}).out, "1\n");
+  EXPECT_EQ(salesPerson("Invoices", "1"), "MARC\n");  // the customer's
+  ASSERT_EQ(Run({"quote", "new", "--customer", "C1", "--salesperson", "JEAN", "--line", "|X|1|10|"}).out, "1\n");
+  EXPECT_EQ(salesPerson("Quotes", "1"), "JEAN\n");
+  EXPECT_NE(Run({"quote", "show", "1"}).out.find("Vendeur : JEAN\n"), std::string::npos);
+  // Given empty: none, not the customer's; an edit changes it; an unknown one is refused.
+  ASSERT_EQ(Run({"order", "new", "--customer", "C1", "--salesperson", "", "--line", "|X|1|10|"}).out, "1\n");
+  EXPECT_EQ(salesPerson("Orders", "1"), "\n");
+  ASSERT_EQ(Run({"invoice", "edit", "1", "--salesperson", "JEAN"}).exitCode, 0);
+  EXPECT_EQ(salesPerson("Invoices", "1"), "JEAN\n");
+  LRunResult refused = Run({"invoice", "new", "--customer", "C1", "--salesperson", "NOBODY", "--line", "|X|1|10|"});
+  EXPECT_EQ(refused.exitCode, 1);
+  EXPECT_EQ(refused.err, "Le vendeur « NOBODY » n'existe pas.\n");
+  ASSERT_EQ(Run({"invoice", "new", "--customer", "C1", "--line", "|X|1|10|"}).exitCode, 0);  // MARC's
+  EXPECT_EQ(LRunKontavoJson({"invoice", "list", "--salesperson", "JEAN"}).size(), 1u);
+  EXPECT_EQ(LRunKontavoJson({"invoice", "list", "--salesperson", "MARC"}).size(), 1u);
+  EXPECT_EQ(LRunKontavo({"check"}).exitCode, 0);
+}
+
 }  // namespace

@@ -87,6 +87,113 @@ try {
   assert.match(await page.locator('#listblock').innerText(), /1 document\(s\)/);
   await snap(page, 'invoicelist-last-year');
 
+  // ---- A customer, a quote of three lines, its order, its invoice, a payment --------------------
+  await page.goto(base + 'customerlist');
+  await page.click('a:has-text("Nouveau client")');
+  await page.fill('[id="101"]', 'DUP');
+  await page.fill('[id="102"]', 'Dupont SA');
+  await page.fill('[id="103"]', '3 place du Marché, Lyon');
+  await snap(page, 'customerprop');
+  await page.click('input[name=submit][value="  OK  "]');
+  await page.waitForURL(base + 'customerlist');
+  assert.match(await page.locator('table.hltbl').innerText(), /Dupont SA/);
+
+  // The quote: an item (its description and price come from the server), a free line and the
+  // document's discount.
+  await page.goto(base + 'quoteprop');
+  await page.selectOption('[id="101"]', 'DUP');
+  await page.fill('[id="10000"]', 'PAIN');
+  await page.press('[id="10000"]', 'Tab');
+  await page.waitForFunction(() => document.getElementById('10003').value === '2,50');
+  assert.equal(await page.locator('[id="10001"]').inputValue(), 'Pain de campagne');
+  await page.fill('[id="10002"]', '4');
+  await page.click('input[value="Ajouter une ligne"]');
+  await page.fill('[id="10011"]', 'Livraison en tournée');
+  await page.fill('[id="10013"]', '15,00');
+  await page.fill('[id="9001"]', '10');
+  await page.fill('[id="9002"]', 'Remise fidélité');
+  // Leaving the page and coming back: what was typed is still there.
+  await page.waitForTimeout(1200);
+  await page.goto(base + 'customerlist');
+  await page.goto(base + 'quoteprop');
+  assert.match(await page.content(), /Les valeurs saisies et non enregistrées ont été reprises\./);
+  assert.equal(await page.locator('[id="10013"]').inputValue(), '15,00');
+  assert.equal(await page.locator('[id="9002"]').inputValue(), 'Remise fidélité');
+  await page.waitForFunction(() => /Total/.test(document.getElementById('fktotals').innerText));
+  await snap(page, 'quoteprop-draft-restored');
+  await page.click('input[name=submit][value="Enregistrer"]');
+  await page.waitForURL(base + 'quotelist');
+  const quote = json(['quote', 'show', '1']);
+  assert.equal(quote.lines.length, 3, 'item, free line and discount line');
+  const total = quote.total;
+  await snap(page, 'quotelist');
+
+  // Quote to order, order to invoice.
+  await page.click('a[href="quoteco?id=1"]');
+  await page.waitForURL(base + 'orderprop?id=1');
+  await snap(page, 'orderprop');
+  await page.goto(base + 'orderlist');
+  await page.click('a[href="orderci?id=1"]');
+  await page.waitForURL(/invoiceprop\?id=\d+$/);
+  const invoiceKey = new URL(page.url()).searchParams.get('id');
+  assert.equal(invoiceKey, '2', 'the invoice after last year\'s');
+  const invoice = json(['invoice', 'show', invoiceKey]);
+  assert.equal(invoice.total, total);
+  assert.equal(invoice.fields.QuoteNumber, '1');
+  assert.equal(invoice.fields.OrderNumber, '1');
+  await snap(page, 'invoiceprop');
+
+  // A payment of 20,00 from the invoice's page; the rest stays due.
+  await page.click('a:has-text("Enregistrer un paiement")');
+  await page.waitForURL(base + 'invoicepay?id=' + invoiceKey);
+  assert.equal(await page.locator('[id="103"]').inputValue(), (total / 100).toFixed(2).replace('.', ','));
+  await page.fill('[id="103"]', '20,00');
+  await snap(page, 'invoicepay');
+  await page.click('input[name=submit][value="Enregistrer"]');
+  await page.waitForURL(base + 'invoiceprop?id=' + invoiceKey);
+  const rest = total - 2000;
+  assert.match(await page.locator('.documentlinks').innerText(), new RegExp('Reste dû : ' + (rest / 100).toFixed(2).replace('.', ',')));
+  await page.goto(base + 'paymentlist');
+  assert.match(await page.locator('#listblock').innerText(), /1 paiement\(s\), reçu 20,00/);
+  await snap(page, 'paymentlist');
+  // The aging report shows the rest, and the customer's balance is it.
+  const aging = json(['report', 'aging', '--format', 'json']);
+  const dupont = aging.rows.find((row) => /DUP|Dupont/.test(row.label));
+  assert.ok(dupont, 'Dupont in the aging report');
+  assert.equal(dupont.values[0], rest);
+  await page.goto(base + 'customerlist');
+  assert.match(await page.locator('table.hltbl').innerText(), new RegExp((rest / 100).toFixed(2).replace('.', ',')));
+  await snap(page, 'customerlist-rest-due');
+
+  // ---- An "Afficheur" sees and changes nothing -----------------------------------------------
+  const viewerContext = await browser.newContext({ viewport: { width: 390, height: 844 } });  // a phone
+  const viewer = await viewerContext.newPage();
+  viewer.on('pageerror', (error) => problems.push(error.message));
+  await logon(viewer, 'victor@example.fr', 'victor12');
+  await viewer.goto(base + 'invoicelist');
+  assert.equal(await viewer.locator('a:has-text("Supprimer")').count(), 0);
+  assert.equal(await viewer.locator('a:has-text("Nouvelle facture")').count(), 0);
+  await snap(viewer, 'viewer-invoicelist-phone');
+  await viewer.goto(base + 'invoiceprop?id=' + invoiceKey);
+  assert.match(await viewer.content(), /Votre compte permet seulement de consulter les données\./);
+  const alerted = new Promise((resolve) => viewer.once('dialog', (dialog) => { resolve(dialog.message()); dialog.dismiss(); }));
+  await viewer.click('input[name=submit][value="Enregistrer"]');
+  assert.equal(await alerted, 'Votre compte permet seulement de consulter les données.');
+  await snap(viewer, 'viewer-invoiceprop-refused');
+  const refused = await viewer.request.post(base + 'paymentprop', {
+    form: { id: '', 101: 'DUP', 102: isoDate(today), 103: '5', rbg3: '301', submit: 'Enregistrer' } });
+  assert.match(await refused.text(), /seulement de consulter/);
+  const deleted = await viewer.request.get(base + 'invoicedelete?id=1', { maxRedirects: 0 });
+  assert.match(deleted.headers().location, /msg=Votre%20compte/);
+  await viewerContext.close();
+
+  // ---- The books afterwards --------------------------------------------------------------------
+  assert.equal(json(['payment', 'list']).length, 1);
+  execFileSync(kontavo, ['check'], { env });  // throws on a difference
+  const references = new Set(run(['ledger']).split('\n').filter(Boolean).map((line) => line.split('\t')[1]));
+  assert.deepEqual([...references].sort(), ['REC10000', 'SLS10000', 'SLS10001'],
+                   'the old invoice, the new invoice and the payment, nothing else');
+
   assert.deepEqual(problems, [], 'no script errors on the pages');
   console.log(`browser test passed; screenshots in ${output}`);
 } finally {
