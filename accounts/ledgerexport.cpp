@@ -77,16 +77,14 @@ std::string AccountName(const std::map<std::string, std::string>& names, const s
 
 }  // namespace
 
-std::string LLedgerExportCsv(LProfile& profile) {
+std::string LLedgerExportCsv(LProfile& profile, const LJournalViewFilter& filter) {
   LLedgerLock lock(profile);
   std::string out;
   LCsvTableAppendRow(out, {"Date", "Reference", "Type", "Account", "Description", "Amount", "Document"});
-  LLedgerAccountLineIterator it(profile, "", "");
-  for (it.SkipToValidLine(); it.valid; it.SkipToValidLine()) {
-    const LLedgerJournalLine& line = it.line;
+  LJournalViewForEach(profile, filter, [&](const LLedgerJournalLine& line) {
     LCsvTableAppendRow(out, {line.date, line.reference, line.type, line.account, line.description,
                              Amount(line.amount), line.document});
-  }
+  });
   return out;
 }
 

@@ -17,7 +17,10 @@
 
 #include <string>
 
+#include "accounts/journalview.h"
+
 class LProfile;
 
-std::string LLedgerExportCsv(LProfile& profile);
+// filter: the lines of the journal view's filter alone (every line without one).
+std::string LLedgerExportCsv(LProfile& profile, const LJournalViewFilter& filter = {});
 std::string LLedgerExportJournal(LProfile& profile);

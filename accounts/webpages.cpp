@@ -4,6 +4,7 @@
 #include "accounts/webbillpayments.h"
 #include "accounts/webbills.h"
 #include "accounts/webfec.h"
+#include "accounts/webledger.h"
 #include "accounts/websuppliers.h"
 #include "invoice/shared/weblistperiod.h"
 #include "invoice/shared/webnavtabs.h"
@@ -48,6 +49,7 @@ const LWebletRoute kAccountsRoutes[] = {
 void LAccountsInstallWebPages() {
   LWebletInstallScripts(kAccountsRoutes);
   LAccountsInstallBankPages();
+  LAccountsInstallLedgerPages();
   // Each tab shows once a page serves its route.
   for (const LWebNavTab& tab : {LWebNavTab{"billlist", "Factures fournisseurs", 100},
                                 LWebNavTab{"billpaymentlist", "Règlements fournisseurs", 110},

@@ -167,13 +167,13 @@ function ListSortOnServer(route, column, ascending) {
   form.elements['bAsc'].value = ascending ? '1' : '0';
   ListRefilter(route);
 }
-// The period dialog: a named period fills the dates ("prdselchange"); typed dates make the
-// period custom.
-function PeriodDialogWire(periodId, fromId, toId) {
+// The period dialog: a named period fills the dates ("prdselchange", or the list's own route);
+// typed dates make the period custom.
+function PeriodDialogWire(periodId, fromId, toId, selectRoute) {
   var period = document.getElementById(String(periodId));
   if (!period) return;
   period.addEventListener('change', function() {
-    SimpleAjaxCall('prdselchange', 'prd=' + encodeURIComponent(period.value), HandleAjaxJSReturn, null, null, 30000);
+    SimpleAjaxCall(selectRoute || 'prdselchange', 'prd=' + encodeURIComponent(period.value), HandleAjaxJSReturn, null, null, 30000);
   });
   [fromId, toId].forEach(function(id) {
     var input = document.getElementById(String(id));
@@ -262,3 +262,84 @@ function cancelUpload() {
   meta.content = 'width=device-width, initial-scale=1';
   document.head.appendChild(meta);
 })();
+
+// A question of the books asked over the page (accounts/webquestion.h): confirming sends the
+// same button press again, carrying the answer in the hidden field "param".
+function AskQuestion(param, text, title, confirmText, cancelText, offersDontShow, pressed) {
+  var old = document.getElementById('questionbox');
+  if (old) old.parentNode.removeChild(old);
+  var stale = document.getElementById('errorTag');  // an earlier refusal no longer holds
+  if (stale) stale.parentNode.removeChild(stale);
+  var box = document.createElement('div');
+  box.id = 'questionbox';
+  box.className = 'questionbox';
+  var panel = document.createElement('div');
+  panel.className = 'questionpanel';
+  panel.setAttribute('role', 'dialog');
+  var heading = document.createElement('div');
+  heading.className = 'questiontitle';
+  heading.textContent = title || 'Question';
+  panel.appendChild(heading);
+  var body = document.createElement('p');
+  body.className = 'questiontext';
+  body.textContent = text;
+  panel.appendChild(body);
+  var dontShow = null;
+  if (offersDontShow) {
+    var label = document.createElement('label');
+    dontShow = document.createElement('input');
+    dontShow.type = 'checkbox';
+    label.appendChild(dontShow);
+    label.appendChild(document.createTextNode('Ne plus afficher ce message'));
+    panel.appendChild(label);
+  }
+  var form = document.getElementById('dialogform');
+  function answer(name, value) {
+    var field = document.getElementsByName(name)[0];
+    if (!field) {
+      field = document.createElement('input');
+      field.type = 'hidden';
+      field.name = name;
+      form.appendChild(field);
+    }
+    field.value = value;
+  }
+  var buttons = document.createElement('div');
+  buttons.className = 'questionbuttons';
+  var yes = document.createElement('button');
+  yes.type = 'button';
+  yes.id = 'questionconfirm';
+  yes.textContent = confirmText;
+  yes.onclick = function() {
+    answer(param, '1');
+    if (dontShow && dontShow.checked) answer(param + 'd', '1');
+    box.parentNode.removeChild(box);
+    document.pressed = pressed;
+    CmSubmit();
+  };
+  var no = document.createElement('button');
+  no.type = 'button';
+  no.id = 'questioncancel';
+  no.textContent = cancelText;
+  no.onclick = function() { box.parentNode.removeChild(box); DisableSubmits(false); };
+  buttons.appendChild(yes);
+  buttons.appendChild(no);
+  panel.appendChild(buttons);
+  box.appendChild(panel);
+  document.body.appendChild(box);
+  yes.focus();
+}
+
+// A long operation of the books running on the server (llib/web/webjob.h): asks the page's route
+// how far it has come every 300 ms and shows it in the element progressId, until the answer
+// (script) comes back.
+function PollJob(route, controlId, jobId, progressId) {
+  var params = 'isComAJAX=1&MainControlId=' + controlId + '&job=' + encodeURIComponent(jobId);
+  SimpleAjaxCall(route, params, function(text) { (new Function(text))(); },
+                 function() { DisableSubmits(false); }, function() { DisableSubmits(false); }, 60000);
+}
+function ShowJobProgress(progressId, text, route, controlId, jobId) {
+  var element = document.getElementById(progressId);
+  if (element) element.textContent = text;
+  setTimeout(function() { PollJob(route, controlId, jobId, progressId); }, 300);
+}

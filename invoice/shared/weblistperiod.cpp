@@ -10,9 +10,7 @@
 
 namespace {
 
-std::string Route(const LWebPeriodList& list, std::string_view suffix) {
-  return std::string(list.listRoute) + std::string(suffix);
-}
+std::string Route(const LWebPeriodList& list, std::string_view kind) { return LWebPeriodListRoute(list, kind); }
 
 // The first and last day of the calendar quarter that holds date.
 LDTPeriod QuarterOf(const LDate& date) {
@@ -42,8 +40,10 @@ std::string SelectHtml(std::string_view name, std::string_view onChange, const s
 
 // The query of the filter alone.
 std::string FilterQuery(const LWebPeriodList& list, const LWebListFilter& filter) {
-  return LWebFormat("prd=%U&from=%U&to=%U&%s=%U", filter.periodCode.c_str(), filter.period.from.c_str(),
-                    filter.period.to.c_str(), list.partyParam, filter.party.c_str());
+  std::string query = LWebFormat("prd=%U&from=%U&to=%U&%s=%U", filter.periodCode.c_str(), filter.period.from.c_str(),
+                                 filter.period.to.c_str(), list.partyParam, filter.party.c_str());
+  if (list.extraParam != nullptr) query += LWebFormat("&%s=%U", list.extraParam, filter.extra.c_str());
+  return query;
 }
 
 void PeriodChoices(std::vector<std::string>& texts, std::vector<std::string>& values) {
@@ -54,6 +54,19 @@ void PeriodChoices(std::vector<std::string>& texts, std::vector<std::string>& va
 }
 
 }  // namespace
+
+std::string LWebPeriodListRoute(const LWebPeriodList& list, std::string_view kind) {
+  const char* own = kind == "periodchange"   ? list.periodChangeRoute
+                    : kind == "datechange"   ? list.dateChangeRoute
+                    : kind == "partychange"  ? list.partyChangeRoute
+                    : kind == "period"       ? list.dialogRoute
+                    : kind == "prdselchange" ? list.periodSelectRoute
+                                             : nullptr;
+  if (own != nullptr) return own;
+  if (kind == "prdselchange") return std::string(kind);
+  if (kind == "partychange") return std::string(list.listRoute) + list.partyParam + "change";
+  return std::string(list.listRoute) + std::string(kind);
+}
 
 // ---- Periods ------------------------------------------------------------------------------------
 
@@ -99,12 +112,15 @@ LWebListFilter LWebReadListFilter(const LWebletForm& form, LProfile& profile, co
   std::string from = form.GetParam("from");
   std::string to = form.GetParam("to");
   filter.party = form.GetParam(list.partyParam);
+  if (list.extraParam != nullptr) filter.extra = form.GetParam(list.extraParam);
   filter.page = std::max(1, LTextToInt(form.GetParam("page")));
   if (!code.empty() && code != kLWebPeriodCustom && LWebNamedPeriodDates(profile, code, today, filter.period)) {
     filter.periodCode = code;
     return filter;
   }
-  filter.period = LFiscalYearOf(profile, today);
+  std::string_view fallback = list.defaultPeriod != nullptr ? list.defaultPeriod : "fy";
+  if (!LWebNamedPeriodDates(profile, fallback, today, filter.period)) filter.period = LFiscalYearOf(profile, today);
+  filter.periodCode = fallback;
   if (from.empty() && to.empty() && code != kLWebPeriodCustom) return filter;
   filter.periodCode = kLWebPeriodCustom;
   for (auto [text, bound] : {std::pair{&from, &filter.period.from}, std::pair{&to, &filter.period.to}}) {
@@ -159,9 +175,13 @@ void LWebWriteListFilterBar(LWebletForm& out, LProfile& profile, const LWebPerio
                      filter.period.from.c_str(), refilter("datechange").c_str(), filter.period.to.c_str(),
                      refilter("datechange").c_str());
   html += LWebFormat("<label>%H ", list.partyLabel) +
-          SelectHtml(list.partyParam, refilter(std::string(list.partyParam) + "change"), partyTexts, partyValues,
-                     filter.party) +
-          "</label> ";
+          SelectHtml(list.partyParam, refilter("partychange"), partyTexts, partyValues, filter.party) + "</label> ";
+  if (list.extraParam != nullptr) {
+    std::vector<std::string> extraTexts, extraValues;
+    list.extraChoices(profile, extraTexts, extraValues);
+    html += LWebFormat("<label>%H ", list.extraLabel) +
+            SelectHtml(list.extraParam, refilter("partychange"), extraTexts, extraValues, filter.extra) + "</label> ";
+  }
   // The sort of the request goes with the refilters; none: the list's own default.
   html += LWebFormat("<input type=hidden name=iCol value='%H'><input type=hidden name=bAsc value='%H'>",
                      out.GetParam("iCol").c_str(), out.GetParam("bAsc").c_str());
@@ -262,8 +282,9 @@ void LWebListPeriodDialog::Generate() {
   AddPullDownList(kPartyControl, std::string(list_.partyLabel) + " :", texts, values);
   AddHiddenField("iCol", form_.GetParam("iCol"));
   AddHiddenField("bAsc", form_.GetParam("bAsc"));
-  AddJScriptFunctionPrintf("LAddEventListener(window, 'onload', function() {PeriodDialogWire(%d, %d, %d);});\n",
-                           kPeriodControl, kFromControl, kToControl);
+  if (list_.extraParam != nullptr) AddHiddenField(list_.extraParam, form_.GetParam(list_.extraParam));
+  AddJScriptFunctionPrintf("LAddEventListener(window, 'onload', function() {PeriodDialogWire(%d, %d, %d, '%s');});\n",
+                           kPeriodControl, kFromControl, kToControl, Route(list_, "prdselchange").c_str());
 }
 
 bool LWebListPeriodDialog::CmOk() {
@@ -295,6 +316,8 @@ bool LWebListPeriodDialog::CmOk() {
   std::string column = form_.GetParam("iCol");
   std::string target = LWebFormat("%s?prd=%U&from=%U&to=%U&%s=%U", list_.listRoute, code.c_str(), from.c_str(),
                                   to.c_str(), list_.partyParam, GetTextAndTrim(kPartyControl).c_str());
+  if (list_.extraParam != nullptr)
+    target += LWebFormat("&%s=%U", list_.extraParam, form_.GetParam(list_.extraParam).c_str());
   if (!column.empty())
     target += LWebFormat("&iCol=%U&bAsc=%U", column.c_str(), form_.GetParam("bAsc").c_str());
   WriteAnswerScript(LWebFormat("window.location = '%s';\n", LJScriptEscape(target).c_str()));

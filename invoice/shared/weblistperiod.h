@@ -72,7 +72,25 @@ struct LWebPeriodList {
   const char* partyParam;        // "customer" or "supplier": the parameter and the route word
   const char* partyLabel;        // "Client", "Fournisseur"
   LWebPartyChoices partyChoices;  // the parties offered
+  // A second choice beside the party (the journal's transaction type): its parameter, label and
+  // choices; none when null. It refilters through the party's route.
+  const char* extraParam = nullptr;
+  const char* extraLabel = nullptr;
+  LWebPartyChoices extraChoices = nullptr;
+  // Routes of their own for a list whose routes have always had other names (the journal's);
+  // null: named after listRoute as above, and "prdselchange" for the dialog's period choice.
+  const char* periodChangeRoute = nullptr;
+  const char* dateChangeRoute = nullptr;
+  const char* partyChangeRoute = nullptr;
+  const char* dialogRoute = nullptr;
+  const char* periodSelectRoute = nullptr;
+  // The named period shown when the request names none; null: "fy", this fiscal year.
+  const char* defaultPeriod = nullptr;
 };
+
+// The route of one of a list's calls: kind is "periodchange", "datechange", "partychange",
+// "period" or "prdselchange".
+std::string LWebPeriodListRoute(const LWebPeriodList& list, std::string_view kind);
 
 // The named periods, in the order they are offered: code and French text. The first, "fy",
 // is this fiscal year, the default.
@@ -90,6 +108,7 @@ struct LWebListFilter {
   std::string periodCode = "fy";  // a named period, or kLWebPeriodCustom
   LDTPeriod period;               // both ends included; an empty end is open
   std::string party;              // "" for every party
+  std::string extra;              // the second choice; "" for all
   int page = 1;                   // from 1
   std::string error;              // a date that could not be read, in French; "" when none
 
@@ -97,8 +116,8 @@ struct LWebListFilter {
   bool Holds(std::string_view date) const;
 };
 // The filter of the request: a named "prd" gives its dates; otherwise "from" and "to" (the
-// custom period; one that cannot be read keeps the fiscal year's end and names itself in
-// error); nothing at all: this fiscal year.
+// custom period; one that cannot be read keeps the default period's end and names itself in
+// error); nothing at all: the list's default period (this fiscal year unless it names another).
 LWebListFilter LWebReadListFilter(const LWebletForm& form, LProfile& profile, const LWebPeriodList& list);
 // The query of a list so filtered (without "page"), for links: "prd=fy&from=...", and the sort
 // of the request ("iCol", "bAsc") when it names one.
