@@ -14,6 +14,7 @@
 #include "invoice/shared/options.h"
 #include "invoice/shared/profile.h"
 #include "invoice/shared/stock.h"
+#include "llib/gen/money.h"
 
 namespace {
 
@@ -80,9 +81,9 @@ long long LBill::GetItemAmount(const LProfile& profile, int line) const {
   int currencyDigits = profile.GetCurrencyDigits();
   int digits = GetInt(ItemField(line, "UnitValueDigits"), -1);
   if (digits < 0) digits = currencyDigits;
-  double amount = static_cast<double>(GetInt64(ItemField(line, "UnitValue"), 0)) * GetFloat(ItemField(line, "Qty"), 1.0);
-  for (int scale = std::abs(digits - currencyDigits); scale > 0; --scale) amount /= 10.0;
-  return static_cast<long long>(std::floor(amount + 0.5));
+  // A bill's line is a document's line without discount, scaled the same way.
+  return LLineAmount(GetInt64(ItemField(line, "UnitValue"), 0), GetFloat(ItemField(line, "Qty"), 1.0), 0,
+                     std::abs(digits - currencyDigits));
 }
 
 void LBill::AddItemLine(std::string_view account, long long amount, std::string_view taxName) {

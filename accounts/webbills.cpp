@@ -69,7 +69,7 @@ std::map<int, long long> TaxesOfLines(LProfile& profile, const LBill& bill) {
     if (number > 0) exact[number] += static_cast<double>(bill.GetItemAmount(profile, line)) * taxes.GetTaxRate(number).rate1 / 100.0;
   }
   std::map<int, long long> rounded;
-  for (const auto& [number, amount] : exact) rounded[number] = std::llround(amount);
+  for (const auto& [number, amount] : exact) rounded[number] = LRoundHalfUp(amount);
   taxes.DetachWithoutSave();
   return rounded;
 }

@@ -8,7 +8,8 @@
 #include "app/cli.h"
 #include "app/cmd_convert.h"
 #include "invoice/sales/porderconversion.h"
-#include "app/cmd_documentpdf.h"
+#include "app/cmd_documentsend.h"
+#include "app/cmd_print.h"
 #include "app/commands.h"
 #include "invoice/shared/documentinput.h"
 #include "app/documentview.h"
@@ -186,14 +187,17 @@ int RunDocumentCommand(LCliContext& context, LCliArgs& args, LSalesDocumentType 
   // The verb decides which options exist.
   std::string verb = LCliPeekVerb(args,
                                   {"--number", "--file", "--customer", "--date", "--terms", "--line", "--shipping",
-                                   "--shipping-tax", "--notes", "--salesperson", "--from", "--to", "--out", "--profile"},
-                                  {"--draft", "--untaxed", "--drafts", "--facturx"});
+                                   "--shipping-tax", "--notes", "--salesperson", "--from", "--to", "--out", "--profile",
+                                   "--subject", "--body"},
+                                  {"--draft", "--untaxed", "--drafts", "--facturx", "--no-facturx"});
   if (verb == "new") return New(context, kind, args);
   if (verb == "list") return List(context, kind, args);
   if (verb == "edit") return Edit(context, kind, args);
   if (verb == "apply" && type == LSalesDocumentType::kCreditNote) return LCmdCreditNoteApply(context, args);
   if (verb == "convert") return LCmdDocumentConvert(context, args, kind);
   if (verb == "pdf") return LCmdDocumentPdf(context, args, kind);
+  if (verb == "send") return LCmdDocumentSend(context, args, kind);
+  if (verb == "log") return LCmdDocumentLog(context, args, kind);
   if ((verb == "receive" || verb == "bill") && type == LSalesDocumentType::kPOrder)
     return ReceiveOrBill(context, args, verb == "bill");
   std::vector<std::string> words;

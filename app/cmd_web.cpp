@@ -6,7 +6,6 @@
 #include "app/cli.h"
 #include "app/commands.h"
 #include "llib/gen/serviceengine.h"
-#include "llib/gen/textnum.h"
 #include "llib/web/weblet.h"
 #include "llib/web/webrouting.h"
 #include "llib/gen/jsontext.h"
@@ -51,8 +50,8 @@ int LCmdWeb(LCliContext& context, LCliArgs& args) {
     return kExitOk;
   }
   if (words.size() == 2 && words[0] == "port") {
-    int port = LTextToInt(words[1]);
-    if (port <= 0 || port > 65535 || std::to_string(port) != words[1]) return context.Fail("Numéro de port non valide.");
+    int port = 0;
+    if (!LWebletServer::ParseWebletServerPort(words[1], port)) return context.Fail(kWebletBadPortMessage);
     ReportRestart(context, LWebletServer::SetWebletServerPort(port));
     return kExitOk;
   }

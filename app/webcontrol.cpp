@@ -3,6 +3,7 @@
 #include <sys/stat.h>
 
 #include "accounts/webpages.h"
+#include "app/webbackup.h"
 #include "app/webbusiness.h"
 #include "app/webdesk.h"
 #include "app/weblogonpages.h"
@@ -15,6 +16,7 @@
 #include "llib/gen/file.h"
 #include "llib/gen/log.h"
 #include "llib/gen/processworker.h"
+#include "llib/web/webjob.h"
 #include "llib/web/webletroutes.h"
 #include "llib/web/weblogon.h"
 #include "llib/web/webupload.h"
@@ -36,7 +38,16 @@ const LWebletRoute WebScriptArray[] = {
     {"businesslist", WLWebPageRun<LWebBusinessesPage>},
     {"businessopen", WLBusinessOpen},
     {"businessdelete", WLWebDialogRun<LWebBusinessDeleteDialog>},
+    {"settingsmenu", WLWebPageRun<LWebSettingsMenuPage>},
     {"settings", WLWebDialogRun<LWebCompanySettingsDialog>},
+    {"settingsregional", WLWebDialogRun<LWebRegionalSettingsDialog>},
+    {"settingstax", WLWebDialogRun<LWebTaxSettingsDialog>},
+    {"settingsdocuments", WLWebDialogRun<LWebDocumentOptionsDialog>},
+    {"settingslinked", WLWebDialogRun<LWebLinkedAccountsDialog>},
+    {"settingsmail", WLWebDialogRun<LWebMailSettingsDialog>},
+    {"settingsweb", WLWebDialogRun<LWebServerSettingsDialog>},
+    {"settingsclosing", WLWebDialogRun<LWebClosingDateDialog>},
+    {"backup", WLWebDialogRun<LWebBackupDialog>},
 };
 
 // The routes of the logon pages and the upload progress, installed beside the table.
@@ -46,6 +57,7 @@ const LWebletRoute kLogonScripts[] = {
     {"lostpassword", WLWebDialogRun<LWebLostPasswordDialog>},
     {"lostpasswordsent", WLWebPageRun<LWebLostPasswordSentPage>},
     {"uploadProgress", WLUploadProgress},
+    {"jobprogress", WLJobProgress},
     {"desk", WLDeskLogon},
 };
 
@@ -59,9 +71,11 @@ long long ModifiedTime(const std::string& path) {
 void LWebControlInstallRoutes() {
   LWebletInstallScripts(kLogonScripts);
   LWebletInstallScripts(WebScriptArray);
+  LWebletInstallPostScript("backup", WLWebUploadDialogRun<LWebBackupDialog>);
   LWebNavTabInstall({"main", "Accueil", 10});
   LWebNavTabInstall({"userlist", "Utilisateurs", 160, true});
   LWebNavTabInstall({"businesslist", "Entreprises", 170, true});
+  LWebNavTabInstall({"settingsmenu", "Réglages", 180, true});
   LSalesInstallWebPages();
   LAccountsInstallWebPages();
 }

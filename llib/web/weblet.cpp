@@ -7,6 +7,7 @@
 
 #include <cerrno>
 #include <cstring>
+#include <thread>
 
 #include "llib/gen/file.h"
 #include "llib/gen/log.h"
@@ -43,6 +44,13 @@ int LWebletServer::GetWebletServerPublicPort() {
   return port == 0 ? GetWebletServerPort() : port;
 }
 
+bool LWebletServer::ParseWebletServerPort(std::string_view text, int& port) {
+  int value = LTextToInt(text);
+  if (value <= 0 || value > 65535 || std::to_string(value) != text) return false;
+  port = value;
+  return true;
+}
+
 bool LWebletServer::SetWebletServerPort(int port) {
   if ((port == 0 ? kWebletDefaultPort : port) == GetWebletServerPort()) return false;
   LUserSettingSetString(kGroup, "Port", std::to_string(port));
@@ -52,6 +60,15 @@ bool LWebletServer::SetWebletServerPort(int port) {
 bool LWebletServer::EnableWebletServer(bool on) {
   LUserSettingSetString(kGroup, "Enabled", on ? "1" : "0");
   return LServiceEngineSendControl(kServiceControlRestart);
+}
+
+void LWebletServer::SetWebletServerSettingsSoon(bool enabled, int port) {
+  LUserSettingSetString(kGroup, "Enabled", enabled ? "1" : "0");
+  LUserSettingSetString(kGroup, "Port", std::to_string(port));
+  std::thread([] {
+    LSleepMs(kWebletRestartSoonMs);
+    LServiceEngineSendControl(kServiceControlRestart);
+  }).detach();
 }
 
 void LWebletServer::EnablePublicWebletServer(bool on) {

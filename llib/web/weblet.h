@@ -14,14 +14,17 @@
 
 #include <atomic>
 #include <memory>
+#include <string_view>
 
 #include "llib/gen/thread.h"
 
 class LWebletConnectionRegistry;
 
 inline constexpr int kWebletDefaultPort = 1098;
+inline constexpr std::string_view kWebletBadPortMessage = "Numéro de port non valide.";
 inline constexpr unsigned kWebletBindRetryMs = 5000;
 inline constexpr unsigned kWebletStopConnectionsMs = 15000;
+inline constexpr unsigned kWebletRestartSoonMs = 300;  // the page's answer leaves meanwhile
 
 class LWebletServerListener : public LThread {
  public:
@@ -56,12 +59,19 @@ class LWebletServer {
   // "PublicPort"; "Port" when 0 or missing.
   static int GetWebletServerPublicPort();
   static bool IsAutoRouting();
+  // A port as it may be stored: decimal 1 to 65535, no sign, no leading zero. false (port
+  // unchanged) otherwise; the user is then told kWebletBadPortMessage.
+  static bool ParseWebletServerPort(std::string_view text, int& port);
   // Stores the port as "%d" when it differs from the current one and tells a running service to
   // restart. Returns true when a running service took the restart.
   static bool SetWebletServerPort(int port);
   // Store "1" or "0" and tell a running service to restart. true as above.
   static bool EnableWebletServer(bool on);
   static void EnablePublicWebletServer(bool on);
+  // For a page served by the server itself: stores "Enabled" and "Port" as the two above do,
+  // then tells a running service to restart a moment later from a thread of its own, once the
+  // page has answered (the restart stops every connection, the asking one with them).
+  static void SetWebletServerSettingsSoon(bool enabled, int port);
 
   // ---- The server of this process ------------------------------------------------------------
   LWebletServer() = default;

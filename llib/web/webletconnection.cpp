@@ -14,6 +14,7 @@
 #include "llib/gen/file.h"
 #include "llib/gen/log.h"
 #include "llib/gen/textnum.h"
+#include "llib/web/webjob.h"
 #include "llib/web/webletfile.h"
 #include "llib/web/webletform.h"
 #include "llib/web/webletrequest.h"
@@ -112,11 +113,25 @@ bool ReadHeaders(LWebletSocket& socket, LHashTable& headers) {
 
 enum class Outcome { kNext, kEnd };
 
+// The answer to any route while an exclusive job runs.
+std::string BusyAnswer() {
+  std::string page = "<!DOCTYPE html><html lang=fr><head><meta charset=utf-8><meta http-equiv=refresh content=5>"
+                     "<title>Kontavo</title><link href=s.css rel=stylesheet></head><body><div class=contenttable><p>" +
+                     std::string(kWebJobBusyMessage) + "</p></div></body></html>";
+  return "HTTP/1.1 503 Service Unavailable\r\nContent-Type: text/html; charset=utf-8\r\nRetry-After: 5\r\n"
+         "Content-Length: " + std::to_string(page.size()) + "\r\nConnection: close\r\n\r\n" + page;
+}
+
 // Runs a routed request. The form is destroyed (and its session written back) before the
 // connection goes on.
 Outcome RunRoute(LWebletSocket& socket, std::unique_ptr<LWebletForm> form, LWebletHandler rawHandler,
                  LWebletHandler handler) {
   LWebletSetThreadName("WEB-" + form->scriptName);
+  if (LWebJobRefusesRoute(form->scriptName)) {
+    // A restore is replacing the files every page reads: nothing else is served meanwhile.
+    socket.Send(BusyAnswer(), kWebSendHeaderMs);
+    return Outcome::kEnd;
+  }
   LWebletCookieData::LoadCookieData(HeaderOr(*form, "Cookie", ""), form->cookies);
   if (form->scriptName != "_fault") {
     std::string id;

@@ -7,6 +7,7 @@
 #include <chrono>
 #include <ctime>
 #include <regex>
+#include <set>
 #include <thread>
 
 #include "tests/support/envscope.h"
@@ -215,6 +216,39 @@ TEST_F(WebLedgerTest, RoutesRefuseMissingSessionsViewersAndGarbageLeavingTheBook
             std::string::npos);
   EXPECT_EQ(Post("accedit", "isComAJAX=1&MainControlId=190&job=nothing"), "DisableSubmits(false);\n");
   EXPECT_EQ(Ledger(), before);
+  EXPECT_EQ(LRunKontavo({"check"}).exitCode, 0);
+}
+
+}  // namespace
+
+namespace {
+
+TEST_F(WebLedgerTest, WebEntriesAndCommandLineEntriesOnOneAccountAtOnceLoseNothing) {
+  constexpr int kEach = 12;
+  std::string today = TodayText();
+  std::vector<std::string> webAnswers(kEach);
+  std::thread web([&] {
+    for (int i = 0; i < kEach; ++i)
+      webAnswers[i] = Post("rectranj", "101=" + today + "&102=General&103=GJ%5Bauto%5D&104=Web&jelines=2&1000=6410"
+                                       "&1001=1.00&1010=1110&1012=1.00&submit=Enregistrer");
+  });
+  int commandFailures = 0;
+  for (int i = 0; i < kEach; ++i)
+    if (LRunKontavo({"journal", "add", "--ref", "GJ[auto]", "--desc", "Bureau", "dr:6410:2", "cr:1110:2"}).exitCode != 0)
+      ++commandFailures;
+  web.join();
+  EXPECT_EQ(commandFailures, 0);
+  for (const std::string& answer : webAnswers) EXPECT_EQ(answer.find("window.location = 'journalentry?saved=GJ1"), 0u) << answer;
+  // Every entry under a reference of its own, every cent in the balance.
+  std::string ledger = Ledger();
+  std::set<std::string> references;
+  for (std::size_t at = 0; (at = ledger.find("\tGJ1", at)) != std::string::npos; ++at)
+    references.insert(ledger.substr(at + 1, 7));
+  EXPECT_EQ(references.size(), 2u * kEach);
+  long long rent = -1;
+  for (const auto& account : LRunKontavoJson({"account", "list"}))
+    if (account["ID"] == "6410") rent = account["TotalBalance"].get<long long>();
+  EXPECT_EQ(rent, kEach * 100 + kEach * 200);
   EXPECT_EQ(LRunKontavo({"check"}).exitCode, 0);
 }
 

@@ -45,7 +45,7 @@ TEST_F(WebPagesTest, TabsShowTheServedSectionsAndMarkTheCurrentOne) {
                       "<a href='grouplist' class=navtab>Groupes</a><a href='acclist' class=navtab>Comptes</a>"
                       "<a href='viewjournal' class=navtab>Journal</a><a href='recon' class=navtab>Banque</a>"
                       "<a href='userlist' class=navtab>Utilisateurs</a><a href='fecexport' class=navtab>FEC</a>"
-                      "<a href='businesslist' class=navtab>Entreprises</a>"
+                      "<a href='businesslist' class=navtab>Entreprises</a><a href='settingsmenu' class=navtab>Réglages</a>"
                       "</div><div class=contenttable>"),
             std::string::npos)
       << main;
