@@ -65,7 +65,7 @@ constexpr LCliCommand kCommands[] = {
      "enregistre et impute une facture fournisseur", LCmdBill},
     {"billpayment",
      "kontavo billpayment add --supplier S --amount AMOUNT [--date D] [--account DESCRIPTION] [--notes TEXT]\n"
-     "        [--method TEXT]\n",
+     "        [--method TEXT] [--apply BILL=AMOUNT... | --auto]\n",
      "enregistre et impute un paiement fournisseur", LCmdBillPayment},
     {"cheque",
      "kontavo cheque add --account NUMBER --payee TEXT --amount AMOUNT [--date D] [--number N] [--memo TEXT] LINE...\n"
@@ -200,6 +200,7 @@ constexpr LCliCommand kCommands[] = {
      "kontavo porder edit KEY (les mêmes options que new)\n"
      "kontavo porder record KEY\n"
      "kontavo porder receive KEY [--date D]\n"
+     "kontavo porder bill KEY [--date D]\n"
      "kontavo porder delete KEY\n"
      "kontavo porder pdf KEY [--out FILE]\n"
      "kontavo porder send KEY [--to ADDRESSES] [--subject TEXT] [--body TEXT] [--facturx|--no-facturx]\n"
