@@ -12,6 +12,7 @@
 #include "invoice/shared/salesdocument.h"
 #include "invoice/shared/taxoptions.h"
 #include "invoice/shared/totals.h"
+#include "llib/gen/money.h"
 #include "llib/gen/reporttable.h"
 
 namespace {
@@ -119,9 +120,8 @@ class LCa3Builder {
         }
         long long assetTax = assetBase + otherBase == 0
                                  ? 0
-                                 : static_cast<long long>(std::llround(static_cast<double>(tax) *
-                                                                       static_cast<double>(assetBase) /
-                                                                       static_cast<double>(assetBase + otherBase)));
+                                 : LRoundHalfAwayFromZero(static_cast<double>(tax) * static_cast<double>(assetBase) /
+                                                        static_cast<double>(assetBase + otherBase));
         if (assetTax != 0) Add(figures_.fixedAssets, {label, it->GetString("Date"), assetBase, assetTax});
         if (tax - assetTax != 0) Add(figures_.otherGoods, {label, it->GetString("Date"), otherBase, tax - assetTax});
       }

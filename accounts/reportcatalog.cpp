@@ -17,8 +17,7 @@
 #include "accounts/trialbalance.h"
 #include "invoice/shared/profile.h"
 #include "invoice/shared/agingreport.h"
-#include "invoice/shared/customer.h"
-#include "invoice/shared/customerstatement.h"
+#include "invoice/shared/customerstatementreport.h"
 #include "invoice/shared/inventory.h"
 #include "invoice/shared/itemsreport.h"
 #include "invoice/shared/salesreports.h"
@@ -109,21 +108,17 @@ bool BuildSales(LProfile& profile, const LReportRequest& request, LReportTable& 
 }
 
 // The statement of the one customer asked for, over the period (up to the request's date when it
-// has no last day).
+// has no last day; from the first of that month when it has no first day).
 bool BuildStatement(LProfile& profile, const LReportRequest& request, LReportTable& table, std::string& error) {
   if (request.customers.size() != 1) {
     error = "Choisissez un client.";
     return false;
   }
-  LRecord customer;
-  if (!profile.MainList(kCustomersList).Open(customer, request.customers.front())) {
-    error = "Client introuvable : " + request.customers.front();
-    return false;
-  }
-  customer.DetachWithoutSave();
-  LReportCustomerStatement(profile, request.customers.front(), request.from,
-                           request.to.IsValid() ? request.to : request.date)
-      .GenerateReport(table);
+  LDate to = request.to.IsValid() ? request.to : request.date;
+  LDate from = request.from.IsValid() ? request.from : LStatementDefaultStart(to);
+  LCustomerStatement statement;
+  if (!LCustomerStatementBuild(profile, request.customers.front(), from, to, statement, error)) return false;
+  LCustomerStatementReport(statement, table);
   return true;
 }
 

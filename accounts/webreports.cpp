@@ -9,7 +9,7 @@
 #include "accounts/reportperiods.h"
 #include "accounts/webbudgets.h"
 #include "accounts/webpagemainex.h"
-#include "invoice/shared/customerstatement.h"
+#include "invoice/shared/customerstatementreport.h"
 #include "invoice/shared/options.h"
 #include "invoice/shared/profile.h"
 #include "llib/gen/log.h"
@@ -70,7 +70,7 @@ void LogStatement(LWebletForm& form, LProfile& profile, const LReportRequest& re
   issue.from = request.from.IsValid() ? request.from.ToText() : "";
   issue.to = (request.to.IsValid() ? request.to : request.date).ToText();
   for (const LReportRow& row : table.rows)
-    if (row.kind == LReportRowKind::kResult && row.values.size() == 5 && row.values[4]) issue.closing = *row.values[4];
+    if (row.kind == LReportRowKind::kResult && row.values.size() == 4 && row.values[3]) issue.closing = *row.values[3];
   issue.issued = LDateTimeText(std::time(nullptr));
   issue.user = WLSessionUserName(form);
   if (issue.user.empty()) issue.user = "Bureau";

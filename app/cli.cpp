@@ -10,6 +10,7 @@
 #include "app/multiplebusiness.h"
 #include "app/worker.h"
 #include "invoice/shared/profile.h"
+#include "llib/gen/date.h"
 #include "llib/gen/file.h"
 
 // ---- Arguments --------------------------------------------------------------------------------
@@ -121,6 +122,14 @@ std::string LCliPeekVerb(const LCliArgs& args, std::initializer_list<std::string
   std::string ignored;
   (void)copy.Finish(words, ignored);
   return words.empty() ? std::string() : words.front();
+}
+
+bool LCliTakeDate(LCliArgs& args, std::string_view option, LDate& date, std::string& error) {
+  std::string text;
+  if (!args.TakeOption(option, text)) return true;
+  if (LDate::Parse(text, date)) return true;
+  error = "date invalide pour " + std::string(option) + " : " + text;
+  return false;
 }
 
 bool LCliSplitAssignment(std::string_view word, std::string& name, std::string& value) {

@@ -11,6 +11,8 @@
 #include <string_view>
 #include <vector>
 
+struct LDate;
+
 class LProfile;
 
 inline constexpr int kExitOk = 0;
@@ -48,6 +50,10 @@ class LCliArgs {
 // there is none. args is left as it was.
 std::string LCliPeekVerb(const LCliArgs& args, std::initializer_list<std::string_view> valueOptions,
                          std::initializer_list<std::string_view> flags = {});
+
+// The date of option ("--from 2026-11-01") into date, left as it was when the option is absent.
+// false, with "date invalide pour OPTION : TEXT" in error, when the text is not a real day.
+bool LCliTakeDate(LCliArgs& args, std::string_view option, LDate& date, std::string& error);
 
 // "NAME=VALUE" into its parts; false without "=" or with an empty name.
 bool LCliSplitAssignment(std::string_view word, std::string& name, std::string& value);

@@ -43,11 +43,6 @@ std::string TakeFolder(LCliArgs& args, std::string& error) {
   return Absolute(words[0]);
 }
 
-// A folder a restore can use: a backup that does not lie inside the data root it replaces.
-bool IsUsableBackup(const std::string& folder) {
-  return LBackupIsUsable(folder) && !LPathIsInside(folder, LFile::GetSharedDataFolderApp());
-}
-
 // Ctrl-C is ignored for the life of the object. A restore is stopped only while it copies (its
 // progress display then turns Ctrl-C into a cancel); a process killed while it moves the data
 // root aside or back could leave it in two halves.
@@ -89,7 +84,7 @@ int LCmdRestore(LCliContext& context, LCliArgs& args) {
   std::string backup = TakeFolder(args, usageError);
   if (backup.empty()) return context.Usage(usageError);
   if (!LCliConfirm(context, kRestoreTitle, kRestoreQuestion, kRestoreYesButton, kRestoreNoButton)) return kExitFailed;
-  while (!IsUsableBackup(backup)) {
+  while (!LBackupIsUsableFor(backup, LFile::GetSharedDataFolderApp())) {
     if (!LCliCanAsk()) return context.Fail(kRestoreBadFolderMessage);
     if (!LCliConfirm(context, kRestoreErrorTitle, kRestoreBadFolderMessage, kChooseFolderButton, kNoButton) ||
         !LCliAskLine(context, kChooseFolderPrompt, backup))
@@ -99,8 +94,7 @@ int LCmdRestore(LCliContext& context, LCliArgs& args) {
   LFolderCopierWorker copier;
   std::string error, detail;
   IgnoreInterrupts untilRestored;
-  LProcessResult result = LRestoreFolder(copier, LFile::GetSharedDataFolderApp(), LFile::GetUserDataFolderApp(),
-                                         backup, std::time(nullptr), LGetRestoreServiceSwitch(), error, &detail);
+  LProcessResult result = MainDialog::CmRestore(copier, backup, LGetRestoreServiceSwitch(), error, &detail);
   if (result != kProcessFinished) return context.Fail(detail.empty() ? error : error + "\n" + detail);
   if (context.json) context.out << LJsonDump(nlohmann::json({{"restored", backup}})) << "\n";
   else context.out << kRestoreDoneMessage << "\n";

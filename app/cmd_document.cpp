@@ -7,7 +7,9 @@
 
 #include "app/cli.h"
 #include "app/cmd_convert.h"
-#include "app/cmd_documentpdf.h"
+#include "invoice/sales/porderconversion.h"
+#include "app/cmd_documentsend.h"
+#include "app/cmd_print.h"
 #include "app/commands.h"
 #include "invoice/shared/documentinput.h"
 #include "app/documentview.h"
@@ -161,9 +163,10 @@ int Delete(LCliContext& context, const LSalesDocumentKind& kind, const std::stri
   return kExitOk;
 }
 
-// porder receive KEY [--date D]: the goods of the order come into stock on D (today by default).
-int Receive(LCliContext& context, LCliArgs& args) {
-  std::string dateText, error;
+// porder receive KEY [--date D] and porder bill KEY [--date D]: the order's goods come into stock
+// on D (today by default), or the order becomes a bill dated D whose reference is printed.
+int ReceiveOrBill(LCliContext& context, LCliArgs& args, bool bill) {
+  std::string dateText, error, reference;
   bool hasDate = args.TakeOption("--date", dateText);
   std::vector<std::string> words;
   if (!args.Finish(words, error)) return context.Usage(error);
@@ -172,7 +175,10 @@ int Receive(LCliContext& context, LCliArgs& args) {
   if (hasDate && !LDate::Parse(dateText, date)) return context.Fail("Date invalide : " + dateText + ".");
   LProfile* profile = context.Profile();
   if (profile == nullptr) return kExitFailed;
-  if (!LPOrderReceive(*profile, words[1], date.ToText(), &error)) return context.Fail(error);
+  if (!bill) return LPOrderReceive(*profile, words[1], date.ToText(), &error) ? kExitOk : context.Fail(error);
+  if (!LPOrderConvertToBill(*profile, words[1], date.ToText(), reference, &error)) return context.Fail(error);
+  if (context.json) context.out << LJsonDump(nlohmann::json({{"reference", reference}})) << "\n";
+  else context.out << reference << "\n";
   return kExitOk;
 }
 
@@ -181,15 +187,19 @@ int RunDocumentCommand(LCliContext& context, LCliArgs& args, LSalesDocumentType 
   // The verb decides which options exist.
   std::string verb = LCliPeekVerb(args,
                                   {"--number", "--file", "--customer", "--date", "--terms", "--line", "--shipping",
-                                   "--shipping-tax", "--notes", "--salesperson", "--from", "--to", "--out", "--profile"},
-                                  {"--draft", "--untaxed", "--drafts", "--facturx"});
+                                   "--shipping-tax", "--notes", "--salesperson", "--from", "--to", "--out", "--profile",
+                                   "--subject", "--body"},
+                                  {"--draft", "--untaxed", "--drafts", "--facturx", "--no-facturx"});
   if (verb == "new") return New(context, kind, args);
   if (verb == "list") return List(context, kind, args);
   if (verb == "edit") return Edit(context, kind, args);
   if (verb == "apply" && type == LSalesDocumentType::kCreditNote) return LCmdCreditNoteApply(context, args);
   if (verb == "convert") return LCmdDocumentConvert(context, args, kind);
   if (verb == "pdf") return LCmdDocumentPdf(context, args, kind);
-  if (verb == "receive" && type == LSalesDocumentType::kPOrder) return Receive(context, args);
+  if (verb == "send") return LCmdDocumentSend(context, args, kind);
+  if (verb == "log") return LCmdDocumentLog(context, args, kind);
+  if ((verb == "receive" || verb == "bill") && type == LSalesDocumentType::kPOrder)
+    return ReceiveOrBill(context, args, verb == "bill");
   std::vector<std::string> words;
   std::string error;
   if (!args.Finish(words, error)) return context.Usage(error);

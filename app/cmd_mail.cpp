@@ -12,7 +12,6 @@
 #include "llib/gen/process.h"
 #include "llib/gen/processterminal.h"
 #include "llib/net/email.h"
-#include "llib/net/emailaddress.h"
 #include "llib/net/emailsettings.h"
 #include "llib/gen/jsontext.h"
 
@@ -83,12 +82,7 @@ struct MailOptions {
 
 int MailConfig(LCliContext& context, const MailOptions& options) {
   LEmailSettings settings = LEmailSettingsLoad();
-  if (options.server) {
-    LIPAddressWithPort parsed;
-    if (!options.server->empty() && !LIPAddressWithPort::Parse(*options.server, 587, parsed))
-      return context.Fail("Serveur de messagerie non valide : " + *options.server);
-    settings.server = *options.server;
-  }
+  if (options.server) settings.server = *options.server;
   if (options.user) settings.user = *options.user;
   if (options.passwordStdin) {
     std::string password = ReadStandardInput();
@@ -96,12 +90,9 @@ int MailConfig(LCliContext& context, const MailOptions& options) {
     if (password.ends_with('\r')) password.pop_back();
     settings.password = password;
   }
-  for (auto [address, setting] : {std::pair{&options.sender, &settings.sender}, {&options.replyTo, &settings.replyTo}}) {
-    if (!*address) continue;
-    if (!(*address)->empty() && !LEmail::ValidateAddressSingle(**address))
-      return context.Fail("Adresse de courriel non valide : " + **address);
-    *setting = **address;
-  }
+  if (options.sender) settings.sender = *options.sender;
+  if (options.replyTo) settings.replyTo = *options.replyTo;
+  if (std::string problem = LEmailSettingsCheck(settings); !problem.empty()) return context.Fail(problem);
   if (options.starttls && !ParseOnOff(*options.starttls, settings.useEncryption))
     return context.Usage("--starttls attend on ou off");
   if (options.verify && !ParseOnOff(*options.verify, settings.verifyCertificate))

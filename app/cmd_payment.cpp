@@ -9,6 +9,7 @@
 #include "accounts/transactiondate.h"
 #include "app/cli.h"
 #include "app/cliasker.h"
+#include "app/cmd_print.h"
 #include "app/commands.h"
 #include "app/paymentinput.h"
 #include "invoice/sales/paymentbook.h"
@@ -128,9 +129,10 @@ int List(LCliContext& context, LProfile& profile) {
 }  // namespace
 
 int LCmdPayment(LCliContext& context, LCliArgs& args) {
-  std::string verb = LCliPeekVerb(args, {"--customer", "--amount", "--date", "--account", "--apply"},
+  std::string verb = LCliPeekVerb(args, {"--customer", "--amount", "--date", "--account", "--apply", "--out"},
                                   {"--refund", "--auto"});
   if (verb == "add") return Add(context, args);
+  if (verb == "pdf") return LCmdPaymentPdf(context, args);
   std::vector<std::string> words;
   std::string error;
   if (!args.Finish(words, error)) return context.Usage(error);

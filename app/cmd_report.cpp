@@ -1,6 +1,6 @@
-// kontavo report NAME [--from D] [--to D] [--date D] [--compare-from D --compare-to D]
+// kontavo report NAME [SUBJECT] [--from D] [--to D] [--date D] [--compare-from D --compare-to D]
 //                     [--customer KEY]... [--consolidate B=FACTOR,...] [--account NUMBER]
-//                     [--format text|csv|json|html]
+//                     [--format text|csv|json|html|pdf] [--out FILE]
 // The report is built by the catalogue (accounts/reportcatalog.h), as the web report pages do;
 // the command parses the options and writes the table in the asked format.
 #include <cstdlib>
@@ -8,19 +8,14 @@
 
 #include "accounts/reportcatalog.h"
 #include "app/cli.h"
+#include "app/cmd_print.h"
 #include "app/commands.h"
+#include "invoice/sales/documentprint.h"
+#include "invoice/shared/formparts.h"
 #include "invoice/shared/options.h"
 #include "invoice/shared/profile.h"
 
 namespace {
-
-bool TakeDate(LCliArgs& args, std::string_view option, LDate& date, std::string& error) {
-  std::string text;
-  if (!args.TakeOption(option, text)) return true;
-  if (LDate::Parse(text, date)) return true;
-  error = "date invalide pour " + std::string(option) + " : " + text;
-  return false;
-}
 
 // --consolidate B=FACTOR,...: businesses as --business names them, factors as decimals.
 bool Businesses(std::string_view list, std::vector<LProfilesAndRates>& out, std::string& error) {
@@ -52,19 +47,22 @@ int LCmdReport(LCliContext& context, LCliArgs& args) {
   std::string error;
   std::string format = context.json ? "json" : "text";
   args.TakeOption("--format", format);
+  std::string out;
+  args.TakeOption("--out", out);
   request.customers = args.TakeOptionAll("--customer");
   std::string consolidate;
   args.TakeOption("--consolidate", consolidate);
   args.TakeOption("--account", request.account);
-  if (!TakeDate(args, "--from", request.from, error) || !TakeDate(args, "--to", request.to, error) ||
-      !TakeDate(args, "--date", request.date, error) || !TakeDate(args, "--compare-from", request.compareFrom, error) ||
-      !TakeDate(args, "--compare-to", request.compareTo, error))
+  if (!LCliTakeDate(args, "--from", request.from, error) || !LCliTakeDate(args, "--to", request.to, error) ||
+      !LCliTakeDate(args, "--date", request.date, error) || !LCliTakeDate(args, "--compare-from", request.compareFrom, error) ||
+      !LCliTakeDate(args, "--compare-to", request.compareTo, error))
     return context.Usage(error);
   std::vector<std::string> words;
   if (!args.Finish(words, error)) return context.Usage(error);
   if (words.empty() || words.size() > 2) return context.Usage();
-  if (format != "text" && format != "csv" && format != "json" && format != "html")
+  if (format != "text" && format != "csv" && format != "json" && format != "html" && format != "pdf")
     return context.Usage("format inconnu : " + format);
+  if (!out.empty() && format != "pdf") return context.Usage("--out va avec --format pdf");
   const LReportEntry* entry = LReportFind(words[0]);
   if (entry == nullptr) return context.Usage("rapport inconnu : " + words[0]);
   if (words.size() == 2) {
@@ -82,6 +80,12 @@ int LCmdReport(LCliContext& context, LCliArgs& args) {
   LOptions options;
   options.OpenFrom(*profile);
   LReportStyle style{profile->GetCurrencyFormat(), options.GetBool("UseParenthesesForNegative", false)};
+  if (format == "pdf") {
+    LPrintedForm form;
+    if (!LFormReportPdf(*profile, table, style, form.pdf, &error)) return context.Fail(error);
+    form.fileName = "Rapport-" + words[0] + ".pdf";
+    return LCmdWritePrintedForm(context, out, form);
+  }
   if (format == "json") context.out << LReportWriteJson(table) << "\n";
   else if (format == "csv") context.out << LReportWriteCsv(table, style);
   else if (format == "html") context.out << LReportWriteHtml(table, style);

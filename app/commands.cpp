@@ -65,7 +65,7 @@ constexpr LCliCommand kCommands[] = {
      "enregistre et impute une facture fournisseur", LCmdBill},
     {"billpayment",
      "kontavo billpayment add --supplier S --amount AMOUNT [--date D] [--account DESCRIPTION] [--notes TEXT]\n"
-     "        [--method TEXT]\n",
+     "        [--method TEXT] [--apply BILL=AMOUNT... | --auto]\n",
      "enregistre et impute un paiement fournisseur", LCmdBillPayment},
     {"cheque",
      "kontavo cheque add --account NUMBER --payee TEXT --amount AMOUNT [--date D] [--number N] [--memo TEXT] LINE...\n"
@@ -151,7 +151,9 @@ constexpr LCliCommand kCommands[] = {
      "kontavo invoice edit KEY (les mêmes options que new)\n"
      "kontavo invoice record KEY\n"
      "kontavo invoice delete KEY\n"
-     "kontavo invoice pdf KEY [--out FILE] [--facturx [--profile en16931|basic]]\n",
+     "kontavo invoice pdf KEY [--out FILE] [--facturx [--profile en16931|basic]]\n"
+     "kontavo invoice send KEY [--to ADDRESSES] [--subject TEXT] [--body TEXT] [--facturx|--no-facturx]\n"
+     "kontavo invoice log KEY\n",
      "factures", LCmdInvoice},
     {"quote",
      "kontavo quote new [--draft] [--number KEY] (--file DOC.json | --customer C [--date D] [--terms now|DAYS]\n"
@@ -163,7 +165,9 @@ constexpr LCliCommand kCommands[] = {
      "kontavo quote record KEY\n"
      "kontavo quote convert KEY [--draft]\n"
      "kontavo quote delete KEY\n"
-     "kontavo quote pdf KEY [--out FILE]\n",
+     "kontavo quote pdf KEY [--out FILE]\n"
+     "kontavo quote send KEY [--to ADDRESSES] [--subject TEXT] [--body TEXT] [--facturx|--no-facturx]\n"
+     "kontavo quote log KEY\n",
      "devis", LCmdQuote},
     {"order",
      "kontavo order new [--draft] [--number KEY] (--file DOC.json | --customer C [--date D] [--terms now|DAYS]\n"
@@ -175,7 +179,9 @@ constexpr LCliCommand kCommands[] = {
      "kontavo order record KEY\n"
      "kontavo order convert KEY [--draft]\n"
      "kontavo order delete KEY\n"
-     "kontavo order pdf KEY [--out FILE]\n",
+     "kontavo order pdf KEY [--out FILE]\n"
+     "kontavo order send KEY [--to ADDRESSES] [--subject TEXT] [--body TEXT] [--facturx|--no-facturx]\n"
+     "kontavo order log KEY\n",
      "commandes clients", LCmdOrder},
     {"creditnote",
      "kontavo creditnote new [--draft] [--number KEY] (--file DOC.json | --customer C [--date D] [--terms now|DAYS]\n"
@@ -187,6 +193,8 @@ constexpr LCliCommand kCommands[] = {
      "kontavo creditnote record KEY\n"
      "kontavo creditnote delete KEY\n"
      "kontavo creditnote pdf KEY [--out FILE] [--facturx [--profile en16931|basic]]\n"
+     "kontavo creditnote send KEY [--to ADDRESSES] [--subject TEXT] [--body TEXT] [--facturx|--no-facturx]\n"
+     "kontavo creditnote log KEY\n"
      "kontavo creditnote apply KEY INVOICE=AMOUNT...\n",
      "avoirs", LCmdCreditNote},
     {"porder",
@@ -198,16 +206,27 @@ constexpr LCliCommand kCommands[] = {
      "kontavo porder edit KEY (les mêmes options que new)\n"
      "kontavo porder record KEY\n"
      "kontavo porder receive KEY [--date D]\n"
+     "kontavo porder bill KEY [--date D]\n"
      "kontavo porder delete KEY\n"
-     "kontavo porder pdf KEY [--out FILE]\n",
+     "kontavo porder pdf KEY [--out FILE]\n"
+     "kontavo porder send KEY [--to ADDRESSES] [--subject TEXT] [--body TEXT] [--facturx|--no-facturx]\n"
+     "kontavo porder log KEY\n",
      "bons de commande", LCmdPOrder},
     {"payment",
      "kontavo payment add --customer C --amount AMOUNT [--date D] [--account DESCRIPTION] [--refund]\n"
      "    (--apply INVOICE=AMOUNT... | --auto)\n"
      "kontavo payment show KEY\n"
      "kontavo payment list\n"
-     "kontavo payment delete KEY\n",
+     "kontavo payment delete KEY\n"
+     "kontavo payment pdf KEY [--out FILE]\n",
      "paiements et remboursements des clients, imputés aux factures", LCmdPayment},
+    {"packingslip", "kontavo packingslip pdf INVOICE [--order] [--out FILE]\n",
+     "imprime le bon de livraison d'une facture (d'une commande avec --order)", LCmdPackingSlip},
+    {"shiplabel", "kontavo shiplabel pdf INVOICE [--order] [--out FILE]\n",
+     "imprime l'étiquette d'expédition d'une facture (d'une commande avec --order)", LCmdShipLabel},
+    {"statement", "kontavo statement pdf CUSTOMER [--date D] [--from D] [--out FILE]\n",
+     "imprime le relevé de compte d'un client au --date, depuis --from (le 1er du mois), avec son échéancier",
+     LCmdStatement},
     {"recurring",
      "kontavo recurring add (--invoice KEY | --order KEY) --start D --interval CODE\n"
      "        CODE: 0 7 jours, 1 14 jours, 2 mensuel, 3 2 mois, 4 trimestriel, 5 6 mois, 6 annuel, 7 2 ans,\n"
@@ -247,7 +266,9 @@ constexpr LCliCommand kCommands[] = {
      "kontavo web status\n"
      "kontavo web enable\n"
      "kontavo web disable\n"
-     "kontavo web port N\n",
+     "kontavo web port N\n"
+     "kontavo web https on [--cert PEM --key PEM]\n"
+     "kontavo web https off\n",
      "réglages du serveur Web ; le service en cours redémarre le serveur", LCmdWeb},
     {"user",
      "kontavo user add EMAIL --name TEXT [--password-stdin] [--admin|--user|--viewer] [--profile NAME]...\n"
@@ -257,7 +278,7 @@ constexpr LCliCommand kCommands[] = {
      "comptes des utilisateurs Web", LCmdUser},
     {"report",
      "kontavo report NAME [--from D] [--to D] [--date D] [--compare-from D --compare-to D] [--customer KEY]...\n"
-     "        [--consolidate B=FACTOR,...] [--format text|csv|json|html]\n"
+     "        [--consolidate B=FACTOR,...] [--format text|csv|json|html|pdf] [--out FILE]\n"
      "        NAME: coa, pl, pl-compare, bs (au --date), tb, cf, vat-obligations, tva-ca3,\n"
      "              aging (au --date), unpaid, invoices, payments, quotes, orders, customers,\n"
      "              customer-sales, items, items-per-customer, salesperson,\n"

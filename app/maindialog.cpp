@@ -52,3 +52,9 @@ LProcessResult MainDialog::CmBackup(LFolderCopier& copier, const std::string& de
   LUserSettingSetString(kSettingGroup, kLastBackupKey, std::to_string(static_cast<long long>(std::time(nullptr))));
   return result;
 }
+
+LProcessResult MainDialog::CmRestore(LFolderCopier& copier, const std::string& backup, LRestoreServiceSwitch* service,
+                                     std::string& error, std::string* detail) {
+  return LRestoreFolder(copier, LFile::GetSharedDataFolderApp(), LFile::GetUserDataFolderApp(), backup,
+                        std::time(nullptr), service, error, detail);
+}

@@ -10,6 +10,7 @@
 #include "llib/gen/process.h"
 
 class LFolderCopier;
+class LRestoreServiceSwitch;
 class LProfile;
 
 class MainDialog {
@@ -29,4 +30,9 @@ class MainDialog {
   // stores the current time as "LastBackup". Result, backupPath and error as LBackupFolder.
   static LProcessResult CmBackup(LFolderCopier& copier, const std::string& destination, std::string& backupPath,
                                  std::string& error);
+  // Restores the data root from backup (checked beforehand with LBackupIsUsableFor), the old
+  // root set aside in the application folder until the copy succeeded. service, error and detail
+  // as LRestoreFolder.
+  static LProcessResult CmRestore(LFolderCopier& copier, const std::string& backup, LRestoreServiceSwitch* service,
+                                  std::string& error, std::string* detail);
 };

@@ -2,11 +2,13 @@
 
 #include "llib/gen/file.h"
 #include "llib/gen/log.h"
+#include "llib/web/webjob.h"
 #include "llib/web/weblet.h"
 #include "llib/net/emailsendbg.h"
 
 namespace {
 constexpr unsigned kRestartListenWaitMs = 3000;
+constexpr unsigned kStopJobsWaitMs = 600000;  // a restore of large books
 }  // namespace
 
 void MainEngine::StartWebServer() {
@@ -26,6 +28,9 @@ void MainEngine::Stop() {
   std::lock_guard<std::mutex> lock(mutex_);
   LLogInfo("Arrêt du moteur du serveur");
   LSendEmailBackgroundStopSoon();
+  // A restore started by a page must not be cut while it moves the data root: the engine ends
+  // once the pages' jobs have.
+  if (!LWebJobWaitAll(kStopJobsWaitMs)) LLogWarning("Arrêt du moteur avec une opération de page encore en cours.");
   web_.Stop();
   LSendEmailBackgroundStopNow();
 }
@@ -62,4 +67,9 @@ bool MainEngine::Control(int code, const void* data, std::size_t size) {
 bool MainEngine::IsListening() const {
   std::lock_guard<std::mutex> lock(mutex_);
   return web_.IsListening();
+}
+
+bool MainEngine::IsSecure() const {
+  std::lock_guard<std::mutex> lock(mutex_);
+  return web_.IsSecure();
 }

@@ -3,6 +3,7 @@
 #include <sys/stat.h>
 
 #include "accounts/webpages.h"
+#include "app/webbackup.h"
 #include "app/webbusiness.h"
 #include "app/webdesk.h"
 #include "app/weblogonpages.h"
@@ -15,7 +16,10 @@
 #include "llib/gen/file.h"
 #include "llib/gen/log.h"
 #include "llib/gen/processworker.h"
+#include "llib/web/webaccount.h"
+#include "llib/web/webjob.h"
 #include "llib/web/webletroutes.h"
+#include "llib/web/weblettls.h"
 #include "llib/web/weblogon.h"
 #include "llib/web/webupload.h"
 
@@ -36,7 +40,16 @@ const LWebletRoute WebScriptArray[] = {
     {"businesslist", WLWebPageRun<LWebBusinessesPage>},
     {"businessopen", WLBusinessOpen},
     {"businessdelete", WLWebDialogRun<LWebBusinessDeleteDialog>},
+    {"settingsmenu", WLWebPageRun<LWebSettingsMenuPage>},
     {"settings", WLWebDialogRun<LWebCompanySettingsDialog>},
+    {"settingsregional", WLWebDialogRun<LWebRegionalSettingsDialog>},
+    {"settingstax", WLWebDialogRun<LWebTaxSettingsDialog>},
+    {"settingsdocuments", WLWebDialogRun<LWebDocumentOptionsDialog>},
+    {"settingslinked", WLWebDialogRun<LWebLinkedAccountsDialog>},
+    {"settingsmail", WLWebDialogRun<LWebMailSettingsDialog>},
+    {"settingsweb", WLWebDialogRun<LWebServerSettingsDialog>},
+    {"settingsclosing", WLWebDialogRun<LWebClosingDateDialog>},
+    {"backup", WLWebDialogRun<LWebBackupDialog>},
 };
 
 // The routes of the logon pages and the upload progress, installed beside the table.
@@ -46,6 +59,7 @@ const LWebletRoute kLogonScripts[] = {
     {"lostpassword", WLWebDialogRun<LWebLostPasswordDialog>},
     {"lostpasswordsent", WLWebPageRun<LWebLostPasswordSentPage>},
     {"uploadProgress", WLUploadProgress},
+    {"jobprogress", WLJobProgress},
     {"desk", WLDeskLogon},
 };
 
@@ -59,9 +73,11 @@ long long ModifiedTime(const std::string& path) {
 void LWebControlInstallRoutes() {
   LWebletInstallScripts(kLogonScripts);
   LWebletInstallScripts(WebScriptArray);
+  LWebletInstallPostScript("backup", WLWebUploadDialogRun<LWebBackupDialog>);
   LWebNavTabInstall({"main", "Accueil", 10});
   LWebNavTabInstall({"userlist", "Utilisateurs", 160, true});
   LWebNavTabInstall({"businesslist", "Entreprises", 170, true});
+  LWebNavTabInstall({"settingsmenu", "Réglages", 180, true});
   LSalesInstallWebPages();
   LAccountsInstallWebPages();
 }
@@ -95,7 +111,11 @@ int LWebInstallStaticFiles(const std::string& sourceFolder, const std::string& w
 void LWebControl::Start() {
   LWebControlInstallRoutes();
   LWebInstallStaticFiles(LWebStaticFilesSource(), LFile::GetUserDataFolderAppSubFolder("Web"));
-  LLogInfo("Démarrage du serveur Web (Non sécurisé)");
+  // Accounts of an older program keep their passwords in plain text: none stays so once the
+  // server runs, whether or not its user logs on.
+  if (int nHashed = LWebAccountHashPlainPasswords(); nHashed > 0)
+    LLogInfo("Mots de passe Web chiffrés : %d compte(s)", nHashed);
+  LLogInfo("Démarrage du serveur Web (%s)", LWebletIsSecure() ? "Sécurisé" : "Non sécurisé");
   server_.StartServer(LWebletServer::GetWebletServerPort());
 }
 

@@ -12,6 +12,7 @@ class LWebPageMain : public LWebPageMainEx {
   void Generate() override;
 
  private:
-  // The business's accounts with their balances, in number order.
+  // The business's accounts with their balances, in number order, in groups under their header
+  // accounts, closed until clicked.
   void WriteChartOfAccounts();
 };

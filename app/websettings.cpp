@@ -2,6 +2,7 @@
 
 #include <string_view>
 
+#include "invoice/shared/companydetails.h"
 #include "invoice/shared/profile.h"
 #include "llib/web/webletform.h"
 
@@ -33,13 +34,8 @@ const Field kFields[] = {
 
 }  // namespace
 
-LWebCompanySettingsDialog::LWebCompanySettingsDialog(LWebletForm& form) : LWebDialogEx(form, "settings") {
-  SetTitle("Réglages : coordonnées de l'entreprise");
-  AddNavLink("main", "Page principale");
-  AddNavLink("help/settings.html", "Aide");
-  SetOkPage("main");
-  SetCancelPage("main");
-}
+LWebCompanySettingsDialog::LWebCompanySettingsDialog(LWebletForm& form)
+    : LWebSettingsDialog(form, "settings", "coordonnées de l'entreprise") {}
 
 void LWebCompanySettingsDialog::InitDialog() {
   LProfile profile(WLSessionBusinessFolder(form_));

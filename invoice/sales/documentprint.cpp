@@ -1,27 +1,101 @@
 #include "invoice/sales/documentprint.h"
 
 #include "invoice/sales/salesbook.h"
+#include "invoice/shared/customerstatement.h"
 #include "invoice/shared/documentform.h"
+#include "invoice/shared/documenthistory.h"
+#include "invoice/shared/packingslipform.h"
+#include "invoice/shared/payment.h"
+#include "invoice/shared/profile.h"
+#include "invoice/shared/receiptform.h"
 #include "llib/gen/file.h"
 
-bool LSalesDocumentWritePdf(LProfile& profile, const LSalesDocumentKind& kind, std::string_view key,
-                            const std::string& path, std::optional<LFacturXProfile> facturX, std::string* error,
-                            std::string* warning) {
-  if (warning != nullptr) warning->clear();
-  LSalesDocument document;
-  if (!LSalesDocumentOpen(profile, kind, key, document)) {
-    if (error != nullptr) *error = "Document introuvable : " + std::string(key) + ".";
-    return false;
-  }
-  std::string pdf;
-  if (!LSalesDocumentPdf(profile, kind, document, pdf, error, warning)) return false;
+namespace {
+
+bool NotFound(std::string_view what, std::string_view key, std::string* error) {
+  if (error != nullptr) *error = std::string(what) + " introuvable : " + std::string(key) + ".";
+  return false;
+}
+
+// The history of the printed record gains "Imprimé" with the file's name; a trace only, so a
+// failure to write it does not fail the printing.
+void Printed(LProfile& profile, std::string_view list, std::string_view key, const LPrintedForm& form,
+             std::string_view user) {
+  (void)LDocumentHistoryAdd(profile, list, key, kHistoryPrinted, user, form.fileName);
+}
+
+std::string_view ListOf(const LSalesDocumentKind& kind, const LSalesDocument& document) {
+  return document.IsDraft() ? kind.draftsList : kind.recordedList;
+}
+
+}  // namespace
+
+bool LMakeSalesDocumentPdf(LProfile& profile, const LSalesDocumentKind& kind, const LSalesDocument& document,
+                           std::optional<LFacturXProfile> facturX, LPrintedForm& form, std::string* error) {
+  form = LPrintedForm();
+  if (!LSalesDocumentPdf(profile, kind, document, form.pdf, error, &form.warning)) return false;
   if (facturX) {
-    std::string plain = std::move(pdf);
-    if (!LFacturXPdf(profile, kind, document, *facturX, plain, pdf, error)) return false;
+    std::string plain = std::move(form.pdf);
+    if (!LFacturXPdf(profile, kind, document, *facturX, plain, form.pdf, error)) return false;
   }
-  if (!LFile::WriteAllAtomic(path, pdf)) {
-    if (error != nullptr) *error = "Impossible d'écrire le fichier « " + path + " ».";
+  form.fileName = LSalesDocumentPdfName(kind, document.GetPrimaryKey());
+  return true;
+}
+
+bool LPrintSalesDocument(LProfile& profile, const LSalesDocumentKind& kind, std::string_view key,
+                         std::optional<LFacturXProfile> facturX, std::string_view user, LPrintedForm& form,
+                         std::string* error) {
+  form = LPrintedForm();
+  LSalesDocument document;
+  if (!LSalesDocumentOpen(profile, kind, key, document)) return NotFound("Document", key, error);
+  if (!LMakeSalesDocumentPdf(profile, kind, document, facturX, form, error)) return false;
+  Printed(profile, ListOf(kind, document), key, form, user);
+  return true;
+}
+
+bool LPrintReceipt(LProfile& profile, std::string_view key, std::string_view user, LPrintedForm& form,
+                   std::string* error) {
+  form = LPrintedForm();
+  LPayment payment;
+  if (key.empty() || !profile.MainList(kPaymentsList).Open(payment, key)) return NotFound("Paiement", key, error);
+  if (!LReceiptPdf(profile, payment, form.pdf, error, &form.warning)) return false;
+  form.fileName = LReceiptPdfName(payment);
+  Printed(profile, kPaymentsList, key, form, user);
+  return true;
+}
+
+bool LPrintPackingSlip(LProfile& profile, const LSalesDocumentKind& kind, std::string_view key, bool label,
+                       std::string_view user, LPrintedForm& form, std::string* error) {
+  form = LPrintedForm();
+  LSalesDocument document;
+  if (!LSalesDocumentOpen(profile, kind, key, document)) return NotFound("Document", key, error);
+  if (label) {
+    if (!LShippingLabelPdf(profile, document, form.pdf, error)) return false;
+    form.fileName = LShippingLabelPdfName(key);
+  } else {
+    if (!LPackingSlipPdf(profile, kind, document, form.pdf, error, &form.warning)) return false;
+    form.fileName = LPackingSlipPdfName(key);
+  }
+  Printed(profile, ListOf(kind, document), key, form, user);
+  return true;
+}
+
+bool LPrintStatement(LProfile& profile, std::string_view customer, const LDate& from, const LDate& to,
+                     LPrintedForm& form, std::string* error) {
+  form = LPrintedForm();
+  LCustomerStatement statement;
+  std::string buildError;
+  if (!LCustomerStatementBuild(profile, customer, from, to, statement, buildError)) {
+    if (error != nullptr) *error = buildError;
     return false;
   }
+  if (!LCustomerStatementPdf(profile, statement, form.pdf, error, &form.warning)) return false;
+  form.fileName = LStatementPdfName(customer);
   return true;
+}
+
+bool LWritePrintedForm(const LPrintedForm& form, const std::string& path, std::string* error) {
+  if (LFile::WriteAllAtomic(path, form.pdf)) return true;
+  if (error != nullptr) *error = "Impossible d'écrire le fichier « " + path + " ».";
+  return false;
 }

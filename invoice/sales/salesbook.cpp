@@ -12,6 +12,7 @@
 #include "invoice/sales/salesstock.h"
 #include "invoice/shared/customer.h"
 #include "invoice/shared/documentconversion.h"
+#include "invoice/shared/documenthistory.h"
 #include "invoice/shared/profile.h"
 #include "llib/gen/file.h"
 #include "llib/gen/system.h"
@@ -162,6 +163,9 @@ bool LSalesDocumentCreate(LProfile& profile, const LSalesDocumentKind& kind, con
     return false;
   }
   newKey = document.GetPrimaryKey();
+  // The history is a trace, not the document: a failure to write it does not undo the document.
+  (void)LDocumentHistoryAdd(profile, draft ? kind.draftsList : kind.recordedList, newKey,
+                            draft ? kHistoryCreated : kHistoryRecorded, LGetPostingUserName());
   LSalesDocumentSumTotals(profile, kind, document);
   if (!draft && kind.type == LSalesDocumentType::kCreditNote) LCoreDataCreditNoteApply(profile, document, +1);
   document.Flush();
@@ -251,6 +255,8 @@ bool LSalesDocumentRecordDraft(LProfile& profile, const LSalesDocumentKind& kind
   }
   if (!LSalesDocumentCreate(profile, kind, draft, false, {}, newKey, error)) return false;
   if (kind.type == LSalesDocumentType::kInvoice) LConvertedInvoiceMoved(profile, draft, draftKey, newKey);
+  (void)LDocumentHistoryRecordDraft(profile, kind.draftsList, draftKey, kind.recordedList, newKey,
+                                    LGetPostingUserName());  // a trace only, as above
   draft.Invalidate();
   drafts.Delete(draftKey);
   return true;

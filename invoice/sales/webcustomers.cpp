@@ -42,7 +42,7 @@ void LWebCustomersPage::Generate() {
   bool mayChange = WLMayChangeData(form_);
   if (mayChange)
     form_.Write("<p><a href='customerprop?onok=customerlist&oncancel=customerlist' class=actionlink>"
-                "Nouveau client</a></p>");
+                "Nouveau client</a> <a href='importcsv?kind=customers' class=actionlink>Importer un fichier CSV</a></p>");
   LHtmlList list(form_, 0, true);
   list.AddColumn("Code", 15, kListAlignLeft, true);
   list.AddColumn("Nom", 30, kListAlignLeft, true);

@@ -77,7 +77,8 @@ void LWebItemsPage::Generate() {
   UseListScript();
   list.Write(form_, 100);
   if (mayChange)
-    form_.Write("<p><a href='itemprop?onok=itemlist&oncancel=itemlist' class=actionlink>Ajouter un nouvel article</a></p>");
+    form_.Write("<p><a href='itemprop?onok=itemlist&oncancel=itemlist' class=actionlink>Ajouter un nouvel article</a> "
+                "<a href='importcsv?kind=items' class=actionlink>Importer un fichier CSV</a></p>");
 }
 
 // ---- "itemstock" ----------------------------------------------------------------------------------

@@ -2,6 +2,7 @@
 
 #include "invoice/sales/webcustomers.h"
 #include "invoice/sales/webhelpers.h"
+#include "invoice/sales/webimportcsv.h"
 #include "invoice/sales/webitems.h"
 #include "invoice/sales/webparties.h"
 #include "invoice/sales/webpayments.h"
@@ -86,12 +87,23 @@ const LWebletRoute kSalesRoutes[] = {
     {"getCustomerBalance", WLGetCustomerBalance},
     {"getInvoiceInfo", WLGetInvoiceInfo},
     {"getInvoiceDueInfo", WLGetInvoiceDueInfo},
+    {"importcsv", WLWebDialogRun<LWebImportCsvDialog>},
+    {"porderlist", WLWebPageRun<LWebSalesDocumentsPageOf<LSalesDocumentType::kPOrder>>},
+    {"porderprop", WLWebDialogRun<LWebSalesDocumentDialogOf<LSalesDocumentType::kPOrder>>},
+    {"porderdelete", WLSalesDocumentDeleteOf<LSalesDocumentType::kPOrder>},
+    {"porderlistperiod", WLWebDialogRun<LWebListPeriodDialogOf<kLWebPOrderPeriodList>>},
+    {"porderlistperiodchange", WLWebListRefilterRun<LWebSalesDocumentsPageOf<LSalesDocumentType::kPOrder>>},
+    {"porderlistdatechange", WLWebListRefilterRun<LWebSalesDocumentsPageOf<LSalesDocumentType::kPOrder>>},
+    {"porderlistsupplierchange", WLWebListRefilterRun<LWebSalesDocumentsPageOf<LSalesDocumentType::kPOrder>>},
+    {"porderitemssave", WLSalesDocumentItemsSaveOf<LSalesDocumentType::kPOrder>},
+    {"porderbill", WLPOrderToBill},
 };
 
 }  // namespace
 
 void LSalesInstallWebPages() {
   LWebletInstallScripts(kSalesRoutes);
+  LWebletInstallPostScript("importcsv", WLWebUploadDialogRun<LWebImportCsvDialog>);
   for (const LWebNavTab& tab : {LWebNavTab{"customerlist", "Clients", 20}, LWebNavTab{"quotelist", "Devis", 30},
                                 LWebNavTab{"orderlist", "Commandes", 40}, LWebNavTab{"invoicelist", "Factures", 50},
                                 LWebNavTab{"creditnotelist", "Avoirs", 60}, LWebNavTab{"paymentlist", "Paiements", 70},

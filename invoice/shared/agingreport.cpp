@@ -49,8 +49,8 @@ LAgingBucket LAgingBucketOf(const LDateTime& now, const LDateTime& invoiceDate, 
 
 LReportAccountsReceivableAgingReport::LReportAccountsReceivableAgingReport(LProfile& profile,
                                                                            std::vector<std::string> customers,
-                                                                           const LDateTime& now)
-    : LSalesReport(profile, {{}, {}, customers}), now_(now) {
+                                                                           const LDateTime& now, const LDate& lastDate)
+    : LSalesReport(profile, {{}, lastDate, customers}), now_(now) {
   if (customers.empty()) SelectCustomers(AllCustomerKeys(profile));
 }
 

@@ -27,8 +27,10 @@ LAgingBucket LAgingBucketOf(const LDateTime& now, const LDateTime& invoiceDate, 
 class LReportAccountsReceivableAgingReport : public LSalesReport {
  public:
   // customers: the keys to report on; empty: every customer of "Customers". now: the moment the
-  // invoices are aged at.
-  LReportAccountsReceivableAgingReport(LProfile& profile, std::vector<std::string> customers, const LDateTime& now);
+  // invoices are aged at. lastDate: when valid, invoices dated after it are left out (a
+  // statement at a past date); otherwise every invoice counts.
+  LReportAccountsReceivableAgingReport(LProfile& profile, std::vector<std::string> customers, const LDateTime& now,
+                                       const LDate& lastDate = {});
 
   // Title "Classement chronologique des comptes clients"; columns "Solde", "Courant",
   // "1 à 30 jours", "31 à 60 jours", "61 à 90 jours", "Plus de 90 jours"; one row per customer

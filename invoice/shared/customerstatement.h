@@ -1,57 +1,52 @@
-// The statement of one customer's account over a period: the balance brought forward from
-// before the period, then each invoice, credit note, payment and refund of the period in date
-// order with the running balance, the period's totals, the closing balance, and how old that
-// balance is (the buckets of the aging report, as at the period's last day).
-//
-// Invoices and refunds are debits (the customer owes more), credit notes and payments credits;
-// the balance is the one the customer's "Balance" keeps (LCustomerBalanceFromDocuments).
-//
-//     LReportCustomerStatement statement(profile, "C1", LDate(2024, 1, 1), LDate(2024, 12, 31));
-//     LReportTable table;
-//     statement.GenerateReport(table);
+// The statement of a customer's account over a period: the balance brought forward from before
+// the period, then every recorded invoice (a charge), credit note, payment and refund of the
+// period in date order with the running balance, the balance at the end, and the aging of what
+// is still owed at the statement date (current, 1–30, 31–60, 61–90 and over 90 days overdue, as
+// the aging report reckons it). Its printed form is a PDF in the family of the other forms, the
+// texts of the "Statement" options ("NotesText", "FooterText") at its end.
 #pragma once
 
 #include <string>
 #include <string_view>
 #include <vector>
 
-#include "invoice/shared/salesreport.h"
+#include "llib/gen/date.h"
 
-class LReportCustomerStatement : public LSalesReport {
- public:
-  // from invalid: from the first document (nothing brought forward); to invalid: up to today.
-  LReportCustomerStatement(LProfile& profile, std::string customer, const LDate& from, const LDate& to);
+class LProfile;
 
-  // Title "Relevé de compte", subtitle the customer and the period; columns "Date", "Échéance",
-  // "Débit", "Crédit", "Solde". Rows: "Solde reporté" (result), one row per document labelled
-  // "Facture N", "Avoir N", "Paiement N" or "Remboursement N" (date and, for invoices, due date
-  // as text cells), "Total de la période" (total), "Solde au JJ" (result), then the heading
-  // "Ancienneté du solde" and the aging buckets "Courant" to "Plus de 90 jours" in "Solde".
-  void GenerateReport(LReportTable& table) override;
-
-  // The balance brought forward and the closing balance of the last GenerateReport.
-  long long Opening() const { return opening_; }
-  long long Closing() const { return closing_; }
-
- private:
-  std::string customer_;
-  LDate from_, to_;
-  long long opening_ = 0;
-  long long closing_ = 0;
+struct LCustomerStatementEntry {
+  std::string date;       // "YYYY-MM-DD"
+  std::string document;   // "Facture 12", "Avoir 3", "Paiement 7", "Remboursement 8"
+  long long charge = 0;   // what raised the balance (invoices, refunds), minor units
+  long long credit = 0;   // what lowered it (credit notes, payments)
+  long long balance = 0;  // the balance after this entry
 };
 
-// The statements issued to customers (downloaded or printed), one record each in the list
-// "StatementLog": "Customer", "From" and "To" (the period, "" when open), "Closing" (cents),
-// "Issued" ("YYYY-MM-DD HH:MM:SS", local time), "User" (who issued it), "Format" ("CSV", "PDF").
-inline constexpr std::string_view kStatementLogList = "StatementLog";
-
-struct LCustomerStatementIssue {
-  std::string customer, from, to;
-  long long closing = 0;
-  std::string issued, user, format;
+struct LCustomerStatement {
+  std::string customer;  // the customer's key
+  std::string name;      // its "Name" (the key when it has none)
+  std::string address;   // its "Address"
+  LDate from;            // first day of the period
+  LDate to;              // the statement date, last day of the period
+  long long opening = 0; // balance brought forward from before from
+  std::vector<LCustomerStatementEntry> entries;
+  long long closing = 0; // balance at the end of to
+  // Outstanding on invoices at the statement date: total, current, 1–30, 31–60, 61–90, over 90.
+  long long aging[6] = {};
 };
 
-// Adds an issue to the log; false when it could not be written.
-[[nodiscard]] bool LCustomerStatementLogAdd(LProfile& profile, const LCustomerStatementIssue& issue);
-// The issues of one customer, latest first.
-std::vector<LCustomerStatementIssue> LCustomerStatementLog(LProfile& profile, std::string_view customer);
+// The first day of a statement dated date when none is asked: the first day of its month.
+LDate LStatementDefaultStart(const LDate& date);
+
+// Builds the statement of customer from from to to. false with "Client introuvable : KEY."
+// in error when there is no such customer; statement is then unspecified.
+[[nodiscard]] bool LCustomerStatementBuild(LProfile& profile, std::string_view customer, const LDate& from,
+                                           const LDate& to, LCustomerStatement& statement, std::string& error);
+
+// "Relevé-KEY.pdf", as LFormPdfName makes it.
+std::string LStatementPdfName(std::string_view customer);
+
+// Prints statement into pdf; false with a French message in error (may be null) when the PDF
+// could not be made. A logo that cannot be drawn is left out, the reason in warning (may be null).
+[[nodiscard]] bool LCustomerStatementPdf(LProfile& profile, const LCustomerStatement& statement, std::string& pdf,
+                                         std::string* error, std::string* warning);

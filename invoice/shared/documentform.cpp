@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <vector>
 
-#include "invoice/shared/company.h"
+#include "invoice/shared/formparts.h"
 #include "invoice/shared/options.h"
 #include "invoice/shared/printformat.h"
 #include "invoice/shared/profile.h"
@@ -27,12 +27,11 @@ struct FormData {
   const LSalesDocumentKind& kind;
   const LSalesDocument& document;
   LPrintFormat format;
-  LCompany company;
+  LFormSeller seller;
   LRecord party;        // the customer, or the supplier of a purchase order
   LRecord kindOptions;  // "Invoice", "Quote", ... of "Misc": "NotesText", "FooterText"
   bool taxInclusive = false;
   bool untaxed = false;  // the document's "TaxRate" says no tax
-  std::string logoPath;  // empty: no logo
 };
 
 // A customer that is a business: it has a registration number, a VAT number or a company name.
@@ -41,40 +40,9 @@ bool IsBusinessParty(const LRecord& party) {
          !party.GetString("Company").empty();
 }
 
-// "SARL au capital de 10 000,00 € – SIREN 123456789 – SIRET ... – RCS Lyon – TVA FR..."
-std::string LegalIdentity(const FormData& data) {
-  const LCompany& company = data.company;
-  std::vector<std::string> parts;
-  std::string name = company.GetName();
-  std::string form = company.GetLegalForm();
-  if (company.GetShareCapital() > 0) {
-    form += (form.empty() ? "Capital de " : " au capital de ") + data.format.Money(company.GetShareCapital());
-  }
-  if (!name.empty()) parts.push_back(name);
-  if (!form.empty()) parts.push_back(form);
-  if (!company.GetSiren().empty()) parts.push_back("SIREN " + company.GetSiren());
-  if (!company.GetSiret().empty()) parts.push_back("SIRET " + company.GetSiret());
-  if (!company.GetRcs().empty()) parts.push_back(company.GetRcs());
-  if (!company.GetVatNumber().empty()) parts.push_back("N° TVA " + company.GetVatNumber());
-  std::string text;
-  for (const std::string& part : parts) text += (text.empty() ? "" : " – ") + part;
-  return text;
-}
-
 std::string PartyName(const FormData& data) {
   std::string name = data.party.GetString("Name");
   return name.empty() ? data.document.GetCustomer() : name;
-}
-
-// Lines of a block, empty ones left out.
-std::string JoinLines(const std::vector<std::string>& lines) {
-  std::string text;
-  for (const std::string& line : lines) {
-    if (line.empty()) continue;
-    if (!text.empty()) text += "\n";
-    text += line;
-  }
-  return text;
 }
 
 // ---- Top of the first page --------------------------------------------------------------------
@@ -85,44 +53,8 @@ std::string DocumentNumberLine(const FormData& data) {
   return "N° " + key;
 }
 
-// Seller at the left (logo, name, address, contact), title, number and dates at the right;
-// returns the y below both.
+// The title, number and dates at the right of the seller's block; returns the y below both.
 double DrawHeader(LPdfCanvas& canvas, const FormData& data, std::string* warning) {
-  const double top = canvas.Top();
-  const double width = canvas.Right() - canvas.Left();
-  double left = top;
-  if (!data.logoPath.empty()) {
-    double logoHeight = 0;
-    std::string error;
-    if (canvas.Image(data.logoPath, canvas.Left(), left, width * 0.4, 60, &logoHeight, &error)) {
-      left += logoHeight + 6;
-    } else if (warning != nullptr) {
-      *warning = error + " Le document est imprimé sans logo.";
-    }
-  }
-  LTextStyle name;
-  name.sizePt = 13;
-  name.bold = true;
-  left += canvas.Text(canvas.Left(), left, width * 0.55, data.company.GetName(), name);
-  LTextStyle small;
-  small.sizePt = 8.5;
-  std::string contact = JoinLines({data.company.GetAddress(),
-                                   data.company.GetPhone().empty() ? "" : "Tél. " + data.company.GetPhone(),
-                                   data.company.GetEmail()});
-  left += canvas.Text(canvas.Left(), left + 2, width * 0.55, contact, small) + 2;
-
-  LTextStyle title;
-  title.sizePt = 20;
-  title.bold = true;
-  title.align = LTextAlign::kRight;
-  double x = canvas.Left() + width * 0.55;
-  double right = top;
-  std::string titleText = std::string(data.kind.title);
-  for (char& c : titleText) c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
-  right += canvas.Text(x, right, width * 0.45, titleText, title);
-  LTextStyle info;
-  info.sizePt = 9;
-  info.align = LTextAlign::kRight;
   const LSalesDocument& document = data.document;
   std::vector<std::string> lines = {DocumentNumberLine(data), "Date : " + data.format.Date(document.GetDate())};
   if (data.kind.type == LSalesDocumentType::kInvoice) {
@@ -134,50 +66,32 @@ double DrawHeader(LPdfCanvas& canvas, const FormData& data, std::string* warning
   if (!document.GetString("CustomerPO").empty()) lines.push_back("Votre commande : " + document.GetString("CustomerPO"));
   if (data.kind.type == LSalesDocumentType::kOrder && !document.GetString("ShipBy").empty())
     lines.push_back("Expédition prévue : " + data.format.Date(document.GetString("ShipBy")));
-  right += canvas.Text(x, right + 4, width * 0.45, JoinLines(lines), info) + 4;
-  return std::max(left, right) + 14;
+  return LFormDrawHeader(canvas, data.seller, data.kind.title, lines, warning);
 }
 
-// The buyer's block (the supplier's for a purchase order), at the right half; returns the y
-// below it.
+// The buyer's block (the supplier's for a purchase order) at the right half, the delivery address
+// at the left when it differs; returns the y below them.
 double DrawParty(LPdfCanvas& canvas, const FormData& data, double y) {
-  const double width = canvas.Right() - canvas.Left();
-  double x = canvas.Left() + width * 0.5;
-  LTextStyle label;
-  label.sizePt = 8;
-  label.gray = 0.4;
   std::string heading = data.kind.type == LSalesDocumentType::kPOrder ? "Fournisseur" : "Client";
-  double h = canvas.Text(x, y, width * 0.5, heading, label);
-  LTextStyle name;
-  name.sizePt = 11;
-  name.bold = true;
-  h += canvas.Text(x, y + h + 2, width * 0.5, PartyName(data), name) + 2;
   std::string address = data.document.GetString("Address");
   if (address.empty()) address = data.party.GetString("Address");
   std::vector<std::string> lines = {address};
   if (!data.party.GetString("SIREN").empty()) lines.push_back("SIREN " + data.party.GetString("SIREN"));
   if (!data.party.GetString("VATNumber").empty()) lines.push_back("N° TVA " + data.party.GetString("VATNumber"));
-  LTextStyle text;
-  text.sizePt = 9;
-  h += canvas.Text(x, y + h + 2, width * 0.5, JoinLines(lines), text) + 2;
+  double bottom = LFormDrawParty(canvas, heading, PartyName(data), lines, y);
   std::string shipping = data.document.GetString("ShippingAddress");
-  if (!shipping.empty() && shipping != address) {
-    double hs = canvas.Text(canvas.Left(), y, width * 0.45, "Livraison", label);
-    canvas.Text(canvas.Left(), y + hs + 2, width * 0.45, shipping, text);
-  }
-  return y + h + 16;
+  if (!shipping.empty() && shipping != address) bottom = std::max(bottom, LFormDrawSideBlock(canvas, "Livraison", shipping, y));
+  return bottom;
 }
 
 // ---- Lines ------------------------------------------------------------------------------------
 
 // The page top of continued pages: the document's title and number.
-double ContinuedPageTop(LPdfCanvas& canvas, const FormData& data) {
-  LTextStyle style;
-  style.sizePt = 9;
-  style.bold = true;
-  std::string text = std::string(data.kind.title) + " " + DocumentNumberLine(data) + " (suite)";
-  return canvas.Top() + canvas.Text(canvas.Left(), canvas.Top(), canvas.Right() - canvas.Left(), text, style) + 8;
+std::string ContinuedText(const FormData& data) {
+  return std::string(data.kind.title) + " " + DocumentNumberLine(data) + " (suite)";
 }
+
+double ContinuedPageTop(LPdfCanvas& canvas, const FormData& data) { return LFormContinuedTop(canvas, ContinuedText(data)); }
 
 // The rate printed for a tax: "20 %", "5 % + 9,975 %", or the tax's name when it has no rate.
 std::string RateText(const FormData& data, const std::string& name, const std::vector<LFKTaxBreakdownLine>& taxes) {
@@ -195,7 +109,7 @@ void DrawLines(LPdfCanvas& canvas, LProfile& profile, const FormData& data,
                const std::vector<LFKTaxBreakdownLine>& taxes, double& y) {
   const double width = canvas.Right() - canvas.Left();
   std::string ht = data.taxInclusive ? "TTC" : "HT";
-  bool showTax = !data.untaxed && !data.company.IsVatExempt();
+  bool showTax = !data.untaxed && !data.seller.company.IsVatExempt();
   std::vector<LPdfColumn> columns = {{"Réf.", 58, LTextAlign::kLeft},
                                      {"Désignation", 0, LTextAlign::kLeft},
                                      {"Qté", 44, LTextAlign::kRight},
@@ -255,7 +169,7 @@ void DrawTotals(LPdfCanvas& canvas, const FormData& data,
   const LSalesDocument& document = data.document;
   auto continued = [&data](LPdfCanvas& c) { return ContinuedPageTop(c, data); };
   double taxesHeight = 0;
-  bool showTax = !data.untaxed && !data.company.IsVatExempt() && !taxes.empty();
+  bool showTax = !data.untaxed && !data.seller.company.IsVatExempt() && !taxes.empty();
   if (showTax) {
     LPdfTable breakdown(canvas,
                         {{"TVA", 80, LTextAlign::kLeft},
@@ -281,7 +195,7 @@ void DrawTotals(LPdfCanvas& canvas, const FormData& data,
   long long total = document.GetTotal();
   long long taxTotal = document.GetTaxTotal();
   std::vector<std::pair<std::string, long long>> rows;
-  if (data.untaxed || data.company.IsVatExempt()) {
+  if (data.untaxed || data.seller.company.IsVatExempt()) {
     rows.push_back({"Total", total});
   } else {
     rows.push_back({"Total HT", total - taxTotal});
@@ -313,26 +227,14 @@ void DrawTotals(LPdfCanvas& canvas, const FormData& data,
 
 // ---- Notes, conditions and footer -------------------------------------------------------------
 
-void DrawParagraph(LPdfCanvas& canvas, const FormData& data, const std::string& text, const LTextStyle& style,
-                   double& y) {
-  if (text.empty()) return;
-  double width = canvas.Right() - canvas.Left();
-  double height = canvas.TextHeight(text, width, style);
-  if (y + height > canvas.Bottom()) {
-    canvas.NewPage();
-    y = ContinuedPageTop(canvas, data);
-  }
-  y += canvas.Text(canvas.Left(), y, width, text, style) + 6;
-}
-
 void DrawConditions(LPdfCanvas& canvas, const FormData& data, double& y) {
   LTextStyle style;
   style.sizePt = 8.5;
   const LSalesDocument& document = data.document;
-  if (data.company.IsVatExempt()) {
+  if (data.seller.company.IsVatExempt()) {
     LTextStyle bold = style;
     bold.bold = true;
-    DrawParagraph(canvas, data, std::string(kVatExemptMention), bold, y);
+    LFormParagraph(canvas, ContinuedText(data), kVatExemptMention, bold, y);
   }
   if (data.kind.type == LSalesDocumentType::kInvoice) {
     std::vector<std::string> lines;
@@ -340,38 +242,28 @@ void DrawConditions(LPdfCanvas& canvas, const FormData& data, double& y) {
     std::string due = data.format.Date(LDate::FromTime(LInvoiceCalculateDueDate(document)).ToText());
     lines.push_back(atOnce ? "Paiement à réception de la facture." : "Paiement au plus tard le " + due + ".");
     if (IsBusinessParty(data.party)) {
-      double rate = data.company.GetLatePenaltyRate();
+      double rate = data.seller.company.GetLatePenaltyRate();
       lines.push_back("Pénalités de retard : " +
                       (rate > 0 ? data.format.Percent(rate) + " par an" : std::string(kLegalPenaltyRate)) + ".");
       lines.push_back(std::string(kIndemnityMention));
       lines.push_back(std::string(kNoDiscountMention));
     }
-    DrawParagraph(canvas, data, JoinLines(lines), style, y);
+    LFormParagraph(canvas, ContinuedText(data), LFormJoinLines(lines), style, y);
   }
   std::string notes = document.TestFieldExists("Notes") ? document.GetString("Notes") : data.kindOptions.GetString("NotesText");
-  DrawParagraph(canvas, data, notes, style, y);
-  LTextStyle footer = style;
-  footer.italic = true;
-  footer.align = LTextAlign::kCenter;
-  DrawParagraph(canvas, data, data.kindOptions.GetString("FooterText"), footer, y);
+  LFormNotesAndFooter(canvas, ContinuedText(data), data.kindOptions, &notes, y);
 }
 
 }  // namespace
 
 std::string LSalesDocumentPdfName(const LSalesDocumentKind& kind, std::string_view key) {
-  std::string name;
-  for (char c : kind.title) name += c == ' ' ? '-' : c;
-  name += "-";
-  for (char c : key) name += (c == '/' || c == '\\' || static_cast<unsigned char>(c) < 32) ? '_' : c;
-  return name + ".pdf";
+  return LFormPdfName(kind.title, key);
 }
 
 bool LSalesDocumentPdf(LProfile& profile, const LSalesDocumentKind& kind, const LSalesDocument& document,
                        std::string& pdf, std::string* error, std::string* warning) {
   if (warning != nullptr) warning->clear();
-  FormData data{kind, document, LPrintFormat(profile), {}, {}, {}, false, false, {}};
-  data.company.OpenFrom(profile);
-  data.logoPath = data.company.GetLogoPath(profile);
+  FormData data{kind, document, LPrintFormat(profile), LFormSeller(profile), {}, {}, false, false};
   std::string party = document.GetCustomer();
   if (kind.type != LSalesDocumentType::kPOrder || !profile.List(kSuppliersList).Open(data.party, party))
     (void)profile.MainList("Customers").Open(data.party, party);
@@ -382,12 +274,8 @@ bool LSalesDocumentPdf(LProfile& profile, const LSalesDocumentKind& kind, const 
   data.untaxed = document.GetDocumentTaxMode() == kDocumentUntaxed;
   std::vector<LFKTaxBreakdownLine> taxes = LFKDocumentTaxBreakdown(profile, document);
 
-  LOptions options;
-  options.OpenFrom(profile);
-  LPdfCanvas canvas(LPaperSizeForCountry(options.GetString("CountryCode")));
-  canvas.SetTitle(std::string(kind.title) + " " + document.GetPrimaryKey());
-  canvas.SetAuthor(data.company.GetName());
-  canvas.SetFootNote(LegalIdentity(data));
+  LPdfCanvas canvas(data.seller.paper);
+  LFormBegin(canvas, data.seller, data.format, std::string(kind.title) + " " + document.GetPrimaryKey());
   double y = DrawHeader(canvas, data, warning);
   y = DrawParty(canvas, data, y);
   DrawLines(canvas, profile, data, taxes, y);

@@ -101,6 +101,11 @@ bool ApplyJsonFile(const std::string& path, LSalesDocument& document, std::strin
     error = "Le fichier " + path + " n'est pas un document JSON valide.";
     return false;
   }
+  // New lines replace the old ones before the fields are read, so that a field about the new
+  // lines ("FixedPercentageDiscountItem") given beside them is kept.
+  bool hasLines = doc.contains("Lines");
+  if (hasLines && !doc["Lines"].is_array()) return error = "\"Lines\" doit être un tableau.", false;
+  if (hasLines) LRemoveDocumentLines(document);
   for (const auto& [name, value] : doc.items()) {
     if (name == "Lines") continue;
     std::string text;
@@ -108,11 +113,9 @@ bool ApplyJsonFile(const std::string& path, LSalesDocument& document, std::strin
     else if (JsonToText(value, text)) document.SetString(name, text);
     else return error = "Valeur invalide pour " + name + ".", false;
   }
-  if (!doc.contains("Lines")) return true;
-  const nlohmann::json& lines = doc["Lines"];
-  if (!lines.is_array()) return error = "\"Lines\" doit être un tableau.", false;
-  LRemoveDocumentLines(document);
+  if (!hasLines) return true;
   int index = 0;
+  const nlohmann::json& lines = doc["Lines"];
   for (const auto& line : lines) {
     if (!line.is_object()) return error = "Chaque ligne doit être un objet.", false;
     for (const auto& [name, value] : line.items()) {

@@ -153,8 +153,8 @@ bool BuildInvoice(LProfile& profile, const LSalesDocument& document, const LComp
     if (discount != 0) {
       // The net price after the line's discount, to four decimals.
       int scale = std::max(line.priceDigits, 4);
-      line.priceValue = std::llround(static_cast<double>(line.priceValue) * std::pow(10, scale - line.priceDigits) *
-                                     (100 - discount) / 100);
+      line.priceValue = LRoundHalfAwayFromZero(static_cast<double>(line.priceValue) *
+                                               std::pow(10, scale - line.priceDigits) * (100 - discount) / 100);
       line.priceDigits = scale;
     }
     std::string taxName = LFKLineTaxName(items, i, context);

@@ -1,7 +1,6 @@
 #include "invoice/shared/itemcollection.h"
 
-#include <cmath>
-
+#include "llib/gen/money.h"
 #include "llib/gen/record.h"
 #include "llib/gen/textnum.h"
 
@@ -111,12 +110,7 @@ void LFKItemCollectionRecord::DeleteItem(int index) {
 }
 
 long long LFKGetItemTotal(const LFKItemCollection& items, int index, bool ignoreDiscount, int scaleDigits) {
-  double x = static_cast<double>(items.GetItemUnitValue(index)) * items.GetItemQty(index);
-  double discount = items.GetItemDiscount(index);
-  if (!ignoreDiscount && index != items.GetFixedPercentageDiscountItem() && discount != 0)
-    x = x * ((100 - discount) / 100);
-  // 10^scale as an integer; a negative scale gives a fraction whose integer part is 0.
-  long long p = static_cast<long long>(std::pow(10.0, scaleDigits));
-  if (p >= 1) x = x / static_cast<double>(p);
-  return static_cast<long long>(std::floor(x + 0.5));
+  bool discounted = !ignoreDiscount && index != items.GetFixedPercentageDiscountItem();
+  return LLineAmount(items.GetItemUnitValue(index), items.GetItemQty(index),
+                     discounted ? items.GetItemDiscount(index) : 0, scaleDigits);
 }

@@ -373,7 +373,7 @@ long long LCustomerItemPrice(LProfile& profile, std::string_view customer, long 
   if (group.empty() || !profile.MainList(kCustomerGroupsList).Open(record, group)) return listPrice;
   double level = record.GetFloat("PriceLevel", 0);
   record.DetachWithoutSave();
-  return std::llround(static_cast<double>(listPrice) * (100 - level) / 100);
+  return LRoundHalfAwayFromZero(static_cast<double>(listPrice) * (100 - level) / 100);
 }
 
 std::string LCustomerSalesPerson(LProfile& profile, std::string_view customer) {

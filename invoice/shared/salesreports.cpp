@@ -1,13 +1,13 @@
 #include "invoice/shared/salesreports.h"
 
 #include <algorithm>
-#include <cmath>
 #include <map>
 
 #include "invoice/shared/customer.h"
 #include "invoice/shared/partyfields.h"
 #include "invoice/shared/profile.h"
 #include "invoice/shared/salesdocument.h"
+#include "llib/gen/money.h"
 
 namespace {
 
@@ -170,7 +170,7 @@ void LReportSalesPerson::GenerateReport(LReportTable& table) {
       double rate = 0;
       if (profile_.MainList(kSalesPersonList).Open(person, row.label)) rate = person.GetFloat("CommissionRate", 0);
       person.DetachWithoutSave();
-      commission = std::llround(static_cast<double>(row.values[kSalesColumn].value_or(0)) * rate / 100);
+      commission = LRoundHalfAwayFromZero(static_cast<double>(row.values[kSalesColumn].value_or(0)) * rate / 100);
       total += commission;
     }
     row.values.push_back(commission);

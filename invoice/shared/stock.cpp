@@ -115,7 +115,7 @@ std::vector<LStockMove> LStockReadMoves(const LRecord& item) {
 
 long long LStockPosition::AverageCost() const {
   if (quantity <= 0) return 0;
-  return std::llround(static_cast<double>(value) / quantity);
+  return LRoundHalfAwayFromZero(static_cast<double>(value) / quantity);
 }
 
 bool LParseQuantity(std::string_view text, double& quantity) {
@@ -127,7 +127,7 @@ bool LParseQuantity(std::string_view text, double& quantity) {
 }
 
 long long LStockMoveValue(double quantity, long long unitCost) {
-  return std::llround(quantity * static_cast<double>(unitCost));
+  return LRoundHalfAwayFromZero(quantity * static_cast<double>(unitCost));
 }
 
 namespace {

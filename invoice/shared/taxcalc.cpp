@@ -1,14 +1,11 @@
 #include "invoice/shared/taxcalc.h"
 
-#include <cmath>
-
 #include "invoice/shared/taxoptions.h"
+#include "llib/gen/money.h"
 
 namespace {
 
-long long RoundHalfUp(double x) { return static_cast<long long>(std::floor(x + 0.5)); }
-
-long long PercentOf(double rate, double amount) { return rate > 0 ? RoundHalfUp(rate * amount * 0.01) : 0; }
+long long PercentOf(double rate, double amount) { return rate > 0 ? LRoundHalfUp(rate * amount * 0.01) : 0; }
 
 }  // namespace
 

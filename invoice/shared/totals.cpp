@@ -12,11 +12,11 @@
 #include "invoice/shared/taxcalc.h"
 #include "invoice/shared/taxoptions.h"
 #include "invoice/shared/vatfigures.h"
+#include "llib/gen/money.h"
 
 namespace {
 
 long long Truncate(double x) { return static_cast<long long>(std::trunc(x)); }
-long long RoundHalfUp(double x) { return static_cast<long long>(std::floor(x + 0.5)); }
 
 // Adds name to the table unless it is there already, empty, "Aucun" or unknown.
 void AddTaxName(LFKTaxTable& table, const std::string& name, const std::optional<LFKTaxRate>& documentRate,
@@ -252,7 +252,7 @@ long long LApplyTaxes(const LFKTaxTable& table, bool inclusive, bool combinedPas
     if (entry.rate.rate2 > 0) {
       tax = LFKTaxOnAmount(rate, entry.rate.rate2, entry.base, inclusive, entry.rate.compound);
     } else if (rate > 0) {
-      tax = inclusive ? RoundHalfUp(base / (100 / rate + 1)) : RoundHalfUp(rate * base * 0.01);
+      tax = inclusive ? LRoundHalfUp(base / (100 / rate + 1)) : LRoundHalfUp(rate * base * 0.01);
     }
     amounts[name] += tax;
     sum += tax;

@@ -1,8 +1,7 @@
 #include "invoice/shared/vatreturnreport.h"
 
-#include <cmath>
-
 #include "invoice/shared/mtdvat.h"
+#include "llib/gen/money.h"
 #include "llib/gen/reporttable.h"
 
 void FKReportVatReturn(const FKVatReturns& r, LReportTable& table) {
@@ -10,7 +9,7 @@ void FKReportVatReturn(const FKVatReturns& r, LReportTable& table) {
   table.subtitle = "Period " + r.periodKey;
   table.columns = {"Amount"};
   table.rows.clear();
-  auto pence = [](double pounds) { return std::llround(pounds * 100); };
+  auto pence = [](double pounds) { return LRoundHalfAwayFromZero(pounds * 100); };
   const std::pair<const char*, long long> boxes[] = {
       {"Box 1 VAT due on sales", pence(r.vatDueSales)},
       {"Box 2 VAT due on acquisitions", pence(r.vatDueAcquisitions)},

@@ -5,7 +5,7 @@
 // pages are added; an administrator's tab only to administrators. The bar orders tabs by rank:
 // home 10, customers 20, quotes 30, orders 40, invoices 50, credit notes 60, payments 70,
 // suppliers 80, purchase orders 90, bills 100, bill payments 110, items 120, accounts 130,
-// journal 140, reports 150, users 160, FEC 165, businesses 170.
+// journal 140, reports 150, users 160, FEC 165, businesses 170, settings 180.
 //
 //     class LWebItemsPage : public LWebPageMainEx {   // tab "itemlist" marked
 //       LWebItemsPage(LWebletForm& form) : LWebPageMainEx(form, "itemlist", "Articles") {}

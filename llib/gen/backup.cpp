@@ -79,6 +79,10 @@ bool LBackupIsUsable(const std::string& folder) {
   return ::stat(LFile::MakeFilePath(folder, "Misc/Options.dat").c_str(), &st) == 0 && S_ISREG(st.st_mode);
 }
 
+bool LBackupIsUsableFor(const std::string& folder, const std::string& dataRoot) {
+  return LBackupIsUsable(folder) && !LPathIsInside(folder, dataRoot);
+}
+
 bool LPathIsInside(const std::string& path, const std::string& folder) {
   std::string inner = Resolved(path);
   std::string outer = Resolved(folder);

@@ -66,6 +66,10 @@ std::string LBackupFolderName(std::time_t when);
 // A usable backup: folder holds "Misc/Options.dat".
 bool LBackupIsUsable(const std::string& folder);
 
+// A folder a restore of dataRoot can use: a usable backup that does not lie inside dataRoot,
+// which the restore replaces.
+bool LBackupIsUsableFor(const std::string& folder, const std::string& dataRoot);
+
 // true when path is folder itself or lies inside it (paths compared after resolving links).
 bool LPathIsInside(const std::string& path, const std::string& folder);
 

@@ -1,6 +1,7 @@
 #include "llib/gen/money.h"
 
 #include <climits>
+#include <cmath>
 
 namespace {
 
@@ -84,4 +85,16 @@ std::string LFormatMoney(long long amount, const LCurrencyFormat& format, bool p
   }
   if (amount >= 0) return text;
   return parenthesesForNegative ? "(" + text + ")" : "-" + text;
+}
+
+long long LRoundHalfUp(double x) { return static_cast<long long>(std::floor(x + 0.5)); }
+
+long long LRoundHalfAwayFromZero(double x) { return std::llround(x); }
+
+long long LLineAmount(long long unitValue, double quantity, double discountPercent, int scaleDigits) {
+  double x = static_cast<double>(unitValue) * quantity;
+  if (discountPercent != 0) x = x * ((100 - discountPercent) / 100);
+  // 10^scale as an integer: one division, as stored documents were computed.
+  if (scaleDigits > 0) x = x / static_cast<double>(static_cast<long long>(std::pow(10.0, scaleDigits)));
+  return LRoundHalfUp(x);
 }

@@ -56,15 +56,15 @@ const std::string* TextCell(const LReportRow& row, std::size_t column) {
   return !hasAmount && column < row.texts.size() ? &row.texts[column] : nullptr;
 }
 
-std::string Cell(const LReportRow& row, std::size_t column, const LReportStyle& style) {
+std::string IndentedLabel(const LReportRow& row) { return std::string(static_cast<std::size_t>(row.indent) * 2, ' ') + row.label; }
+
+}  // namespace
+
+std::string LReportCellText(const LReportRow& row, std::size_t column, const LReportStyle& style) {
   if (const std::string* text = TextCell(row, column)) return *text;
   if (column >= row.values.size() || !row.values[column]) return {};
   return LFormatMoney(*row.values[column], style.currency, style.parenthesesForNegative);
 }
-
-std::string IndentedLabel(const LReportRow& row) { return std::string(static_cast<std::size_t>(row.indent) * 2, ' ') + row.label; }
-
-}  // namespace
 
 std::string LReportWriteText(const LReportTable& table, const LReportStyle& style) {
   std::size_t labelWidth = 0;
@@ -74,7 +74,7 @@ std::string LReportWriteText(const LReportTable& table, const LReportStyle& styl
   for (const auto& row : table.rows) {
     labelWidth = std::max(labelWidth, DisplayWidth(IndentedLabel(row)));
     detailWidth = std::max(detailWidth, DisplayWidth(row.detail));
-    for (std::size_t c = 0; c < widths.size(); ++c) widths[c] = std::max(widths[c], DisplayWidth(Cell(row, c, style)));
+    for (std::size_t c = 0; c < widths.size(); ++c) widths[c] = std::max(widths[c], DisplayWidth(LReportCellText(row, c, style)));
   }
   std::string out = table.title + "\n";
   if (!table.subtitle.empty()) out += table.subtitle + "\n";
@@ -88,7 +88,7 @@ std::string LReportWriteText(const LReportTable& table, const LReportStyle& styl
     std::string line = PadRight(IndentedLabel(row), labelWidth);
     if (detailWidth > 0) line += "  " + PadRight(row.detail, detailWidth);
     if (row.kind != LReportRowKind::kHeading)
-      for (std::size_t c = 0; c < widths.size(); ++c) line += "  " + PadLeft(Cell(row, c, style), widths[c]);
+      for (std::size_t c = 0; c < widths.size(); ++c) line += "  " + PadLeft(LReportCellText(row, c, style), widths[c]);
     while (!line.empty() && line.back() == ' ') line.pop_back();
     if (row.kind == LReportRowKind::kTotal || row.kind == LReportRowKind::kResult) {
       std::size_t ruleWidth = labelWidth + (detailWidth > 0 ? detailWidth + 2 : 0);
@@ -182,7 +182,7 @@ std::string LReportWriteHtml(const LReportTable& table, const LReportStyle& styl
            std::to_string(row.indent) + "\">" + LHtmlEscape(row.label) + "</td>";
     if (details) out += "<td class=\"detail\">" + LHtmlEscape(row.detail) + "</td>";
     for (std::size_t c = 0; c < table.columns.size(); ++c) {
-      std::string cell = row.kind == LReportRowKind::kHeading ? std::string() : Cell(row, c, style);
+      std::string cell = row.kind == LReportRowKind::kHeading ? std::string() : LReportCellText(row, c, style);
       // The amount in cents rides along, so that a page's script (and a reader of the page)
       // need not parse the formatted text back.
       bool amount = row.kind != LReportRowKind::kHeading && c < row.values.size() && row.values[c];

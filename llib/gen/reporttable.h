@@ -46,6 +46,10 @@ struct LReportStyle {
 
 std::string_view LReportRowKindName(LReportRowKind kind);  // "heading", "account", "total", "result"
 
+// What one cell of an amount column shows: the row's text cell where it has no amount, else the
+// amount in the style's format; empty when neither.
+std::string LReportCellText(const LReportRow& row, std::size_t column, const LReportStyle& style);
+
 // Aligned text for a terminal: title, subtitle, column headings, one line a row.
 std::string LReportWriteText(const LReportTable& table, const LReportStyle& style);
 // CSV: a heading row ("", columns...), then label and plain amounts ("1234.56") per row; with

@@ -90,3 +90,27 @@ std::string LWindows1252ToUtf8(std::string_view bytes) {
   for (char byte : bytes) AppendWindows1252(static_cast<unsigned char>(byte), out);
   return out;
 }
+
+std::string LUtf8ToUpper(std::string_view text) {
+  std::string out;
+  out.reserve(text.size());
+  while (!text.empty()) {
+    std::size_t length = LUtf8CharLength(text);
+    if (length != 2) {  // ASCII (or a byte that is not UTF-8), or beyond the letters handled
+      std::size_t take = length == 0 ? 1 : length;
+      for (std::size_t i = 0; i < take; ++i) {
+        char c = text[i];
+        out += (c >= 'a' && c <= 'z') ? static_cast<char>(c - 'a' + 'A') : c;
+      }
+      text.remove_prefix(take);
+      continue;
+    }
+    char32_t code = (static_cast<char32_t>(text[0] & 0x1F) << 6) | static_cast<char32_t>(text[1] & 0x3F);
+    if (code >= 0xE0 && code <= 0xFE && code != 0xF7) code -= 0x20;  // à..þ but ÷
+    else if (code == 0xFF) code = 0x178;                               // ÿ
+    else if (code == 0x153) code = 0x152;                              // œ
+    LAppendUtf8(code, out);
+    text.remove_prefix(2);
+  }
+  return out;
+}

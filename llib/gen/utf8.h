@@ -21,3 +21,7 @@ bool LIsValidUtf8(std::string_view text);
 std::string LTextAsUtf8(std::string_view text);
 // Every byte of bytes read as Windows-1252, valid UTF-8 or not: for a file known to be written so.
 std::string LWindows1252ToUtf8(std::string_view bytes);
+// text in capitals, as printed titles show it: ASCII letters, the accented letters of Latin-1
+// ("é" -> "É", "ç" -> "Ç") and "œ", "ÿ"; every other character, and bytes that are not UTF-8,
+// are kept as they are.
+std::string LUtf8ToUpper(std::string_view text);

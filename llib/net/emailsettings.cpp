@@ -4,6 +4,8 @@
 
 #include "llib/gen/usersettings.h"
 #include "llib/net/email.h"
+#include "llib/net/emailaddress.h"
+#include "llib/net/ipaddress.h"
 
 namespace {
 
@@ -71,4 +73,25 @@ void LEmailSettingsFillRequest(const LEmailSettings& settings, EmailSMTPSendProc
   request.useEncryption = settings.useEncryption;
   request.verifyCertificate = settings.verifyCertificate;
   request.caFile = settings.caFile;
+}
+
+std::string LEmailSettingsCheck(const LEmailSettings& settings) {
+  LIPAddressWithPort parsed;
+  if (!settings.server.empty() && !LIPAddressWithPort::Parse(settings.server, 587, parsed))
+    return "Serveur de messagerie non valide : " + settings.server;
+  for (const std::string* address : {&settings.sender, &settings.replyTo})
+    if (!address->empty() && !LEmail::ValidateAddressSingle(*address)) return "Adresse de courriel non valide : " + *address;
+  return {};
+}
+
+bool LEmailSendTestMessage(const LEmailSettings& settings, const std::string& to, std::string& error) {
+  EmailSMTPSendProcess request;
+  LEmailSettingsFillRequest(settings, request);
+  request.recipients = to;
+  request.subject = "Message d'essai de Kontavo";
+  request.text = "Ce message d'essai confirme que Kontavo peut envoyer du courrier électronique avec ces réglages.\r\n";
+  LProcessInterfaceRecorder process;
+  if (Process(process, request) == kProcessFinished) return true;
+  error = process.GetError();
+  return false;
 }

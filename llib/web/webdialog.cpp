@@ -32,7 +32,7 @@ void LWebDialog::Run() {
 
 void LWebDialog::RunUpload() {
   if (!Authenticate()) return;
-  LWebletUploadResult result = LWebletReadUpload(form_, uploadedFiles_);
+  LWebletUploadResult result = LWebletReadUpload(form_, uploadedFiles_, uploadLimit_);
   if (result == LWebletUploadResult::kOk) {
     Answer();
     return;
@@ -40,7 +40,7 @@ void LWebDialog::RunUpload() {
   WLWriteScriptAnswerHeader(form_);
   inSubmit_ = true;
   PopupBoxError(result == LWebletUploadResult::kTooLong
-                    ? LWebFormat("Le fichier est trop volumineux : %zu octets au plus.", kWebletMaxUploadBytes)
+                    ? LWebFormat("Le fichier est trop volumineux : %zu octets au plus.", uploadLimit_)
                     : std::string("Le fichier n'a pas pu être reçu."));
   inSubmit_ = false;
 }
@@ -55,6 +55,11 @@ void LWebDialog::Answer() {
     return;
   }
   WLWriteScriptAnswerHeader(form_);
+  AnswerPress(pressed);
+  form_.SendHeldHead();  // an answer without script still gets its head at once
+}
+
+void LWebDialog::AnswerPress(const std::string& pressed) {
   if (pressed == okText_) {
     RunOkThenGo(TargetParam("onok", okPage_));
     return;

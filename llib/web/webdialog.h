@@ -92,6 +92,8 @@ class LWebDialog : public LWebPage {
   // The form posts a file upload into a hidden frame instead of AJAX; the route then needs the
   // raw-POST adaptor WLWebUploadDialogRun beside WLWebDialogRun.
   void SetUpload(bool upload) { upload_ = upload; }
+  // The largest upload RunUpload reads (kWebletMaxUploadBytes unless set).
+  void SetUploadLimit(std::size_t bytes) { uploadLimit_ = bytes; }
   // The files of the upload being answered (RunUpload).
   const LWebletUpload& Upload() const { return uploadedFiles_; }
   void SetControlTableWidth(std::string_view width) { controlTableWidth_.assign(width); }
@@ -189,6 +191,8 @@ class LWebDialog : public LWebPage {
  private:
   // The round trip after Authenticate.
   void Answer();
+  // The script answer to the button whose text is pressed.
+  void AnswerPress(const std::string& pressed);
   void RunOkThenGo(std::string_view target);
   std::string RefererTarget() const;
   std::string TargetParam(std::string_view name, std::string_view configured) const;
@@ -213,6 +217,7 @@ class LWebDialog : public LWebPage {
   std::string controlTableWidth_ = "100%";
   std::string enableScript_;              // statements of enablectls()
   bool upload_ = false;                   // the form uploads a file
+  std::size_t uploadLimit_ = kWebletMaxUploadBytes;  // bytes RunUpload reads at most
   LWebletUpload uploadedFiles_;           // files of the upload being answered
   bool inRow_ = false;                    // a row was started by StartRow
   bool answerWritten_ = false;            // a handler wrote its own answer

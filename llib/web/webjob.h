@@ -9,12 +9,24 @@
 //
 // A job belongs to its owner (the session's user): no one else may poll it. A finished job is
 // forgotten once its answer was read, or ten minutes after it finished.
+//
+// An exclusive job (a restore, which replaces the files every other page reads, the web
+// accounts included) makes the server refuse every route but the few it names until it ends:
+// those requests get "503 Service Unavailable" with a French page that says why. Only one
+// exclusive job runs at a time. Its page polls through the route "jobprogress", which reads
+// the session but no record of the businesses.
 #pragma once
 
 #include <functional>
 #include <string>
+#include <string_view>
+#include <vector>
 
 class LProcessInterface;
+class LWebletForm;
+
+inline constexpr std::string_view kWebJobBusyMessage =
+    "Une restauration des données est en cours. Veuillez patienter quelques instants puis recharger la page.";
 
 // What a job leaves for its page once finished: script the browser runs.
 struct LWebJobAnswer {
@@ -40,3 +52,18 @@ bool LWebJobPoll(const std::string& id, const std::string& owner, LWebJobState& 
 // in the element progressId (PollJob of ajax.js).
 std::string LWebJobPollScript(const std::string& route, int controlId, const std::string& id,
                               const std::string& progressId);
+
+// LWebJobStart for an exclusive job: while it runs only allowedRoutes are served. "" (nothing
+// started) when another exclusive job runs.
+std::string LWebJobStartExclusive(const std::string& owner, LWebJobFunction run, std::vector<std::string> allowedRoutes);
+// true while an exclusive job runs and route is not one it allows.
+bool LWebJobRefusesRoute(std::string_view route);
+// Waits until no job runs (the service's stop); false when maxMs passed first.
+bool LWebJobWaitAll(unsigned maxMs);
+
+// The owner of the jobs a page of this session starts: its user, or the desk.
+std::string WLJobOwner(LWebletForm& form);
+// Route "jobprogress?id=ID": for the session that owns the job, script for the page,
+// "ShowJobState(progress, 'status', finished);" then, once finished, the job's answer script;
+// "ShowJobState(0, '', true);" for a job that is not the session's (or no more known).
+void WLJobProgress(LWebletForm& form);

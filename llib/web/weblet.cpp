@@ -7,6 +7,7 @@
 
 #include <cerrno>
 #include <cstring>
+#include <thread>
 
 #include "llib/gen/file.h"
 #include "llib/gen/log.h"
@@ -15,6 +16,7 @@
 #include "llib/gen/usersettings.h"
 #include "llib/web/webletconnection.h"
 #include "llib/web/webletsocket.h"
+#include "llib/web/weblettls.h"
 
 namespace {
 
@@ -43,6 +45,13 @@ int LWebletServer::GetWebletServerPublicPort() {
   return port == 0 ? GetWebletServerPort() : port;
 }
 
+bool LWebletServer::ParseWebletServerPort(std::string_view text, int& port) {
+  int value = LTextToInt(text);
+  if (value <= 0 || value > 65535 || std::to_string(value) != text) return false;
+  port = value;
+  return true;
+}
+
 bool LWebletServer::SetWebletServerPort(int port) {
   if ((port == 0 ? kWebletDefaultPort : port) == GetWebletServerPort()) return false;
   LUserSettingSetString(kGroup, "Port", std::to_string(port));
@@ -52,6 +61,15 @@ bool LWebletServer::SetWebletServerPort(int port) {
 bool LWebletServer::EnableWebletServer(bool on) {
   LUserSettingSetString(kGroup, "Enabled", on ? "1" : "0");
   return LServiceEngineSendControl(kServiceControlRestart);
+}
+
+void LWebletServer::SetWebletServerSettingsSoon(bool enabled, int port) {
+  LUserSettingSetString(kGroup, "Enabled", enabled ? "1" : "0");
+  LUserSettingSetString(kGroup, "Port", std::to_string(port));
+  std::thread([] {
+    LSleepMs(kWebletRestartSoonMs);
+    LServiceEngineSendControl(kServiceControlRestart);
+  }).detach();
 }
 
 void LWebletServer::EnablePublicWebletServer(bool on) {
@@ -66,7 +84,16 @@ LWebletServer::~LWebletServer() {
 
 void LWebletServer::StartServer(int port) {
   if (listener_) listener_->Stop();
-  listener_ = std::make_unique<LWebletServerListener>(port);
+  std::shared_ptr<const LTlsServerContext> tls;
+  if (LWebletIsSecure()) {
+    std::string error;
+    tls = LWebletLoadTls(error);
+    // Plain text to the network would send passwords in clear: without its certificate the
+    // server answers only this machine, which refuses no one who could use it safely.
+    if (tls == nullptr) LLogError("%s", error.c_str());
+  }
+  secure_ = tls != nullptr;
+  listener_ = std::make_unique<LWebletServerListener>(port, std::move(tls));
   listener_->Start();
 }
 
@@ -80,16 +107,17 @@ void LWebletServer::UpdateServerUnsecure() {
 
 void LWebletServer::StopServer() {
   if (!listener_) return;
-  LLogInfo("Arrêt du serveur Web (Non sécurisé)");
+  LLogInfo("Arrêt du serveur Web (%s)", secure_ ? "Sécurisé" : "Non sécurisé");
   listener_->Stop();
   listener_.reset();
 }
 
 // ---- The listener --------------------------------------------------------------------------------
 
-LWebletServerListener::LWebletServerListener(int port)
+LWebletServerListener::LWebletServerListener(int port, std::shared_ptr<const LTlsServerContext> tls)
     : port_(port),
-      registry_(std::make_shared<LWebletConnectionRegistry>(LFile::GetUserDataFolderAppSubFolder("Web"))) {}
+      registry_(std::make_shared<LWebletConnectionRegistry>(LFile::GetUserDataFolderAppSubFolder("Web"),
+                                                            std::move(tls))) {}
 
 LWebletServerListener::~LWebletServerListener() { Stop(); }
 

@@ -14,18 +14,23 @@
 
 #include <atomic>
 #include <memory>
+#include <string_view>
 
 #include "llib/gen/thread.h"
 
 class LWebletConnectionRegistry;
+class LTlsServerContext;
 
 inline constexpr int kWebletDefaultPort = 1098;
+inline constexpr std::string_view kWebletBadPortMessage = "Numéro de port non valide.";
 inline constexpr unsigned kWebletBindRetryMs = 5000;
 inline constexpr unsigned kWebletStopConnectionsMs = 15000;
+inline constexpr unsigned kWebletRestartSoonMs = 300;  // the page's answer leaves meanwhile
 
 class LWebletServerListener : public LThread {
  public:
-  explicit LWebletServerListener(int port);
+  // tls: the HTTPS certificate (llib/web/weblettls.h); null: plain HTTP only.
+  LWebletServerListener(int port, std::shared_ptr<const LTlsServerContext> tls);
   ~LWebletServerListener() override;
 
   // Stops accepting, then stops every connection of this listener and waits for them.
@@ -56,12 +61,19 @@ class LWebletServer {
   // "PublicPort"; "Port" when 0 or missing.
   static int GetWebletServerPublicPort();
   static bool IsAutoRouting();
+  // A port as it may be stored: decimal 1 to 65535, no sign, no leading zero. false (port
+  // unchanged) otherwise; the user is then told kWebletBadPortMessage.
+  static bool ParseWebletServerPort(std::string_view text, int& port);
   // Stores the port as "%d" when it differs from the current one and tells a running service to
   // restart. Returns true when a running service took the restart.
   static bool SetWebletServerPort(int port);
   // Store "1" or "0" and tell a running service to restart. true as above.
   static bool EnableWebletServer(bool on);
   static void EnablePublicWebletServer(bool on);
+  // For a page served by the server itself: stores "Enabled" and "Port" as the two above do,
+  // then tells a running service to restart a moment later from a thread of its own, once the
+  // page has answered (the restart stops every connection, the asking one with them).
+  static void SetWebletServerSettingsSoon(bool enabled, int port);
 
   // ---- The server of this process ------------------------------------------------------------
   LWebletServer() = default;
@@ -69,15 +81,19 @@ class LWebletServer {
   LWebletServer(const LWebletServer&) = delete;
   LWebletServer& operator=(const LWebletServer&) = delete;
 
-  // Stops a listener that is still running (and waits for it), then listens on port.
+  // Stops a listener that is still running (and waits for it), then listens on port: with HTTPS
+  // when "Secure" is on and its certificate loads (a certificate that cannot be used is logged
+  // and the server then serves the loopback only, in plain text).
   void StartServer(int port);
   // Restarts the listener on the configured port with the log line "Démarrage du serveur Web
   // (Non sécurisé)" or "Redémarrage du serveur Web (Non sécurisé)", or stops it when the server
   // is disabled.
   void UpdateServerUnsecure();
-  // Stops the listener and all its connections; logs "Arrêt du serveur Web (Non sécurisé)" when
-  // one was running.
+  // Stops the listener and all its connections; logs "Arrêt du serveur Web (Non sécurisé)" (or
+  // "(Sécurisé)" for HTTPS) when one was running.
   void StopServer();
+  // The running listener speaks HTTPS.
+  bool IsSecure() const { return secure_; }
   bool IsRunning() const { return listener_ != nullptr; }
   bool IsListening() const { return listener_ != nullptr && listener_->IsListening(); }
   // Another program holds the port; the listener keeps trying.
@@ -85,4 +101,5 @@ class LWebletServer {
 
  private:
   std::unique_ptr<LWebletServerListener> listener_;  // null while stopped
+  bool secure_ = false;                              // the listener has a certificate
 };

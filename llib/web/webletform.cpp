@@ -8,7 +8,17 @@
 
 LWebletForm::LWebletForm(LWebletSocket* socket) : socket_(socket) {}
 
-LWebletForm::~LWebletForm() { session.FlushSession(); }
+LWebletForm::~LWebletForm() {
+  SendHeldHead();
+  session.FlushSession();
+}
+
+bool LWebletForm::AddHeaderLine(std::string_view line) {
+  if (heldHead_.size() < 2) return false;
+  // Before the empty line that ends the head.
+  heldHead_.insert(heldHead_.size() - 2, std::string(line) + "\r\n");
+  return true;
+}
 
 std::string LWebletForm::ClientAddressText() const {
   return std::to_string(clientAddress[0]) + "." + std::to_string(clientAddress[1]) + "." +
@@ -27,6 +37,12 @@ std::string LWebletForm::GetParam(std::string_view name, std::string_view def) c
 
 bool LWebletForm::Write(std::string_view data, unsigned timeoutMs) {
   if (writeFailed_) return false;
+  if (!heldHead_.empty()) {
+    std::string head = std::move(heldHead_);
+    heldHead_.clear();
+    head.append(data);
+    return Write(head, timeoutMs);
+  }
   if (socket_ == nullptr) {
     captured_.append(data);
     return true;

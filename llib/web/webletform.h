@@ -2,9 +2,12 @@
 // connection thread fills it (kind, parameters from the query and the body, headers, cookies,
 // the session named by the "kontavo_sess" cookie, the client's address, the script name) and
 // hands it to the route's handler, which writes its answer through it straight to the client:
-// nothing is buffered, so the status line and headers go first.
+// nothing is buffered, so the status line and headers go first. One exception: a head given to
+// HoldHeader waits for the first piece of the body, so that the handler can still add header
+// lines (the session cookie of a logon) after the head was chosen.
 //
-// Destroying the form writes back a session that the request changed.
+// Destroying the form sends a head still held and writes back a session that the request
+// changed.
 #pragma once
 
 #include <string>
@@ -53,6 +56,16 @@ class LWebletForm {
   // returns false: the connection is closed when the handler returns.
   bool Write(std::string_view data, unsigned timeoutMs = kWebSendContentMs);
   bool WriteHeader(std::string_view data) { return Write(data, kWebSendHeaderMs); }
+  // Keeps head (status line and header lines, ending in the empty line) until the next Write or
+  // the form's end.
+  void HoldHeader(std::string_view head) { heldHead_ = head; }
+  // Adds one header line (without its line end) to the held head. false when no head is held:
+  // the head has gone and the line cannot follow it.
+  bool AddHeaderLine(std::string_view line);
+  // Sends a held head now; false when sending failed.
+  bool SendHeldHead() { return Write({}); }
+  // true when the client reached the server over TLS (set by the connection).
+  bool isSecure = false;
   // Formatted page content, with the writer's %H and %U (llib/web/webformat.h).
   void wfprintf(const char* format, ...);
   void wfprintfutf8(const char* format, ...);
@@ -64,6 +77,7 @@ class LWebletForm {
   LWebletSocket* socket_;     // the client connection, not owned; null: capture
   std::string captured_;      // what a form without socket was given
   bool writeFailed_ = false;  // a write failed or timed out
+  std::string heldHead_;      // see HoldHeader; empty when none
 };
 
 // Writes "HTTP/1.1 302 Found" with location (line ends removed) and marks the response sent.

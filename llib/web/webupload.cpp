@@ -6,6 +6,7 @@
 #include <map>
 #include <mutex>
 
+#include "llib/gen/file.h"
 #include "llib/gen/hashtable.h"
 #include "llib/gen/textnum.h"
 #include "llib/web/webformat.h"
@@ -63,6 +64,7 @@ bool IsMultipartFormData(std::string_view contentType) {
 struct PartHeaders {
   std::string name;
   std::string fileName;
+  std::string path;  // fileName with its folders
   bool hasFile = false;
   std::string contentType;
 };
@@ -87,7 +89,10 @@ PartHeaders ReadPartHeaders(std::string_view block) {
     }
     start = end + 2;
   }
-  // Some browsers send the whole path of the file: keep its base name.
+  // Some browsers send the whole path of the file: keep its base name, and the whole for folder
+  // uploads.
+  part.path = part.fileName;
+  std::replace(part.path.begin(), part.path.end(), '\\', '/');
   std::size_t slash = part.fileName.find_last_of("/\\");
   if (slash != std::string::npos) part.fileName.erase(0, slash + 1);
   if (part.contentType.empty()) part.contentType = "application/octet-stream";
@@ -162,7 +167,7 @@ bool LWebletParseMultipart(std::string_view contentType, std::string_view body, 
     // A file field with no file chosen comes with an empty file name: nothing was sent.
     if (!part.hasFile) parameters.SetString(part.name, data);
     else if (!part.fileName.empty())
-      files.push_back({part.name, part.fileName, part.contentType, std::string(data)});
+      files.push_back({part.name, part.fileName, part.path, part.contentType, std::string(data)});
     pos = dataEnd + partEnd.size();
   }
 }
@@ -230,4 +235,40 @@ void WLUploadProgress(LWebletForm& form) {
   WLWriteScriptAnswerHeader(form);
   form.Write(LWebFormat("ShowUploadProgress(%zu, %zu, %d);\n", progress.received, progress.total,
                         progress.finished ? 1 : 0));
+}
+
+// ---- Folder uploads ------------------------------------------------------------------------------
+
+bool LWebletUploadedRelativePath(std::string_view path, std::string& relative) {
+  if (path.empty() || path.front() == '/' || path.find('\0') != std::string_view::npos) return false;
+  std::size_t first = path.find('/');
+  if (first == std::string_view::npos) return false;  // a file without its folder
+  std::string_view rest = path.substr(first + 1);
+  for (std::size_t start = 0;;) {
+    std::size_t end = rest.find('/', start);
+    std::string_view part = rest.substr(start, end == std::string_view::npos ? std::string_view::npos : end - start);
+    if (part.empty() || part == "." || part == "..") return false;
+    if (end == std::string_view::npos) break;
+    start = end + 1;
+  }
+  relative.assign(rest);
+  return true;
+}
+
+int LWebletWriteUploadedFolder(const LWebletUpload& upload, std::string_view fieldName, const std::string& target) {
+  std::vector<std::pair<std::string, const LWebletUploadedFile*>> files;
+  for (const LWebletUploadedFile& file : upload.files) {
+    if (file.fieldName != fieldName) continue;
+    std::string relative;
+    if (!LWebletUploadedRelativePath(file.path, relative)) return -1;
+    files.emplace_back(relative, &file);
+  }
+  for (const auto& [relative, file] : files) {
+    std::string path = target + "/" + relative;
+    for (std::size_t slash = path.find('/', target.size() + 1); slash != std::string::npos;
+         slash = path.find('/', slash + 1))
+      if (!LFile::IsFolder(path.substr(0, slash)) && !LFile::MakeFolder(path.substr(0, slash))) return -1;
+    if (!LFile::WriteAllAtomic(path, file->data)) return -1;
+  }
+  return static_cast<int>(files.size());
 }

@@ -28,6 +28,9 @@ inline constexpr std::size_t kWebletUploadPieceBytes = 65536;
 struct LWebletUploadedFile {
   std::string fieldName;    // the form field's name
   std::string fileName;     // as the browser gave it (the base name, without folders)
+  std::string path;         // the name with its folders, "/" between them, as a folder upload
+                            // sends it ("Sauvegarde/Misc/Options.dat"); outside input: check
+                            // every part before using it as a path
   std::string contentType;  // "application/octet-stream" when the browser gave none
   std::string data;         // the bytes of the file
 };
@@ -51,6 +54,17 @@ enum class LWebletUploadResult {
 // On kOk the fields are in form.parameters and the files in upload.
 LWebletUploadResult LWebletReadUpload(LWebletForm& form, LWebletUpload& upload,
                                       std::size_t maxBytes = kWebletMaxUploadBytes);
+
+// Writes the files of a folder upload (the field fieldName of a form with an input
+// "webkitdirectory") under target, which must exist: each file at its path less the chosen
+// folder's own name ("Sauvegarde/Misc/Options.dat" -> target/Misc/Options.dat), folders made
+// as needed. A path with an empty, "." or ".." part, a NUL or a leading "/" is refused whole
+// before anything is written. Returns the number of files written; -1 on a refused path or a
+// failed write (what was written stays: the caller removes target).
+int LWebletWriteUploadedFolder(const LWebletUpload& upload, std::string_view fieldName, const std::string& target);
+// The path under the chosen folder of a folder upload's file path ("Sauvegarde/Misc/Options.dat"
+// -> "Misc/Options.dat"); false for the paths LWebletWriteUploadedFolder refuses.
+bool LWebletUploadedRelativePath(std::string_view path, std::string& relative);
 
 // Splits a multipart/form-data body: fields without a file name go into parameters (name to
 // text), the others into files. false when contentType names no boundary or the body does not

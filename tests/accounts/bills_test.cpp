@@ -1,7 +1,7 @@
 // Saving bills and bill payments: a bill saved again under its reference replaces its posting,
 // and a ledger that refuses the new posting leaves the books as they were (the old posting back
 // in place, no new payment record). The day file of the refused date is made a folder, which no
-// process can append to, root included.
+// process can append to, root included. And a bill line's amount is worked as a document line's.
 #include <gtest/gtest.h>
 
 #include <filesystem>
@@ -86,7 +86,7 @@ TEST_F(BillSaveTest, ARefusedRepostPutsTheOldPostingBack) {
 }
 
 TEST_F(BillSaveTest, ARefusedPaymentLeavesNoRecord) {
-  LBillPaymentRequest request{"Martin", 1200, "2026-03-09", "", "", ""};
+  LBillPaymentRequest request{"Martin", 1200, "2026-03-09", "", "", "", {}, false};
   BlockDay("2026-03-09");
   std::string reference, error;
   EXPECT_FALSE(LBillPaymentCreate(Profile(), request, reference, error));
@@ -101,3 +101,24 @@ TEST_F(BillSaveTest, ARefusedPaymentLeavesNoRecord) {
 }
 
 }  // namespace
+
+// A bill's line is worked as a document's line (floor(x + 0.5), extra unit decimals divided once):
+// 3.33 × 1.5 = 4.995 -> 5.00; -3.33 × 1.5 = -4.995 -> -4.99 (negative halves toward zero, as
+// documents); 1.999 at three decimals × 3 = 5.997 -> 6.00.
+TEST_F(BillSaveTest, LineAmountsRoundAsDocumentLines) {
+  struct Case {
+    long long unit;
+    const char* qty;
+    int digits;
+    long long amount;
+  };
+  LBill bill;
+  const Case cases[] = {{333, "1.5", -1, 500}, {-333, "1.5", -1, -499}, {1999, "3", 3, 600}, {1999, "", 3, 200}};
+  for (int line = 1; line <= 4; ++line) {
+    const Case& c = cases[line - 1];
+    bill.SetInt64("Item" + std::to_string(line) + "UnitValue", c.unit);
+    if (*c.qty != '\0') bill.SetString("Item" + std::to_string(line) + "Qty", c.qty);
+    bill.SetInt("Item" + std::to_string(line) + "UnitValueDigits", c.digits);
+    EXPECT_EQ(bill.GetItemAmount(Profile(), line), c.amount) << line;
+  }
+}

@@ -121,7 +121,7 @@ TEST_F(ReportCliTest, WrongUsageExitsTwo) {
   EXPECT_EQ(LRunKontavo({"report"}).exitCode, 2);
   EXPECT_EQ(LRunKontavo({"report", "nothing"}).exitCode, 2);
   EXPECT_EQ(LRunKontavo({"report", "pl", "--from", "2024-02-30"}).exitCode, 2);
-  EXPECT_EQ(LRunKontavo({"report", "pl", "--format", "pdf"}).exitCode, 2);
+  EXPECT_EQ(LRunKontavo({"report", "pl", "--format", "odt"}).exitCode, 2);
   EXPECT_EQ(LRunKontavo({"report", "pl", "--bogus"}).exitCode, 2);
 }
 

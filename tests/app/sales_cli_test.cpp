@@ -90,6 +90,24 @@ TEST_F(SalesCli, DocumentFromJsonFileWithStoredValues) {
   EXPECT_EQ(Balance("C1"), 0);  // quotes leave the balance alone
 }
 
+
+// A DOC.json naming its fixed-percentage discount line beside "Lines" used to lose the mark: the
+// lines were replaced after the fields, and replacing them took the mark away.
+TEST_F(SalesCli, JsonFileKeepsItsFixedPercentageDiscountLine) {
+  std::string path = home_.Path() + "/discount.json";
+  LWriteFile(path, R"({"Customer":"C1","Date":"2024-06-30","FixedPercentageDiscountItem":2,
+    "Lines":[{"Description":"Conseil","Qty":1,"UnitValue":20000,"TaxName":"A"},
+             {"Description":"Remise 10 %","Qty":1,"UnitValue":0,"Discount":10,"TaxName":"Aucun"}]})");
+  ASSERT_EQ(Run({"invoice", "new", "--number", "R1", "--file", path}).exitCode, 0);
+  nlohmann::json shown = LRunKontavoJson({"invoice", "show", "R1"});
+  // 200.00 less 10 % is 180.00, and 10 % VAT on that.
+  EXPECT_EQ(shown["total"], 18000 + 1800) << shown.dump();
+  EXPECT_EQ(LRunKontavo({"record", "get", "Invoices", "R1", "FixedPercentageDiscountItem"}).out, "2\n");
+  // An edit whose file gives new lines without the mark drops it with the old lines.
+  LWriteFile(path, R"({"Lines":[{"Description":"Conseil","Qty":1,"UnitValue":20000,"TaxName":"A"}]})");
+  ASSERT_EQ(Run({"invoice", "edit", "R1", "--file", path}).exitCode, 0);
+  EXPECT_EQ(LRunKontavoJson({"invoice", "show", "R1"})["total"], 22000);
+}
 TEST_F(SalesCli, CreditNotesLowerTheBalanceAndListsFilter) {
   ASSERT_EQ(Run({"customer", "add", "C2"}).exitCode, 0);
   ASSERT_EQ(Run({"invoice", "new", "--customer", "C1", "--date", "2024-01-10", "--line", "|a|1|100||"}).exitCode, 0);

@@ -5,11 +5,11 @@
 // page goes to the output folder. Usage: node desk.mjs KONTAVO_BINARY OUTPUT_FOLDER
 import { execFileSync } from 'node:child_process';
 import { mkdtempSync, mkdirSync, rmSync, existsSync } from 'node:fs';
-import { createServer, createConnection } from 'node:net';
 import { tmpdir } from 'node:os';
 import { join } from 'node:path';
 import assert from 'node:assert/strict';
 import { chromium } from 'playwright-core';
+import { freeLoopbackPort, stopDeskService } from './serve.mjs';
 
 const [kontavo, output] = process.argv.slice(2);
 mkdirSync(output, { recursive: true });
@@ -19,30 +19,10 @@ delete env.DISPLAY;
 delete env.WAYLAND_DISPLAY;
 const run = (args, input) => execFileSync(kontavo, args, { env, input, encoding: 'utf8' });
 
-const port = await new Promise((resolve) => {
-  const probe = createServer().listen(0, '127.0.0.1', () => {
-    const { port } = probe.address();
-    probe.close(() => resolve(port));
-  });
-});
+const port = await freeLoopbackPort();
 run(['web', 'port', String(port)]);
 const base = `http://127.0.0.1:${port}/`;
 
-// The service the desk started stops on the engine's stop control (code 5, no data).
-function stopService() {
-  return new Promise((resolve) => {
-    const socket = createConnection(join(home, 'kontavod'));
-    socket.on('error', resolve);
-    socket.on('connect', () => {
-      const message = Buffer.alloc(8);
-      message.writeInt32LE(5, 0);
-      message.writeUInt32LE(0, 4);
-      socket.end(message);
-    });
-    socket.on('data', () => {});
-    socket.on('close', resolve);
-  });
-}
 
 const browser = await chromium.launch({ executablePath: '/usr/bin/chromium', args: ['--no-sandbox'] });
 let shot = 0;
@@ -104,7 +84,13 @@ try {
   // The main page of the new business, with its default chart of accounts.
   await page.waitForURL(base + 'main');
   assert.equal(await page.locator('h1.companyname').innerText(), 'Boulangerie Martin');
-  const chart = await page.locator('details.chartofaccounts').innerText();
+  // The chart's groups are closed: the bank account shows once its group is clicked open.
+  const bankGroup = page.locator('details.accountgroup', { has: page.locator('td', { hasText: /^512000$/ }) });
+  assert.equal(await bankGroup.count(), 1);
+  assert.equal(await bankGroup.locator('td', { hasText: /^512000$/ }).isVisible(), false);
+  await snap(page, 'main-chart-closed');
+  await bankGroup.locator('summary').click();
+  const chart = await bankGroup.innerText();
   assert.match(chart, /512000\s+Banque/);
   assert.match(chart, /1 500,50 €/);
   await snap(page, 'main-with-chart');
@@ -185,6 +171,6 @@ try {
   process.exitCode = 1;
 } finally {
   await browser.close();
-  await stopService();
+  await stopDeskService(home);
   rmSync(home, { recursive: true, force: true });
 }

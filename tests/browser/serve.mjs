@@ -1,16 +1,39 @@
-// What the browser tests share: `kontavo serve` started on a free loopback port of its own.
+// What the browser tests share: a free loopback port, `kontavo serve` started on one of its own,
+// and the stop of the service that `kontavo desk` started.
 import { spawn } from 'node:child_process';
-import { createServer } from 'node:net';
+import { createServer, createConnection } from 'node:net';
+import { join } from 'node:path';
 
-// Starts the service with env (its KONTAVO_HOME) and waits until it listens; returns the child
-// process and the base address ("http://127.0.0.1:PORT/").
-export async function startKontavoServer(kontavo, env) {
-  const port = await new Promise((resolve) => {
+export function freeLoopbackPort() {
+  return new Promise((resolve) => {
     const probe = createServer().listen(0, '127.0.0.1', () => {
       const { port } = probe.address();
       probe.close(() => resolve(port));
     });
   });
+}
+
+// Stops the service of the application folder home through its control socket (the engine's
+// stop control: code 5, no data).
+export function stopDeskService(home) {
+  return new Promise((resolve) => {
+    const socket = createConnection(join(home, 'kontavod'));
+    socket.on('error', resolve);
+    socket.on('connect', () => {
+      const message = Buffer.alloc(8);
+      message.writeInt32LE(5, 0);
+      message.writeUInt32LE(0, 4);
+      socket.end(message);
+    });
+    socket.on('data', () => {});
+    socket.on('close', resolve);
+  });
+}
+
+// Starts the service with env (its KONTAVO_HOME) and waits until it listens; returns the child
+// process and the base address ("http://127.0.0.1:PORT/").
+export async function startKontavoServer(kontavo, env) {
+  const port = await freeLoopbackPort();
   const server = spawn(kontavo, ['serve', '--port', String(port)], { env, stdio: ['ignore', 'pipe', 'inherit'] });
   await new Promise((resolve, reject) => {
     let seen = '';

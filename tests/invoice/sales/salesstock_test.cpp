@@ -1,7 +1,7 @@
 // Stock following the documents: purchase orders received at different costs make the weighted
 // average, invoices take goods out at it and credit notes bring them back; edits and deletes
-// move the stock back; the stock at a past date; and perpetual-inventory postings that balance
-// and leave the book check clean.
+// move the stock back; halves of a cent in and out cancel; the stock at a past date; and
+// perpetual-inventory postings that balance and leave the book check clean.
 #include <gtest/gtest.h>
 
 #include "accounts/check.h"
@@ -145,6 +145,20 @@ TEST_F(SalesStock, ReceiptsMakeTheAverageAndDocumentsMoveTheStockBackAndForth) {
   EXPECT_EQ(Item("W").stock.quantity, 10);
   EXPECT_EQ(Item("W").stock.value, 5000);
   EXPECT_EQ(Item("W").moves.size(), 1u);
+}
+
+// A movement out is valued as the receipt it undoes, halves included: 1.5 received at 3.33 is
+// 4.995 -> 5.00; 1.5 out at the average 3.33 (5.00 / 1.5 = 3.333) is -4.995 -> -5.00, not -4.99,
+// so nothing is left in stock value once nothing is left in stock.
+TEST_F(SalesStock, HalfCentsOutCancelTheHalfCentsIn) {
+  Receive("2024-01-10", 1.5, 333);
+  EXPECT_EQ(Item("W").stock.value, 500);
+  EXPECT_EQ(Item("W").stock.AverageCost(), 333);
+  LRecord content;
+  Content(content, "C1", "2024-03-01", "W", 1.5, 1500);
+  Create(kInvoiceKind, content);
+  EXPECT_EQ(Item("W").stock.quantity, 0);
+  EXPECT_EQ(Item("W").stock.value, 0);
 }
 
 TEST_F(SalesStock, UnreceivedOrdersAndQuotesMoveNothingAndAReceiptMovesWithItsDate) {

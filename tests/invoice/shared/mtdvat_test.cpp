@@ -12,6 +12,8 @@
 #include "invoice/shared/mtdvat.h"
 #include "invoice/shared/options.h"
 #include "invoice/shared/profile.h"
+#include "invoice/shared/vatreturnreport.h"
+#include "llib/gen/reporttable.h"
 #include "llib/gen/usersettings.h"
 #include "llib/net/oauth.h"
 #include "tests/support/hmrctestserver.h"
@@ -114,6 +116,18 @@ TEST(VatReturnTest, SubmissionBodyIsInBoxOrderWithPercentFNumbers) {
   EXPECT_FALSE(FKVatReturnsFromJson("{\"periodKey\":\"A\",\"vatDueSales\":\"1\"}", back));
   EXPECT_FALSE(FKVatReturnsFromJson("[1,2]", back));
   EXPECT_EQ(back.periodKey, "#001");
+}
+
+// The report shows pounds in pence, halves away from zero on both sides (0.125 and -0.125 are
+// exact in binary: 12.5 -> 13 and -12.5 -> -13), the whole-pound boxes times 100.
+TEST(VatReturnTest, ReportShowsPenceWithHalvesAwayFromZero) {
+  FKVatReturns r{"#002", 0.125, -0.125, 0, -100.45, 100.1, 300, -300, 0, 0};
+  LReportTable table;
+  FKReportVatReturn(r, table);
+  ASSERT_EQ(table.rows.size(), 9u);
+  const long long expected[] = {13, -13, 0, -10045, 10010, 30000, -30000, 0, 0};
+  for (std::size_t box = 0; box < 9; ++box) EXPECT_EQ(table.rows[box].values[0], expected[box]) << box + 1;
+  EXPECT_EQ(table.rows[4].label, "Box 5 Net VAT due");
 }
 
 TEST(VatReturnTest, ErrorAnswersGiveCodeMessageAndWrappedErrors) {

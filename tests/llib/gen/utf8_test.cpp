@@ -54,3 +54,10 @@ TEST_F(JsonTextCli, Latin1CustomerIsListedReadably) {
 }
 
 }  // namespace
+
+TEST(Utf8, UpperCaseOfPrintedTitles) {
+  EXPECT_EQ(LUtf8ToUpper("Reçu"), "REÇU");
+  EXPECT_EQ(LUtf8ToUpper("Relevé de compte à régler, œuvre ÿ"), "RELEVÉ DE COMPTE À RÉGLER, ŒUVRE Ÿ");
+  // The division sign has no capital; other scripts and stray bytes are left alone.
+  EXPECT_EQ(LUtf8ToUpper("÷ ß € ω \xE9"), "÷ ß € ω \xE9");
+}
