@@ -13,21 +13,10 @@
 #include <string>
 
 #include "bench/benchfolder.h"
+#include "bench/benchport.h"
 #include "llib/gen/serviceengine.h"
 
 namespace {
-
-int FreePort() {
-  int fd = ::socket(AF_INET, SOCK_STREAM, 0);
-  sockaddr_in address{};
-  address.sin_family = AF_INET;
-  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-  socklen_t length = sizeof address;
-  ::bind(fd, reinterpret_cast<sockaddr*>(&address), sizeof address);
-  ::getsockname(fd, reinterpret_cast<sockaddr*>(&address), &length);
-  ::close(fd);
-  return ntohs(address.sin_port);
-}
 
 std::string Capture(const std::string& command) {
   std::string out;
@@ -68,7 +57,7 @@ void StopService() {
 
 void BM_DeskUntilLinkAnswers(benchmark::State& state) {
   LBenchHome home("desk");
-  int port = FreePort();
+  int port = LBenchFreePort();
   std::string bin = KONTAVO_BIN;
   Capture(bin + " web port " + std::to_string(port));
   std::string prefix = "http://127.0.0.1:" + std::to_string(port);

@@ -20,22 +20,11 @@
 #include <thread>
 
 #include "bench/benchfolder.h"
+#include "bench/benchport.h"
 
 namespace {
 
 constexpr char kWrkDuration[] = "5s";
-
-int FreePort() {
-  int fd = ::socket(AF_INET, SOCK_STREAM, 0);
-  sockaddr_in address{};
-  address.sin_family = AF_INET;
-  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-  socklen_t length = sizeof address;
-  ::bind(fd, reinterpret_cast<sockaddr*>(&address), sizeof address);
-  ::getsockname(fd, reinterpret_cast<sockaddr*>(&address), &length);
-  ::close(fd);
-  return ntohs(address.sin_port);
-}
 
 // Runs a shell command and returns its standard output.
 std::string Capture(const std::string& command) {
@@ -77,8 +66,8 @@ bool WaitFor(const std::string& url) {
 struct Servers {
   LBenchHome folder{"web"};
   std::string home = folder.Path();
-  int kontavoPort = FreePort();
-  int nginxPort = FreePort();
+  int kontavoPort = LBenchFreePort();
+  int nginxPort = LBenchFreePort();
   pid_t kontavo = -1;
   pid_t nginx = -1;
   std::string session;
