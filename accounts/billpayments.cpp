@@ -36,12 +36,12 @@ std::vector<LAppliedAmount> Merged(const std::vector<LAppliedAmount>& entries) {
   return merged;
 }
 
-// Moves the bill's "AmountPaid" by delta cents.
-void MovePaid(LProfile& profile, std::string_view bill, long long delta) {
+// Moves the bill's "AmountPaid" by delta cents; false when it could not be saved.
+bool MovePaid(LProfile& profile, std::string_view bill, long long delta) {
   LBill record;
-  if (delta == 0 || !profile.List(kBillsList).Open(record, bill)) return;
+  if (delta == 0 || !profile.List(kBillsList).Open(record, bill)) return true;
   record.SetInt64("AmountPaid", record.GetInt64("AmountPaid", 0) + delta);
-  (void)record.Flush();  // a figure that could not be saved is found again by `kontavo check`
+  return record.Flush();
 }
 
 // The amounts of a payment of supplier, amount cents, applied to bills; held: what the payment
@@ -89,8 +89,22 @@ std::vector<LAppliedAmount> Spread(LProfile& profile, std::string_view supplier,
   return entries;
 }
 
-void MovePaidAll(LProfile& profile, const std::vector<LAppliedAmount>& entries, int sign) {
-  for (const LAppliedAmount& entry : entries) MovePaid(profile, entry.invoice, sign * entry.amount);
+// Every bill is moved even when one fails; false when one could not be saved.
+bool MovePaidAll(LProfile& profile, const std::vector<LAppliedAmount>& entries, int sign) {
+  bool written = true;
+  for (const LAppliedAmount& entry : entries) written = MovePaid(profile, entry.invoice, sign * entry.amount) && written;
+  return written;
+}
+
+// The refusal of an operation whose document was written but not every figure following it.
+bool FiguresNotWritten(std::string& error) {
+  error = kSupplierFiguresNotWrittenMessage;
+  return false;
+}
+
+// Appends to a refusal that putting the bills back failed too.
+void AddUndoFailure(bool undone, std::string& error) {
+  if (!undone) error += " " + std::string(kSupplierFiguresNotWrittenMessage);
 }
 
 // The payments of the list in their order of entry (by number), the latest last.
@@ -170,9 +184,9 @@ bool LBillPaymentCreate(LProfile& profile, const LBillPaymentRequest& request, s
     if (!payments.Delete(key)) error += " La fiche " + key + " n'a pas pu être supprimée.";
     return false;
   }
-  MovePaidAll(profile, entries, +1);
-  LSupplierChangeBalance(profile, request.supplier, -request.amount);
   reference = payment.GetString("JournalTxnRef");
+  bool figures = MovePaidAll(profile, entries, +1);
+  if (!(LSupplierChangeBalance(profile, request.supplier, -request.amount) && figures)) return FiguresNotWritten(error);
   return true;
 }
 
@@ -187,11 +201,16 @@ bool LBillPaymentEdit(LProfile& profile, std::string_view key, const LBillPaymen
   long long oldAmount = payment.GetInt64("Amount", 0);
   // What the payment held is let go first, so that spreading it again sees the bills as they
   // would be without it.
-  MovePaidAll(profile, held, -1);
+  if (!MovePaidAll(profile, held, -1)) {
+    payment.DetachWithoutSave();
+    error = "Impossible d'enregistrer le règlement « " + std::string(key) + " ».";
+    AddUndoFailure(MovePaidAll(profile, held, +1), error);
+    return false;
+  }
   std::vector<LAppliedAmount> entries =
       request.autoApply ? Spread(profile, request.supplier, request.amount) : Merged(request.applications);
   if (!CheckApplications(profile, request.supplier, request.amount, entries, {}, error)) {
-    MovePaidAll(profile, held, +1);
+    AddUndoFailure(MovePaidAll(profile, held, +1), error);
     payment.DetachWithoutSave();
     return false;
   }
@@ -212,13 +231,13 @@ bool LBillPaymentEdit(LProfile& profile, std::string_view key, const LBillPaymen
     payment.DetachWithoutSave();
     (void)LAccountTransactionDelete(profile, date, reference);  // nothing to take out when the posting failed
     if (hadPosting) (void)LAccountTransactionRecord(profile, previous);
-    MovePaidAll(profile, held, +1);
     error = kLedgerNotWrittenMessage;
+    AddUndoFailure(MovePaidAll(profile, held, +1), error);
     return false;
   }
-  MovePaidAll(profile, entries, +1);
-  LSupplierChangeBalance(profile, oldSupplier, oldAmount);
-  LSupplierChangeBalance(profile, request.supplier, -request.amount);
+  bool figures = MovePaidAll(profile, entries, +1);
+  figures = LSupplierChangeBalance(profile, oldSupplier, oldAmount) && figures;
+  if (!(LSupplierChangeBalance(profile, request.supplier, -request.amount) && figures)) return FiguresNotWritten(error);
   return true;
 }
 
@@ -240,7 +259,7 @@ bool LBillPaymentApply(LProfile& profile, std::string_view key, std::string_view
     error = "Impossible d'enregistrer le règlement « " + std::string(key) + " ».";
     return false;
   }
-  MovePaid(profile, bill, amount - LAppliedAmountOf(held, bill));
+  if (!MovePaid(profile, bill, amount - LAppliedAmountOf(held, bill))) return FiguresNotWritten(error);
   return true;
 }
 
@@ -260,8 +279,8 @@ bool LBillPaymentDelete(LProfile& profile, std::string_view key, std::string& er
   }
   // A posting already gone from the ledger leaves nothing to take out: the document goes all the same.
   if (!reference.empty()) (void)LAccountTransactionDelete(profile, date, reference);
-  MovePaidAll(profile, held, -1);
-  LSupplierChangeBalance(profile, supplier, amount);
+  bool figures = MovePaidAll(profile, held, -1);
+  if (!(LSupplierChangeBalance(profile, supplier, amount) && figures)) return FiguresNotWritten(error);
   return true;
 }
 
@@ -289,12 +308,13 @@ void LBillPaymentsLetGo(LProfile& profile, std::string_view bill) {
   }
 }
 
-void LBillGiveBackExcess(LProfile& profile, std::string_view bill) {
+bool LBillGiveBackExcess(LProfile& profile, std::string_view bill) {
   LBill record;
-  if (!profile.List(kBillsList).Open(record, bill)) return;
+  if (!profile.List(kBillsList).Open(record, bill)) return true;
   long long excess = record.GetInt64("AmountPaid", 0) - record.GetInt64("Total", 0);
   record.DetachWithoutSave();
   std::vector<std::string> keys = PaymentKeysInOrder(profile);
+  bool written = true;
   for (auto key = keys.rbegin(); key != keys.rend() && excess > 0; ++key) {
     LRecord payment;
     if (!profile.List(kBillPaymentsList).Open(payment, *key)) continue;
@@ -304,9 +324,10 @@ void LBillGiveBackExcess(LProfile& profile, std::string_view bill) {
       long long taken = std::min(entry.amount, excess);
       entry.amount -= taken;
       excess -= taken;
-      MovePaid(profile, bill, -taken);
+      written = MovePaid(profile, bill, -taken) && written;
     }
     WriteApplications(payment, Merged(entries));
-    (void)payment.Flush();  // a list that could not be saved is found again by `kontavo check`
+    written = payment.Flush() && written;
   }
+  return written;
 }

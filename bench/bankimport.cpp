@@ -73,10 +73,10 @@ struct Business {
       balancing.account = "6410";
       balancing.amount = -dayTotal;
       rows += balancing.BuildCSVRow();
-      (void)LFile::WriteAllAtomic(LFile::MakeFilePath(std::string(ledgerFolder), date + ".csv"), rows);
+      LBenchRequire(LFile::WriteAllAtomic(LFile::MakeFilePath(std::string(ledgerFolder), date + ".csv"), rows), "day file");
     }
     statement = folder.Path() + "/statement.csv";
-    (void)LFile::WriteAllAtomic(statement, csv);
+    LBenchRequire(LFile::WriteAllAtomic(statement, csv), "statement");
   }
   void ForgetImports() { LFile::RemoveTree(profile->GetDataStore().GetFolder() + "/BankLines"); }
   bool Import(int& nMatched) {

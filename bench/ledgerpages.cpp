@@ -54,7 +54,7 @@ struct Books {
         txn.AddLine("1110", "Écriture de test", -12345, "bench", "", "");
         for (const auto& line : txn.Lines()) rows += line.BuildCSVRow();
       }
-      (void)LFile::WriteAllAtomic(std::string(folder) + "/" + date + ".csv", rows);
+      LBenchRequire(LFile::WriteAllAtomic(std::string(folder) + "/" + date + ".csv", rows), "day file");
     }
     LWebletForm form(nullptr);
     form.session.CreateNewSession(false);
