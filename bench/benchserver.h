@@ -116,11 +116,12 @@ const LBenchServer& LBenchServerOnce(const std::string& name, Make make, const s
   return *held.web;
 }
 
-// Times one request per iteration of state; the answer must hold expected.
+// Times request(web), one per iteration of state (web is made before, outside the measure); the
+// answer must hold expected.
 template <class State, class Request>
-void LBenchMeasureAnswer(State& state, const std::string& expected, Request request) {
+void LBenchMeasureAnswer(State& state, const LBenchServer& web, const std::string& expected, Request request) {
   for (auto _ : state) {
-    std::string answer = request();
+    std::string answer = request(web);
     if (answer.find(expected) == std::string::npos) {
       state.SkipWithError(("unexpected answer: " + answer.substr(0, 300)).c_str());
       return;

@@ -46,26 +46,26 @@ void MakeBills(const std::string& business) {
 const LBenchServer& Web() { return LBenchServerOnce("purchaseweb", MakeBills, "/billlist?prd=all"); }
 
 void BM_BillListThisMonth(benchmark::State& state) {
-  LBenchMeasureAnswer(state, "facture(s)", [] { return Web().Get("/billlist?prd=m"); });
+  LBenchMeasureAnswer(state, Web(), "facture(s)", [](const LBenchServer& web) { return web.Get("/billlist?prd=m"); });
 }
 BENCHMARK(BM_BillListThisMonth)->Unit(benchmark::kMillisecond)->Iterations(20);
 
 void BM_BillListThisFiscalYear(benchmark::State& state) {
-  LBenchMeasureAnswer(state, "10000 facture(s)", [] { return Web().Get("/billlist"); });
+  LBenchMeasureAnswer(state, Web(), "10000 facture(s)", [](const LBenchServer& web) { return web.Get("/billlist"); });
 }
 BENCHMARK(BM_BillListThisFiscalYear)->Unit(benchmark::kMillisecond)->Iterations(10);
 
 void BM_BillDialogOpen(benchmark::State& state) {
   std::string path = "/billprop?id=PRC" + std::to_string(kFirstBill + kBills / 2);
-  LBenchMeasureAnswer(state, "billlines", [&path] { return Web().Get(path); });
+  LBenchMeasureAnswer(state, Web(), "billlines", [&path](const LBenchServer& web) { return web.Get(path); });
 }
 BENCHMARK(BM_BillDialogOpen)->Unit(benchmark::kMillisecond)->Iterations(20);
 
 void BM_BillSaveThroughRoute(benchmark::State& state) {
   int n = 0;
-  LBenchMeasureAnswer(state, "window.location = 'billlist';", [&n] {
+  LBenchMeasureAnswer(state, Web(), "window.location = 'billlist';", [&n](const LBenchServer& web) {
     std::string key = "PRC" + std::to_string(kFirstBill + 100 + n++ % 50);
-    return Web().Post("/billprop", "id=" + key + "&101=S7&102=" + LDate::Today().ToText() +
+    return web.Post("/billprop", "id=" + key + "&101=S7&102=" + LDate::Today().ToText() +
                                        "&billlines=2&20000=607000&20002=Papier&20003=2&20004=125%2C50"
                                        "&20010=607000&20012=Livraison&20013=1&20014=9%2C90&submit=Enregistrer");
   });
