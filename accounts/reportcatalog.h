@@ -69,7 +69,7 @@ struct LReportEntry {
 
 // A consolidation factor as typed: a finite decimal number with "." or "," before its decimals
 // ("0.5", "1,25", "2"); false for anything else.
-bool LReportParseFactor(std::string_view text, double& factor);
+[[nodiscard]] bool LReportParseFactor(std::string_view text, double& factor);
 
 // Every report, grouped: the entries of one group follow each other.
 std::span<const LReportEntry> LReportEntries();

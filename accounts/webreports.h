@@ -53,7 +53,7 @@ std::string WLReportQuery(const LReportEntry& entry, const LReportRequest& reque
 bool WLReportRequestFromQuery(LWebletForm& form, LReportRequest& request, std::string& error);
 // The businesses of the request's "cons", each one the session's user may open; false with error
 // (French) otherwise.
-bool WLReportBusinessesFromQuery(LWebletForm& form, std::vector<LProfilesAndRates>& businesses, std::string& error);
+[[nodiscard]] bool WLReportBusinessesFromQuery(LWebletForm& form, std::vector<LProfilesAndRates>& businesses, std::string& error);
 // The entry of the request's "report"; null when it names none.
 const LReportEntry* WLReportEntryOf(LWebletForm& form);
 

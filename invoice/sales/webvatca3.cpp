@@ -85,7 +85,7 @@ void LWebVatCa3Page::Generate() {
   std::string shownFrom = code == "custom" ? from.ToText() : "", shownTo = code == "custom" ? to.ToText() : "";
   form_.wfprintf("<form method=get action='vatreturn' class=vatform><p><label for=period>Période :</label> "
                  "<select id=period name=period>%s</select> ou du <input type=date name=from id=from value='%H'> au "
-                 "<input type=date name=to id=to value='%H'> <input type=submit value='Afficher'></p></form>",
+                 "<input type=date name=to id=to value='%H'> <input type=submit value='Afficher' class='button okbutton'></p></form>",
                  options.c_str(), shownFrom.c_str(), shownTo.c_str());
   if (!from.IsValid()) return;
 

@@ -57,9 +57,9 @@ class LWebVatHomePage : public LWebVatPage {
                 "<a href='vatauth' class=actionlink>Autoriser l'accès à HMRC</a> "
                 "<a href='vatview' class=actionlink>Voir une déclaration transmise</a></p>");
     form_.Write("<h3>Obligations</h3><form method=post action='vatobligations' class=vatfetch>"
-                "<p><input type=submit name=fetch value='Obtenir les obligations'></p>"
+                "<p><input type=submit name=fetch value='Obtenir les obligations' class='button okbutton'></p>"
                 "<p>ou les périodes du <input type=date name=from id=from> au <input type=date name=to id=to> "
-                "<input type=submit name=range value='Obtenir pour ces dates'></p></form>");
+                "<input type=submit name=range value='Obtenir pour ces dates' class=button></p></form>");
     WriteObligations(profile);
   }
 
@@ -111,7 +111,7 @@ class LWebVatSettingsPage : public LWebVatPage {
         "<p><label for=api>Adresse du service HMRC :</label> <input id=api name=api value='%H' size=50></p>"
         "<p class=dlgsmall>« sandbox » pour l'environnement de test de HMRC (%H), « production » pour le service "
         "réel (%H).</p>"
-        "<p><input type=submit name=save value='Enregistrer'> <a href='vatreturn' class=actionlink>Retour</a></p>"
+        "<p><input type=submit name=save value='Enregistrer' class='button okbutton'> <a href='vatreturn' class=actionlink>Retour</a></p>"
         "</form>",
         vrn.c_str(), api.c_str(), std::string(kMTDSandboxApi).c_str(), std::string(kMTDProductionApi).c_str());
   }
@@ -145,7 +145,7 @@ class LWebVatAuthPage : public LWebVatPage {
         "<li>HMRC affiche ensuite un code (« Success code=… ») : collez-le ci-dessous.</li></ol>"
         "<form method=post action='vatauth' class=vatform><p><label for=code>Code d'autorisation :</label> "
         "<input id=code name=code size=50 autocomplete=off></p>"
-        "<p><input type=submit name=authorize value='Valider le code'> <a href='vatreturn' "
+        "<p><input type=submit name=authorize value='Valider le code' class='button okbutton'> <a href='vatreturn' "
         "class=actionlink>Retour</a></p></form>",
         url.c_str());
   }
@@ -313,7 +313,7 @@ class LWebVatSubmitPage : public LWebVatPage {
     form_.Write("<p><label><input type=checkbox name=declare id=declare value=1> En envoyant cette déclaration, "
                 "je certifie que ses informations sont exactes et complètes ; une fausse déclaration peut entraîner "
                 "des poursuites.</label></p>"
-                "<p><input type=submit name=submit value='Envoyer la déclaration à HMRC'> "
+                "<p><input type=submit name=submit value='Envoyer la déclaration à HMRC' class='button okbutton'> "
                 "<a href='vatreturn' class=actionlink>Annuler</a></p></form>");
     // Box 3 is box 1 plus box 2, box 5 the difference of boxes 3 and 4, while they are typed.
     AddJScript(
@@ -356,7 +356,7 @@ class LWebVatViewPage : public LWebVatPage {
                               obligation->GetString("StartDate").c_str(), obligation->GetString("EndDate").c_str());
       }
       form_.wfprintf("<form method=get action='vatview' class=vatform><p><label for=period>Période :</label> "
-                     "<select id=period name=period>%s</select> <input type=submit value='Afficher'></p></form>",
+                     "<select id=period name=period>%s</select> <input type=submit value='Afficher' class='button okbutton'></p></form>",
                      options.c_str());
     }
     if (shown) {

@@ -17,7 +17,7 @@ class LProcessInterface;
 // Stores what is given: the business's VAT registration number; the API base address of the
 // user's configuration ("sandbox" and "production" name HMRC's hosts). false, nothing stored,
 // with a French message for an address that does not read.
-bool FKVatConfigure(LProfile& profile, const std::optional<std::string>& vrn, const std::optional<std::string>& api,
+[[nodiscard]] bool FKVatConfigure(LProfile& profile, const std::optional<std::string>& vrn, const std::optional<std::string>& api,
                     std::string& error);
 // The business's VAT registration number.
 std::string FKVatRegistrationNumber(LProfile& profile);
@@ -29,7 +29,7 @@ std::vector<std::unique_ptr<LVATObligation>> FKVatObligationsWithStatus(LProfile
 // Checks the period chosen for submission (fulfilled false) or viewing (true): false with the
 // refusal "Empty period key", "No open obligations found" / "No fulfilled obligations found" or
 // that no such stored period has the wanted status.
-bool FKVatChoosePeriod(LProfile& profile, std::string_view periodKey, bool fulfilled, std::string& refusal);
+[[nodiscard]] bool FKVatChoosePeriod(LProfile& profile, std::string_view periodKey, bool fulfilled, std::string& refusal);
 
 // The return a submission of periodKey would send: the given boxes, the others from the running
 // figures (FKVatReturnFromFigures).
@@ -38,5 +38,5 @@ FKVatReturns FKVatReturnToSubmit(LProfile& profile, std::string_view periodKey, 
 // declared of the running figures out of them. alert: the outcome as FKMTDforVATDlg words it (the
 // period's refusal with an empty caption when the period cannot be chosen); receipt (when given)
 // the service's answer body.
-bool FKVatSubmitReturn(LProfile& profile, LProcessInterface& process, std::string_view periodKey,
+[[nodiscard]] bool FKVatSubmitReturn(LProfile& profile, LProcessInterface& process, std::string_view periodKey,
                        const FKVatGivenFigures& given, FKVatAlert& alert, std::string* receipt);
