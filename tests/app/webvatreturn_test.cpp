@@ -73,6 +73,9 @@ TEST_F(WebVatReturnTest, BritishReturnFromTheSettingsToTheSubmissionAndItsViewin
   EXPECT_TRUE(Has(Post("/vatauth", "code=" + UrlEncode("Success code=ab/c")), "L&#39;accès à HMRC est autorisé."));
   EXPECT_TRUE(Has(hmrc.Requests().back()["body"].get<std::string>(), "&code=ab%2Fc"));
   EXPECT_TRUE(Has(Get("/vatreturn").body, "<td id=authorized>Accordée</td>"));
+  // A redirect that reaches this server brings the code in its address.
+  EXPECT_TRUE(Has(Get("/vatauth?code=redirected").body, "L&#39;accès à HMRC est autorisé."));
+  EXPECT_TRUE(Has(hmrc.Requests().back()["body"].get<std::string>(), "&code=redirected"));
 
   // A chosen range, then the fixed query: each open period leads to its return, each fulfilled
   // one to its viewing.
