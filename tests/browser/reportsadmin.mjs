@@ -1,8 +1,9 @@
 // The report pages an administrator uses, in a real browser: a consolidated profit and loss over
 // two businesses with their factors and its PDF download, then the UK VAT return against the HMRC
 // stand-in (tests/invoice/shared/hmrcserver.py): settings, authorization with the pasted code,
-// obligations, a return prefilled from the sales and edited, its submission and its viewing. A
-// screenshot of each step goes to the output folder.
+// obligations, a return prefilled from the sales and edited, its submission and its viewing; and
+// the CA3 figures a French business's VAT return page shows. A screenshot of each step goes to the
+// output folder.
 // Usage: node reportsadmin.mjs KONTAVO_BINARY OUTPUT_FOLDER
 import { execFileSync, spawn } from 'node:child_process';
 import { mkdtempSync, mkdirSync, readFileSync, rmSync } from 'node:fs';
@@ -45,9 +46,13 @@ run(['record', 'set', 'Misc', 'Options', 'CountryCode=GB']);
 run(['account', 'defaults']);
 run(['customer', 'add', 'C1', 'Name=Smith']);
 run(['invoice', 'new', '--customer', 'C1', '--date', `${last}-03-10`, '--untaxed', '--line', '|Consulting|1|1500|Aucun|']);
-run(['business', 'add', '--name', 'Filiale SAS']);
+run(['business', 'add', '--name', 'Filiale SAS', '--country', 'FR']);
 run(['--business', '1', 'customer', 'add', 'C9', 'Name=Client']);
 run(['--business', '1', 'invoice', 'new', '--customer', 'C9', '--date', `${last}-06-01`, '--untaxed', '--line', '|Conseil|1|1000|Aucun|']);
+// A French sale of today, for the CA3 figures (outside last year's consolidated statement).
+const today = new Date();
+const thisMonth = `${today.getFullYear()}-${String(today.getMonth() + 1).padStart(2, '0')}`;
+run(['--business', '1', 'invoice', 'new', '--customer', 'C9', '--line', '|Pose|1|1000|TVA 20 %|']);
 run(['business', 'use', '0']);
 run(['tax', 'set', '--count', '1', '--name', '1=VAT', '--rate', '1=20', '--default', '1']);
 run(['user', 'add', 'alice@example.co.uk', '--name', 'Alice Admin', '--admin', '--password-stdin'], 'alicesecret\n');
@@ -152,6 +157,25 @@ try {
   await page.waitForSelector('table.report');
   assert.match(await page.locator('table.report').innerText(), /Box 5 Net VAT due\s+\D*20[.,]00/);
   await snap(page, 'vat-view');
+
+  // The French business: the same page gives the CA3 figures of a month, then of a quarter.
+  await page.goto(base + 'chooseprofile');
+  await page.check('[id="302"]');
+  await page.click('input[name=submit][value="  OK  "]');
+  await page.waitForURL(base + 'main');
+  await page.goto(base + 'vatreturn');
+  await page.selectOption('#period', `m${thisMonth}`);
+  await page.click('input[value="Afficher"]');
+  await page.waitForURL(/vatreturn\?period=m/);
+  assert.match(await page.locator('#vatnet').innerText(), /TVA nette due \(ligne 28\) : \D*200[.,]00/);
+  assert.match(await page.locator('table.report').innerText(), /08 TVA 20 %\s+\D*1\D?000[.,]00\s+\D*200[.,]00/);
+  await snap(page, 'ca3-month');
+  await page.selectOption('#period', `q${today.getFullYear()}-${Math.floor(today.getMonth() / 3) + 1}`);
+  await page.click('input[value="Afficher"]');
+  await page.waitForURL(/vatreturn\?period=q/);
+  assert.match(await page.locator('#vatnet').innerText(), /200[.,]00/);
+  assert.ok(await page.locator('a:has-text("Télécharger en PDF")').getAttribute('href'));
+  await snap(page, 'ca3-quarter');
 
   assert.deepEqual(problems, [], 'no script errors on the pages');
   console.log(`reportsadmin browser test passed; screenshots in ${output}`);
