@@ -63,16 +63,13 @@ bool SetTaxFields(const LTaxOptions& tax, LRecord& document, const std::string& 
   return true;
 }
 
-// A line of the command line, "CODE|DESCRIPTION|QTY|UNIT PRICE|TAX NAME|DISCOUNT %".
 bool ApplyLine(LProfile& profile, const LTaxOptions& tax, LSalesDocument& document, int index,
                const std::string& text, std::string& error) {
-  std::vector<std::string> parts = SplitBars(text);
-  if (parts.size() < 4 || parts.size() > 6) {
+  LDocumentLineInput line;
+  if (!LParseDocumentLineText(text, line)) {
     error = "Ligne invalide : " + text + ".";
     return false;
   }
-  parts.resize(6);
-  LDocumentLineInput line{parts[0], parts[1], parts[2], parts[3], parts[4], parts[5]};
   LDocumentLineError refusal = LApplyDocumentLine(profile, tax, document, index, line);
   if (refusal == LDocumentLineError::kNone) return true;
   error = LDocumentLineErrorMessage(refusal, line, profile.GetCurrencyFormat());
@@ -147,6 +144,14 @@ void SetDefaults(LProfile& profile, const LSalesDocumentKind& kind, const LTaxOp
 }
 
 }  // namespace
+
+bool LParseDocumentLineText(std::string_view text, LDocumentLineInput& line) {
+  std::vector<std::string> parts = SplitBars(text);
+  if (parts.size() < 4 || parts.size() > 6) return false;
+  parts.resize(6);
+  line = {parts[0], parts[1], parts[2], parts[3], parts[4], parts[5]};
+  return true;
+}
 
 void LRemoveDocumentLines(LSalesDocument& document) {
   LFKItemCollectionRecord items = document.Items();

@@ -47,6 +47,10 @@ struct LDocumentLineInput {
   std::string discount;
 };
 
+// A line of the command line, "CODE|DESCRIPTION|QTY|UNIT PRICE|TAX NAME|DISCOUNT %" (the last two
+// columns may be left out) into its columns; false when it has fewer than four or more than six.
+[[nodiscard]] bool LParseDocumentLineText(std::string_view text, LDocumentLineInput& line);
+
 // Why a typed line was refused: the column at fault and the rule it broke.
 enum class LDocumentLineError {
   kNone,
