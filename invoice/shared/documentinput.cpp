@@ -10,6 +10,7 @@
 #include "invoice/shared/profile.h"
 #include "invoice/shared/stock.h"
 #include "invoice/shared/taxoptions.h"
+#include "invoice/shared/totals.h"
 #include "llib/gen/date.h"
 #include "llib/gen/money.h"
 #include "llib/gen/moneybounds.h"
@@ -143,6 +144,21 @@ void SetDefaults(LProfile& profile, const LSalesDocumentKind& kind, const LTaxOp
   }
 }
 
+// The lines and the shipping, one by one and together, within the money ceiling: a document file
+// may give any stored value, and a total beyond the ceiling could not be posted.
+bool WithinCeiling(const LProfile& profile, LSalesDocument& document, std::string& error) {
+  LFKItemCollectionRecord items = document.Items();
+  long long total = document.GetShippingCosts();
+  bool within = LMoneyIsWithinBounds(total);
+  for (int i = 0; i < items.GetItemCount() && within; ++i) {
+    long long line = LFKDocumentLineTotal(items, i, false, profile.GetCurrencyDigits());
+    total = LMoneySum(total, line);
+    within = LMoneyIsWithinBounds(line) && LMoneyIsWithinBounds(total);
+  }
+  if (!within) error = "Le total du document dépasse le plafond de " + LMoneyCeilingText(profile.GetCurrencyFormat()) + ".";
+  return within;
+}
+
 }  // namespace
 
 bool LParseDocumentLineText(std::string_view text, LDocumentLineInput& line) {
@@ -254,5 +270,5 @@ bool LApplyDocumentInput(LProfile& profile, const LSalesDocumentKind& kind, cons
     document.SetString("SalesPerson", input.salesPerson);
   }
   if (isNew) SetDefaults(profile, kind, tax, document);
-  return true;
+  return WithinCeiling(profile, document, error);
 }

@@ -24,8 +24,8 @@ std::string LMoneyCeilingText(const LCurrencyFormat& format) { return LFormatMon
 
 std::string LAmountRefusal(std::string_view what, std::string_view typed, std::string_view plain,
                            const LCurrencyFormat& format) {
+  std::string subject = what.empty() ? std::string() : " pour " + std::string(what);
   if (LAmountTextIsBeyondCeiling(plain, format.digits))
-    return "Montant trop grand pour " + std::string(what) + " : " + std::string(typed) + " (plafond " +
-           LMoneyCeilingText(format) + ").";
-  return "Montant invalide pour " + std::string(what) + " : " + std::string(typed) + ".";
+    return "Montant trop grand" + subject + " : " + std::string(typed) + " (plafond " + LMoneyCeilingText(format) + ").";
+  return "Montant invalide" + subject + " : " + std::string(typed) + ".";
 }

@@ -43,6 +43,7 @@ bool LAmountTextIsBeyondCeiling(std::string_view plain, int digits);
 std::string LMoneyCeilingText(const LCurrencyFormat& format);
 // "Montant trop grand pour <what> : <typed> (plafond 99 999 999 999,99 €)." when typed is a
 // number beyond the ceiling, "Montant invalide pour <what> : <typed>." for anything else that
-// LParseAmount refused. plain is typed as LParseAmount was given it.
+// LParseAmount refused; without what, "Montant trop grand : …" and "Montant invalide : …". plain
+// is typed as LParseAmount was given it.
 std::string LAmountRefusal(std::string_view what, std::string_view typed, std::string_view plain,
                            const LCurrencyFormat& format);
