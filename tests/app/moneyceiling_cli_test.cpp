@@ -7,6 +7,7 @@
 #include <string>
 
 #include "tests/app/clitest.h"
+#include "tests/support/envscope.h"
 #include "tests/support/testhome.h"
 
 namespace {
@@ -17,9 +18,12 @@ class MoneyCeilingCliTest : public LHomeTest {
     LExpectSuccess({"init", "--name", "Plafond SARL"});
     LExpectSuccess({"customer", "add", "C1", "Name=Client"});
   }
+  // A French business, whatever an earlier test of the process set.
+  LEnvScope locale_{"LC_ALL", "fr_FR.UTF-8"};
+  LEnvScope country_{"KONTAVO_COUNTRY", "FR"};
 };
 
-constexpr char kCeiling[] = "(plafond $99,999,999,999.99)";
+constexpr char kCeiling[] = "(plafond 99 999 999 999,99 €)";
 
 TEST_F(MoneyCeilingCliTest, EveryWayInRefusesAmountsBeyondTheCeilingAndWritesNothing) {
   const std::string before = LExpectSuccess({"ledger"});
@@ -29,7 +33,7 @@ TEST_F(MoneyCeilingCliTest, EveryWayInRefusesAmountsBeyondTheCeilingAndWritesNot
   std::string file = home_.Path() + "/doc.json";
   LWriteFile(file, R"({"Customer":"C1","Lines":[{"Description":"a","Qty":1,"UnitValue":9999999999999},)"
                    R"({"Description":"b","Qty":1,"UnitValue":9999999999999}]})");
-  LExpectRefused({"invoice", "new", "--file", file}, "Le total du document dépasse le plafond de $99,999,999,999.99.");
+  LExpectRefused({"invoice", "new", "--file", file}, "Le total du document dépasse le plafond de 99 999 999 999,99 €.");
   EXPECT_EQ(LRunKontavo({"invoice", "show", "1"}).exitCode, 1);
 
   LRunResult journal = LRunKontavo({"journal", "add", "--date", "2026-01-05", "--type", "0", "--ref", "J1", "--desc",
