@@ -55,10 +55,12 @@ class LWebletForm {
   // Writes data within timeoutMs. After one failed write every later write does nothing and
   // returns false: the connection is closed when the handler returns.
   bool Write(std::string_view data, unsigned timeoutMs = kWebSendContentMs);
-  bool WriteHeader(std::string_view data) { return Write(data, kWebSendHeaderMs); }
-  // Keeps head (status line and header lines, ending in the empty line) until the next Write or
-  // the form's end.
-  void HoldHeader(std::string_view head) { heldHead_ = head; }
+  // Writes a head (status line and header lines, ending in the empty line). Unless the handler
+  // keeps the connection, the head says "Connection: close": a client that believed the
+  // connection stays would send its next request into a closed socket and see it reset.
+  bool WriteHeader(std::string_view head) { return Write(ClosingHead(head), kWebSendHeaderMs); }
+  // Keeps head (as for WriteHeader) until the next Write or the form's end.
+  void HoldHeader(std::string_view head) { heldHead_ = ClosingHead(head); }
   // Adds one header line (without its line end) to the held head. false when no head is held:
   // the head has gone and the line cannot follow it.
   bool AddHeaderLine(std::string_view line);
@@ -74,6 +76,8 @@ class LWebletForm {
   const std::string& Captured() const { return captured_; }
 
  private:
+  std::string ClosingHead(std::string_view head) const;
+
   LWebletSocket* socket_;     // the client connection, not owned; null: capture
   std::string captured_;      // what a form without socket was given
   bool writeFailed_ = false;  // a write failed or timed out

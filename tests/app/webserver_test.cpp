@@ -35,7 +35,7 @@ class WebServerTest : public LWebServerTest {};
 
 TEST_F(WebServerTest, RootWithoutSessionGoesToLogon) {
   LWebResponse response = LHttpGet(port_, "/");
-  EXPECT_EQ(response.raw, "HTTP/1.1 302 Found\r\nLocation: logon\r\nContent-Length: 0\r\n\r\n");
+  EXPECT_EQ(response.raw, "HTTP/1.1 302 Found\r\nConnection: close\r\nLocation: logon\r\nContent-Length: 0\r\n\r\n");
 }
 
 TEST_F(WebServerTest, MethodsOtherThanGetAndPostAnswer501AndClose) {
@@ -346,7 +346,7 @@ TEST_F(WebServerTest, LogonStartsASessionThatMainAccepts) {
     EXPECT_NE(main.body.find(row), std::string::npos) << row;
   // Logged on, the logon page goes on to the next page.
   EXPECT_EQ(LHttpGet(port_, "/logon?onok=userlist", session).raw,
-            "HTTP/1.1 302 Found\r\nLocation: userlist\r\nContent-Length: 0\r\n\r\n");
+            "HTTP/1.1 302 Found\r\nConnection: close\r\nLocation: userlist\r\nContent-Length: 0\r\n\r\n");
 
   // The next logon remembers the business, and the remember box makes a long-lived session.
   LWebResponse again = LHttpPost(port_, "/logon", LWebLogonBody(kWebTestAdmin, kWebTestAdminPassword, true));
