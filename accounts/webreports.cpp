@@ -9,6 +9,7 @@
 #include "accounts/reportperiods.h"
 #include "accounts/webbudgets.h"
 #include "accounts/webpagemainex.h"
+#include "accounts/webvehicles.h"
 #include "invoice/shared/customerstatementreport.h"
 #include "invoice/shared/options.h"
 #include "invoice/shared/profile.h"
@@ -160,7 +161,6 @@ struct LReportCentreLink {
 };
 constexpr LReportCentreLink kCentreLinks[] = {
     {"budgetlist", "Budgets", "Budgets"},
-    {"mileagereports", "Kilométrage", "Indemnités kilométriques"},
     {"vehiclelist", "Kilométrage", "Véhicules et trajets"},
     {"vatreturn", "TVA", "Déclaration de TVA en ligne (HMRC)"},
     {"consolreport", "Rapports consolidés", "Rapport consolidé de plusieurs entreprises"},
@@ -358,4 +358,5 @@ void LAccountsInstallReportPages() {
   LWebletInstallScripts(kReportRoutes);
   LAccountsInstallReportChoosers();
   LAccountsInstallBudgetPages();
+  LAccountsInstallVehiclePages();
 }
