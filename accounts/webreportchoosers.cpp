@@ -189,7 +189,8 @@ class LWebReportChooserDialog : public LWebDialogEx {
       }
       SetText(choiceId, given ? std::string_view("custom") : fallback);
     };
-    prefill(kPeriodChoice, {{kFrom, "from"}, {kTo, "to"}}, "fy");
+    // The kilometric scale is by calendar year: the mileage report's period is one by default.
+    prefill(kPeriodChoice, {{kFrom, "from"}, {kTo, "to"}}, GetRouteName() == kMileageRoute ? "y" : "fy");
     prefill(kCompareChoice, {{kCompareFrom, "cfrom"}, {kCompareTo, "cto"}}, "pfy");
     prefill(kDateChoice, {{kDate, layout_ == Layout::kDateWithFrom ? "to" : "date"}}, "today");
     prefill(kFromChoice, {{kFromDate, "from"}}, "beginning");

@@ -79,6 +79,7 @@ class LWebVehiclesPage : public LWebReportSectionPage {
     if (mayChange) form_.Write("<a href='vehicleprop' class=actionlink id=newvehicle>Nouveau véhicule</a> ");
     form_.Write("<a href='vehiclemileagelist' class=actionlink>Tous les trajets</a> "
                 "<a href='mileagereports' class=actionlink>Indemnités kilométriques</a> "
+                "<a href='mileagescale' class=actionlink>Barème kilométrique</a> "
                 "<a href='reports' class=actionlink>Tous les rapports</a></p>"
                 "<table class=report id=vehicles><thead><tr><th class=text>Code</th><th class=text>Véhicule</th>"
                 "<th class=amount>Trajets</th>"
@@ -339,7 +340,8 @@ class LWebMileageDialog : public LWebDialogEx {
     SetText(kPurposeControl, trip.purpose);
     SetText(kFromPlaceControl, trip.origin);
     SetText(kToPlaceControl, trip.destination);
-    SetText(kDistanceControl, std::to_string(trip.distanceKm));
+    // A trip logged by odometer shows its readings only: changing one changes the distance.
+    SetText(kDistanceControl, trip.startKm ? "" : std::to_string(trip.distanceKm));
     SetText(kStartControl, trip.startKm ? std::to_string(*trip.startKm) : "");
     SetText(kEndControl, trip.endKm ? std::to_string(*trip.endKm) : "");
   }
@@ -434,4 +436,7 @@ const LWebletRoute kVehicleRoutes[] = {
 
 }  // namespace
 
-void LAccountsInstallVehiclePages() { LWebletInstallScripts(kVehicleRoutes); }
+void LAccountsInstallVehiclePages() {
+  LWebletInstallScripts(kVehicleRoutes);
+  LAccountsInstallMileageScalePage();
+}

@@ -88,6 +88,28 @@ TEST_F(WebVehiclesTest, VehicleAndTripsFromTheirDialogsToTheAllowance) {
   EXPECT_EQ(LRunKontavo({"vehicle", "list"}).out, "");
 }
 
+TEST_F(WebVehiclesTest, ScalesShownByYearAndANewYearImported) {
+  std::string page = Get("/mileagescale");
+  EXPECT_TRUE(Has(page, "<table class=report id=scale2024><caption>Barème 2024 <span class=subtitle>véhicules "
+                        "électriques : +20 %</span></caption>"))
+      << page;
+  EXPECT_TRUE(Has(page, "<tr><td>voiture 5 CV</td><td>jusqu&#39;à 5000 km : d × 0,636</td>"
+                        "<td>de 5001 à 20000 km : d × 0,357 + 1 395 €</td><td>au-delà de 20000 km : d × 0,427</td></tr>"));
+  EXPECT_TRUE(Has(page, "<td>moto 6 CV et plus</td>"));
+  EXPECT_TRUE(Has(page, "<td>voiture 3 CV et moins</td>"));
+  EXPECT_TRUE(Has(page, "<td>moto 3 à 5 CV</td>"));
+  EXPECT_LT(page.find("id=scale2024"), page.find("id=scale2020"));  // the newest first
+  EXPECT_TRUE(Has(page, "<textarea id=401"));
+
+  EXPECT_TRUE(Has(Post("/mileagescale", "401=2026+truck+1+-+-+1+0&submit=Importer"),
+                  "ShowControlError('401', 'Barème kilométrique, ligne 1 : genre inconnu (car, motorcycle ou moped)"));
+  EXPECT_TRUE(Has(Post("/mileagescale", "401=%23+rien&submit=Importer"), "Aucune ligne de barème."));
+  EXPECT_TRUE(Has(Post("/mileagescale", "401=2026+car+1+-+-+0.5+100%0A2026+electric+10&submit=Importer"),
+                  "window.location = 'mileagescale'"));
+  EXPECT_TRUE(Has(Get("/mileagescale"), "<tr><td>voiture 1 CV et plus</td><td>toute distance : d × 0,500 + 100 €</td>"));
+  EXPECT_EQ(LRunKontavo({"mileage", "scale", "2026"}).out, "2026 electric 10\n2026 car 1 - - 0.500 100.00\n");
+}
+
 TEST_F(WebVehiclesTest, ViewerSeesTheLogButChangesNothing) {
   ASSERT_EQ(LRunKontavo({"vehicle", "add", "Clio", "FiscalHorsepower=5"}).exitCode, 0);
   ASSERT_EQ(LRunKontavo({"mileage", "add", "Clio", "--date", "2024-03-01", "--km", "40"}).exitCode, 0);
@@ -104,6 +126,7 @@ TEST_F(WebVehiclesTest, ViewerSeesTheLogButChangesNothing) {
   EXPECT_FALSE(Has(log, "id=newtrip"));
   EXPECT_TRUE(Has(Post("/vehiclemileageprop", "id=&201=Clio&202=2024-03-02&206=5&submit=++OK++"),
                   "Votre compte permet seulement de consulter les données."));
+  EXPECT_FALSE(Has(Get("/mileagescale"), "<textarea id=401"));
   LHttpGet(port_, "/vehiclemileagedelete?id=1", session_);
   LHttpGet(port_, "/vehicledelete?id=Clio", session_);
   EXPECT_EQ(LRunKontavo({"mileage", "list"}).out, "1\t2024-03-01\tClio\t40\t\t\t\t\t\n");

@@ -87,7 +87,8 @@ try {
   // The allowance of last year: 8,000 km of a 5 CV, (8 000 × 0,357) + 1 395.
   await page.click('a:has-text("Indemnités kilométriques")');
   await page.waitForURL(/mileagereports/);
-  await page.selectOption('[id="201"]', 'pfy');
+  assert.equal(await page.inputValue('[id="201"]'), 'y');  // the calendar year, as the scale counts
+  await page.selectOption('[id="201"]', 'py');
   await page.waitForFunction((y) => document.getElementById('202').value === `${y}-01-01`, last);
   await page.waitForFunction(() => /Le rapport compte \d+ lignes/.test(document.getElementById('itemcount').textContent));
   await snap(page, 'chooser');
