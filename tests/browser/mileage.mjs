@@ -84,6 +84,15 @@ try {
   assert.equal(await page.locator('#totalkm').innerText(), '8000');
   await snap(page, 'log');
 
+  // The scales in force, a table a year, with the form for a new year's.
+  await page.click('a:has-text("Véhicules")');
+  await page.waitForURL(/vehiclelist$/);
+  await page.click('a[href="mileagescale"]');
+  await page.waitForURL(/mileagescale$/);
+  assert.match(await page.locator('#scale2024').innerText(), /voiture 5 CV\s+jusqu'à 5000 km : d × 0,636/);
+  await snap(page, 'scales');
+  await page.goto(base + 'vehiclemileagelist?vehicle=Clio');
+
   // The allowance of last year: 8,000 km of a 5 CV, (8 000 × 0,357) + 1 395.
   await page.click('a:has-text("Indemnités kilométriques")');
   await page.waitForURL(/mileagereports/);
