@@ -89,9 +89,10 @@ bool LMileageReport(LProfile& profile, std::string_view vehicle, const LDate& fr
   std::vector<std::string> keys;
   if (!vehicle.empty()) keys.emplace_back(vehicle);
   else
-    for (const auto& [key, own] : trips)
-      if (std::any_of(own.begin(), own.end(), [&](const LVehicleMileage& trip) { return !(trip.date < from) && !(to < trip.date); }))
-        keys.push_back(key);
+    for (const auto& [key, own] : trips) {
+      auto inPeriod = [&](const LVehicleMileage& trip) { return !(trip.date < from) && !(to < trip.date); };
+      if (std::any_of(own.begin(), own.end(), inPeriod)) keys.push_back(key);
+    }
   LReportTable built;
   built.title = "Indemnités kilométriques";
   built.subtitle = "Du " + from.ToText() + " au " + to.ToText();
