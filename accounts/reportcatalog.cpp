@@ -3,6 +3,8 @@
 // of the end date (profit and loss, cash flow) or to everything up to it (trial balance); the end
 // date defaults to the request's date.
 #include <algorithm>
+#include <cmath>
+#include <cstdlib>
 
 #include "accounts/accounts.h"
 #include "accounts/accounttotaller.h"
@@ -231,6 +233,15 @@ constexpr LReportEntry kReports[] = {
 };
 
 }  // namespace
+
+bool LReportParseFactor(std::string_view text, double& factor) {
+  std::string number(text);
+  if (number.empty() || number.find_first_not_of("0123456789.,-") != std::string::npos) return false;
+  if (std::size_t comma = number.find(','); comma != std::string::npos) number[comma] = '.';
+  char* end = nullptr;
+  factor = std::strtod(number.c_str(), &end);
+  return *end == '\0' && std::isfinite(factor);
+}
 
 std::span<const LReportEntry> LReportEntries() { return kReports; }
 

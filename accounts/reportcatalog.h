@@ -67,6 +67,10 @@ struct LReportEntry {
   std::string_view subjectLabel = {};  // and the label of that choice ("Budget :")
 };
 
+// A consolidation factor as typed: a finite decimal number with "." or "," before its decimals
+// ("0.5", "1,25", "2"); false for anything else.
+[[nodiscard]] bool LReportParseFactor(std::string_view text, double& factor);
+
 // Every report, grouped: the entries of one group follow each other.
 std::span<const LReportEntry> LReportEntries();
 // The report of that name; null when none.

@@ -5,7 +5,8 @@
 // the report's lines follows the choices (getreportitemcount). OK shows the report
 // (generatereport) with the chosen values in its address. The chooser of a customer's statement
 // (customstatement) is the period chooser with exactly one customer; its OK goes to
-// generateStatement. The chooser of a budget report (budgetreports) asks the budget, whose
+// generateStatement. A consolidated report's businesses ("cons") pass through the chooser to
+// generateconsreport. The chooser of a budget report (budgetreports) asks the budget, whose
 // fiscal year fills the period (cbudselchange).
 #include <initializer_list>
 #include <set>
@@ -139,6 +140,11 @@ bool ReadChosen(LWebletForm& form, const LReportEntry& entry, Layout layout, LRe
       return false;
     }
   }
+  // A consolidated report carries its businesses through the chooser.
+  if ((entry.asks & kReportConsolidates) && !WLReportBusinessesFromQuery(form, request.businesses, error)) {
+    errorId = kPeriodChoice;
+    return false;
+  }
   return true;
 }
 
@@ -213,6 +219,10 @@ class LWebReportChooserDialog : public LWebDialogEx {
     }
     AddHiddenField("report", entry_->name);
     AddHiddenField("chooser", GetRouteName());
+    if (std::string businesses = form_.GetParam("cons"); !businesses.empty() && (entry_->asks & kReportConsolidates)) {
+      AddHiddenField("cons", businesses);
+      AddStatic("Rapport consolidé des entreprises choisies.");
+    }
     LProfile profile(WLSessionBusinessFolder(form_));
     if ((entry_->asks & kReportAsksSubject) && entry_->subjects != nullptr) {
       std::vector<std::string> subjects = entry_->subjects(profile);
@@ -267,8 +277,10 @@ class LWebReportChooserDialog : public LWebDialogEx {
       PopupControlDataInvalid(errorId, error);
       return false;
     }
-    Redirect(std::string((entry_->asks & kReportAsksOneCustomer) ? "generateStatement?" : "generatereport?") +
-             WLReportQuery(*entry_, request));
+    const char* route = (entry_->asks & kReportAsksOneCustomer) ? "generateStatement?"
+                        : request.businesses.empty()             ? "generatereport?"
+                                                                 : "generateconsreport?";
+    Redirect(route + WLReportQuery(*entry_, request));
     SetAnswerWritten();
     return true;
   }
