@@ -65,6 +65,8 @@ struct LReportEntry {
   std::string_view chooser = {};     // the web route that asks for it, when it has its own
   LReportSubjects subjects = nullptr;  // with kReportAsksSubject: what may be chosen
   std::string_view subjectLabel = {};  // and the label of that choice ("Budget :")
+  std::string_view subjectAll = {};    // when the subject may be left out: what that choice reads
+                                       // ("Tous les véhicules"); empty: a subject is required
 };
 
 // A consolidation factor as typed: a finite decimal number with "." or "," before its decimals

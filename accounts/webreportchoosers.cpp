@@ -7,7 +7,8 @@
 // (customstatement) is the period chooser with exactly one customer; its OK goes to
 // generateStatement. A consolidated report's businesses ("cons") pass through the chooser to
 // generateconsreport. The chooser of a budget report (budgetreports) asks the budget, whose
-// fiscal year fills the period (cbudselchange).
+// fiscal year fills the period (cbudselchange); that of the mileage report (mileagereports) asks a
+// vehicle or every vehicle.
 #include <initializer_list>
 #include <set>
 #include <string>
@@ -49,11 +50,14 @@ constexpr int kFromDate = 232;
 constexpr char kStatementRoute[] = "customstatement";
 // The chooser of a budget report: one period and a budget, whose year fills the period.
 constexpr char kBudgetRoute[] = "budgetreports";
+// The chooser of the mileage report: one period and a vehicle (or every vehicle).
+constexpr char kMileageRoute[] = "mileagereports";
 
 // The report a chooser route is for: its own, or the request's.
 const LReportEntry* EntryOf(LWebletForm& form, std::string_view route) {
   if (route == kStatementRoute) return LReportFind("statement");
   if (route == kBudgetRoute) return LReportFind("budget");
+  if (route == kMileageRoute) return LReportFind("mileage");
   return WLReportEntryOf(form);
 }
 
@@ -126,7 +130,7 @@ bool ReadChosen(LWebletForm& form, const LReportEntry& entry, Layout layout, LRe
   }
   if (entry.asks & kReportAsksSubject) {
     request.subject = Param(form, kSubject);
-    if (request.subject.empty()) {
+    if (request.subject.empty() && entry.subjectAll.empty()) {
       errorId = kSubject;
       error = "Faites un choix dans la liste.";
       return false;
@@ -191,7 +195,8 @@ class LWebReportChooserDialog : public LWebDialogEx {
       }
       SetText(choiceId, given ? std::string_view("custom") : fallback);
     };
-    prefill(kPeriodChoice, {{kFrom, "from"}, {kTo, "to"}}, "fy");
+    // The kilometric scale is by calendar year: the mileage report's period is one by default.
+    prefill(kPeriodChoice, {{kFrom, "from"}, {kTo, "to"}}, GetRouteName() == kMileageRoute ? "y" : "fy");
     prefill(kCompareChoice, {{kCompareFrom, "cfrom"}, {kCompareTo, "cto"}}, "pfy");
     prefill(kDateChoice, {{kDate, layout_ == Layout::kDateWithFrom ? "to" : "date"}}, "today");
     prefill(kFromChoice, {{kFromDate, "from"}}, "beginning");
@@ -225,9 +230,11 @@ class LWebReportChooserDialog : public LWebDialogEx {
     }
     LProfile profile(WLSessionBusinessFolder(form_));
     if ((entry_->asks & kReportAsksSubject) && entry_->subjects != nullptr) {
-      std::vector<std::string> subjects = entry_->subjects(profile);
-      subjects.insert(subjects.begin(), "");
-      AddPullDownList(kSubject, entry_->subjectLabel, subjects, subjects, false, {});
+      std::vector<std::string> values = entry_->subjects(profile);
+      values.insert(values.begin(), "");
+      std::vector<std::string> texts = values;
+      texts.front() = entry_->subjectAll;
+      AddPullDownList(kSubject, entry_->subjectLabel, texts, values, false, {});
       if (entry_->chooser == kBudgetRoute)
         AddJScript(LWebFormat("LAddEventListener(document.getElementById('%d'), 'change', function() "
                               "{ReportChoice('cbudselchange', %d);});\n",
@@ -446,6 +453,7 @@ const LWebletRoute kChooserRoutes[] = {
     {kDateWithFromRoute, WLRunChooser<kDateWithFromRoute>},
     {kStatementRoute, WLRunChooser<kStatementRoute>},
     {kBudgetRoute, WLRunChooser<kBudgetRoute>},
+    {kMileageRoute, WLRunChooser<kMileageRoute>},
     {"cbudselchange", VWAJAXBudgetChange},
     {"cbrpselchange", VWAJAXPeriodChange},
     {"cbrpselchangeforcustomers", VWAJAXPeriodChangeForCustomers},

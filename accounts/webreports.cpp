@@ -9,6 +9,7 @@
 #include "accounts/reportperiods.h"
 #include "accounts/webbudgets.h"
 #include "accounts/webpagemainex.h"
+#include "accounts/webvehicles.h"
 #include "invoice/shared/customerstatementreport.h"
 #include "invoice/shared/formparts.h"
 #include "invoice/shared/options.h"
@@ -192,7 +193,6 @@ struct LReportCentreLink {
 };
 constexpr LReportCentreLink kCentreLinks[] = {
     {"budgetlist", "Budgets", "Budgets"},
-    {"mileagereports", "Kilométrage", "Indemnités kilométriques"},
     {"vehiclelist", "Kilométrage", "Véhicules et trajets"},
     {"vatreturn", "TVA", "Déclaration de TVA (HMRC au Royaume-Uni, CA3 en France)", true},
     {"consolreport", "Rapports consolidés", "Rapport consolidé de plusieurs entreprises"},
@@ -432,4 +432,5 @@ void LAccountsInstallReportPages() {
   LAccountsInstallReportChoosers();
   LAccountsInstallConsolidationPages();
   LAccountsInstallBudgetPages();
+  LAccountsInstallVehiclePages();
 }

@@ -27,6 +27,7 @@
 //   generatelog           ?customer=KEY: the statements issued to the customer
 //   budgetreports         chooser of a budget report (the budget, its period); cbudselchange puts
 //                         the chosen budget's fiscal year into the dates
+//   mileagereports        chooser of the mileage report (a vehicle or every vehicle, the period)
 //   getreportitemcount    AJAX of the choosers: how many lines the chosen report has
 //   cbrpselchange, cbrpselchangeforcustomers, cbdtselchange, cbdtfselchange
 //                         AJAX of the choosers' pull-down lists: the dates of the chosen period,

@@ -76,6 +76,10 @@ class WebReportsTest : public LWebServerTest {
     Run({"creditnote", "new", "--customer", "C2", "--date", "2025-07-10", "--untaxed", "--line", "|Remise|1|100|Aucun|"});
     Run({"payment", "add", "--customer", "C2", "--amount", "500", "--date", "2025-08-01", "--apply", "2=500",
          "--account", "Compte-chèque"});
+    // A vehicle's trips of both years: the mileage report has figures too.
+    Run({"vehicle", "add", "Clio", "FiscalHorsepower=5"});
+    Run({"mileage", "add", "Clio", "--date", "2024-06-01", "--km", "420", "--purpose", "Salon"});
+    Run({"mileage", "add", "Clio", "--date", "2025-03-02", "--km", "180", "--origin", "Lyon", "--destination", "Paris"});
     session_ = Logon();
     ASSERT_FALSE(session_.empty());
   }
