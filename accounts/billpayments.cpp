@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "accounts/accounts.h"
+#include "accounts/audittrail.h"
 #include "accounts/bills.h"
 #include "accounts/ledger.h"
 #include "accounts/ledgerdelete.h"
@@ -161,6 +162,22 @@ bool LBillPaymentRecordTransactions(LProfile& profile, LBillPayment& payment, st
   return recorded;
 }
 
+namespace {
+
+// The trail's entry of an edit, written before the payment changes: its new date and amount.
+bool AuditEdit(const LProfile& profile, std::string_view key, const LBillPayment& payment,
+               const LBillPaymentRequest& request, std::string& error) {
+  LRecord edited;
+  edited.CopyRecord(payment);
+  edited.SetString("Date", request.date);
+  edited.SetInt64("Amount", request.amount);
+  if (LAuditAppendDocument(profile, kAuditEdit, kBillPaymentTitle, key, edited)) return true;
+  error = kAuditNotWrittenMessage;
+  return false;
+}
+
+}  // namespace
+
 bool LBillPaymentCreate(LProfile& profile, const LBillPaymentRequest& request, std::string& reference,
                         std::string& error) {
   LLedgerLock lock(profile);
@@ -185,6 +202,12 @@ bool LBillPaymentCreate(LProfile& profile, const LBillPaymentRequest& request, s
     return false;
   }
   std::string key = payment.GetPrimaryKey();
+  if (!LAuditAppendDocument(profile, kAuditRecord, kBillPaymentTitle, key, payment)) {
+    payment.DetachWithoutSave();
+    (void)payments.Delete(key);  // nothing else was written yet
+    error = kAuditNotWrittenMessage;
+    return false;
+  }
   if (!LBillPaymentRecordTransactions(profile, payment, LGetPostingUserName()) || !payment.Flush()) {
     std::string date = payment.GetString("Date"), posted = payment.GetString("JournalTxnRef");
     payment.DetachWithoutSave();
@@ -208,6 +231,7 @@ bool LBillPaymentEdit(LProfile& profile, std::string_view key, const LBillPaymen
     payment.DetachWithoutSave();
     return false;
   }
+  if (!AuditEdit(profile, key, payment, request, error)) return false;
   std::vector<LAppliedAmount> held = Applications(payment);
   std::string oldSupplier = payment.GetString("Supplier"), oldDate = payment.GetString("Date");
   std::string reference = payment.GetString("JournalTxnRef");
@@ -282,6 +306,10 @@ bool LBillPaymentDelete(LProfile& profile, std::string_view key, std::string& er
   LFileStoreListBase payments = profile.List(kBillPaymentsList);
   LBillPayment payment;
   if (!OpenPayment(profile, key, payment, error)) return false;
+  if (!LAuditAppendDocument(profile, kAuditDeleteDocument, kBillPaymentTitle, key, payment)) {
+    error = kAuditNotWrittenMessage;
+    return false;
+  }
   std::string date = payment.GetString("Date"), reference = payment.GetString("JournalTxnRef");
   std::string voidDate = payment.GetString("VoidDate"), voidReference = payment.GetString("VoidTxnRef");
   std::string supplier = payment.GetString("Supplier");
