@@ -102,6 +102,9 @@ TEST_F(ChequeCliTest, ChequeToASupplierPaysChosenBillsAndVoidingItGivesThemBack)
   EXPECT_EQ(field("Bills", "PRC10001", "AmountPaid"), "2000\n");
   EXPECT_EQ(field("Suppliers", "S1", "Balance"), "18000\n");
   LExpectSuccess({"check"});
+  // The voiding is in the audit trail, whose chain holds.
+  EXPECT_NE(LReadFile(home_.Path() + "/Shared/AuditTrail.log").find("Action=edit&"), std::string::npos);
+  LExpectSuccess({"audit", "verify"});
 }
 
 }  // namespace
