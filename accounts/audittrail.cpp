@@ -14,6 +14,7 @@
 #include "llib/gen/file.h"
 #include "llib/gen/filelock.h"
 #include "llib/gen/hashtable.h"
+#include "llib/gen/hextext.h"
 #include "llib/gen/log.h"
 #include "llib/gen/percent.h"
 #include "llib/gen/record.h"
@@ -92,13 +93,7 @@ std::string_view RawField(std::string_view line, std::string_view name) {
 std::string LAuditHash(std::string_view text) {
   unsigned char digest[SHA256_DIGEST_LENGTH];
   ::SHA256(reinterpret_cast<const unsigned char*>(text.data()), text.size(), digest);
-  static constexpr char kHex[] = "0123456789abcdef";
-  std::string hex(2 * SHA256_DIGEST_LENGTH, '0');
-  for (std::size_t i = 0; i < SHA256_DIGEST_LENGTH; ++i) {
-    hex[2 * i] = kHex[digest[i] >> 4];
-    hex[2 * i + 1] = kHex[digest[i] & 0x0F];
-  }
-  return hex;
+  return LHexText(std::string_view(reinterpret_cast<const char*>(digest), sizeof digest));
 }
 
 bool LAuditAppend(const LProfile& profile, const LAuditEvent& event) {

@@ -131,16 +131,8 @@ bool LBillImportPost(LProfile& profile, LBillImport& plan, std::string_view user
   bill.SetString("SupplierInvoiceNumber", plan.invoiceNumber);
   for (const auto& [account, amount] : plan.lines) bill.AddItemLine(account, amount, "");
   for (const auto& [number, amount] : plan.taxes) bill.SetInt64("TaxAmount" + std::to_string(number), amount);
-  bill.SetInt64("Total", plan.total);
-  if (!LBillRecordTransactions(profile, bill, userName)) {
+  if (!LBillSave(profile, bill, userName)) {
     if (error != nullptr) *error = "Impossible d'écrire la facture fournisseur dans le grand livre.";
-    return false;
-  }
-  LBill stored;
-  profile.List(kBillsList).OpenAlways(stored, bill.GetPrimaryKey());
-  stored.CopyRecord(bill);
-  if (!stored.Flush()) {
-    if (error != nullptr) *error = "Impossible d'enregistrer la facture fournisseur.";
     return false;
   }
   reference = bill.GetPrimaryKey();

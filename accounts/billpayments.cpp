@@ -1,13 +1,116 @@
 #include "accounts/billpayments.h"
 
+#include <algorithm>
+
 #include "accounts/accounts.h"
 #include "accounts/bills.h"
 #include "accounts/ledger.h"
 #include "accounts/ledgerdelete.h"
 #include "accounts/ledgerlock.h"
 #include "accounts/references.h"
+#include "accounts/suppliers.h"
 #include "invoice/shared/profile.h"
+#include "invoice/shared/salesdocument.h"
+#include "llib/gen/filestore.h"
+#include "llib/gen/money.h"
 #include "llib/gen/system.h"
+
+namespace {
+
+std::vector<LAppliedAmount> Applications(const LRecord& payment) {
+  return LReadAppliedAmounts(payment, kBillPaymentKeysField, kBillPaymentAmountsField);
+}
+void WriteApplications(LRecord& payment, const std::vector<LAppliedAmount>& entries) {
+  LWriteAppliedAmounts(payment, entries, kBillPaymentKeysField, kBillPaymentAmountsField);
+}
+
+// One entry per bill (amounts of a bill named twice added up), empty amounts left out.
+std::vector<LAppliedAmount> Merged(const std::vector<LAppliedAmount>& entries) {
+  std::vector<LAppliedAmount> merged;
+  for (const LAppliedAmount& entry : entries) {
+    auto same = std::find_if(merged.begin(), merged.end(), [&](const auto& m) { return m.invoice == entry.invoice; });
+    if (same != merged.end()) same->amount += entry.amount;
+    else merged.push_back(entry);
+  }
+  std::erase_if(merged, [](const LAppliedAmount& entry) { return entry.amount == 0; });
+  return merged;
+}
+
+// Moves the bill's "AmountPaid" by delta cents.
+void MovePaid(LProfile& profile, std::string_view bill, long long delta) {
+  LBill record;
+  if (delta == 0 || !profile.List(kBillsList).Open(record, bill)) return;
+  record.SetInt64("AmountPaid", record.GetInt64("AmountPaid", 0) + delta);
+  (void)record.Flush();  // a figure that could not be saved is found again by `kontavo check`
+}
+
+// The amounts of a payment of supplier, amount cents, applied to bills; held: what the payment
+// held before, which its bills may take again.
+bool CheckApplications(LProfile& profile, std::string_view supplier, long long amount,
+                       const std::vector<LAppliedAmount>& entries, const std::vector<LAppliedAmount>& held,
+                       std::string& error) {
+  const LCurrencyFormat& money = profile.GetCurrencyFormat();
+  long long sum = 0;
+  for (const LAppliedAmount& entry : entries) {
+    LBill bill;
+    if (!profile.List(kBillsList).Open(bill, entry.invoice)) {
+      error = "La facture fournisseur « " + entry.invoice + " » n'existe pas.";
+      return false;
+    }
+    if (bill.GetString("Supplier") != supplier) {
+      error = "La facture " + entry.invoice + " n'est pas une facture du fournisseur « " + std::string(supplier) + " ».";
+      return false;
+    }
+    long long room = bill.GetInt64("Total", 0) - bill.GetInt64("AmountPaid", 0) + LAppliedAmountOf(held, entry.invoice);
+    if (entry.amount < 0 || entry.amount > room) {
+      error = "Le montant appliqué à la facture " + entry.invoice + " doit être compris entre 0 et ce qu'elle doit encore (" +
+              LFormatMoney(room, money) + ").";
+      return false;
+    }
+    sum += entry.amount;
+  }
+  if (sum > amount) {
+    error = "Le total appliqué aux factures (" + LFormatMoney(sum, money) + ") dépasse le montant du règlement (" +
+            LFormatMoney(amount, money) + ").";
+    return false;
+  }
+  return true;
+}
+
+// amount cents over the supplier's open bills, first due first.
+std::vector<LAppliedAmount> Spread(LProfile& profile, std::string_view supplier, long long amount) {
+  std::vector<LAppliedAmount> entries;
+  for (const LOpenBill& bill : LOpenBills(profile, supplier)) {
+    if (amount <= 0) break;
+    long long applied = std::min(amount, bill.Outstanding());
+    entries.push_back({bill.key, applied});
+    amount -= applied;
+  }
+  return entries;
+}
+
+void MovePaidAll(LProfile& profile, const std::vector<LAppliedAmount>& entries, int sign) {
+  for (const LAppliedAmount& entry : entries) MovePaid(profile, entry.invoice, sign * entry.amount);
+}
+
+// The payments of the list in their order of entry (by number), the latest last.
+std::vector<std::string> PaymentKeysInOrder(LProfile& profile) {
+  std::vector<std::string> keys;
+  LRecord payment;
+  for (LFileStoreIteratorBase it(profile.List(kBillPaymentsList), payment); payment.IsAttached(); it.Next(payment))
+    keys.push_back(payment.GetPrimaryKey());
+  std::sort(keys.begin(), keys.end(), [](const std::string& a, const std::string& b) { return LDocumentKeyLess(a, b); });
+  return keys;
+}
+
+// Opens the stored payment key; false with the refusal in error.
+bool OpenPayment(LProfile& profile, std::string_view key, LBillPayment& payment, std::string& error) {
+  if (!key.empty() && profile.List(kBillPaymentsList).Open(payment, key)) return true;
+  error = "Le règlement « " + std::string(key) + " » n'existe pas.";
+  return false;
+}
+
+}  // namespace
 
 bool LBillPaymentRecordTransactions(LProfile& profile, LBillPayment& payment, std::string_view userName) {
   std::string reference = payment.GetString("JournalTxnRef");
@@ -33,20 +136,12 @@ bool LBillPaymentRecordTransactions(LProfile& profile, LBillPayment& payment, st
   return recorded;
 }
 
-bool LBillPaymentDeleteForLedger(LProfile& profile, std::string_view document, std::string_view reference) {
-  LFileStoreListBase payments = profile.List(kBillPaymentsList);
-  LBillPayment payment;
-  if (!payments.Open(payment, document) || payment.GetString("JournalTxnRef") != reference) return false;
-  std::string date = payment.GetString("Date");
-  payment.DetachWithoutSave();
-  LLedgerLock lock(profile);
-  // A posting already gone from the ledger leaves nothing to take out: the document goes all the same.
-  (void)LAccountTransactionDelete(profile, date, reference);
-  return payments.Delete(document);
-}
-
 bool LBillPaymentCreate(LProfile& profile, const LBillPaymentRequest& request, std::string& reference,
                         std::string& error) {
+  LLedgerLock lock(profile);
+  std::vector<LAppliedAmount> entries =
+      request.autoApply ? Spread(profile, request.supplier, request.amount) : Merged(request.applications);
+  if (!CheckApplications(profile, request.supplier, request.amount, entries, {}, error)) return false;
   LFileStoreListBase payments = profile.List(kBillPaymentsList);
   LBillPayment payment;
   payments.CreateNewRecord(payment);
@@ -56,6 +151,7 @@ bool LBillPaymentCreate(LProfile& profile, const LBillPaymentRequest& request, s
   payment.SetString("Notes", request.notes);
   if (!request.payingAccount.empty()) payment.SetString("DepositAccount", request.payingAccount);
   if (!request.method.empty()) payment.SetString("BillPaymentMethod", request.method);
+  WriteApplications(payment, entries);
   // The payment's key is its identifier in the ledger: it is taken before posting.
   if (!payment.Flush()) {
     payment.DetachWithoutSave();
@@ -71,6 +167,143 @@ bool LBillPaymentCreate(LProfile& profile, const LBillPaymentRequest& request, s
     error = kLedgerNotWrittenMessage;
     return false;
   }
+  MovePaidAll(profile, entries, +1);
+  LSupplierChangeBalance(profile, request.supplier, -request.amount);
   reference = payment.GetString("JournalTxnRef");
   return true;
+}
+
+bool LBillPaymentEdit(LProfile& profile, std::string_view key, const LBillPaymentRequest& request,
+                      std::string& error) {
+  LLedgerLock lock(profile);
+  LBillPayment payment;
+  if (!OpenPayment(profile, key, payment, error)) return false;
+  std::vector<LAppliedAmount> held = Applications(payment);
+  std::string oldSupplier = payment.GetString("Supplier"), oldDate = payment.GetString("Date");
+  std::string reference = payment.GetString("JournalTxnRef");
+  long long oldAmount = payment.GetInt64("Amount", 0);
+  // What the payment held is let go first, so that spreading it again sees the bills as they
+  // would be without it.
+  MovePaidAll(profile, held, -1);
+  std::vector<LAppliedAmount> entries =
+      request.autoApply ? Spread(profile, request.supplier, request.amount) : Merged(request.applications);
+  if (!CheckApplications(profile, request.supplier, request.amount, entries, {}, error)) {
+    MovePaidAll(profile, held, +1);
+    payment.DetachWithoutSave();
+    return false;
+  }
+  LLedgerTransaction previous;
+  bool hadPosting = !reference.empty() && LLedgerTransactionLoad(profile, previous, oldDate, reference) &&
+                    LAccountTransactionDelete(profile, oldDate, reference);
+  payment.SetString("Supplier", request.supplier);
+  payment.SetInt64("Amount", request.amount);
+  payment.SetString("Date", request.date);
+  payment.SetString("Notes", request.notes);
+  if (request.payingAccount.empty()) payment.DeleteField("DepositAccount");
+  else payment.SetString("DepositAccount", request.payingAccount);
+  if (request.method.empty()) payment.DeleteField("BillPaymentMethod");
+  else payment.SetString("BillPaymentMethod", request.method);
+  WriteApplications(payment, entries);
+  if (!LBillPaymentRecordTransactions(profile, payment, LGetPostingUserName()) || !payment.Flush()) {
+    std::string date = payment.GetString("Date");
+    payment.DetachWithoutSave();
+    (void)LAccountTransactionDelete(profile, date, reference);  // nothing to take out when the posting failed
+    if (hadPosting) (void)LAccountTransactionRecord(profile, previous);
+    MovePaidAll(profile, held, +1);
+    error = kLedgerNotWrittenMessage;
+    return false;
+  }
+  MovePaidAll(profile, entries, +1);
+  LSupplierChangeBalance(profile, oldSupplier, oldAmount);
+  LSupplierChangeBalance(profile, request.supplier, -request.amount);
+  return true;
+}
+
+bool LBillPaymentApply(LProfile& profile, std::string_view key, std::string_view bill, long long amount,
+                       std::string& error) {
+  LLedgerLock lock(profile);
+  LBillPayment payment;
+  if (!OpenPayment(profile, key, payment, error)) return false;
+  std::vector<LAppliedAmount> held = Applications(payment);
+  std::vector<LAppliedAmount> entries = held;
+  std::erase_if(entries, [&](const LAppliedAmount& entry) { return entry.invoice == bill; });
+  entries.push_back({std::string(bill), amount});
+  if (!CheckApplications(profile, payment.GetString("Supplier"), payment.GetInt64("Amount", 0), entries, held, error)) {
+    payment.DetachWithoutSave();
+    return false;
+  }
+  WriteApplications(payment, Merged(entries));
+  if (!payment.Flush()) {
+    error = "Impossible d'enregistrer le règlement « " + std::string(key) + " ».";
+    return false;
+  }
+  MovePaid(profile, bill, amount - LAppliedAmountOf(held, bill));
+  return true;
+}
+
+bool LBillPaymentDelete(LProfile& profile, std::string_view key, std::string& error) {
+  LLedgerLock lock(profile);
+  LFileStoreListBase payments = profile.List(kBillPaymentsList);
+  LBillPayment payment;
+  if (!OpenPayment(profile, key, payment, error)) return false;
+  std::string date = payment.GetString("Date"), reference = payment.GetString("JournalTxnRef");
+  std::string supplier = payment.GetString("Supplier");
+  long long amount = payment.GetInt64("Amount", 0);
+  std::vector<LAppliedAmount> held = Applications(payment);
+  payment.DetachWithoutSave();
+  if (!payments.Delete(key)) {
+    error = "Impossible de supprimer le règlement « " + std::string(key) + " ».";
+    return false;
+  }
+  // A posting already gone from the ledger leaves nothing to take out: the document goes all the same.
+  if (!reference.empty()) (void)LAccountTransactionDelete(profile, date, reference);
+  MovePaidAll(profile, held, -1);
+  LSupplierChangeBalance(profile, supplier, amount);
+  return true;
+}
+
+bool LBillPaymentDeleteForLedger(LProfile& profile, std::string_view document, std::string_view reference) {
+  LBillPayment payment;
+  if (!profile.List(kBillPaymentsList).Open(payment, document)) return false;
+  bool matches = payment.GetString("JournalTxnRef") == reference;
+  payment.DetachWithoutSave();
+  std::string error;
+  return matches && LBillPaymentDelete(profile, document, error);
+}
+
+long long LBillPaymentUnapplied(const LRecord& payment) {
+  long long applied = 0;
+  for (const LAppliedAmount& entry : Applications(payment)) applied += entry.amount;
+  return payment.GetInt64("Amount", 0) - applied;
+}
+
+void LBillPaymentsLetGo(LProfile& profile, std::string_view bill) {
+  LRecord payment;
+  for (LFileStoreIteratorBase it(profile.List(kBillPaymentsList), payment); payment.IsAttached(); it.Next(payment)) {
+    std::vector<LAppliedAmount> entries = Applications(payment);
+    if (std::erase_if(entries, [&](const LAppliedAmount& entry) { return entry.invoice == bill; }) > 0)
+      WriteApplications(payment, entries);  // saved as the iterator moves on
+  }
+}
+
+void LBillGiveBackExcess(LProfile& profile, std::string_view bill) {
+  LBill record;
+  if (!profile.List(kBillsList).Open(record, bill)) return;
+  long long excess = record.GetInt64("AmountPaid", 0) - record.GetInt64("Total", 0);
+  record.DetachWithoutSave();
+  std::vector<std::string> keys = PaymentKeysInOrder(profile);
+  for (auto key = keys.rbegin(); key != keys.rend() && excess > 0; ++key) {
+    LRecord payment;
+    if (!profile.List(kBillPaymentsList).Open(payment, *key)) continue;
+    std::vector<LAppliedAmount> entries = Applications(payment);
+    for (LAppliedAmount& entry : entries) {
+      if (entry.invoice != bill || entry.amount <= 0) continue;
+      long long taken = std::min(entry.amount, excess);
+      entry.amount -= taken;
+      excess -= taken;
+      MovePaid(profile, bill, -taken);
+    }
+    WriteApplications(payment, Merged(entries));
+    (void)payment.Flush();  // a list that could not be saved is found again by `kontavo check`
+  }
 }

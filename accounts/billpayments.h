@@ -6,17 +6,27 @@
 // (the paying account's description, default "Compte-chèque"), "BillPaymentMethod". Unlike a
 // bill, which stores its payable account as a number, a bill payment names its paying account
 // by description.
+//
+// A payment settles bills of its supplier: "BillNumber" and "BillAmounts" are parallel
+// comma-separated lists of the bills' references and the cents applied to each, and every bill
+// caches the sum applied to it as "AmountPaid". The supplier's "Balance" falls by the payment's
+// "Amount" whether it is applied or not (suppliers.h). Every change of a payment, its postings,
+// its applications and the balances it moves happens under the ledger lock.
 #pragma once
 
 #include <string>
 #include <string_view>
+#include <vector>
 
+#include "invoice/shared/payment.h"
 #include "llib/gen/record.h"
 
 class LProfile;
 
 inline constexpr std::string_view kBillPaymentsList = "BillPayments";
 inline constexpr std::string_view kDefaultPaymentAccount = "Compte-chèque";
+inline constexpr std::string_view kBillPaymentKeysField = "BillNumber";
+inline constexpr std::string_view kBillPaymentAmountsField = "BillAmounts";
 
 class LBillPayment : public LRecord {};
 
@@ -27,15 +37,46 @@ struct LBillPaymentRequest {
   std::string payingAccount;  // description of the paying account; empty: "Compte-chèque"
   std::string notes;          // empty: "Paiements; " and the supplier
   std::string method;         // "BillPaymentMethod"; empty: none stored
+  std::vector<LAppliedAmount> applications = {};  // bills settled (reference, cents), in order
+  bool autoApply = false;     // instead: spread over the supplier's open bills, first due first
 };
 
 // What saving a new bill payment does, from the command line, the bank statements and the web:
 // the payment is saved under the first free number of "BillPayments" (its key is its identifier
 // in the ledger, so it is taken before posting), posted, and saved again with its reference;
-// reference receives it. false with the French message in error when the record could not be
-// made or the ledger written: no payment and no posting are left behind then.
+// reference receives it; its applications are made and the supplier's balance falls by the
+// amount. false with the French message in error when an application is refused (a bill that is
+// not the supplier's, more than the bill still owes, more in all than the payment), or the record
+// could not be made or the ledger written: no payment and no posting are left behind then.
 [[nodiscard]] bool LBillPaymentCreate(LProfile& profile, const LBillPaymentRequest& request, std::string& reference,
                                       std::string& error);
+
+// Changes the stored payment key to what request says (its key field aside): its applications
+// are replaced, its posting made again under the same reference, the balances moved by what
+// changed. false with the message in error; nothing is changed then.
+[[nodiscard]] bool LBillPaymentEdit(LProfile& profile, std::string_view key, const LBillPaymentRequest& request,
+                                    std::string& error);
+
+// Sets what the payment key holds for bill to amount (0: lets go of the bill), the bill's
+// "AmountPaid" following. Refused as LBillPaymentCreate refuses an application. false with the
+// message in error; nothing is changed then.
+[[nodiscard]] bool LBillPaymentApply(LProfile& profile, std::string_view key, std::string_view bill, long long amount,
+                                     std::string& error);
+
+// Deletes the payment key: its applications are undone, its posting leaves the ledger, its
+// amount goes back onto the supplier's balance. false with the message in error when there is no
+// such payment.
+[[nodiscard]] bool LBillPaymentDelete(LProfile& profile, std::string_view key, std::string& error);
+
+// The part of the payment that settles no bill, in cents.
+long long LBillPaymentUnapplied(const LRecord& payment);
+
+// What undoes a bill's applications when it goes: every payment lets go of bill (the bill's own
+// "AmountPaid" is left to its caller). Callers hold the ledger lock.
+void LBillPaymentsLetGo(LProfile& profile, std::string_view bill);
+// A bill whose "Total" fell below its "AmountPaid" gives the excess back, taken off the latest
+// payments first. Callers hold the ledger lock.
+void LBillGiveBackExcess(LProfile& profile, std::string_view bill);
 
 // Posts the payment (the record must already have its key). Reference: "JournalTxnRef" when set,
 // otherwise the next bill-payment number (taken at once). Without notes the description is

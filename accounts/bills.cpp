@@ -2,14 +2,18 @@
 
 #include <cmath>
 #include <cstdio>
+#include <vector>
 
 #include "accounts/accounts.h"
+#include "accounts/billpayments.h"
 #include "accounts/ledger.h"
 #include "accounts/ledgerdelete.h"
 #include "accounts/ledgerlock.h"
 #include "accounts/references.h"
+#include "accounts/suppliers.h"
 #include "invoice/shared/options.h"
 #include "invoice/shared/profile.h"
+#include "invoice/shared/stock.h"
 #include "llib/gen/money.h"
 
 namespace {
@@ -32,6 +36,33 @@ std::string SlotAccount(const LProfile& profile, int slot) {
   return number;
 }
 
+// The stock movement identifier of a bill: "Bills/PRC10000".
+std::string StockDocument(std::string_view key) { return std::string(kBillsList) + "/" + std::string(key); }
+
+std::vector<std::string> StockCodes(const LBill& bill) {
+  std::vector<std::string> codes;
+  if (!bill.MovesStock()) return codes;
+  for (int line = 1; line <= bill.GetItemCount(); ++line) codes.push_back(bill.GetString(ItemField(line, "Code")));
+  return codes;
+}
+
+// The goods of the bill come in on its date at their net unit cost; previousCodes are the items
+// its stored version moved.
+bool MoveStock(LProfile& profile, const LBill& bill, const std::vector<std::string>& previousCodes, std::string* error) {
+  std::vector<LStockLine> lines;
+  if (bill.MovesStock()) {
+    for (int line = 1; line <= bill.GetItemCount(); ++line) {
+      std::string code = bill.GetString(ItemField(line, "Code"));
+      double quantity = bill.GetFloat(ItemField(line, "Qty"), 1.0);
+      if (code.empty() || quantity == 0) continue;
+      lines.push_back({code, quantity, LStockMoveValue(1 / quantity, bill.GetItemAmount(profile, line))});
+    }
+  }
+  if (lines.empty() && previousCodes.empty()) return true;
+  return LStockReplaceDocumentMoves(profile, StockDocument(bill.GetPrimaryKey()), bill.GetString("Date").substr(0, 10),
+                                    lines, previousCodes, error);
+}
+
 }  // namespace
 
 // ---- The bill ---------------------------------------------------------------------------------
@@ -43,6 +74,7 @@ std::string LBill::GetAccount(const LProfile& profile) const {
 
 std::string LBill::GetItemAccount(int line) const { return GetString(ItemField(line, "Account")); }
 std::string LBill::GetItemTaxName(int line) const { return GetString(ItemField(line, "TaxName")); }
+bool LBill::MovesStock() const { return GetString("POrderNumber").empty(); }
 long long LBill::GetTaxAmount(int tax) const { return GetInt64(NumberedField("TaxAmount", tax), 0); }
 
 long long LBill::GetItemAmount(const LProfile& profile, int line) const {
@@ -124,17 +156,25 @@ long long LBillSumTotal(const LProfile& profile, const LBill& bill) {
   return total;
 }
 
-bool LBillSave(LProfile& profile, LBill& bill, std::string_view userName) {
+bool LBillSave(LProfile& profile, LBill& bill, std::string_view userName, std::string* stockError) {
   bill.SetInt64("Total", LBillSumTotal(profile, bill));
   LFileStoreListBase bills = profile.List(kBillsList);
   LLedgerLock lock(profile);
   // The posting a stored bill of that reference made, taken out first and put back on failure.
   std::string reference = bill.GetString("JournalTxnRef");
   LLedgerTransaction previous;
-  bool replacing = false;
-  if (LBill stored; !reference.empty() && bills.Open(stored, reference)) {
-    std::string previousDate = stored.GetString("Date");
-    stored.DetachWithoutSave();
+  bool replacing = false, stored = false;
+  std::string oldSupplier;
+  long long oldTotal = 0, paid = 0;
+  std::vector<std::string> oldCodes;
+  if (LBill old; !reference.empty() && bills.Open(old, reference)) {
+    stored = true;
+    std::string previousDate = old.GetString("Date");
+    oldSupplier = old.GetString("Supplier");
+    oldTotal = old.GetInt64("Total", 0);
+    paid = old.GetInt64("AmountPaid", 0);
+    oldCodes = StockCodes(old);
+    old.DetachWithoutSave();
     replacing = LLedgerTransactionLoad(profile, previous, previousDate, reference) &&
                 LAccountTransactionDelete(profile, previousDate, reference);
   }
@@ -143,24 +183,66 @@ bool LBillSave(LProfile& profile, LBill& bill, std::string_view userName) {
     (void)restore();  // a ledger that refused the new posting may refuse the old one: nothing more to do
     return false;
   }
-  LBill stored;
-  bills.OpenAlways(stored, bill.GetPrimaryKey());
-  stored.CopyRecord(bill);
-  if (stored.Flush()) return true;
-  stored.DetachWithoutSave();
-  (void)LAccountTransactionDelete(profile, bill.GetString("Date"), bill.GetPrimaryKey());
-  (void)restore();
-  return false;
+  // The payments applied to the bill stay with it, as long as it is still their supplier's.
+  bool keepsPayments = stored && oldSupplier == bill.GetString("Supplier");
+  bill.SetInt64("AmountPaid", keepsPayments ? paid : 0);
+  LBill record;
+  bills.OpenAlways(record, bill.GetPrimaryKey());
+  // Field by field, so that what the new bill no longer has (a line fewer, no due date) goes too.
+  std::vector<std::string> gone;
+  for (const auto& field : record.Fields())
+    if (!field.deleted && !bill.TestFieldExists(field.name)) gone.push_back(field.name);
+  for (const std::string& name : gone) record.DeleteField(name);
+  for (const auto& field : bill.Fields())
+    if (!field.deleted) record.SetString(field.name, field.text);
+  if (!record.Flush()) {
+    record.DetachWithoutSave();
+    (void)LAccountTransactionDelete(profile, bill.GetString("Date"), bill.GetPrimaryKey());
+    (void)restore();
+    return false;
+  }
+  if (stored && !keepsPayments) LBillPaymentsLetGo(profile, bill.GetPrimaryKey());
+  if (keepsPayments && paid > bill.GetInt64("Total", 0)) LBillGiveBackExcess(profile, bill.GetPrimaryKey());
+  LSupplierChangeBalance(profile, oldSupplier, -oldTotal);
+  LSupplierChangeBalance(profile, bill.GetString("Supplier"), bill.GetInt64("Total", 0));
+  std::string error;
+  if (!MoveStock(profile, bill, oldCodes, &error) && stockError != nullptr) *stockError = error;
+  return true;
+}
+
+bool LBillDelete(LProfile& profile, std::string_view key, std::string* error) {
+  LFileStoreListBase bills = profile.List(kBillsList);
+  LLedgerLock lock(profile);
+  LBill bill;
+  if (key.empty() || !bills.Open(bill, key)) {
+    if (error != nullptr) *error = "La facture fournisseur « " + std::string(key) + " » n'existe pas.";
+    return false;
+  }
+  std::string date = bill.GetString("Date"), reference = bill.GetString("JournalTxnRef");
+  std::string supplier = bill.GetString("Supplier");
+  long long total = bill.GetInt64("Total", 0);
+  std::vector<std::string> codes = StockCodes(bill);
+  bill.DetachWithoutSave();
+  if (!bills.Delete(key)) {
+    if (error != nullptr) *error = "Impossible de supprimer la facture fournisseur « " + std::string(key) + " ».";
+    return false;
+  }
+  // A posting already gone from the ledger leaves nothing to take out: the document goes all the same.
+  if (!reference.empty()) (void)LAccountTransactionDelete(profile, date, reference);
+  LBillPaymentsLetGo(profile, key);
+  LSupplierChangeBalance(profile, supplier, -total);
+  if (!codes.empty()) {
+    LBill gone;
+    gone.SetPrimaryKey(key);
+    (void)MoveStock(profile, gone, codes, error);  // an item that could not be written is named in *error
+  }
+  return true;
 }
 
 bool LBillDeleteForLedger(LProfile& profile, std::string_view document, std::string_view reference) {
-  LFileStoreListBase bills = profile.List(kBillsList);
   LBill bill;
-  if (!bills.Open(bill, document) || bill.GetString("JournalTxnRef") != reference) return false;
-  std::string date = bill.GetString("Date");
+  if (!profile.List(kBillsList).Open(bill, document)) return false;
+  bool matches = bill.GetString("JournalTxnRef") == reference;
   bill.DetachWithoutSave();
-  LLedgerLock lock(profile);
-  // A posting already gone from the ledger leaves nothing to take out: the document goes all the same.
-  (void)LAccountTransactionDelete(profile, date, reference);
-  return bills.Delete(document);
+  return matches && LBillDelete(profile, document, nullptr);
 }

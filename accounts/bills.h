@@ -7,6 +7,12 @@
 // "DepositAccount" (the payable account's number; empty: linked slot 7), "TaxAmount%d" (cents,
 // for each tax 1 to "TaxSystem" of the tax options), and the item lines "ItemCount",
 // "Item%dAccount", "Item%dQty", "Item%dUnitValue", "Item%dUnitValueDigits", "Item%dTaxName".
+//
+// What the purchase book adds: the supplier's "Balance" follows the bill's "Total" (suppliers.h);
+// "AmountPaid" (cents) is what bill payments settle of it (billpayments.h); "DueDate" when the
+// bill names its own; a line may name an item ("Item%dCode"), whose goods then come into stock on
+// the bill's date at the line's net unit cost, unless the bill was made from a purchase order
+// ("POrderNumber"), whose receipt already brought them in.
 #pragma once
 
 #include <string>
@@ -26,6 +32,8 @@ class LBill : public LRecord {
   int GetItemCount() const { return GetInt("ItemCount", 0); }
   std::string GetItemAccount(int line) const;
   std::string GetItemTaxName(int line) const;
+  // Its lines move stock: it was not made from a purchase order.
+  bool MovesStock() const;
   // Quantity times unit value, the unit value scaled from its own digits to the currency's,
   // rounded half up. line counts from 1.
   long long GetItemAmount(const LProfile& profile, int line) const;
@@ -66,11 +74,20 @@ long long LBillSumTotal(const LProfile& profile, const LBill& bill);
 // (LBillSumTotal), the bill posted (LBillRecordTransactions) and, once posted, stored in "Bills"
 // under its reference. A bill whose "JournalTxnRef" names a stored bill replaces it: the old
 // posting is deleted and the new one recorded under one hold of the ledger lock, so nobody sees
-// the bill posted twice or not at all. bill need not be attached; afterwards its key and
+// the bill posted twice or not at all; it keeps the payments applied to it (given back beyond a
+// lower total, let go when the supplier changed). The supplier's balance moves by what changed,
+// and the bill's goods come into stock. bill need not be attached; afterwards its key and
 // "JournalTxnRef" are the reference. false when the ledger or the record could not be written:
-// the books are then as they were, the old posting back in place.
-[[nodiscard]] bool LBillSave(LProfile& profile, LBill& bill, std::string_view userName);
+// the books are then as they were, the old posting back in place. An item whose stock could not
+// be written does not undo the bill: stockError (may be null) names it.
+[[nodiscard]] bool LBillSave(LProfile& profile, LBill& bill, std::string_view userName,
+                             std::string* stockError = nullptr);
+
+// Deletes the bill key: its posting leaves the ledger, the payments applied to it let go, its
+// total leaves the supplier's balance and its goods leave stock. false with the message in
+// *error (may be null) when there is no such bill.
+bool LBillDelete(LProfile& profile, std::string_view key, std::string* error);
 
 // The ledger's route for "Achats": the bill document, when its "JournalTxnRef" is reference, is
-// deleted with its postings. false when there is no such bill.
+// deleted with its postings (LBillDelete). false when there is no such bill.
 bool LBillDeleteForLedger(LProfile& profile, std::string_view document, std::string_view reference);

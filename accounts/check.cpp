@@ -8,6 +8,7 @@
 #include "accounts/accounts.h"
 #include "accounts/ledgeriterator.h"
 #include "accounts/ledgerlock.h"
+#include "accounts/suppliers.h"
 #include "invoice/shared/profile.h"
 #include "llib/gen/date.h"
 
@@ -195,6 +196,7 @@ LProcessResult Process(LProcessInterface& process, LBookCheckProcess& data) {
   bool cancelled = false;
   CheckAccounts(process, data, cancelled);
   if (cancelled) return kProcessCancelled;
+  LCheckSupplierBalances(*data.profile, data.fix, data.report);
   std::vector<LBookCheck> checks;
   {
     LCheckRegistry& registry = Registry();

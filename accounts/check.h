@@ -4,7 +4,8 @@
 // buckets "Balance%d", "BalanceFirst" and "IsAccountUsed" from the day files. On the way it
 // reports what it cannot repair: rows it cannot read as the ledger writes them, rows naming no
 // account, transactions whose lines do not sum to zero. Every problem is reported with its file
-// and row, and the walk carries on, so one run shows everything.
+// and row, and the walk carries on, so one run shows everything. Then the purchase book: each
+// supplier's "Balance" and each bill's "AmountPaid" against the documents (suppliers.h).
 //
 // Other parts of the books (customer balances on the sales side) add their own checks with
 // LCheckAddBookCheck; they run after the accounts, in the order added, with the same report.

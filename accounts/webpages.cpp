@@ -1,8 +1,12 @@
 #include "accounts/webpages.h"
 
 #include "accounts/webbank.h"
+#include "accounts/webbillpayments.h"
+#include "accounts/webbills.h"
 #include "accounts/webfec.h"
 #include "accounts/webledger.h"
+#include "accounts/webreports.h"
+#include "accounts/websuppliers.h"
 #include "invoice/shared/weblistperiod.h"
 #include "invoice/shared/webnavtabs.h"
 #include "llib/web/webletroutes.h"
@@ -12,6 +16,31 @@ namespace {
 const LWebletRoute kAccountsRoutes[] = {
     {"fecexport", WLWebPageRun<LWebFecPage>},
     {"fecdownload", WLFecDownload},
+    {"supplierlist", WLWebPageRun<LWebSuppliersPage>},
+    {"supplierprop", WLWebDialogRun<LWebSupplierDialog>},
+    {"supplierdelete", WLSupplierDelete},
+    {"suppliercantdelete", WLWebPageRun<LWebSupplierCantDeletePage>},
+    {"supplierinfo", WLWebPageRun<LWebSupplierInfoPage>},
+    {"getSupplierBalance", VWAJAXSupplierBalance},
+    {"cbsupselchange", VWAJAXSupplierSelChange},
+    {"vendorchange", VWAJAXVendorChange},
+    {"billlist", WLWebPageRun<LWebBillsPage>},
+    {"billprop", WLWebDialogRun<LWebBillDialog>},
+    {"billdelete", WLBillDelete},
+    {"billlistperiod", WLWebDialogRun<LWebListPeriodDialogOf<kLWebBillPeriodList>>},
+    {"billlistperiodchange", WLWebListRefilterRun<LWebBillsPage>},
+    {"billlistdatechange", WLWebListRefilterRun<LWebBillsPage>},
+    {"billlistsupplierchange", WLWebListRefilterRun<LWebBillsPage>},
+    {"getBillInfo", VWAJAXBillInfo},
+    {"accpayable", WLWebPageRun<LWebAccPayablePage>},
+    {"billpaymentlist", WLWebPageRun<LWebBillPaymentsPage>},
+    {"billpaymentprop", WLWebDialogRun<LWebBillPaymentDialog>},
+    {"billpaymentdelete", WLBillPaymentDelete},
+    {"billpaymentlistperiod", WLWebDialogRun<LWebListPeriodDialogOf<kLWebBillPaymentPeriodList>>},
+    {"billpaymentlistperiodchange", WLWebListRefilterRun<LWebBillPaymentsPage>},
+    {"billpaymentlistdatechange", WLWebListRefilterRun<LWebBillPaymentsPage>},
+    {"billpaymentlistsupplierchange", WLWebListRefilterRun<LWebBillPaymentsPage>},
+    {"applybillpayment", WLApplyBillPayment},
     // The period dialogs of every list with a period, sales side included.
     {"prdselchange", WLPeriodSelectionChange},
 };
@@ -21,6 +50,7 @@ const LWebletRoute kAccountsRoutes[] = {
 void LAccountsInstallWebPages() {
   LWebletInstallScripts(kAccountsRoutes);
   LAccountsInstallBankPages();
+  LAccountsInstallReportPages();
   LAccountsInstallLedgerPages();
   // Each tab shows once a page serves its route.
   for (const LWebNavTab& tab : {LWebNavTab{"billlist", "Factures fournisseurs", 100},

@@ -135,10 +135,12 @@ int LCmdBillPayment(LCliContext& context, LCliArgs& args) {
   bool accountGiven = args.TakeOption("--account", account);
   args.TakeOption("--notes", notes);
   bool methodGiven = args.TakeOption("--method", method);
+  std::vector<std::string> applied = args.TakeOptionAll("--apply");
+  bool spread = args.TakeFlag("--auto");
   std::vector<std::string> words;
   std::string error;
   if (!args.Finish(words, error)) return context.Usage(error);
-  if (!supplierGiven || !amountGiven || !words.empty()) return context.Usage();
+  if (!supplierGiven || !amountGiven || !words.empty() || (spread && !applied.empty())) return context.Usage();
   LProfile* profile = context.Profile();
   if (profile == nullptr) return kExitFailed;
   long long amount = 0;
@@ -152,7 +154,14 @@ int LCmdBillPayment(LCliContext& context, LCliArgs& args) {
   if (!CanPost(context, *profile, date, message)) return context.Fail(message);
 
   LBillPaymentRequest request{supplier, amount, date.ToText(), accountGiven ? account : "", notes,
-                              methodGiven ? method : ""};
+                              methodGiven ? method : "", {}, spread};
+  for (const std::string& entry : applied) {
+    std::size_t equals = entry.find('=');
+    long long part = 0;
+    if (equals == std::string::npos || !LCliParseAmount(*profile, entry.substr(equals + 1), part))
+      return context.Usage("application attendue sous la forme FACTURE=MONTANT : " + entry);
+    request.applications.push_back({entry.substr(0, equals), part});
+  }
   std::string reference;
   if (!LBillPaymentCreate(*profile, request, reference, error)) return context.Fail(error);
   return PrintReference(context, reference);

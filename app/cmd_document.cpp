@@ -7,6 +7,7 @@
 
 #include "app/cli.h"
 #include "app/cmd_convert.h"
+#include "invoice/sales/porderconversion.h"
 #include "app/cmd_documentsend.h"
 #include "app/cmd_print.h"
 #include "app/commands.h"
@@ -162,9 +163,10 @@ int Delete(LCliContext& context, const LSalesDocumentKind& kind, const std::stri
   return kExitOk;
 }
 
-// porder receive KEY [--date D]: the goods of the order come into stock on D (today by default).
-int Receive(LCliContext& context, LCliArgs& args) {
-  std::string dateText, error;
+// porder receive KEY [--date D] and porder bill KEY [--date D]: the order's goods come into stock
+// on D (today by default), or the order becomes a bill dated D whose reference is printed.
+int ReceiveOrBill(LCliContext& context, LCliArgs& args, bool bill) {
+  std::string dateText, error, reference;
   bool hasDate = args.TakeOption("--date", dateText);
   std::vector<std::string> words;
   if (!args.Finish(words, error)) return context.Usage(error);
@@ -173,7 +175,10 @@ int Receive(LCliContext& context, LCliArgs& args) {
   if (hasDate && !LDate::Parse(dateText, date)) return context.Fail("Date invalide : " + dateText + ".");
   LProfile* profile = context.Profile();
   if (profile == nullptr) return kExitFailed;
-  if (!LPOrderReceive(*profile, words[1], date.ToText(), &error)) return context.Fail(error);
+  if (!bill) return LPOrderReceive(*profile, words[1], date.ToText(), &error) ? kExitOk : context.Fail(error);
+  if (!LPOrderConvertToBill(*profile, words[1], date.ToText(), reference, &error)) return context.Fail(error);
+  if (context.json) context.out << LJsonDump(nlohmann::json({{"reference", reference}})) << "\n";
+  else context.out << reference << "\n";
   return kExitOk;
 }
 
@@ -193,7 +198,8 @@ int RunDocumentCommand(LCliContext& context, LCliArgs& args, LSalesDocumentType 
   if (verb == "pdf") return LCmdDocumentPdf(context, args, kind);
   if (verb == "send") return LCmdDocumentSend(context, args, kind);
   if (verb == "log") return LCmdDocumentLog(context, args, kind);
-  if (verb == "receive" && type == LSalesDocumentType::kPOrder) return Receive(context, args);
+  if ((verb == "receive" || verb == "bill") && type == LSalesDocumentType::kPOrder)
+    return ReceiveOrBill(context, args, verb == "bill");
   std::vector<std::string> words;
   std::string error;
   if (!args.Finish(words, error)) return context.Usage(error);

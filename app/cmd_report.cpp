@@ -1,12 +1,15 @@
-// kontavo report NAME [--from D] [--to D] [--date D] [--compare-from D --compare-to D]
+// kontavo report NAME [SUBJECT] [--from D] [--to D] [--date D] [--compare-from D --compare-to D]
 //                     [--customer KEY]... [--consolidate B=FACTOR,...] [--account NUMBER]
 //                     [--format text|csv|json|html|pdf] [--out FILE]
+// The report is built by the catalogue (accounts/reportcatalog.h), as the web report pages do;
+// the command parses the options and writes the table in the asked format.
+#include <cstdlib>
 #include <ostream>
 
+#include "accounts/reportcatalog.h"
 #include "app/cli.h"
 #include "app/cmd_print.h"
 #include "app/commands.h"
-#include "app/reportcommand.h"
 #include "invoice/sales/documentprint.h"
 #include "invoice/shared/formparts.h"
 #include "invoice/shared/options.h"
@@ -14,10 +17,27 @@
 
 namespace {
 
-const LReportEntry* FindReport(std::string_view name) {
-  for (const LReportEntry* entry = LReportEntries(); entry->build != nullptr; ++entry)
-    if (entry->name == name) return entry;
-  return nullptr;
+// --consolidate B=FACTOR,...: businesses as --business names them, factors as decimals.
+bool Businesses(std::string_view list, std::vector<LProfilesAndRates>& out, std::string& error) {
+  std::string_view rest = list;
+  while (!rest.empty()) {
+    std::size_t comma = rest.find(',');
+    std::string_view part = rest.substr(0, comma);
+    rest = comma == std::string_view::npos ? std::string_view() : rest.substr(comma + 1);
+    std::size_t equals = part.rfind('=');
+    std::string factorText(equals == std::string_view::npos ? std::string_view() : part.substr(equals + 1));
+    char* end = nullptr;
+    double factor = std::strtod(factorText.c_str(), &end);
+    LProfilesAndRates business;
+    if (equals == std::string_view::npos || factorText.empty() || *end != '\0' ||
+        !LCliResolveBusiness(part.substr(0, equals), business.databaseName)) {
+      error = "Entreprise ou taux de conversion invalide : " + std::string(part);
+      return false;
+    }
+    business.factor = factor;
+    out.push_back(business);
+  }
+  return true;
 }
 
 }  // namespace
@@ -30,7 +50,8 @@ int LCmdReport(LCliContext& context, LCliArgs& args) {
   std::string out;
   args.TakeOption("--out", out);
   request.customers = args.TakeOptionAll("--customer");
-  args.TakeOption("--consolidate", request.consolidate);
+  std::string consolidate;
+  args.TakeOption("--consolidate", consolidate);
   args.TakeOption("--account", request.account);
   if (!LCliTakeDate(args, "--from", request.from, error) || !LCliTakeDate(args, "--to", request.to, error) ||
       !LCliTakeDate(args, "--date", request.date, error) || !LCliTakeDate(args, "--compare-from", request.compareFrom, error) ||
@@ -38,18 +59,23 @@ int LCmdReport(LCliContext& context, LCliArgs& args) {
     return context.Usage(error);
   std::vector<std::string> words;
   if (!args.Finish(words, error)) return context.Usage(error);
-  if (words.size() != 1) return context.Usage();
+  if (words.empty() || words.size() > 2) return context.Usage();
   if (format != "text" && format != "csv" && format != "json" && format != "html" && format != "pdf")
     return context.Usage("format inconnu : " + format);
   if (!out.empty() && format != "pdf") return context.Usage("--out va avec --format pdf");
-  const LReportEntry* entry = FindReport(words[0]);
+  const LReportEntry* entry = LReportFind(words[0]);
   if (entry == nullptr) return context.Usage("rapport inconnu : " + words[0]);
+  if (words.size() == 2) {
+    if ((entry->asks & kReportAsksSubject) == 0) return context.Usage();
+    request.subject = words[1];
+  }
   if (!request.date.IsValid()) request.date = LDate::Today();
 
   LProfile* profile = context.Profile();
   if (profile == nullptr) return kExitFailed;
+  if (!Businesses(consolidate, request.businesses, error)) return context.Fail(error);
   LReportTable table;
-  if (!entry->build(context, *profile, request, table, error)) return context.Fail(error);
+  if (!entry->build(*profile, request, table, error)) return context.Fail(error);
 
   LOptions options;
   options.OpenFrom(*profile);

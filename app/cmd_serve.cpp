@@ -15,6 +15,7 @@
 #include "llib/gen/usersettings.h"
 #include "llib/web/webaccount.h"
 #include "llib/web/weblet.h"
+#include "llib/web/webrouting.h"
 
 namespace {
 
@@ -63,6 +64,8 @@ int LCmdServe(LCliContext& context, LCliArgs& args) {
         if (engine.IsListening()) {
           context.out << "Kontavo est ouvert à l'adresse http://127.0.0.1:" << LWebletServer::GetWebletServerPort()
                       << "/\n";
+          if (engine.IsSecure())
+            context.out << "Depuis le réseau : https://" << LWebRoutingLocalAddress() << "/\n";
           break;
         }
         LSleepMs(kAnnouncePollMs);

@@ -85,7 +85,7 @@ int List(LCliContext& context) {
     if (context.json) {
       nlohmann::json record = {{"ID", account.GetId()}};
       for (const LRecordField& field : account.Fields())
-        if (!field.deleted && field.name != "Password") record[field.name] = field.text;
+        if (!field.deleted && field.name != "Password" && field.name != "PasswordHash") record[field.name] = field.text;
       all.push_back(record);
     }
     rows.push_back({account.GetId(), account.GetDisplayName(), PrivilegeName(account),
@@ -118,11 +118,10 @@ int Passwd(LCliContext& context, LCliArgs& args) {
   std::string password = TakePassword(context, fromStdin, generated);
   if (password.size() < static_cast<std::size_t>(kWebPasswordMinLength))
     return context.Fail("Veuillez entrer le mot de passe du compte.\nIl doit contenir au moins 6 caractères.");
-  account.SetString("Password", password);
   // A new password also lifts a lock-out.
   account.SetInt("LogonFailures", 0);
   account.SetInt64("LogonFailTime", 0);
-  if (!account.Flush()) return context.Fail("Le compte n'a pas pu être enregistré.");
+  if (!account.SetPassword(password) || !account.Flush()) return context.Fail("Le compte n'a pas pu être enregistré.");
   PrintGenerated(context, generated, password);
   return kExitOk;
 }

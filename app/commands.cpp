@@ -65,7 +65,7 @@ constexpr LCliCommand kCommands[] = {
      "enregistre et impute une facture fournisseur", LCmdBill},
     {"billpayment",
      "kontavo billpayment add --supplier S --amount AMOUNT [--date D] [--account DESCRIPTION] [--notes TEXT]\n"
-     "        [--method TEXT]\n",
+     "        [--method TEXT] [--apply BILL=AMOUNT... | --auto]\n",
      "enregistre et impute un paiement fournisseur", LCmdBillPayment},
     {"cheque",
      "kontavo cheque add --account NUMBER --payee TEXT --amount AMOUNT [--date D] [--number N] [--memo TEXT] LINE...\n"
@@ -86,6 +86,12 @@ constexpr LCliCommand kCommands[] = {
      "kontavo template use NAME [--date D] [--amount AMOUNT] [--ref REF]\n"
      "kontavo template delete NAME\n",
      "modèles d'écritures, saisis de nouveau à une autre date", LCmdTemplate},
+    {"budget",
+     "kontavo budget add NAME --year YYYY [ACCOUNT=AMOUNT[/AMOUNT...12]]...\n"
+     "        un montant annuel (réparti sur les douze mois de l'exercice) ou douze montants mensuels\n"
+     "kontavo budget list\n"
+     "kontavo budget delete NAME\n",
+     "budgets par compte et par mois ; kontavo report budget NAME les compare au réalisé", LCmdBudget},
     {"check",
      "kontavo check [--fix]\n",
      "recalcule les soldes des comptes à partir du grand livre", LCmdCheck},
@@ -200,6 +206,7 @@ constexpr LCliCommand kCommands[] = {
      "kontavo porder edit KEY (les mêmes options que new)\n"
      "kontavo porder record KEY\n"
      "kontavo porder receive KEY [--date D]\n"
+     "kontavo porder bill KEY [--date D]\n"
      "kontavo porder delete KEY\n"
      "kontavo porder pdf KEY [--out FILE]\n"
      "kontavo porder send KEY [--to ADDRESSES] [--subject TEXT] [--body TEXT] [--facturx|--no-facturx]\n"
@@ -259,7 +266,9 @@ constexpr LCliCommand kCommands[] = {
      "kontavo web status\n"
      "kontavo web enable\n"
      "kontavo web disable\n"
-     "kontavo web port N\n",
+     "kontavo web port N\n"
+     "kontavo web https on [--cert PEM --key PEM]\n"
+     "kontavo web https off\n",
      "réglages du serveur Web ; le service en cours redémarre le serveur", LCmdWeb},
     {"user",
      "kontavo user add EMAIL --name TEXT [--password-stdin] [--admin|--user|--viewer] [--profile NAME]...\n"
@@ -273,7 +282,8 @@ constexpr LCliCommand kCommands[] = {
      "        NAME: coa, pl, pl-compare, bs (au --date), tb, cf, vat-obligations, tva-ca3,\n"
      "              aging (au --date), unpaid, invoices, payments, quotes, orders, customers,\n"
      "              customer-sales, items, items-per-customer, salesperson,\n"
-     "              inventory (au --date), reorder, movements, reconcile (--account NUMBER, au --date)\n",
+     "              inventory (au --date), reorder, movements, reconcile (--account NUMBER, au --date),\n"
+     "              statement (--customer KEY), budget BUDGET\n",
      "plan comptable, états financiers, rapports de ventes et obligations de TVA", LCmdReport},
     {"export",
      "kontavo export fec --year YYYY [--out FOLDER] [--utf8]\n"

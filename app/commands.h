@@ -35,6 +35,7 @@ int LCmdCheck(LCliContext& context, LCliArgs& args);
 int LCmdCheque(LCliContext& context, LCliArgs& args);
 int LCmdCash(LCliContext& context, LCliArgs& args);
 int LCmdTemplate(LCliContext& context, LCliArgs& args);
+int LCmdBudget(LCliContext& context, LCliArgs& args);
 int LCmdMail(LCliContext& context, LCliArgs& args);
 int LCmdVat(LCliContext& context, LCliArgs& args);
 int LCmdTax(LCliContext& context, LCliArgs& args);

@@ -68,3 +68,8 @@ bool MainEngine::IsListening() const {
   std::lock_guard<std::mutex> lock(mutex_);
   return web_.IsListening();
 }
+
+bool MainEngine::IsSecure() const {
+  std::lock_guard<std::mutex> lock(mutex_);
+  return web_.IsSecure();
+}

@@ -24,6 +24,8 @@ class MainEngine : public LServiceEngine {
   void CtlRestart();
   // The web server accepts connections.
   bool IsListening() const;
+  // The web server runs with HTTPS.
+  bool IsSecure() const;
 
  private:
   void StartWebServer();

@@ -16,8 +16,10 @@
 #include "llib/gen/file.h"
 #include "llib/gen/log.h"
 #include "llib/gen/processworker.h"
+#include "llib/web/webaccount.h"
 #include "llib/web/webjob.h"
 #include "llib/web/webletroutes.h"
+#include "llib/web/weblettls.h"
 #include "llib/web/weblogon.h"
 #include "llib/web/webupload.h"
 
@@ -109,7 +111,11 @@ int LWebInstallStaticFiles(const std::string& sourceFolder, const std::string& w
 void LWebControl::Start() {
   LWebControlInstallRoutes();
   LWebInstallStaticFiles(LWebStaticFilesSource(), LFile::GetUserDataFolderAppSubFolder("Web"));
-  LLogInfo("Démarrage du serveur Web (Non sécurisé)");
+  // Accounts of an older program keep their passwords in plain text: none stays so once the
+  // server runs, whether or not its user logs on.
+  if (int nHashed = LWebAccountHashPlainPasswords(); nHashed > 0)
+    LLogInfo("Mots de passe Web chiffrés : %d compte(s)", nHashed);
+  LLogInfo("Démarrage du serveur Web (%s)", LWebletIsSecure() ? "Sécurisé" : "Non sécurisé");
   server_.StartServer(LWebletServer::GetWebletServerPort());
 }
 

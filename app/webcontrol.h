@@ -10,14 +10,15 @@
 class LWebControl {
  public:
   // Installs the routes (again, in front of earlier copies), brings the "Web" folder up to date,
-  // logs "Démarrage du serveur Web (Non sécurisé)" and starts the listener on the configured
-  // port (stopping a listener still running first).
+  // logs "Démarrage du serveur Web (Non sécurisé)" ("(Sécurisé)" with HTTPS) and starts the
+  // listener on the configured port (stopping a listener still running first).
   void Start();
   // Stops the listener and every connection ("Arrêt du serveur Web (Non sécurisé)").
   void Stop();
   bool IsRunning() const { return server_.IsRunning(); }
   bool IsListening() const { return server_.IsListening(); }
   bool HasBindConflict() const { return server_.HasBindConflict(); }
+  bool IsSecure() const { return server_.IsRunning() && server_.IsSecure(); }
 
  private:
   LWebletServer server_;

@@ -5,8 +5,8 @@
 #include "app/maindialog.h"
 #include "llib/gen/log.h"
 #include "llib/web/webdesk.h"
-#include "llib/web/webformat.h"
 #include "llib/web/webletform.h"
+#include "llib/web/weblogon.h"
 
 namespace {
 
@@ -31,13 +31,9 @@ void WLDeskLogon(LWebletForm& form) {
   form.session.CreateNewSession(false);
   form.session.SetString(kDeskSessionValue, "1");
   form.session.SetString("profile", MainDialog::GetStartupFolder());
-  // The cookie is set by script, as the logon page does; replace() keeps the spent link out of
-  // the browser's history.
-  form.WriteHeader(
-      "HTTP/1.1 200 OK\r\nConnection: close\r\nCache-Control: no-cache\r\nContent-Type: text/html; "
-      "charset=utf-8\r\n\r\n");
-  form.Write(LWebFormat("<html><head><title>Kontavo</title></head><body><script type='text/javascript'>"
-                        "document.cookie = 'kontavo_sess=%s; path=/';\nwindow.location.replace('main');\n"
-                        "</script><noscript>Kontavo a besoin de JavaScript.</noscript></body></html>",
-                        LJScriptEscape(form.session.GetSessionId()).c_str()));
+  // The cookie comes with a redirection to the main page, as a header (see WLSessionCookieLine);
+  // the browser keeps the spent link out of its history.
+  form.WriteHeader("HTTP/1.1 302 Found\r\nLocation: main\r\n" + WLSessionCookieLine(form, false) +
+                   "\r\nCache-Control: no-cache\r\nContent-Length: 0\r\n\r\n");
+  form.responseSent = true;
 }

@@ -162,12 +162,15 @@ bool LWebChangePasswordDialog::CmOk() {
     return false;
   }
   LWebAccount account;
-  if (!OpenSessionAccount(form_, account) || account.GetPassword() != GetText(kOldPasswordControl)) {
+  if (!OpenSessionAccount(form_, account) || !account.HasPassword(GetText(kOldPasswordControl))) {
     PopupControlDataInvalid(kOldPasswordControl, "Mot de passe non valide. Veuillez réessayer.");
     return false;
   }
-  account.SetString("Password", newPassword);
-  return account.Flush();
+  if (!account.SetPassword(newPassword) || !account.Flush()) {
+    PopupBoxError("Le mot de passe n'a pas pu être enregistré.");
+    return false;
+  }
+  return true;
 }
 
 LWebChangePasswordChangedPage::LWebChangePasswordChangedPage(LWebletForm& form) : LWebPageEx(form) {

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "accounts/accounts.h"
+#include "accounts/webdashboard.h"
 #include "invoice/shared/profile.h"
 #include "llib/web/webformat.h"
 #include "llib/web/webletform.h"
@@ -31,6 +32,8 @@ void LWebPageMain::Generate() {
   if (!WLIsDeskSession(form_)) links += "<li><a href='changepassword'>Changer le mot de passe</a></li>";
   links += "<li><a href='logoff'>Déconnexion</a></li></ul>";
   form_.Write(links);
+  LProfile profile(WLSessionBusinessFolder(form_));
+  form_.Write(LWebDashboardCharts(profile, LDate::Today()));
   WriteChartOfAccounts();
 }
 

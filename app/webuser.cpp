@@ -32,6 +32,9 @@ std::string LAppWebAccountCheck(const LAppWebAccountInput& input) {
   if (id != input.originalId && LWebAccountList().TestRecordExists(id))
     return "Cette adresse de courriel est utilisée actuellement par un autre compte.\nVeuillez entrer une autre "
            "adresse de courriel pour créer un autre compte.";
+  // An account being edited keeps its password when both fields are left empty: the stored
+  // hash cannot be shown back.
+  if (!input.originalId.empty() && input.password.empty() && input.confirmation.empty()) return {};
   if (input.password.size() < static_cast<std::size_t>(kWebPasswordMinLength))
     return "Veuillez entrer le mot de passe du compte.\nIl doit contenir au moins 6 caractères.";
   if (input.password != input.confirmation)
@@ -49,7 +52,7 @@ bool LAppWebAccountStore(const LAppWebAccountInput& input, bool enabled, int pri
   bool wasEnabled = existed && account.IsEnabled();
   account.SetPrimaryKey(id);
   account.SetString("DisplayName", input.displayName);
-  account.SetString("Password", input.password);
+  if (!input.password.empty() && !account.SetPassword(input.password)) return false;
   account.SetBool("Enabled", enabled);
   account.SetBool("Administrator", privilege == kWebPrivilegeAdministrator);
   account.SetInt("Priviligies", privilege);
@@ -123,8 +126,6 @@ void LAppWebAccountDialog::InitDialog() {
   }
   SetText(kEmailControl, account.GetId());
   SetText(kNameControl, account.GetDisplayName());
-  SetText(kPasswordControl, account.GetPassword());
-  SetText(kConfirmControl, account.GetPassword());
   SetCheck(kEnabledControl, account.IsEnabled());
   int privilege = account.IsAdministrator() ? kWebPrivilegeAdministrator : account.GetPriviligies();
   SetRadioCheck(privilege == kWebPrivilegeAdministrator ? kAdministratorRadio
@@ -140,6 +141,7 @@ void LAppWebAccountDialog::Generate() {
   AddInput(kNameControl, "Utilisateur:", "", 30);
   AddInputPassword(kPasswordControl, "Mot de passe d'accès Web :", 30);
   AddInputPassword(kConfirmControl, "Confirmer le mot de passe :", 30);
+  if (!form_.GetParam("id").empty()) AddStaticSmall("Laissez les deux champs vides pour garder le mot de passe actuel.");
   AddCheckBox(kEnabledControl, "Compte activé");
   StartGroupBox("Droits");
   AddRadioButton(kAdministratorRadio, "Administrateur", true);

@@ -24,10 +24,11 @@ struct LAppWebAccountInput {
 };
 
 // The first refusal of the account checks, in the dialog's order (name, address, address used
-// by another account, password length, password typed twice alike); "" when all pass.
+// by another account, password length, password typed twice alike); "" when all pass. An
+// account being edited may leave both password fields empty to keep its password.
 std::string LAppWebAccountCheck(const LAppWebAccountInput& input);
 
-// Stores the account: "DisplayName", "Password", "Enabled", "Administrator", "Priviligies",
+// Stores the account: "DisplayName", the hash of a given password, "Enabled", "Administrator", "Priviligies",
 // "Profiles"; a changed address renames the record. Logs "Le compte a été activé pour " or
 // "Le compte a été désactivé pour " and the id when "Enabled" changes. false when it could not
 // be written.

@@ -25,36 +25,11 @@ constexpr int kPhoneControl = 106;
 constexpr int kSirenControl = 107;
 constexpr int kVatNumberControl = 108;
 
-// The records of a list of parties as pull-down choices: "KEY - Name" (the key alone without a
-// name), by key, after an empty choice.
-void PartyChoices(LProfile& profile, std::string_view listName, std::vector<std::string>& texts,
-                  std::vector<std::string>& values) {
-  std::vector<std::pair<std::string, std::string>> all;
-  LRecord party;
-  for (LFileStoreIteratorBase it(profile.MainList(listName), party); party.IsAttached(); it.Next(party))
-    all.emplace_back(party.GetPrimaryKey(), party.GetString("Name"));
-  std::sort(all.begin(), all.end());
-  texts = {""};
-  values = {""};
-  for (const auto& [key, name] : all) {
-    texts.push_back(name.empty() ? key : key + " - " + name);
-    values.push_back(key);
-  }
-}
-
 bool AllDigits(const std::string& text, std::size_t count) {
   return text.size() == count && text.find_first_not_of("0123456789") == std::string::npos;
 }
 
 }  // namespace
-
-void LWebCustomerChoices(LProfile& profile, std::vector<std::string>& texts, std::vector<std::string>& values) {
-  PartyChoices(profile, kCustomersList, texts, values);
-}
-
-void LWebSalesPersonChoices(LProfile& profile, std::vector<std::string>& texts, std::vector<std::string>& values) {
-  PartyChoices(profile, kSalesPersonList, texts, values);
-}
 
 // ---- "customerlist" -------------------------------------------------------------------------------
 

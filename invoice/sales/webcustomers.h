@@ -1,7 +1,7 @@
 // The customers on the web: the list ("customerlist", with what each customer owes and since
 // when), the customer dialog ("customerprop", parameter "id"; none: a new customer) and the delete
-// action ("customerdelete", refused while a document names the customer). Also the customer
-// choices that the document pages offer.
+// action ("customerdelete", refused while a document names the customer). The customer choices
+// that the document pages offer are in invoice/shared/webcustomerchoice.h.
 #pragma once
 
 #include <string>
@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "accounts/webpagemainex.h"
+#include "invoice/shared/webcustomerchoice.h"
 #include "invoice/shared/webdialogkv.h"
 
 class LProfile;
@@ -29,8 +30,3 @@ class LWebCustomerDialog : public LWebDialogExKv {
 
 void WLCustomerDelete(LWebletForm& form);
 
-// The customers as a pull-down's texts ("KEY - Name") and values (keys), by key, after an empty
-// choice (the party choices of the document lists: invoice/shared/weblistperiod.h).
-void LWebCustomerChoices(LProfile& profile, std::vector<std::string>& texts, std::vector<std::string>& values);
-// The sales persons ("SalesPerson") the same way.
-void LWebSalesPersonChoices(LProfile& profile, std::vector<std::string>& texts, std::vector<std::string>& values);

@@ -88,6 +88,15 @@ const LWebletRoute kSalesRoutes[] = {
     {"getInvoiceInfo", WLGetInvoiceInfo},
     {"getInvoiceDueInfo", WLGetInvoiceDueInfo},
     {"importcsv", WLWebDialogRun<LWebImportCsvDialog>},
+    {"porderlist", WLWebPageRun<LWebSalesDocumentsPageOf<LSalesDocumentType::kPOrder>>},
+    {"porderprop", WLWebDialogRun<LWebSalesDocumentDialogOf<LSalesDocumentType::kPOrder>>},
+    {"porderdelete", WLSalesDocumentDeleteOf<LSalesDocumentType::kPOrder>},
+    {"porderlistperiod", WLWebDialogRun<LWebListPeriodDialogOf<kLWebPOrderPeriodList>>},
+    {"porderlistperiodchange", WLWebListRefilterRun<LWebSalesDocumentsPageOf<LSalesDocumentType::kPOrder>>},
+    {"porderlistdatechange", WLWebListRefilterRun<LWebSalesDocumentsPageOf<LSalesDocumentType::kPOrder>>},
+    {"porderlistsupplierchange", WLWebListRefilterRun<LWebSalesDocumentsPageOf<LSalesDocumentType::kPOrder>>},
+    {"porderitemssave", WLSalesDocumentItemsSaveOf<LSalesDocumentType::kPOrder>},
+    {"porderbill", WLPOrderToBill},
 };
 
 }  // namespace

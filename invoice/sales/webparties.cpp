@@ -49,15 +49,6 @@ void Delete(LWebletForm& form, LPartyKind kind, std::string_view list) {
 
 }  // namespace
 
-void LWebListDeleteCell(LHtmlListRow& row, bool mayChange, const std::string& href, const std::string& question) {
-  if (!mayChange) {
-    row.AddCell("", "");
-    return;
-  }
-  row.AddCell("", "<a href='" + LHtmlEscape(href) + "' class=deletelink onclick=\"return confirm('" +
-                      LHtmlEscape(LJScriptEscape(question)) + "')\">Supprimer</a>");
-}
-
 LWebPartyListPage::LWebPartyListPage(LWebletForm& form, LPartyKind kind, std::string_view route,
                                      std::string_view title, std::string_view addText)
     : LWebPageMainEx(form, std::string(route) + "list", title), kind_(kind), route_(route), addText_(addText) {}

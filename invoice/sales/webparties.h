@@ -8,13 +8,9 @@
 #include <string>
 
 #include "accounts/webpagemainex.h"
+#include "invoice/shared/weblistcells.h"
 #include "invoice/shared/webpartydialog.h"
 
-class LHtmlListRow;
-
-// The last cell of a list row: a "Supprimer" link to href that asks question first; empty for a
-// user who may not change the data.
-void LWebListDeleteCell(LHtmlListRow& row, bool mayChange, const std::string& href, const std::string& question);
 
 // The records of one kind, one row each: the key (a link to its dialog), then each field.
 class LWebPartyListPage : public LWebPageMainEx {

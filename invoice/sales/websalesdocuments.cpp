@@ -2,6 +2,10 @@
 
 #include <algorithm>
 
+#include "accounts/bills.h"
+#include "accounts/porderbill.h"
+#include "accounts/websuppliers.h"
+#include "invoice/sales/porderconversion.h"
 #include "invoice/sales/salesbook.h"
 #include "invoice/sales/salesconversion.h"
 #include "invoice/sales/webcustomers.h"
@@ -82,6 +86,7 @@ const LWebPeriodList& LWebSalesPeriodList(LSalesDocumentType type) {
     case LSalesDocumentType::kQuote: return kLWebQuotePeriodList;
     case LSalesDocumentType::kOrder: return kLWebOrderPeriodList;
     case LSalesDocumentType::kCreditNote: return kLWebCreditNotePeriodList;
+    case LSalesDocumentType::kPOrder: return kLWebPOrderPeriodList;
     default: return kLWebInvoicePeriodList;
   }
 }
@@ -111,17 +116,20 @@ void LWebSalesDocumentsPage::WriteListBlock(LWebletForm& out) {
   const KindWords words = WordsOf(kind_.type);
   const bool isInvoice = kind_.type == LSalesDocumentType::kInvoice;
   const bool converts = kind_.type == LSalesDocumentType::kQuote || kind_.type == LSalesDocumentType::kOrder;
+  // A purchase order names a supplier, and becomes a bill rather than an invoice.
+  const bool purchase = kind_.type == LSalesDocumentType::kPOrder;
   const bool mayChange = WLMayChangeData(form_);
   LWebListFilter filter = LWebReadListFilter(form_, profile, PeriodList());
 
   LHtmlList list(form_, 0, false);
   list.AddColumn("Numéro", 12, kListAlignLeft, true);
   list.AddColumn("Date", 12, kListAlignLeft, true);
-  list.AddColumn("Client", isInvoice || converts ? 30 : 46, kListAlignLeft, true);
+  list.AddColumn(purchase ? "Fournisseur" : "Client", isInvoice || converts || purchase ? 30 : 46, kListAlignLeft,
+                 true);
   list.AddColumn("Total", 14, kListAlignRight, true);
   if (isInvoice) list.AddColumn("Reste dû", 14, kListAlignRight, true);
   if (isInvoice) list.AddColumn("État", 12, kListAlignLeft, true);
-  if (converts) list.AddColumn("Facture", 16, kListAlignLeft, true);
+  if (converts || purchase) list.AddColumn("Facture", 16, kListAlignLeft, true);
   list.AddColumn("", 10, kListAlignCenter, false);
   long long sum = 0;
   const LCurrencyFormat& money = profile.GetCurrencyFormat();
@@ -155,6 +163,16 @@ void LWebSalesDocumentsPage::WriteListBlock(LWebletForm& out) {
                                                      invoice.c_str()));
         else if (mayChange)
           row->AddCell("", ConversionLinks(profile, kind_, document));
+        else
+          row->AddCell("", "");
+      }
+      if (purchase) {
+        std::string bill = document.GetString(kPOrderBillField);
+        if (!bill.empty() && profile.List(kBillsList).TestRecordExists(bill))
+          row->AddCell(LHtmlListRow::RecordKeyOrderKey(bill),
+                       LWebFormat("<a href='billprop?id=%U'>%H</a>", bill.c_str(), bill.c_str()));
+        else if (mayChange && !draft)
+          row->AddCell("", LWebFormat("<a href='porderbill?id=%U' class=actionlink>Facturer</a>", key.c_str()));
         else
           row->AddCell("", "");
       }
@@ -240,22 +258,34 @@ void LWebSalesDocumentDialog::Generate() {
   AddHiddenField("id", key);
   bool editingRecorded = !key.empty() && !key.starts_with(kDraftKeyPrefix);
   std::vector<std::string> texts, values;
-  LWebCustomerChoices(Profile(), texts, values);
-  AddPullDownList(kCustomerControl, "Client :", texts, values);
-  form_.Write("<tr><td></td><td class=fieldinfo id=customerinfo></td></tr>");
+  // A purchase order names a supplier, shown beside its choice; a sales document a customer.
+  bool purchase = kind_.type == LSalesDocumentType::kPOrder;
+  if (purchase) LWebSupplierChoices(Profile(), texts, values);
+  else LWebCustomerChoices(Profile(), texts, values);
+  AddPullDownList(kCustomerControl, purchase ? "Fournisseur :" : "Client :", texts, values);
+  form_.Write(purchase ? "<tr><td></td><td class=fieldinfo id=supinfo></td></tr>"
+                       : "<tr><td></td><td class=fieldinfo id=customerinfo></td></tr>");
   AddDateInput(kDateControl, "Date :", "");
   AddInput(kTermsControl, "Délai de paiement (jours, 0 : à réception) :", "", 6);
   AddItemGrid();
   AddInput(kShippingControl, "Frais de port :", "", 12);
   AddCheckBox(kUntaxedControl, "Hors taxes (aucune taxe sur ce document)");
   AddEdit(kNotesControl, "Notes :", 50, 3);
-  LWebSalesPersonChoices(Profile(), texts, values);
-  AddPullDownList(kSalesPersonControl, "Vendeur :", texts, values);
-  form_.Write("<tr><td></td><td class=fieldinfo id=salespersoninfo></td></tr>");
-  AddJScriptFunctionPrintf("LAddEventListener(window, 'onload', function() {LAjaxOnChange(%d, 'cbcustselchange', "
-                           "'customer'); LAjaxOnChange(%d, 'cbuseselchange', 'salesperson');});\n",
-                           kCustomerControl, kSalesPersonControl);
-  if (!editingRecorded) AddCheckBox(kDraftControl, "Brouillon (ni comptabilisé, ni compté dans le solde du client)");
+  if (purchase) {
+    AddJScriptFunctionPrintf("LAddEventListener(window, 'onload', function() {LAjaxOnChange(%d, 'cbsupselchange', "
+                             "'supplier');});\n",
+                             kCustomerControl);
+  } else {
+    LWebSalesPersonChoices(Profile(), texts, values);
+    AddPullDownList(kSalesPersonControl, "Vendeur :", texts, values);
+    form_.Write("<tr><td></td><td class=fieldinfo id=salespersoninfo></td></tr>");
+    AddJScriptFunctionPrintf("LAddEventListener(window, 'onload', function() {LAjaxOnChange(%d, 'cbcustselchange', "
+                             "'customer'); LAjaxOnChange(%d, 'cbuseselchange', 'salesperson');});\n",
+                             kCustomerControl, kSalesPersonControl);
+  }
+  if (!editingRecorded)
+    AddCheckBox(kDraftControl, purchase ? "Brouillon (ni reçu, ni facturable)"
+                                        : "Brouillon (ni comptabilisé, ni compté dans le solde du client)");
   LSalesDocument document;
   std::string totals = BuildDocument(document, true) ? TotalsHtml(document) : std::string();
   form_.Write(LWebFormat("<tr><td colspan=2><div id=fktotals data-route='%s' data-control=%d>%s</div></td></tr>",
@@ -508,4 +538,20 @@ void WLSalesDocumentItemsSave(LWebletForm& form, LSalesDocumentType type) {
   values.SaveHTTPString(text);
   if (text.size() > kLWebDraftMaxBytes) return;  // a runaway form is not kept
   form.session.SetString(LWebSalesDocumentDraftName(type, form.GetParam("id")), text);
+}
+
+void WLPOrderToBill(LWebletForm& form) {
+  if (!WLValidateSession(form) || !AuthenticateEx(form)) return;
+  const LSalesDocumentKind& kind = LSalesDocumentKindOf(LSalesDocumentType::kPOrder);
+  std::string key = form.GetParam("id"), error, bill;
+  if (!WLMayChangeData(form)) error = kWebViewerRefusal;
+  else if (key.empty()) error = "Aucun document n'est indiqué.";
+  else {
+    LProfile profile(WLSessionBusinessFolder(form));
+    if (LPOrderConvertToBill(profile, key, LDate::Today().ToText(), bill, &error)) {
+      WLRedirect(form, LWebFormat("billprop?id=%U", bill.c_str()));
+      return;
+    }
+  }
+  BackToList(form, kind, error);
 }

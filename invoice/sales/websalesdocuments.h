@@ -14,10 +14,12 @@
 //
 // Quotes and orders also have "quoteci" / "orderci": the document becomes an invoice
 // (salesconversion.h) and the browser goes to that invoice; "quoteco" turns a quote into an
-// order the same way.
+// order the same way. Purchase orders name a supplier instead of a customer, and have
+// "porderbill": the order becomes a bill.
 #pragma once
 
 #include "accounts/webpagemainex.h"
+#include "accounts/websuppliers.h"
 #include "invoice/shared/salesdocument.h"
 #include "invoice/sales/webcustomers.h"
 #include "invoice/shared/webdialogfk.h"
@@ -28,6 +30,7 @@ inline constexpr LWebPeriodList kLWebQuotePeriodList{"quotelist", "customer", "C
 inline constexpr LWebPeriodList kLWebOrderPeriodList{"orderlist", "customer", "Client", LWebCustomerChoices};
 inline constexpr LWebPeriodList kLWebCreditNotePeriodList{"creditnotelist", "customer", "Client",
                                                           LWebCustomerChoices};
+inline constexpr LWebPeriodList kLWebPOrderPeriodList{"porderlist", "supplier", "Fournisseur", LWebSupplierChoices};
 // The period list of a kind's page.
 const LWebPeriodList& LWebSalesPeriodList(LSalesDocumentType type);
 
@@ -99,6 +102,9 @@ void WLSalesDocumentItemsSaveOf(LWebletForm& form) {
 // "<kind>delete": deletes the document "id" (recorded or draft) and goes back to the list, with
 // the refusal in "msg" when there is one. A user who may only view the data deletes nothing.
 void WLSalesDocumentDelete(LWebletForm& form, LSalesDocumentType type);
+// "porderbill": the purchase order "id" becomes a bill dated today (porderconversion.h); the
+// browser goes to the bill.
+void WLPOrderToBill(LWebletForm& form);
 // "quoteci", "orderci": the quote or order "id" becomes an invoice; the browser goes to it.
 void WLSalesDocumentToInvoice(LWebletForm& form, LSalesDocumentType type);
 

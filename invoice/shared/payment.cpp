@@ -24,9 +24,10 @@ std::vector<std::string> SplitCommas(const std::string& text) {
 
 }  // namespace
 
-std::vector<LAppliedAmount> LReadAppliedAmounts(const LRecord& applier) {
-  std::vector<std::string> keys = SplitCommas(applier.GetString("InvoiceNumber"));
-  std::vector<std::string> amounts = SplitCommas(applier.GetString("InvoiceAmounts"));
+std::vector<LAppliedAmount> LReadAppliedAmounts(const LRecord& applier, std::string_view keysField,
+                                                std::string_view amountsField) {
+  std::vector<std::string> keys = SplitCommas(applier.GetString(keysField));
+  std::vector<std::string> amounts = SplitCommas(applier.GetString(amountsField));
   std::vector<LAppliedAmount> entries;
   entries.reserve(keys.size());
   for (std::size_t i = 0; i < keys.size(); ++i)
@@ -34,7 +35,8 @@ std::vector<LAppliedAmount> LReadAppliedAmounts(const LRecord& applier) {
   return entries;
 }
 
-void LWriteAppliedAmounts(LRecord& applier, const std::vector<LAppliedAmount>& entries) {
+void LWriteAppliedAmounts(LRecord& applier, const std::vector<LAppliedAmount>& entries, std::string_view keysField,
+                          std::string_view amountsField) {
   std::string keys, amounts;
   for (std::size_t i = 0; i < entries.size(); ++i) {
     if (i > 0) {
@@ -44,8 +46,8 @@ void LWriteAppliedAmounts(LRecord& applier, const std::vector<LAppliedAmount>& e
     keys += entries[i].invoice;
     amounts += std::to_string(entries[i].amount);
   }
-  applier.SetString("InvoiceNumber", keys);
-  applier.SetString("InvoiceAmounts", amounts);
+  applier.SetString(keysField, keys);
+  applier.SetString(amountsField, amounts);
 }
 
 long long LAppliedAmountOf(const std::vector<LAppliedAmount>& entries, std::string_view invoice) {

@@ -32,10 +32,13 @@ struct LAppliedAmount {
 };
 
 // The application lists of a payment or credit note as they are stored, in order; a key without
-// an amount (lists of unequal length) reads 0. Nothing is rebuilt.
-std::vector<LAppliedAmount> LReadAppliedAmounts(const LRecord& applier);
+// an amount (lists of unequal length) reads 0. Nothing is rebuilt. A bill payment keeps the same
+// pair of lists under its own names ("BillNumber", "BillAmounts").
+std::vector<LAppliedAmount> LReadAppliedAmounts(const LRecord& applier, std::string_view keysField = "InvoiceNumber",
+                                                std::string_view amountsField = "InvoiceAmounts");
 // Writes both lists from entries (empty lists are stored as empty fields).
-void LWriteAppliedAmounts(LRecord& applier, const std::vector<LAppliedAmount>& entries);
+void LWriteAppliedAmounts(LRecord& applier, const std::vector<LAppliedAmount>& entries,
+                          std::string_view keysField = "InvoiceNumber", std::string_view amountsField = "InvoiceAmounts");
 // The amount of the first entry whose key is invoice exactly; 0 when none.
 long long LAppliedAmountOf(const std::vector<LAppliedAmount>& entries, std::string_view invoice);
 

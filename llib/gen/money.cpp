@@ -3,21 +3,26 @@
 #include <climits>
 #include <cmath>
 
+#include "llib/gen/moneybounds.h"
+
 namespace {
 
 unsigned long long Magnitude(long long amount) {
   return amount < 0 ? 0ULL - static_cast<unsigned long long>(amount) : static_cast<unsigned long long>(amount);
 }
 
+// 10^digits, digits clamped first: a damaged "CurrencyDigits=64" would make it 0 (10^64 is a
+// multiple of 2^64) and every division by it a crash.
 unsigned long long PowerOfTen(int digits) {
   unsigned long long scale = 1;
-  for (int i = 0; i < digits; ++i) scale *= 10;
+  for (int i = 0; i < LMoneyClampDigits(digits); ++i) scale *= 10;
   return scale;
 }
 
 // Whole part with thousands separators, then the decimals.
 std::string Digits(unsigned long long magnitude, int digits, std::string_view decimal,
                    std::string_view thousands) {
+  digits = LMoneyClampDigits(digits);
   unsigned long long scale = PowerOfTen(digits);
   std::string whole = std::to_string(magnitude / scale);
   std::string grouped;
@@ -37,12 +42,13 @@ std::string Digits(unsigned long long magnitude, int digits, std::string_view de
 }  // namespace
 
 bool LParseAmount(std::string_view text, int digits, long long& out) {
+  digits = LMoneyClampDigits(digits);
   std::size_t pos = 0;
   bool negative = false;
   if (pos < text.size() && (text[pos] == '-' || text[pos] == '+')) negative = text[pos++] == '-';
   unsigned long long whole = 0;
   std::size_t wholeDigits = 0;
-  const unsigned long long limit = static_cast<unsigned long long>(LLONG_MAX) / PowerOfTen(digits);
+  const unsigned long long limit = static_cast<unsigned long long>(kMoneyMaxMinorUnits) / PowerOfTen(digits);
   while (pos < text.size() && text[pos] >= '0' && text[pos] <= '9') {
     whole = whole * 10 + static_cast<unsigned>(text[pos++] - '0');
     if (whole > limit) return false;
@@ -60,6 +66,7 @@ bool LParseAmount(std::string_view text, int digits, long long& out) {
   if (pos != text.size() || (wholeDigits == 0 && fractionDigits == 0)) return false;
   fraction *= PowerOfTen(digits - fractionDigits);
   long long value = static_cast<long long>(whole * PowerOfTen(digits) + fraction);
+  if (!LMoneyIsWithinBounds(value)) return false;
   out = negative ? -value : value;
   return true;
 }

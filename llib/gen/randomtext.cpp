@@ -5,6 +5,8 @@
 #include <cerrno>
 #include <random>
 
+#include "llib/gen/hextext.h"
+
 namespace {
 
 // Fills buffer from getrandom; falls back on std::random_device when the call is refused (old
@@ -33,14 +35,7 @@ std::string LStringGenerateRandomPassword(std::size_t length) {
 }
 
 std::string LRandomHexText(std::size_t nBytes) {
-  static constexpr char kDigits[] = "0123456789abcdef";
-  std::basic_string<unsigned char> random(nBytes, 0);
-  FillRandom(random.data(), nBytes);
-  std::string text;
-  text.reserve(2 * nBytes);
-  for (unsigned char byte : random) {
-    text += kDigits[byte >> 4];
-    text += kDigits[byte & 15];
-  }
-  return text;
+  std::string random(nBytes, '\0');
+  FillRandom(reinterpret_cast<unsigned char*>(random.data()), nBytes);
+  return LHexText(random);
 }

@@ -183,8 +183,13 @@ std::string LReportWriteHtml(const LReportTable& table, const LReportStyle& styl
     if (details) out += "<td class=\"detail\">" + LHtmlEscape(row.detail) + "</td>";
     for (std::size_t c = 0; c < table.columns.size(); ++c) {
       std::string cell = row.kind == LReportRowKind::kHeading ? std::string() : LReportCellText(row, c, style);
-      bool negative = c < row.values.size() && row.values[c] && *row.values[c] < 0;
-      out += std::string("<td class=\"amount") + (negative ? " negative" : "") + "\">" + LHtmlEscape(cell) + "</td>";
+      // The amount in cents rides along, so that a page's script (and a reader of the page)
+      // need not parse the formatted text back.
+      bool amount = row.kind != LReportRowKind::kHeading && c < row.values.size() && row.values[c];
+      bool negative = amount && *row.values[c] < 0;
+      out += std::string("<td class=\"amount") + (negative ? " negative" : "") + "\"" +
+             (amount ? " data-cents=\"" + std::to_string(*row.values[c]) + "\"" : std::string()) + ">" +
+             LHtmlEscape(cell) + "</td>";
     }
     out += "</tr>\n";
   }

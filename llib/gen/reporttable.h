@@ -59,7 +59,8 @@ std::string LReportWriteCsv(const LReportTable& table, const LReportStyle& style
 // a row with text cells also has "texts":[text or null...] (one per column), a row with a
 // detail "detail":...
 std::string LReportWriteJson(const LReportTable& table);
-// An HTML fragment: a <table class="report"> with a caption; rows carry their kind as class.
+// An HTML fragment: a <table class="report"> with a caption; rows carry their kind as class, and
+// each amount cell its value in cents as data-cents.
 std::string LReportWriteHtml(const LReportTable& table, const LReportStyle& style);
 // Escapes &, <, >, " and ' for HTML text and attributes.
 std::string LHtmlEscape(std::string_view text);

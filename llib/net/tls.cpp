@@ -5,18 +5,22 @@
 #include <openssl/ssl.h>
 #include <openssl/x509v3.h>
 
+#include "llib/net/tlsserver.h"
+
 namespace {
 
 // Bytes moved between the socket and OpenSSL's buffers per transfer: one full TLS record.
 constexpr std::size_t kTransferBytes = 16 * 1024 + 512;
 
-bool IsAddressLiteral(const std::string& host) {
+
+}  // namespace
+
+bool LTlsIsAddressLiteral(const std::string& host) {
   unsigned char address[16];
   return ::inet_pton(AF_INET, host.c_str(), address) == 1 || ::inet_pton(AF_INET6, host.c_str(), address) == 1;
 }
 
-// Empties OpenSSL's error queue of this thread into one line.
-std::string TakeOpenSslErrors() {
+std::string LTlsTakeErrors() {
   std::string text;
   while (unsigned long code = ::ERR_get_error()) {
     char line[256];
@@ -26,8 +30,6 @@ std::string TakeOpenSslErrors() {
   }
   return text;
 }
-
-}  // namespace
 
 struct LTlsChannel::Impl {
   SSL_CTX* context = nullptr;
@@ -41,6 +43,8 @@ struct LTlsChannel::Impl {
   }
 
   bool Setup(const LTlsClientOptions& options, std::string& error);
+  // The SSL object and its two memory buffers over context (already set); false with error.
+  bool MakeSsl(std::string& error);
   LNetStatus Flush(LTlsTransport& transport, const LNetDeadline& deadline);
   LNetStatus Fill(LTlsTransport& transport, const LNetDeadline& deadline);
   // Repeats call (one OpenSSL operation) until it succeeds, moving records as OpenSSL asks.
@@ -51,34 +55,22 @@ struct LTlsChannel::Impl {
 
 bool LTlsChannel::Impl::Setup(const LTlsClientOptions& options, std::string& error) {
   context = ::SSL_CTX_new(::TLS_client_method());
-  if (context == nullptr) return error = TakeOpenSslErrors(), false;
+  if (context == nullptr) return error = LTlsTakeErrors(), false;
   ::SSL_CTX_set_min_proto_version(context, TLS1_2_VERSION);
   if (options.verifyPeer) {
     ::SSL_CTX_set_verify(context, SSL_VERIFY_PEER, nullptr);
     ::SSL_CTX_set_default_verify_paths(context);
     if (!options.caFile.empty() && ::SSL_CTX_load_verify_locations(context, options.caFile.c_str(), nullptr) != 1) {
-      error = "cannot load the trusted certificates of " + options.caFile + ": " + TakeOpenSslErrors();
+      error = "cannot load the trusted certificates of " + options.caFile + ": " + LTlsTakeErrors();
       return false;
     }
   } else {
     ::SSL_CTX_set_verify(context, SSL_VERIFY_NONE, nullptr);
   }
-  ssl = ::SSL_new(context);
-  fromPeer = ::BIO_new(::BIO_s_mem());
-  toPeer = ::BIO_new(::BIO_s_mem());
-  if (ssl == nullptr || fromPeer == nullptr || toPeer == nullptr) {
-    ::BIO_free(fromPeer);
-    ::BIO_free(toPeer);
-    fromPeer = toPeer = nullptr;
-    return error = TakeOpenSslErrors(), false;
-  }
-  // An empty buffer means "wait for more", never end of stream: the socket reports the end.
-  BIO_set_mem_eof_return(fromPeer, -1);
-  BIO_set_mem_eof_return(toPeer, -1);
-  ::SSL_set_bio(ssl, fromPeer, toPeer);
+  if (!MakeSsl(error)) return false;
   const std::string& host = options.hostName;
   if (!host.empty()) {
-    if (IsAddressLiteral(host)) {
+    if (LTlsIsAddressLiteral(host)) {
       // Server Name Indication carries names only; an address is checked against the
       // certificate's IP entries.
       if (options.verifyPeer) ::X509_VERIFY_PARAM_set1_ip_asc(::SSL_get0_param(ssl), host.c_str());
@@ -88,6 +80,23 @@ bool LTlsChannel::Impl::Setup(const LTlsClientOptions& options, std::string& err
     }
   }
   ::SSL_set_connect_state(ssl);
+  return true;
+}
+
+bool LTlsChannel::Impl::MakeSsl(std::string& error) {
+  ssl = ::SSL_new(context);
+  fromPeer = ::BIO_new(::BIO_s_mem());
+  toPeer = ::BIO_new(::BIO_s_mem());
+  if (ssl == nullptr || fromPeer == nullptr || toPeer == nullptr) {
+    ::BIO_free(fromPeer);
+    ::BIO_free(toPeer);
+    fromPeer = toPeer = nullptr;
+    return error = LTlsTakeErrors(), false;
+  }
+  // An empty buffer means "wait for more", never end of stream: the socket reports the end.
+  BIO_set_mem_eof_return(fromPeer, -1);
+  BIO_set_mem_eof_return(toPeer, -1);
+  ::SSL_set_bio(ssl, fromPeer, toPeer);
   return true;
 }
 
@@ -136,7 +145,7 @@ LNetStatus LTlsChannel::Impl::Drive(LTlsTransport& transport, const LNetDeadline
         long verified = ::SSL_get_verify_result(ssl);
         error = verified != X509_V_OK ? std::string("certificate check failed: ") +
                                             ::X509_verify_cert_error_string(verified)
-                                      : TakeOpenSslErrors();
+                                      : LTlsTakeErrors();
         if (error.empty()) error = "TLS failure";
         return LNetStatus::kFailed;
       }
@@ -158,6 +167,25 @@ std::unique_ptr<LTlsChannel> LTlsChannel::Connect(LTlsTransport& transport, cons
   int result = 0;
   SSL* ssl = impl->ssl;
   status = impl->Drive(transport, deadline, [ssl] { return ::SSL_connect(ssl); }, result, error);
+  if (status != LNetStatus::kOk) return nullptr;
+  return std::unique_ptr<LTlsChannel>(new LTlsChannel(std::move(impl)));
+}
+
+std::unique_ptr<LTlsChannel> LTlsChannel::Accept(LTlsTransport& transport, const LTlsServerContext& server,
+                                                 const LNetDeadline& deadline, LNetStatus& status,
+                                                 std::string& error) {
+  auto impl = std::make_unique<Impl>();
+  // The channel holds its own reference: the server may swap its context while it runs.
+  impl->context = server.Native();
+  ::SSL_CTX_up_ref(impl->context);
+  if (!impl->MakeSsl(error)) {
+    status = LNetStatus::kFailed;
+    return nullptr;
+  }
+  ::SSL_set_accept_state(impl->ssl);
+  int result = 0;
+  SSL* ssl = impl->ssl;
+  status = impl->Drive(transport, deadline, [ssl] { return ::SSL_accept(ssl); }, result, error);
   if (status != LNetStatus::kOk) return nullptr;
   return std::unique_ptr<LTlsChannel>(new LTlsChannel(std::move(impl)));
 }

@@ -1,6 +1,7 @@
-// TLS client connections through OpenSSL, laid over a socket that is already connected (a
-// connection that starts in plain text and turns secure, as STARTTLS does, or one secure from
-// the first byte, as HTTPS is).
+// TLS connections through OpenSSL, laid over a socket that is already connected (a connection
+// that starts in plain text and turns secure, as STARTTLS does, or one secure from the first
+// byte, as HTTPS is): the client side for mail and the tax authority, the server side for the
+// web server (Accept, with the certificate of an LTlsServerContext, llib/net/tlsserver.h).
 //
 // OpenSSL never touches the descriptor: it reads and writes memory buffers, and the channel moves
 // the records between those buffers and the socket's transport under the caller's deadline and
@@ -18,6 +19,13 @@
 #include <string>
 
 #include "llib/net/netwait.h"
+
+class LTlsServerContext;
+
+// host is a literal IPv4 or IPv6 address (certificates name those as IP entries, not DNS ones).
+bool LTlsIsAddressLiteral(const std::string& host);
+// Empties OpenSSL's error queue of the calling thread into one line ("" when it was empty).
+std::string LTlsTakeErrors();
 
 struct LTlsClientOptions {
   bool verifyPeer = true;  // check the chain and the name (see above)
@@ -48,6 +56,11 @@ class LTlsChannel {
   static std::unique_ptr<LTlsChannel> Connect(LTlsTransport& transport, const LTlsClientOptions& options,
                                               const LNetDeadline& deadline, LNetStatus& status,
                                               std::string& error);
+
+  // Runs the server side of the handshake over transport with the certificate of server. The
+  // channel on success; null with status and error as Connect.
+  static std::unique_ptr<LTlsChannel> Accept(LTlsTransport& transport, const LTlsServerContext& server,
+                                             const LNetDeadline& deadline, LNetStatus& status, std::string& error);
 
   // Writes all size bytes as TLS records.
   LNetStatus Write(LTlsTransport& transport, const char* data, std::size_t size,

@@ -1,6 +1,8 @@
 #include "llib/web/webaccount.h"
 
 #include "llib/gen/file.h"
+#include "llib/gen/log.h"
+#include "llib/gen/passwordhash.h"
 #include "llib/gen/randomtext.h"
 #include "llib/web/webformat.h"
 #include "llib/net/emailsendbg.h"
@@ -18,17 +20,35 @@ bool LWebAccount::HasProfile(std::string_view companyName) const {
   return false;
 }
 
+bool LWebAccount::HasPassword(std::string_view password) const {
+  if (TestFieldExists("PasswordHash")) return LPasswordHashMatches(GetString("PasswordHash"), password);
+  std::string plain = GetString("Password");
+  return !plain.empty() && LSecretEquals(plain, password);
+}
+
+bool LWebAccount::SetPassword(std::string_view password) {
+  std::string hash = LPasswordHashMake(password);
+  if (hash.empty()) return false;
+  SetString("PasswordHash", hash);
+  if (TestFieldExists("Password")) DeleteField("Password");
+  return true;
+}
+
+bool LWebAccount::NeedsPasswordRehash() const { return !LPasswordHashIsCurrent(GetString("PasswordHash")); }
+
 int LWebAccount::ValidateLogon(std::string_view password, std::time_t now) {
   long long elapsed = static_cast<long long>(now) - GetInt64("LogonFailTime", 0);
   int failures = GetInt("LogonFailures", 0);
   if (elapsed < kWebLogonLockSeconds && failures > kWebLogonFailuresBeforeLock) return kWebLogonLocked;
-  if (GetPassword() != password) {
+  if (!HasPassword(password)) {
     SetInt("LogonFailures", elapsed < kWebLogonLockSeconds ? failures + 1 : 1);
     SetInt64("LogonFailTime", static_cast<long long>(now));
     return kWebLogonWrongPassword;
   }
   SetInt("LogonFailures", 0);
   SetInt64("LogonFailTime", 0);
+  if (NeedsPasswordRehash() && !SetPassword(password))
+    LLogError("Le mot de passe Web de %s n'a pas pu être chiffré.", GetId().c_str());
   return kWebLogonOk;
 }
 
@@ -59,12 +79,38 @@ int LWebAccountCount() {
   return count;
 }
 
+int LWebAccountHashPlainPasswords() {
+  int nHashed = 0;
+  LWebAccount account;
+  LFileStoreListBase accounts = LWebAccountList();
+  for (LFileStoreIteratorBase it(accounts, account); account.IsAttached(); it.Next(account)) {
+    if (!account.TestFieldExists("Password")) continue;
+    // An account that has both keeps its hash: the plain text is a leftover to remove.
+    bool hashed = true;
+    if (account.TestFieldExists("PasswordHash"))
+      account.DeleteField("Password");
+    else
+      hashed = account.SetPassword(account.GetString("Password"));
+    if (hashed && account.Flush()) {
+      ++nHashed;
+    } else {
+      LLogError("Le mot de passe Web de %s n'a pas pu être chiffré.", account.GetId().c_str());
+    }
+  }
+  return nHashed;
+}
+
 bool LWebAccountForgotPassword(std::string_view id, std::string& newPassword) {
   LWebAccount account;
   if (!LWebAccountList().Open(account, LWebAccountIdFromEmail(id))) return false;
-  newPassword = LStringGenerateRandomPassword(8);
-  account.SetString("Password", newPassword);
-  return account.Flush();
+  std::string password = LStringGenerateRandomPassword(8);
+  if (!account.SetPassword(password)) return false;
+  // A new password also lifts a lock-out.
+  account.SetInt("LogonFailures", 0);
+  account.SetInt64("LogonFailTime", 0);
+  if (!account.Flush()) return false;
+  newPassword = password;
+  return true;
 }
 
 void LWebAccountSendPassword(std::string_view id, std::string_view password) {

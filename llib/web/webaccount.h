@@ -3,7 +3,11 @@
 // address in lower case:
 //
 //   "DisplayName"       the user's name
-//   "Password"          the password itself, compared as plain text (at least 6 characters)
+//   "PasswordHash"      the salted, slow hash of the password (llib/gen/passwordhash.h); the
+//                       password itself (at least 6 characters) is never stored
+//   "Password"          only in files of older programs: the password in plain text. It is
+//                       accepted and replaced by "PasswordHash" at the next logon, or when the
+//                       service starts (LWebAccountHashPlainPasswords)
 //   "Enabled"           "1": the account may log on
 //   "Administrator"     "1": every business and the user pages
 //   "Priviligies"       1 "Administrateur", 2 "Utilisateur", 3 "Afficheur" (spelt so on purpose:
@@ -48,7 +52,6 @@ class LWebAccount : public LRecord {
  public:
   const std::string& GetId() const { return GetPrimaryKey(); }
   std::string GetDisplayName() const { return GetString("DisplayName"); }
-  std::string GetPassword() const { return GetString("Password"); }
   bool IsEnabled() const { return GetBool("Enabled", false); }
   bool IsAdministrator() const { return GetBool("Administrator", false); }
   int GetPriviligies() const { return GetInt("Priviligies", kWebPrivilegeUser); }
@@ -59,9 +62,20 @@ class LWebAccount : public LRecord {
   // an empty list holds nothing.
   bool HasProfile(std::string_view companyName) const;
 
+  // true when password is the account's password ("PasswordHash", else the plain "Password" of
+  // an older program). Counts no failure: the change-password page asks the old one with it.
+  bool HasPassword(std::string_view password) const;
+  // Stores the hash of password and removes a plain "Password" (the record is saved when
+  // flushed or released). false when hashing failed; the record is then unchanged.
+  [[nodiscard]] bool SetPassword(std::string_view password);
+  // true while the stored password is plain text or hashed with fewer iterations than new
+  // hashes get.
+  bool NeedsPasswordRehash() const;
+
   // Checks password against the open record at time now and keeps the failure count; returns
-  // kWebLogonOk, kWebLogonWrongPassword or kWebLogonLocked. The record is changed, and saved when
-  // released.
+  // kWebLogonOk, kWebLogonWrongPassword or kWebLogonLocked. A right password that NeedsPasswordRehash
+  // is hashed anew, so that plain passwords of older programs leave the file at their first
+  // logon. The record is changed, and saved when released.
   int ValidateLogon(std::string_view password, std::time_t now = std::time(nullptr));
 };
 
@@ -78,6 +92,10 @@ int LWebAccountValidateLogon(std::string_view id, std::string_view password);
 
 // Number of web accounts.
 int LWebAccountCount();
+
+// Replaces every plain "Password" of an older program by its hash; the number of accounts
+// rewritten (failures are logged and left for the next logon).
+int LWebAccountHashPlainPasswords();
 
 // Gives the account 8 random lower-case letters as its new password. false when there is no such
 // account; newPassword then unchanged.

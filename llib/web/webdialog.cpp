@@ -55,6 +55,11 @@ void LWebDialog::Answer() {
     return;
   }
   WLWriteScriptAnswerHeader(form_);
+  AnswerPress(pressed);
+  form_.SendHeldHead();  // an answer without script still gets its head at once
+}
+
+void LWebDialog::AnswerPress(const std::string& pressed) {
   if (pressed == okText_) {
     RunOkThenGo(TargetParam("onok", okPage_));
     return;

@@ -191,6 +191,8 @@ class LWebDialog : public LWebPage {
  private:
   // The round trip after Authenticate.
   void Answer();
+  // The script answer to the button whose text is pressed.
+  void AnswerPress(const std::string& pressed);
   void RunOkThenGo(std::string_view target);
   std::string RefererTarget() const;
   std::string TargetParam(std::string_view name, std::string_view configured) const;

@@ -16,6 +16,7 @@
 #include "llib/gen/usersettings.h"
 #include "llib/web/webletconnection.h"
 #include "llib/web/webletsocket.h"
+#include "llib/web/weblettls.h"
 
 namespace {
 
@@ -83,7 +84,16 @@ LWebletServer::~LWebletServer() {
 
 void LWebletServer::StartServer(int port) {
   if (listener_) listener_->Stop();
-  listener_ = std::make_unique<LWebletServerListener>(port);
+  std::shared_ptr<const LTlsServerContext> tls;
+  if (LWebletIsSecure()) {
+    std::string error;
+    tls = LWebletLoadTls(error);
+    // Plain text to the network would send passwords in clear: without its certificate the
+    // server answers only this machine, which refuses no one who could use it safely.
+    if (tls == nullptr) LLogError("%s", error.c_str());
+  }
+  secure_ = tls != nullptr;
+  listener_ = std::make_unique<LWebletServerListener>(port, std::move(tls));
   listener_->Start();
 }
 
@@ -97,16 +107,17 @@ void LWebletServer::UpdateServerUnsecure() {
 
 void LWebletServer::StopServer() {
   if (!listener_) return;
-  LLogInfo("Arrêt du serveur Web (Non sécurisé)");
+  LLogInfo("Arrêt du serveur Web (%s)", secure_ ? "Sécurisé" : "Non sécurisé");
   listener_->Stop();
   listener_.reset();
 }
 
 // ---- The listener --------------------------------------------------------------------------------
 
-LWebletServerListener::LWebletServerListener(int port)
+LWebletServerListener::LWebletServerListener(int port, std::shared_ptr<const LTlsServerContext> tls)
     : port_(port),
-      registry_(std::make_shared<LWebletConnectionRegistry>(LFile::GetUserDataFolderAppSubFolder("Web"))) {}
+      registry_(std::make_shared<LWebletConnectionRegistry>(LFile::GetUserDataFolderAppSubFolder("Web"),
+                                                            std::move(tls))) {}
 
 LWebletServerListener::~LWebletServerListener() { Stop(); }
 

@@ -19,6 +19,7 @@
 #include "llib/gen/thread.h"
 
 class LWebletConnectionRegistry;
+class LTlsServerContext;
 
 inline constexpr int kWebletDefaultPort = 1098;
 inline constexpr std::string_view kWebletBadPortMessage = "Numéro de port non valide.";
@@ -28,7 +29,8 @@ inline constexpr unsigned kWebletRestartSoonMs = 300;  // the page's answer leav
 
 class LWebletServerListener : public LThread {
  public:
-  explicit LWebletServerListener(int port);
+  // tls: the HTTPS certificate (llib/web/weblettls.h); null: plain HTTP only.
+  LWebletServerListener(int port, std::shared_ptr<const LTlsServerContext> tls);
   ~LWebletServerListener() override;
 
   // Stops accepting, then stops every connection of this listener and waits for them.
@@ -79,15 +81,19 @@ class LWebletServer {
   LWebletServer(const LWebletServer&) = delete;
   LWebletServer& operator=(const LWebletServer&) = delete;
 
-  // Stops a listener that is still running (and waits for it), then listens on port.
+  // Stops a listener that is still running (and waits for it), then listens on port: with HTTPS
+  // when "Secure" is on and its certificate loads (a certificate that cannot be used is logged
+  // and the server then serves the loopback only, in plain text).
   void StartServer(int port);
   // Restarts the listener on the configured port with the log line "Démarrage du serveur Web
   // (Non sécurisé)" or "Redémarrage du serveur Web (Non sécurisé)", or stops it when the server
   // is disabled.
   void UpdateServerUnsecure();
-  // Stops the listener and all its connections; logs "Arrêt du serveur Web (Non sécurisé)" when
-  // one was running.
+  // Stops the listener and all its connections; logs "Arrêt du serveur Web (Non sécurisé)" (or
+  // "(Sécurisé)" for HTTPS) when one was running.
   void StopServer();
+  // The running listener speaks HTTPS.
+  bool IsSecure() const { return secure_; }
   bool IsRunning() const { return listener_ != nullptr; }
   bool IsListening() const { return listener_ != nullptr && listener_->IsListening(); }
   // Another program holds the port; the listener keeps trying.
@@ -95,4 +101,5 @@ class LWebletServer {
 
  private:
   std::unique_ptr<LWebletServerListener> listener_;  // null while stopped
+  bool secure_ = false;                              // the listener has a certificate
 };

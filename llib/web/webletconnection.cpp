@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <array>
+#include <cctype>
 #include <cstdint>
 #include <cstring>
 #include <map>
@@ -20,6 +21,7 @@
 #include "llib/web/webletrequest.h"
 #include "llib/web/webletroutes.h"
 #include "llib/web/webletsocket.h"
+#include "llib/web/webdesk.h"
 
 namespace {
 
@@ -84,6 +86,9 @@ void Refuse(LWebletSocket& socket) {
 
 constexpr std::string_view kNotImplemented = "HTTP/1.1 501 Not Implemented\r\nConnection: close\r\n\r\n";
 constexpr std::string_view kNotFound = "HTTP/1.1 404 Not Found\r\nConnection: close\r\n\r\n";
+constexpr std::string_view kHttpsOnly =
+    "HTTP/1.1 403 Forbidden\r\nContent-Type: text/plain; charset=utf-8\r\nConnection: close\r\n\r\n"
+    "Ce serveur Kontavo n'accepte que les connexions HTTPS depuis le réseau : ouvrez son adresse en https://.";
 constexpr std::string_view kTooLong = "HTTP/1.1 500 Content Length Too Long\r\nConnection: close\r\n\r\n";
 
 std::string HeaderOr(const LWebletForm& form, std::string_view name, std::string_view def) {
@@ -166,9 +171,28 @@ Outcome RunRoute(LWebletSocket& socket, std::unique_ptr<LWebletForm> form, LWebl
   return again ? Outcome::kNext : Outcome::kEnd;
 }
 
-// Reads and answers one request.
-Outcome ServeOneRequest(LWebletSocket& socket, const unsigned char clientAddress[4],
-                        const std::string& webFolder) {
+// Sends a plain request that should have come over TLS to the same address and path over https;
+// without a usable "Host" header, says so.
+void SendToHttps(LWebletSocket& socket, const LWebletForm& form, const std::string& uri) {
+  std::string host = HeaderOr(form, "Host", "");
+  bool usable = !host.empty();
+  for (char c : host)
+    if (!std::isalnum(static_cast<unsigned char>(c)) && c != '.' && c != '-' && c != ':' && c != '[' && c != ']')
+      usable = false;
+  bool cleanUri = uri.find_first_of("\r\n") == std::string::npos;
+  if (usable && cleanUri) {
+    socket.Send("HTTP/1.1 301 Moved Permanently\r\nLocation: https://" + host + uri +
+                    "\r\nContent-Length: 0\r\nConnection: close\r\n\r\n",
+                kWebSendHeaderMs);
+    return;
+  }
+  socket.Send(kHttpsOnly, kWebSendHeaderMs);
+}
+
+// Reads and answers one request. plainRefused: the request came in plain text from another
+// machine to a server that speaks HTTPS; it is sent to https.
+Outcome ServeOneRequest(LWebletSocket& socket, const unsigned char clientAddress[4], const std::string& webFolder,
+                        bool plainRefused) {
   std::string line;
   if (!socket.ReadLine(line, kWebletLineBytes, kWebletRequestLineMs)) return Outcome::kEnd;
   LWebletRequestLine request = LWebletParseRequestLine(line);
@@ -192,6 +216,11 @@ Outcome ServeOneRequest(LWebletSocket& socket, const unsigned char clientAddress
   bool headersRead = ReadHeaders(socket, form->headers);
   socket.SetReadDeadline(0);
   if (!headersRead) return Outcome::kEnd;
+  if (plainRefused) {
+    SendToHttps(socket, *form, request.uri);
+    return Outcome::kEnd;
+  }
+  form->isSecure = socket.IsTls();
   bool keepAlive = LWebletKeepAlive(request.version, kind, HeaderOr(*form, "Connection", ""));
 
   LWebletHandler rawHandler = kind == kWebletPost ? LWebletFindPostScript(form->scriptName) : nullptr;
@@ -221,9 +250,24 @@ void LWebletSetThreadName(const std::string& name) {
 }
 
 void LWebletServeConnection(LWebletSocket& socket, const unsigned char clientAddress[4],
-                            const std::string& webFolder) {
+                            const std::string& webFolder, const LTlsServerContext* tls) {
   LWebletSetThreadName("WEBC");
-  while (ServeOneRequest(socket, clientAddress, webFolder) == Outcome::kNext) {
+  bool plainRefused = false;
+  if (tls != nullptr) {
+    int first = socket.PeekFirstByte(kWebletRequestLineMs);
+    if (first < 0) return;
+    if (first == kTlsHandshakeRecordByte) {
+      std::string error;
+      if (!socket.StartTls(*tls, kWebletHeadersMs, error)) {
+        LLogWarning("Weblet: TLS handshake failed: %u.%u.%u.%u %s", clientAddress[0], clientAddress[1],
+                    clientAddress[2], clientAddress[3], error.c_str());
+        return;
+      }
+    } else {
+      plainRefused = !LWebIsLoopbackAddress(clientAddress);
+    }
+  }
+  while (ServeOneRequest(socket, clientAddress, webFolder, plainRefused) == Outcome::kNext) {
   }
 }
 
@@ -243,7 +287,7 @@ bool LWebletConnectionRegistry::StartConnection(const std::shared_ptr<LWebletCon
   std::memcpy(address.data(), clientAddress, 4);
   registry->Add(socket.get());
   std::thread([registry, socket, address, key] {
-    LWebletServeConnection(*socket, address.data(), registry->WebFolder());
+    LWebletServeConnection(*socket, address.data(), registry->WebFolder(), registry->Tls());
     registry->Remove(socket.get());
     ReleaseConnectionSlot(key);
   }).detach();

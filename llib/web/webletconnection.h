@@ -7,6 +7,11 @@
 // when the answer allows it (keep-alive: an HTTP/1.1 GET without "Connection: close", answered
 // by a static file or a handler that says so).
 //
+// A listener with a certificate (HTTPS switched on) serves TLS and plain HTTP on the same port:
+// a connection whose first byte opens a TLS handshake turns secure; a plain one is served from
+// the loopback only (the desk on this machine keeps working without a certificate warning), and
+// a plain request from any other address is sent to the same address over https.
+//
 // The listener keeps its connection threads in a registry guarded by a recursive mutex; stopping
 // the server sets the registry's stop signal (every wait of every connection wakes up on it),
 // shuts every socket down, and waits until the last thread has left.
@@ -34,11 +39,14 @@ inline constexpr int kWebletMaxConnections = 1000;
 inline constexpr int kWebletMaxConnectionsPerAddress = 64;
 
 class LWebletSocket;
+class LTlsServerContext;
 
 // Connections of one listener.
 class LWebletConnectionRegistry {
  public:
-  explicit LWebletConnectionRegistry(std::string webFolder) : webFolder_(std::move(webFolder)) {}
+  // tls: the certificate of HTTPS; null to serve plain HTTP only.
+  LWebletConnectionRegistry(std::string webFolder, std::shared_ptr<const LTlsServerContext> tls)
+      : webFolder_(std::move(webFolder)), tls_(std::move(tls)) {}
 
   // Starts a detached connection thread for an accepted socket. false (503 sent, socket closed)
   // when a limit of open connections is reached.
@@ -51,6 +59,7 @@ class LWebletConnectionRegistry {
 
   const LSignalObject& StopSignal() const { return stop_; }
   const std::string& WebFolder() const { return webFolder_; }
+  const LTlsServerContext* Tls() const { return tls_.get(); }
 
  private:
   void Add(LWebletSocket* socket);
@@ -60,6 +69,7 @@ class LWebletConnectionRegistry {
   std::vector<LWebletSocket*> sockets_;  // sockets of the running connection threads (not owned)
   LSignalObject stop_;                   // set once: the server is stopping
   std::string webFolder_;                // the "Web" folder of the static files
+  std::shared_ptr<const LTlsServerContext> tls_;  // HTTPS certificate; null: plain HTTP only
 };
 
 // Open connections of the whole process.
@@ -68,7 +78,7 @@ int LWebletConnectionCount();
 // Reads and answers the requests of one client until the connection ends. Used by the
 // connection threads; exposed for the fuzz target, which runs it over a socket pair.
 void LWebletServeConnection(LWebletSocket& socket, const unsigned char clientAddress[4],
-                            const std::string& webFolder);
+                            const std::string& webFolder, const LTlsServerContext* tls = nullptr);
 
 // Names the calling thread (cut to the 15 bytes the system keeps).
 void LWebletSetThreadName(const std::string& name);

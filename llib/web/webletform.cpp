@@ -1,5 +1,7 @@
 #include "llib/web/webletform.h"
 
+#include <algorithm>
+#include <cctype>
 #include <cstdarg>
 
 #include "llib/web/webformat.h"
@@ -8,7 +10,41 @@
 
 LWebletForm::LWebletForm(LWebletSocket* socket) : socket_(socket) {}
 
-LWebletForm::~LWebletForm() { session.FlushSession(); }
+LWebletForm::~LWebletForm() {
+  SendHeldHead();
+  session.FlushSession();
+}
+
+namespace {
+
+// true when head has a header line of that name (compared without regard to case).
+bool HeadHasField(std::string_view head, std::string_view name) {
+  for (std::size_t at = head.find("\r\n"); at != std::string_view::npos; at = head.find("\r\n", at + 2)) {
+    std::string_view line = head.substr(at + 2, name.size() + 1);
+    if (line.size() == name.size() + 1 && line.back() == ':' &&
+        std::equal(name.begin(), name.end(), line.begin(),
+                   [](char a, char b) { return std::tolower(static_cast<unsigned char>(a)) == std::tolower(static_cast<unsigned char>(b)); }))
+      return true;
+  }
+  return false;
+}
+
+}  // namespace
+
+std::string LWebletForm::ClosingHead(std::string_view head) const {
+  std::string text(head);
+  std::size_t statusEnd = text.find("\r\n");
+  if (keepAlive || statusEnd == std::string::npos || HeadHasField(text, "Connection")) return text;
+  text.insert(statusEnd + 2, "Connection: close\r\n");
+  return text;
+}
+
+bool LWebletForm::AddHeaderLine(std::string_view line) {
+  if (heldHead_.size() < 2) return false;
+  // Before the empty line that ends the head.
+  heldHead_.insert(heldHead_.size() - 2, std::string(line) + "\r\n");
+  return true;
+}
 
 std::string LWebletForm::ClientAddressText() const {
   return std::to_string(clientAddress[0]) + "." + std::to_string(clientAddress[1]) + "." +
@@ -27,6 +63,12 @@ std::string LWebletForm::GetParam(std::string_view name, std::string_view def) c
 
 bool LWebletForm::Write(std::string_view data, unsigned timeoutMs) {
   if (writeFailed_) return false;
+  if (!heldHead_.empty()) {
+    std::string head = std::move(heldHead_);
+    heldHead_.clear();
+    head.append(data);
+    return Write(head, timeoutMs);
+  }
   if (socket_ == nullptr) {
     captured_.append(data);
     return true;

@@ -2,9 +2,12 @@
 // connection thread fills it (kind, parameters from the query and the body, headers, cookies,
 // the session named by the "kontavo_sess" cookie, the client's address, the script name) and
 // hands it to the route's handler, which writes its answer through it straight to the client:
-// nothing is buffered, so the status line and headers go first.
+// nothing is buffered, so the status line and headers go first. One exception: a head given to
+// HoldHeader waits for the first piece of the body, so that the handler can still add header
+// lines (the session cookie of a logon) after the head was chosen.
 //
-// Destroying the form writes back a session that the request changed.
+// Destroying the form sends a head still held and writes back a session that the request
+// changed.
 #pragma once
 
 #include <string>
@@ -52,7 +55,19 @@ class LWebletForm {
   // Writes data within timeoutMs. After one failed write every later write does nothing and
   // returns false: the connection is closed when the handler returns.
   bool Write(std::string_view data, unsigned timeoutMs = kWebSendContentMs);
-  bool WriteHeader(std::string_view data) { return Write(data, kWebSendHeaderMs); }
+  // Writes a head (status line and header lines, ending in the empty line). Unless the handler
+  // keeps the connection, the head says "Connection: close": a client that believed the
+  // connection stays would send its next request into a closed socket and see it reset.
+  bool WriteHeader(std::string_view head) { return Write(ClosingHead(head), kWebSendHeaderMs); }
+  // Keeps head (as for WriteHeader) until the next Write or the form's end.
+  void HoldHeader(std::string_view head) { heldHead_ = ClosingHead(head); }
+  // Adds one header line (without its line end) to the held head. false when no head is held:
+  // the head has gone and the line cannot follow it.
+  bool AddHeaderLine(std::string_view line);
+  // Sends a held head now; false when sending failed.
+  bool SendHeldHead() { return Write({}); }
+  // true when the client reached the server over TLS (set by the connection).
+  bool isSecure = false;
   // Formatted page content, with the writer's %H and %U (llib/web/webformat.h).
   void wfprintf(const char* format, ...);
   void wfprintfutf8(const char* format, ...);
@@ -61,9 +76,12 @@ class LWebletForm {
   const std::string& Captured() const { return captured_; }
 
  private:
+  std::string ClosingHead(std::string_view head) const;
+
   LWebletSocket* socket_;     // the client connection, not owned; null: capture
   std::string captured_;      // what a form without socket was given
   bool writeFailed_ = false;  // a write failed or timed out
+  std::string heldHead_;      // see HoldHeader; empty when none
 };
 
 // Writes "HTTP/1.1 302 Found" with location (line ends removed) and marks the response sent.

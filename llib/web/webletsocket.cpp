@@ -24,6 +24,12 @@ long long LWebletNowMs() {
       .count();
 }
 
+// Milliseconds of the steady clock at which deadline passes.
+static long long DeadlineMs(const LNetDeadline& deadline) {
+  int left = deadline.PollMs();
+  return LWebletNowMs() + (left < 0 ? 24LL * 3600 * 1000 : left);
+}
+
 int LWebletListenSocket(int port) {
   int fd = ::socket(AF_INET, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0);
   if (fd < 0) return -1;
@@ -51,6 +57,7 @@ LWebletSocket::LWebletSocket(int fd, const LSignalObject* stop) : fd_(fd), stop_
 }
 
 LWebletSocket::~LWebletSocket() {
+  if (tls_) tls_->Shutdown(*this);
   if (fd_ >= 0) ::close(fd_);
 }
 
@@ -73,6 +80,18 @@ bool LWebletSocket::Fill(long long deadlineMs) {
   if (pos_ > 0 && pos_ == buffer_.size()) {
     buffer_.clear();
     pos_ = 0;
+  }
+  if (tls_) {
+    char piece[kReadPieceBytes];
+    std::size_t got = 0;
+    std::string error;
+    long long left = deadlineMs - LWebletNowMs();
+    if (left <= 0) return false;
+    if (tls_->Read(*this, piece, sizeof piece, got, LNetDeadline::After(static_cast<unsigned>(left)), error) !=
+        LNetStatus::kOk)
+      return false;
+    buffer_.append(piece, got);
+    return true;
   }
   for (;;) {
     char piece[kReadPieceBytes];
@@ -129,8 +148,15 @@ bool LWebletSocket::ReadExact(std::string& out, std::size_t size, unsigned timeo
 }
 
 bool LWebletSocket::Send(std::string_view data, unsigned timeoutMs, bool more) {
-  long long deadline = LWebletNowMs() + timeoutMs;
-  int flags = MSG_NOSIGNAL | (more ? MSG_MORE : 0);
+  if (tls_) {
+    std::string error;
+    return data.empty() ||
+           tls_->Write(*this, data.data(), data.size(), LNetDeadline::After(timeoutMs), error) == LNetStatus::kOk;
+  }
+  return RawSend(data, LWebletNowMs() + timeoutMs, MSG_NOSIGNAL | (more ? MSG_MORE : 0));
+}
+
+bool LWebletSocket::RawSend(std::string_view data, long long deadline, int flags) {
   while (!data.empty()) {
     ssize_t n = ::send(fd_, data.data(), data.size(), flags);
     if (n > 0) {
@@ -147,6 +173,46 @@ bool LWebletSocket::Send(std::string_view data, unsigned timeoutMs, bool more) {
 void LWebletSocket::Push() {
   int on = 1;  // setting TCP_NODELAY again sends what MSG_MORE held back
   ::setsockopt(fd_, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
+}
+
+int LWebletSocket::PeekFirstByte(unsigned timeoutMs) {
+  long long deadline = ReadDeadline(timeoutMs);
+  for (;;) {
+    unsigned char byte = 0;
+    ssize_t n = ::recv(fd_, &byte, 1, MSG_PEEK);
+    if (n == 1) return byte;
+    if (n == 0) return -1;
+    if (errno == EINTR) continue;
+    if (errno != EAGAIN && errno != EWOULDBLOCK) return -1;
+    if (!WaitReady(POLLIN, deadline)) return -1;
+  }
+}
+
+bool LWebletSocket::StartTls(const LTlsServerContext& server, unsigned timeoutMs, std::string& error) {
+  LNetStatus status = LNetStatus::kOk;
+  tls_ = LTlsChannel::Accept(*this, server, LNetDeadline::After(timeoutMs), status, error);
+  return tls_ != nullptr;
+}
+
+LNetStatus LWebletSocket::TransportSend(const char* data, std::size_t size, const LNetDeadline& deadline) {
+  return RawSend(std::string_view(data, size), DeadlineMs(deadline), MSG_NOSIGNAL) ? LNetStatus::kOk
+                                                                                   : LNetStatus::kFailed;
+}
+
+LNetStatus LWebletSocket::TransportReceive(char* buffer, std::size_t size, std::size_t& got,
+                                           const LNetDeadline& deadline) {
+  long long deadlineMs = DeadlineMs(deadline);
+  for (;;) {
+    ssize_t n = ::recv(fd_, buffer, size, 0);
+    if (n > 0) {
+      got = static_cast<std::size_t>(n);
+      return LNetStatus::kOk;
+    }
+    if (n == 0) return LNetStatus::kClosed;
+    if (errno == EINTR) continue;
+    if (errno != EAGAIN && errno != EWOULDBLOCK) return LNetStatus::kFailed;
+    if (!WaitReady(POLLIN, deadlineMs)) return LNetStatus::kTimedOut;
+  }
 }
 
 void LWebletSocket::ShutdownNow() { ::shutdown(fd_, SHUT_RDWR); }

@@ -2,14 +2,13 @@
 
 #include "llib/gen/log.h"
 #include "llib/web/webaccount.h"
-#include "llib/web/webformat.h"
 #include "llib/web/webletform.h"
 #include "llib/net/emailaddress.h"
 
 namespace {
 
 constexpr std::string_view kLogonFailed = "Échec de la connexion. Veuillez vérifier que le mot de passe est correct.";
-constexpr std::string_view kCookieExpiry = "; expires=Sunday, 17-Jan-2038 19:14:07 GMT";
+constexpr std::string_view kCookieExpiry = "; Expires=Sun, 17 Jan 2038 19:14:07 GMT";
 
 std::string Trimmed(const std::string& text) {
   std::size_t start = 0;
@@ -76,9 +75,8 @@ void LWebLogon::StartSession(const std::string& user, bool remember) {
 }
 
 void LWebLogon::AnswerCookieAndGo(bool remember, std::string_view next) {
-  std::string id = form_.session.GetSessionId();
-  WriteAnswerScript(LWebFormat("document.cookie = 'kontavo_sess=%s; path=/%s';\n", LJScriptEscape(id).c_str(),
-                               remember ? std::string(kCookieExpiry).c_str() : ""));
+  if (!form_.AddHeaderLine(WLSessionCookieLine(form_, remember)))
+    LLogError("Weblet: le cookie de session n'a pas pu être envoyé à %s", form_.ClientAddressText().c_str());
   Redirect(next);
   SetAnswerWritten();
 }
@@ -87,6 +85,13 @@ bool LWebLogon::LogonSucceeded(const std::string& user, bool remember) {
   StartSession(user, remember);
   AnswerCookieAndGo(remember, LWebSafeTarget(form_.GetParam("onok"), "main"));
   return true;
+}
+
+std::string WLSessionCookieLine(const LWebletForm& form, bool remember) {
+  // Session ids are letters and digits: nothing in them needs quoting.
+  return "Set-Cookie: " + std::string(kWebSessionCookie) + "=" + form.session.GetSessionId() +
+         "; Path=/; HttpOnly; SameSite=Strict" + (form.isSecure ? "; Secure" : "") +
+         (remember ? std::string(kCookieExpiry) : "");
 }
 
 // ---- Log-off and expired sessions -----------------------------------------------------------------

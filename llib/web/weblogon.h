@@ -3,8 +3,15 @@
 // LWebLogon is the logon dialog: e-mail address (control 101), password (102), the link to the
 // lost-password page, and the remember box (103) beside the button. Its OK checks the address
 // and the password against the web accounts (with their lock-out), starts a session ("l" when
-// remembered) and answers script that sets the session cookie and goes to the next page. The
-// application decides the next page (LogonSucceeded): the business to open, or the chooser.
+// remembered), sets the session cookie in a header of its answer and answers script that goes
+// to the next page. The application decides the next page (LogonSucceeded): the business to
+// open, or the chooser.
+//
+// The cookie "kontavo_sess" is HttpOnly (no script of a page, injected or not, can read the
+// session id), SameSite=Strict (a request that another site starts, by a link, a form or a
+// script, goes without it, so no other site can act in the user's name), and Secure when the
+// logon came over HTTPS. It is set by a header, never by script: a cookie set by script cannot
+// be HttpOnly.
 #pragma once
 
 #include <string>
@@ -34,9 +41,14 @@ class LWebLogon : public LWebDialog {
   virtual bool LogonSucceeded(const std::string& user, bool remember);
   // Starts a new session (long-lived when remember) with "user" set.
   void StartSession(const std::string& user, bool remember);
-  // Answers the cookie of the new session and the page to go to; the answer is then complete.
+  // Answers the cookie of the new session (a header line) and the page to go to (script); the
+  // answer is then complete.
   void AnswerCookieAndGo(bool remember, std::string_view next);
 };
+
+// The "Set-Cookie" header line (without line end) of the form's session: kept until the browser
+// closes, or until 2038 when remember.
+std::string WLSessionCookieLine(const LWebletForm& form, bool remember);
 
 // The page after log-off.
 class LWebLogOff : public LWebPage {

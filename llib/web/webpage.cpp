@@ -73,7 +73,7 @@ void WLStandardPageFooter(LWebletForm& form) {
   WLStandardFooter(form);
 }
 
-void WLWriteScriptAnswerHeader(LWebletForm& form) { form.WriteHeader(kScriptAnswerHead); }
+void WLWriteScriptAnswerHeader(LWebletForm& form) { form.HoldHeader(kScriptAnswerHead); }
 
 // ---- LPlainWebPage -------------------------------------------------------------------------------
 

@@ -39,7 +39,8 @@ void WLStandardHeader(LWebletForm& form, const LWebNavLinks& navLinks, std::stri
 void WLStandardFooter(LWebletForm& form);
 // The page script include ("ajax.js") and the footer: for pages written without a page object.
 void WLStandardPageFooter(LWebletForm& form);
-// The text/plain head of an answer that the browser runs as script.
+// The text/plain head of an answer that the browser runs as script, held until the first piece
+// of the answer (LWebletForm::HoldHeader) so that a logon can still add its cookie.
 void WLWriteScriptAnswerHeader(LWebletForm& form);
 
 class LPlainWebPage {

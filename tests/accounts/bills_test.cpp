@@ -86,7 +86,7 @@ TEST_F(BillSaveTest, ARefusedRepostPutsTheOldPostingBack) {
 }
 
 TEST_F(BillSaveTest, ARefusedPaymentLeavesNoRecord) {
-  LBillPaymentRequest request{"Martin", 1200, "2026-03-09", "", "", ""};
+  LBillPaymentRequest request{"Martin", 1200, "2026-03-09", "", "", "", {}, false};
   BlockDay("2026-03-09");
   std::string reference, error;
   EXPECT_FALSE(LBillPaymentCreate(Profile(), request, reference, error));

@@ -2,7 +2,6 @@
 // prints a one-time logon link; the link opens a desk session once, within its minute, from this
 // computer only.
 #include <gtest/gtest.h>
-#include <ifaddrs.h>
 #include <arpa/inet.h>
 #include <netinet/in.h>
 #include <sys/socket.h>
@@ -22,21 +21,6 @@
 namespace {
 
 // An IPv4 address of this machine outside the loopback network ("" when it has none).
-std::string OtherLocalAddress() {
-  ifaddrs* list = nullptr;
-  if (::getifaddrs(&list) != 0) return {};
-  std::string found;
-  for (ifaddrs* entry = list; entry != nullptr && found.empty(); entry = entry->ifa_next) {
-    if (entry->ifa_addr == nullptr || entry->ifa_addr->sa_family != AF_INET) continue;
-    in_addr address = reinterpret_cast<sockaddr_in*>(entry->ifa_addr)->sin_addr;
-    if ((ntohl(address.s_addr) >> 24) == 127) continue;
-    char text[INET_ADDRSTRLEN];
-    found = ::inet_ntop(AF_INET, &address, text, sizeof text);
-  }
-  ::freeifaddrs(list);
-  return found;
-}
-
 std::string DeskRequest(const std::string& pathAndQuery) {
   return "GET " + pathAndQuery + " HTTP/1.1\r\nHost: x\r\nConnection: close\r\n\r\n";
 }
@@ -86,7 +70,7 @@ TEST_F(DeskTest, LinkOpensOneDeskSessionAndOnlyOnce) {
   forged.back() = forged.back() == '0' ? '1' : '0';
   EXPECT_EQ(LHttpGet(port_, forged).status, 403);
   EXPECT_EQ(LHttpGet(port_, "/desk").status, 403);
-  std::string remote = OtherLocalAddress();
+  std::string remote = LOtherLocalAddress();
   if (!remote.empty()) {
     LWebResponse fromAfar = LHttpExchangeAt(remote, port_, DeskRequest(link));
     EXPECT_EQ(fromAfar.status, 403) << remote;
@@ -95,9 +79,11 @@ TEST_F(DeskTest, LinkOpensOneDeskSessionAndOnlyOnce) {
   EXPECT_TRUE(LFile::Exists(TokenPath()));
 
   LWebResponse opened = LHttpGet(port_, link);
-  EXPECT_EQ(opened.status, 200);
+  EXPECT_EQ(opened.status, 302);
+  EXPECT_EQ(opened.headers["location"], "main");
   std::string session = LWebSessionOf(opened);
-  ASSERT_FALSE(session.empty()) << opened.body;
+  ASSERT_FALSE(session.empty()) << opened.raw;
+  EXPECT_NE(opened.headers["set-cookie"].find("; HttpOnly; SameSite=Strict"), std::string::npos);
   EXPECT_FALSE(LFile::Exists(TokenPath()));
 
   // No web account exists, yet the desk session sees the pages of an administrator; the new

@@ -3,11 +3,17 @@
 
 #include <regex>
 
+#include "llib/web/webaccount.h"
 #include "tests/app/clitest.h"
 
 namespace {
 
 class WebUserCliTest : public LHomeTest {};
+
+// The stored file of an account (the key's "@" percent-encoded).
+std::string LWebAccountFileText(const std::string& id) {
+  return LReadFile(LWebAccountList().GetFolder() + "/" + std::regex_replace(id, std::regex("@"), "%40") + ".dat");
+}
 
 TEST_F(WebUserCliTest, AddChecksLikeTheAccountDialog) {
   const std::string pass = "--password-stdin";
@@ -29,7 +35,9 @@ TEST_F(WebUserCliTest, GeneratedPasswordsArePrintedAndListsHideThem) {
   std::string added = LExpectSuccess({"user", "add", "a@b.fr", "--name", "A"});
   std::smatch match;
   ASSERT_TRUE(std::regex_search(added, match, std::regex("Mot de passe : ([a-z]{8})\n")));
-  EXPECT_EQ(LStoredField("WebAccounts", "a@b.fr", "Password"), match[1].str());
+  EXPECT_EQ(LStoredField("WebAccounts", "a@b.fr", "Password"), "<absent>");
+  EXPECT_NE(LStoredField("WebAccounts", "a@b.fr", "PasswordHash").find("pbkdf2-sha256$"), std::string::npos);
+  EXPECT_EQ(LWebAccountFileText("a@b.fr").find(match[1].str()), std::string::npos);
   std::string list = LExpectSuccess({"--json", "user", "list"});
   EXPECT_EQ(list.find("Password"), std::string::npos);
   EXPECT_NE(list.find("\"ID\":\"a@b.fr\""), std::string::npos);
@@ -41,7 +49,8 @@ TEST_F(WebUserCliTest, PasswdLiftsALockOutAndDeleteNeedsAnAccount) {
   LExpectSuccess({"record", "set", "WebAccounts", "a@b.fr", "LogonFailures=9", "LogonFailTime=99"});
   LExpectSuccess({"user", "passwd", "a@b.fr", "--password-stdin"}, "nouveau1\n");
   EXPECT_EQ(LStoredField("WebAccounts", "a@b.fr", "LogonFailures"), "0");
-  EXPECT_EQ(LStoredField("WebAccounts", "a@b.fr", "Password"), "nouveau1");
+  EXPECT_EQ(LWebAccountFileText("a@b.fr").find("nouveau1"), std::string::npos);
+  EXPECT_EQ(LWebAccountValidateLogon("a@b.fr", "nouveau1"), kWebLogonOk);
   LExpectSuccess({"user", "delete", "A@B.FR"});
   LExpectRefused({"user", "delete", "a@b.fr"},
                  "Cet utilisateur n'existe pas dans le Kontavo - Logiciel de comptabilité Système");

@@ -9,7 +9,7 @@ import { tmpdir } from 'node:os';
 import { join } from 'node:path';
 import assert from 'node:assert/strict';
 import { chromium } from 'playwright-core';
-import { startKontavoServer } from './serve.mjs';
+import { startKontavoServer, logOn } from './serve.mjs';
 
 const [kontavo, output] = process.argv.slice(2);
 mkdirSync(output, { recursive: true });
@@ -48,15 +48,7 @@ try {
   const problems = [];
   page.on('pageerror', (error) => problems.push(error.message));
 
-  await page.goto(base + 'logon');
-  await page.fill('[id="101"]', 'admin@example.fr');
-  await page.fill('[id="102"]', 'secret12');
-  await page.click('input[name=submit]');
-  await page.waitForURL((url) => !url.pathname.endsWith('/logon'));
-  if (page.url().endsWith('/chooseprofile')) {
-    await page.click('input[name=submit][value="  OK  "]');
-    await page.waitForURL(base + 'main');
-  }
+  await logOn(page, base, 'admin@example.fr', 'secret12');
 
   // A new expense account; its number first refused as too short.
   await page.goto(base + 'acclist');

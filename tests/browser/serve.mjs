@@ -45,3 +45,16 @@ export async function startKontavoServer(kontavo, env) {
   });
   return { server, base: `http://127.0.0.1:${port}/` };
 }
+
+// Logs a colleague on through the logon page, choosing the first business when asked.
+export async function logOn(page, base, email, password) {
+  await page.goto(base + 'logon');
+  await page.fill('[id="101"]', email);
+  await page.fill('[id="102"]', password);
+  await page.click('input[name=submit]');
+  await page.waitForURL((url) => !url.pathname.endsWith('/logon'));
+  if (page.url().endsWith('/chooseprofile')) {
+    await page.click('input[name=submit][value="  OK  "]');
+    await page.waitForURL(base + 'main');
+  }
+}

@@ -69,6 +69,10 @@ try {
   const cookie = (await context.cookies()).find((c) => c.name === 'kontavo_sess');
   assert.ok(cookie && /^l[a-z]{8}\d+$/.test(cookie.value), 'long-lived session cookie');
   assert.ok(cookie.expires > Date.now() / 1000 + 365 * 86400, 'cookie kept for years');
+  // Out of reach of the pages' scripts, and never sent with a request another site starts.
+  assert.equal(cookie.httpOnly, true, 'HttpOnly session cookie');
+  assert.equal(cookie.sameSite, 'Strict', 'SameSite=Strict session cookie');
+  assert.ok(!(await page.evaluate(() => document.cookie)).includes('kontavo_sess'), 'script cannot read the session');
   await snap(page, 'chooseprofile');
 
   await page.getByLabel('Autre SA').check();

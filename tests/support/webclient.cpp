@@ -1,6 +1,7 @@
 #include "tests/support/webclient.h"
 
 #include <arpa/inet.h>
+#include <ifaddrs.h>
 #include <fcntl.h>
 #include <netinet/in.h>
 #include <poll.h>
@@ -126,6 +127,21 @@ int LServeProcess::Stop(int signal, int timeoutMs) {
 
 std::string LServeProcess::Out() const { return LReadFile(outPath_); }
 std::string LServeProcess::Log() const { return LReadFile(errPath_); }
+
+std::string LOtherLocalAddress() {
+  ifaddrs* list = nullptr;
+  if (::getifaddrs(&list) != 0) return {};
+  std::string found;
+  for (ifaddrs* entry = list; entry != nullptr && found.empty(); entry = entry->ifa_next) {
+    if (entry->ifa_addr == nullptr || entry->ifa_addr->sa_family != AF_INET) continue;
+    in_addr address = reinterpret_cast<sockaddr_in*>(entry->ifa_addr)->sin_addr;
+    if ((ntohl(address.s_addr) >> 24) == 127) continue;
+    char text[INET_ADDRSTRLEN];
+    found = ::inet_ntop(AF_INET, &address, text, sizeof text);
+  }
+  ::freeifaddrs(list);
+  return found;
+}
 
 int LConnectLoopback(int port) { return LConnectAddress("127.0.0.1", port); }
 

@@ -36,6 +36,10 @@ class LServeProcess {
   std::string errPath_;
 };
 
+// An IPv4 address of this machine other than the loopback ("" when it has none): a client there
+// counts as another machine for the server.
+std::string LOtherLocalAddress();
+
 // A connected socket to 127.0.0.1:port, or -1.
 int LConnectLoopback(int port);
 // The same to another IPv4 address of this machine ("192.0.2.2").

@@ -15,11 +15,13 @@
 inline constexpr char kWebTestAdmin[] = "admin@example.fr";
 inline constexpr char kWebTestAdminPassword[] = "secret12";
 
-// The session id of a logon answer ("document.cookie = 'kontavo_sess=ID; path=/...").
+// The session id of a logon answer ("Set-Cookie: kontavo_sess=ID; Path=/; ...").
 inline std::string LWebSessionOf(const LWebResponse& response) {
   std::smatch match;
-  static const std::regex cookie("kontavo_sess=([a-z0-9]+);");
-  return std::regex_search(response.body, match, cookie) ? match[1].str() : "";
+  static const std::regex cookie("^kontavo_sess=([a-z0-9]+);");
+  auto header = response.headers.find("set-cookie");
+  if (header == response.headers.end()) return "";
+  return std::regex_search(header->second, match, cookie) ? match[1].str() : "";
 }
 
 // The POST body of the logon dialog's OK.

@@ -45,7 +45,7 @@ TEST(ReportTable, CsvAndHtmlKeepPlainAmountsAndEscapeLabels) {
   std::string html = LReportWriteHtml(SampleTable(), style);
   EXPECT_NE(html.find("Remises &lt;spéciales&gt;"), std::string::npos);
   EXPECT_NE(html.find("<tr class=\"total\">"), std::string::npos);
-  EXPECT_NE(html.find("<td class=\"amount negative\">-$5.00</td>"), std::string::npos);
+  EXPECT_NE(html.find("<td class=\"amount negative\" data-cents=\"-500\">-$5.00</td>"), std::string::npos);
   EXPECT_EQ(LHtmlEscape("a&b\"'"), "a&amp;b&quot;&#39;");
 }
 

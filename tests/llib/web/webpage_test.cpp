@@ -210,11 +210,22 @@ TEST(WebPages, SidePaneFullWidthForMsieAndAjaxCommands) {
             "HTTP/1.1 200 OK\r\nConnection: close\r\nCache-Control: no-cache\r\nContent-Type: text/plain\r\n\r\nanswer(405);");
 }
 
-TEST(WebPages, RedirectTakesNoLineEnds) {
+// A redirect takes no line ends from its target, and tells the client the connection ends with
+// it: a client that reused the connection would see its next request reset.
+TEST(WebPages, RedirectTakesNoLineEndsAndClosesTheConnection) {
   LWebletForm form(nullptr);
   WLRedirect(form, "main\r\nSet-Cookie: x=1");
-  EXPECT_EQ(form.Captured(), "HTTP/1.1 302 Found\r\nLocation: mainSet-Cookie: x=1\r\nContent-Length: 0\r\n\r\n");
+  EXPECT_EQ(form.Captured(),
+            "HTTP/1.1 302 Found\r\nConnection: close\r\nLocation: mainSet-Cookie: x=1\r\nContent-Length: 0\r\n\r\n");
   EXPECT_TRUE(form.responseSent);
+
+  LWebletForm stays(nullptr);
+  stays.keepAlive = true;
+  stays.WriteHeader("HTTP/1.1 200 OK\r\nContent-Length: 0\r\n\r\n");
+  EXPECT_EQ(stays.Captured().find("Connection"), std::string::npos);
+  LWebletForm said(nullptr);
+  said.WriteHeader("HTTP/1.1 200 OK\r\nconnection: close\r\n\r\n");
+  EXPECT_EQ(said.Captured(), "HTTP/1.1 200 OK\r\nconnection: close\r\n\r\n");
 }
 
 }  // namespace

@@ -89,6 +89,7 @@ class WebAccountTest : public LHomeTest {
     EXPECT_TRUE(LWebAccountList().Open(account, "a@b.fr"));
     return account.ValidateLogon(password, now);
   }
+  std::string AccountFile() { return LReadFile(LWebAccountList().GetFolder() + "/a%40b.fr.dat"); }
   long long Field(const char* name) {
     LWebAccount account;
     LWebAccountList().Open(account, "a@b.fr");
@@ -131,12 +132,47 @@ TEST_F(WebAccountTest, ProfilesAreExactCommaSeparatedNames) {
   account.DetachWithoutSave();
 }
 
-TEST_F(WebAccountTest, ForgottenPasswordIsEightLetters) {
+TEST_F(WebAccountTest, ForgottenPasswordIsEightLettersStoredHashed) {
   std::string password;
   ASSERT_TRUE(LWebAccountForgotPassword("A@b.fr", password));
   EXPECT_TRUE(std::regex_match(password, std::regex("[a-z]{8}")));
+  EXPECT_EQ(AccountFile().find(password), std::string::npos);
+  EXPECT_EQ(LWebAccountValidateLogon("a@b.fr", "Secret1"), kWebLogonWrongPassword);
   EXPECT_EQ(LWebAccountValidateLogon("a@b.fr", password), kWebLogonOk);
   EXPECT_FALSE(LWebAccountForgotPassword("nobody@b.fr", password));
+}
+
+// The fixture's account is what an older program wrote: "Password" in plain text.
+TEST_F(WebAccountTest, PlainPasswordOfAnOlderProgramIsHashedAtItsFirstLogon) {
+  EXPECT_EQ(Check("wrong", 1700000000), kWebLogonWrongPassword);
+  EXPECT_NE(AccountFile().find("Password=Secret1"), std::string::npos);  // a failure rewrites nothing of it
+  EXPECT_EQ(Check("Secret1", 1700000001), kWebLogonOk);
+  std::string file = AccountFile();
+  EXPECT_EQ(file.find("Secret1"), std::string::npos) << file;
+  EXPECT_NE(file.find("PasswordHash=pbkdf2-sha256%24600000%24"), std::string::npos) << file;
+  EXPECT_EQ(file.find("Password="), std::string::npos) << file;
+  EXPECT_EQ(Check("Secret1", 1700000002), kWebLogonOk);
+  EXPECT_EQ(AccountFile(), file);  // a current hash is not made again
+  EXPECT_EQ(Check("secret1", 1700000003), kWebLogonWrongPassword);
+}
+
+TEST_F(WebAccountTest, ServiceStartHashesEveryPlainPassword) {
+  LWebAccount other;
+  LWebAccountList().CreateNewRecord(other, "c@d.fr");
+  ASSERT_TRUE(other.SetPassword("Hashed99"));
+  ASSERT_TRUE(other.Flush());
+  other.Invalidate();
+  EXPECT_EQ(LWebAccountHashPlainPasswords(), 1);
+  EXPECT_EQ(AccountFile().find("Secret1"), std::string::npos);
+  EXPECT_EQ(LWebAccountHashPlainPasswords(), 0);
+  EXPECT_EQ(LWebAccountValidateLogon("a@b.fr", "Secret1"), kWebLogonOk);
+  EXPECT_EQ(LWebAccountValidateLogon("c@d.fr", "Hashed99"), kWebLogonOk);
+  // An empty plain password of a damaged file opens nothing.
+  LWebAccount empty;
+  LWebAccountList().CreateNewRecord(empty, "e@f.fr");
+  empty.SetString("Password", "");
+  ASSERT_TRUE(empty.Flush());
+  EXPECT_FALSE(empty.HasPassword(""));
 }
 
 }  // namespace
