@@ -8,6 +8,7 @@
 #include "invoice/sales/webpayments.h"
 #include "invoice/sales/webrecurring.h"
 #include "invoice/sales/websalesdocuments.h"
+#include "invoice/sales/webvatreturn.h"
 #include "invoice/shared/webnavtabs.h"
 #include "llib/web/webletroutes.h"
 
@@ -104,6 +105,7 @@ const LWebletRoute kSalesRoutes[] = {
 void LSalesInstallWebPages() {
   LWebletInstallScripts(kSalesRoutes);
   LWebletInstallPostScript("importcsv", WLWebUploadDialogRun<LWebImportCsvDialog>);
+  LSalesInstallVatReturnPages();
   for (const LWebNavTab& tab : {LWebNavTab{"customerlist", "Clients", 20}, LWebNavTab{"quotelist", "Devis", 30},
                                 LWebNavTab{"orderlist", "Commandes", 40}, LWebNavTab{"invoicelist", "Factures", 50},
                                 LWebNavTab{"creditnotelist", "Avoirs", 60}, LWebNavTab{"paymentlist", "Paiements", 70},
