@@ -122,6 +122,17 @@ bool MayChange(const LRecord& payment, std::string& error) {
   return false;
 }
 
+// Saves a payment voided or brought back, the audit trail first; false (detached, the message in
+// error) when either could not be written.
+bool SaveChanged(const LProfile& profile, LBillPayment& payment, std::string& error) {
+  std::string key = payment.GetPrimaryKey();
+  bool audited = LAuditAppendDocument(profile, kAuditEdit, kBillPaymentTitle, key, payment);
+  if (audited && payment.Flush()) return true;
+  payment.DetachWithoutSave();
+  error = audited ? "Impossible d'enregistrer le règlement « " + key + " »." : std::string(kAuditNotWrittenMessage);
+  return false;
+}
+
 // A cheque's payment keeps the cheque's figures: only its applications and notes may change.
 bool ChequeFiguresKept(const LRecord& payment, const LBillPaymentRequest& request, std::string& error) {
   std::string cheque = payment.GetString(kChequeNumberField);
@@ -365,11 +376,7 @@ bool LBillPaymentVoid(LProfile& profile, std::string_view key, std::string_view 
   payment.SetBool("Void", true);
   payment.SetString("VoidDate", date);
   payment.SetString("VoidTxnRef", voidReference);
-  if (!payment.Flush()) {
-    payment.DetachWithoutSave();
-    error = "Impossible d'enregistrer le règlement « " + std::string(key) + " ».";
-    return false;
-  }
+  if (!SaveChanged(profile, payment, error)) return false;
   MovePaidAll(profile, held, -1);
   LSupplierChangeBalance(profile, payment.GetString("Supplier"), payment.GetInt64("Amount", 0));
   return true;
@@ -400,11 +407,7 @@ bool LBillPaymentUnvoid(LProfile& profile, std::string_view key, std::string& er
   for (std::string_view field : {std::string_view("Void"), std::string_view("VoidDate"), std::string_view("VoidTxnRef"),
                                  kVoidKeysField, kVoidAmountsField})
     payment.DeleteField(field);
-  if (!payment.Flush()) {
-    payment.DetachWithoutSave();
-    error = "Impossible d'enregistrer le règlement « " + std::string(key) + " ».";
-    return false;
-  }
+  if (!SaveChanged(profile, payment, error)) return false;
   MovePaidAll(profile, entries, +1);
   LSupplierChangeBalance(profile, supplier, -payment.GetInt64("Amount", 0));
   return true;

@@ -6,6 +6,7 @@
 #include <mutex>
 
 #include "accounts/accounts.h"
+#include "accounts/cheques.h"
 #include "accounts/ledgeriterator.h"
 #include "accounts/ledgerlock.h"
 #include "accounts/suppliers.h"
@@ -205,6 +206,7 @@ LProcessResult Process(LProcessInterface& process, LBookCheckProcess& data) {
   CheckAccounts(process, data, cancelled);
   if (cancelled) return kProcessCancelled;
   LCheckSupplierBalances(*data.profile, data.fix, data.report);
+  LCheckChequePayments(*data.profile, data.report);
   std::vector<LBookCheck> checks;
   {
     LCheckRegistry& registry = Registry();

@@ -5,7 +5,8 @@
 // reports what it cannot repair: rows it cannot read as the ledger writes them, rows naming no
 // account, transactions whose lines do not sum to zero. Every problem is reported with its file
 // and row, and the walk carries on, so one run shows everything. Then the purchase book: each
-// supplier's "Balance" and each bill's "AmountPaid" against the documents (suppliers.h).
+// supplier's "Balance" and each bill's "AmountPaid" against the documents (suppliers.h), and
+// each cheque that pays bills against its bill payment (cheques.h).
 //
 // Other parts of the books (customer balances on the sales side) add their own checks with
 // LCheckAddBookCheck; they run after the accounts, in the order added, with the same report.

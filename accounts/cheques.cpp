@@ -4,6 +4,7 @@
 
 #include "accounts/accounts.h"
 #include "accounts/billpayments.h"
+#include "accounts/check.h"
 #include "accounts/ledger.h"
 #include "accounts/ledgerdelete.h"
 #include "accounts/ledgerlock.h"
@@ -252,4 +253,27 @@ bool LChequeDeleteForLedger(LProfile& profile, std::string_view, std::string_vie
   cheque.DeleteField("VoidDate");
   cheque.DeleteField("VoidTxnRef");
   return cheque.Flush();
+}
+
+void LCheckChequePayments(LProfile& profile, LCheckReport& report) {
+  LFileStoreListBase list = Cheques(profile);
+  LCheque cheque;
+  for (LFileStoreIteratorBase it(list, cheque); cheque.IsAttached(); it.Next(cheque)) {
+    std::string key = cheque.GetBillPayment();
+    if (key.empty()) continue;
+    auto problem = [&](const char* message) {
+      report.problems.push_back({std::string(kChequesList) + "/" + cheque.GetPrimaryKey(), 0, message, key});
+    };
+    LRecord payment;
+    if (!profile.List(kBillPaymentsList).Open(payment, key)) {
+      problem("le chèque paie un règlement fournisseur qui n'existe pas");
+      continue;
+    }
+    payment.DetachWithoutSave();
+    if (payment.GetInt64("Amount", 0) != cheque.GetAmount() || payment.GetString("Supplier") != cheque.GetString("Supplier"))
+      problem("le montant ou le fournisseur du chèque diffère de son règlement fournisseur");
+    if (LBillPaymentIsVoid(payment) != cheque.IsVoid())
+      problem(cheque.IsVoid() ? "le chèque est annulé, son règlement fournisseur ne l'est pas"
+                              : "le règlement fournisseur du chèque est annulé, le chèque ne l'est pas");
+  }
 }

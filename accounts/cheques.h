@@ -30,6 +30,7 @@
 
 class LAsker;
 class LProfile;
+struct LCheckReport;
 
 inline constexpr std::string_view kChequesList = "Cheques";
 inline constexpr std::string_view kChequeVoidSuffix = "V";
@@ -94,6 +95,11 @@ std::vector<std::string> LChequeFind(const LProfile& profile, std::string_view a
 std::string LChequeOfBillPayment(const LProfile& profile, std::string_view payment);
 // Every cheque's key, in key order.
 std::vector<std::string> LChequeKeys(const LProfile& profile);
+
+// Part of `kontavo check`: each cheque that pays bills against its bill payment, reported as
+// problems (nothing a fix could choose between): a payment gone, an amount or a supplier that
+// differs, one of the two void and not the other.
+void LCheckChequePayments(LProfile& profile, LCheckReport& report);
 
 // The ledger's route: reference is a cheque's own transaction (the cheque is deleted) or its void
 // reversal (the cheque is void no more). false when it is neither.

@@ -19,6 +19,7 @@
 #include "llib/gen/date.h"
 #include "llib/gen/file.h"
 #include "llib/gen/filelock.h"
+#include "llib/gen/filestoreinplace.h"
 #include "llib/gen/hashtable.h"
 #include "llib/gen/log.h"
 #include "llib/gen/textnum.h"
@@ -34,6 +35,15 @@ std::string IntentsFolder(const LProfile& profile) {
   LTextBuffer ledger;
   LLegderGetBaseFolder(profile, ledger);
   return LFile::MakeFilePath(ledger, kIntentsFolder);
+}
+
+// The ledger lock file, where the holder of the lock writes the intent of its posting or deletion:
+// only the holder writes there, one change at a time, so the file needs no name of its own, is
+// never created or removed, and its size tells at once whether an intent is waiting.
+std::string LedgerLockPath(const LProfile& profile) {
+  LTextBuffer ledger;
+  LLegderGetBaseFolder(profile, ledger);
+  return LFile::MakeFilePath(ledger, kLedgerLockFile);
 }
 
 std::string Numbered(std::string_view name, int index) { return std::string(name) + std::to_string(index); }
@@ -90,19 +100,17 @@ bool SetBalances(const LProfile& profile, const LHashTable& intent, bool inEffec
   return saved;
 }
 
-// Settles one intent file; true when it is gone.
-bool Settle(const LProfile& profile, const std::string& intentPath) {
-  std::string text;
-  if (!LFile::ReadAll(intentPath, text)) return false;
-  // An intent cut short was never complete, so the change it announced never began.
-  if (text.empty() || text.back() != '\n') return ::unlink(intentPath.c_str()) == 0;
+// Settles the intent text; true when it is settled and may go. An intent cut short was never
+// complete, so the change it announced never began: there is nothing to settle.
+bool Settle(const LProfile& profile, std::string text) {
+  if (text.empty() || text.back() != '\n') return true;
   text.pop_back();
   LHashTable intent;
   intent.LoadHTTPString(text);
   std::string date = intent.GetParm("Date", "");
   std::string reference = intent.GetParm("Reference", "");
   LTextBuffer dayPath;
-  if (!LLedgerGetCSVFilePath(profile, dayPath, date)) return ::unlink(intentPath.c_str()) == 0;
+  if (!LLedgerGetCSVFilePath(profile, dayPath, date)) return true;
   bool posting = std::string_view(intent.GetParm("Kind", "")) == kKindPosting;
   bool inEffect = posting ? PostingInEffect(dayPath, LTextToInt64(intent.GetParm("Size", "0")), intent.GetParm("Rows", ""))
                           : !LLedgerTransactionTestExists(profile, date, reference);
@@ -112,7 +120,26 @@ bool Settle(const LProfile& profile, const std::string& intentPath) {
   LLogWarning("Grand livre : %s de l'écriture %s du %s, interrompue, a été %s et les soldes des comptes remis en accord.",
               posting ? "l'enregistrement" : "la suppression", reference.c_str(), date.c_str(),
               inEffect ? "achevée" : "annulée");
-  return ::unlink(intentPath.c_str()) == 0;
+  return true;
+}
+
+// Settles an intent file left by an older program, which wrote each intent to a file of its own.
+bool SettleFile(const LProfile& profile, const std::string& path) {
+  std::string text;
+  return LFile::ReadAll(path, text) && Settle(profile, std::move(text)) && ::unlink(path.c_str()) == 0;
+}
+
+// Settles the intent held in the ledger lock file, if any, and empties the file.
+bool SettleLockFile(const LProfile& profile) {
+  std::string path = LedgerLockPath(profile);
+  struct stat info {};
+  if (::stat(path.c_str(), &info) != 0 || info.st_size == 0) return false;
+  std::string text;
+  if (!LFile::ReadAll(path, text) || !Settle(profile, std::move(text))) return false;
+  LFileDescriptor file(LRobustOpen(path, O_WRONLY));
+  if (file.IsOpen() && LRobustTruncate(file.Get(), 0)) return true;
+  LLogWriteFailure("truncate", path, errno);
+  return false;
 }
 
 struct LSettlers {
@@ -156,13 +183,13 @@ void LLedgerAddIntentSettler(std::string_view extension, LIntentSettler settler)
 
 int LLedgerSettleIntents(const LProfile& profile) {
   std::string folder = IntentsFolder(profile);
-  int nSettled = 0;
+  int nSettled = SettleLockFile(profile) ? 1 : 0;
   // Abandoned change files by settler: however many a crash left, each settler runs once.
   std::map<LIntentSettler, std::vector<std::string>> abandoned;
   for (const std::string& name : LFile::ListFolder(folder)) {
     std::string path = LFile::MakeFilePath(folder, name);
     if (name.ends_with(kIntentExtension)) {
-      if (Settle(profile, path)) ++nSettled;
+      if (SettleFile(profile, path)) ++nSettled;
     } else if (LIntentSettler settler = FindSettler(name); settler != nullptr && IsAbandoned(path)) {
       abandoned[settler].push_back(path);
     }
@@ -211,7 +238,9 @@ LBooksChangeIntent::~LBooksChangeIntent() {
 }
 
 void LLedgerSettleInterrupted(const LProfile& profile) {
-  if (LFile::ListFolder(IntentsFolder(profile)).empty()) return;
+  struct stat info {};
+  bool waiting = ::stat(LedgerLockPath(profile).c_str(), &info) == 0 && info.st_size > 0;
+  if (!waiting && LFile::ListFolder(IntentsFolder(profile)).empty()) return;
   LLedgerLock lock(profile);
 }
 
@@ -272,18 +301,15 @@ bool LLedgerIntent::Write(std::string_view kind, std::string_view date, std::str
   intent.SaveHTTPString(text);
   text.push_back('\n');  // the mark of a complete intent
 
-  std::string folder = IntentsFolder(profile_);
-  std::string path = LFile::MakeFilePath(folder, NextIntentName(), kIntentExtension);
-  int fd = LRobustOpen(path, O_WRONLY | O_CREAT | O_EXCL, 0666);
-  if (fd < 0 && errno == ENOENT && LFile::MakeFolder(folder)) fd = LRobustOpen(path, O_WRONLY | O_CREAT | O_EXCL, 0666);
-  LFileDescriptor file(fd);
+  // The lock holder settled whatever was there before it: the file is emptied as it is opened.
+  std::string path = LedgerLockPath(profile_);
+  LFileDescriptor file(LRobustOpen(path, O_WRONLY | O_CREAT | O_TRUNC, 0666));
   if (!file.IsOpen() || !LRobustWrite(file.Get(), text.data(), text.size())) {
     LLogWriteFailure("write", path, errno);
-    file.Close();
-    ::unlink(path.c_str());
+    if (file.IsOpen() && !LRobustTruncate(file.Get(), 0)) LLogWriteFailure("truncate", path, errno);
     return false;
   }
-  intentPath_ = path;
+  intentFile_ = std::move(file);
   return true;
 }
 
@@ -296,11 +322,13 @@ bool LLedgerIntent::BeginDeleting(std::string_view date, std::string_view refere
 }
 
 bool LLedgerIntent::ApplyBalances() {
+  LAccountList accounts(profile_);
   bool saved = true;
   for (LAccountMove& move : moves_) {
     LAccount& account = move.account;
     account.MoveBalance(move.monthIndex, move.delta);
-    saved = account.Flush() && saved;
+    // In place: the intent rewrites these balances whole should the save be cut short.
+    saved = LFileStoreSaveInPlace(accounts, account) && saved;
   }
   return saved;
 }
@@ -311,6 +339,7 @@ void LLedgerIntent::Refuse() {
 }
 
 void LLedgerIntent::End() {
-  if (!intentPath_.empty() && ::unlink(intentPath_.c_str()) != 0) LLogWriteFailure("unlink", intentPath_, errno);
-  intentPath_.clear();
+  if (intentFile_.IsOpen() && !LRobustTruncate(intentFile_.Get(), 0))
+    LLogWriteFailure("truncate", LedgerLockPath(profile_), errno);
+  intentFile_.Close();
 }

@@ -1,7 +1,8 @@
 // Postings and deletions that survive a crash. A posting changes two things that must agree: the
 // rows of a day file and the balances cached in the account records (month bucket, total,
-// "BalanceFirst", "IsAccountUsed"). Before it touches either, it writes an intent record in
-// "Ledger/Intents": the day file, what changes there, where the audit trail ends (the change's
+// "BalanceFirst", "IsAccountUsed"). Before it touches either, it writes an intent record into the
+// ledger lock file "Ledger/Ledger.lock" (only the holder of the lock writes there, and it is
+// emptied when the change is complete): the day file, what changes there, where the audit trail ends (the change's
 // entry comes next), and for every account the values it held before and the amount it moves
 // by. The intent is removed once both are written.
 //
@@ -17,8 +18,10 @@
 // audit entry, day file rewritten, balances, intent removed. So rows in effect mean an audit
 // entry written, and a change refused or undone takes its entry back.
 //
-// With nothing interrupted, a lock holder only lists an empty folder, and a posting pays one
-// small file created and removed.
+// With nothing interrupted, a lock holder looks at the size of the lock file and lists the
+// folder of sales intents, and a posting pays one write and one truncation of a file that exists:
+// no file is created or removed per posting (creating and removing files is what a file system
+// does slowest).
 //
 //     LLedgerIntent intent(profile);
 //     intent.AddTransaction(txn, +1);            // reads the accounts' current balances
@@ -36,6 +39,7 @@
 #include <vector>
 
 #include "accounts/accounts.h"
+#include "llib/gen/file.h"
 #include "llib/gen/filelock.h"
 
 class LProfile;
@@ -73,7 +77,7 @@ class LLedgerIntent {
   };
   const LProfile& profile_;
   std::list<LAccountMove> moves_;  // one per account, in the order first named
-  std::string intentPath_;          // the intent file while it exists
+  LFileDescriptor intentFile_;      // the ledger lock file, open while it holds this intent
   long long auditSize_ = -1;        // the audit trail's size when the intent was written
   bool Write(std::string_view kind, std::string_view date, std::string_view reference, long long sizeBefore,
              std::string_view rows);

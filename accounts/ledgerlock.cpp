@@ -38,7 +38,7 @@ bool LockWithin(int fd, unsigned timeoutMs) {
 LLedgerLock::LLedgerLock(const LProfile& profile) {
   LTextBuffer folder;
   LLegderGetBaseFolder(profile, folder);
-  path_ = LFile::MakeFilePath(folder, "Ledger.lock");
+  path_ = LFile::MakeFilePath(folder, kLedgerLockFile);
   LHeld& held = tHeld[path_];
   if (held.depth == 0) {
     int fd = LRobustOpen(path_, O_RDWR | O_CREAT, 0666);

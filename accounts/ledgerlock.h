@@ -18,10 +18,13 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 
 #include "llib/gen/filelock.h"
 
 class LProfile;
+
+inline constexpr std::string_view kLedgerLockFile = "Ledger.lock";  // in the ledger folder
 
 class LLedgerLock {
  public:

@@ -95,28 +95,34 @@ bool LSupplierDelete(LProfile& profile, std::string_view supplier, std::string* 
   return false;
 }
 
-std::string LBillDueDate(LProfile& profile, const LRecord& bill) {
+std::string LBillDueDate(LProfile& profile, const LRecord& bill) { return LBillDueDates(profile).Of(bill); }
+
+std::string LBillDueDates::Of(const LRecord& bill) {
   LDate due;
   if (LDate::Parse(bill.GetString("DueDate"), due)) return due.ToText();
   LDate date;
   std::string text = bill.GetString("Date");
   if (!LDate::Parse(text.substr(0, 10), date)) return text;
+  std::string key = bill.GetString("Supplier");
+  auto [days, unread] = termsDays_.try_emplace(key, kDefaultTermsDays);
   LRecord supplier;
-  int days = kDefaultTermsDays;
-  if (profile.List(kSuppliersList).Open(supplier, bill.GetString("Supplier")))
-    days = supplier.GetInt("PaymentTermsDays", kDefaultTermsDays);
-  return date.AddDays(days).ToText();
+  if (unread && profile_.List(kSuppliersList).Open(supplier, key)) {
+    days->second = supplier.GetInt("PaymentTermsDays", kDefaultTermsDays);
+    supplier.DetachWithoutSave();
+  }
+  return date.AddDays(days->second).ToText();
 }
 
 std::vector<LOpenBill> LOpenBills(LProfile& profile, std::string_view supplier) {
   std::vector<LOpenBill> open;
+  LBillDueDates dueDates(profile);
   LRecord bill;
   for (LFileStoreIteratorBase it(profile.List(kBillsList), bill); bill.IsAttached(); it.Next(bill)) {
     if (!supplier.empty() && bill.GetString("Supplier") != supplier) continue;
     LOpenBill entry{bill.GetPrimaryKey(), bill.GetString("Supplier"), bill.GetString("Date").substr(0, 10), "",
                     bill.GetInt64("Total", 0), bill.GetInt64("AmountPaid", 0)};
     if (entry.Outstanding() <= 0) continue;
-    entry.due = LBillDueDate(profile, bill);
+    entry.due = dueDates.Of(bill);
     open.push_back(std::move(entry));
   }
   std::sort(open.begin(), open.end(), [](const LOpenBill& a, const LOpenBill& b) {

@@ -12,6 +12,7 @@
 #include <map>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 #include <vector>
 
 #include "invoice/shared/partyfields.h"
@@ -42,6 +43,18 @@ bool LSupplierDelete(LProfile& profile, std::string_view supplier, std::string* 
 
 // The due date of a bill ("YYYY-MM-DD"), see above.
 std::string LBillDueDate(LProfile& profile, const LRecord& bill);
+
+// The due dates of many bills, each supplier's terms read once: for what lists bills.
+class LBillDueDates {
+ public:
+  explicit LBillDueDates(LProfile& profile) : profile_(profile) {}
+  // As LBillDueDate.
+  std::string Of(const LRecord& bill);
+
+ private:
+  LProfile& profile_;
+  std::unordered_map<std::string, int> termsDays_;  // supplier key -> "PaymentTermsDays"
+};
 
 // A bill that is not paid in full.
 struct LOpenBill {

@@ -104,6 +104,7 @@ void LWebBillsPage::WriteListBlock(LWebletForm& out) {
   list.AddColumn("", 8, kListAlignCenter, false);
   const LCurrencyFormat& money = profile.GetCurrencyFormat();
   long long sum = 0, owed = 0;
+  LBillDueDates dueDates(profile);
   LBill bill;
   for (LFileStoreIteratorBase it(profile.List(kBillsList), bill); bill.IsAttached(); it.Next(bill)) {
     std::string date = bill.GetString("Date").substr(0, 10);
@@ -117,7 +118,7 @@ void LWebBillsPage::WriteListBlock(LWebletForm& out) {
     row->AddCellText(date);
     row->AddCellText(bill.GetString("Supplier"));
     row->AddCellText(bill.GetString("SupplierInvoiceNumber"));
-    row->AddCellText(LBillDueDate(profile, bill));
+    row->AddCellText(dueDates.Of(bill));
     LWebListAmountCell(*row, total, money);
     LWebListAmountCell(*row, due, money);
     LWebListDeleteCell(*row, mayChange, LWebFormat("billdelete?id=%U", key.c_str()),

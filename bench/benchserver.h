@@ -1,7 +1,8 @@
 // A real `kontavo serve` for the benchmarks of the web pages: started on a free loopback port
 // over the application folder the benchmark made (KONTAVO_HOME), logged on, stopped at the end.
 // Each request goes on a new connection and its answer is read whole, so that a figure is the
-// time from the request sent to the answer read.
+// time from the request sent to the answer read; beside it, the server's CPU time per request, a
+// steadier figure on a loaded machine.
 #pragma once
 
 #include <arpa/inet.h>
@@ -17,8 +18,8 @@
 #include <fstream>
 #include <iterator>
 #include <memory>
-#include <regex>
 #include <sstream>
+#include <regex>
 #include <string>
 #include <thread>
 
@@ -81,12 +82,14 @@ class LBenchServer {
   LBenchServer& operator=(const LBenchServer&) = delete;
 
   const std::string& Session() const { return session_; }
-  // The CPU time the server process has used (user and system, all its threads), in ms: on a
-  // loaded machine a steadier figure than the time an answer takes to come back.
+
+  // The CPU time the server process has used (user and system, all its threads), in ms.
   double CpuMs() const {
     std::ifstream file("/proc/" + std::to_string(pid_) + "/stat");
     std::string text((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());
-    std::istringstream fields(text.substr(text.rfind(')') + 2));  // from the state, field 3
+    std::size_t paren = text.rfind(')');
+    if (paren == std::string::npos) return 0;
+    std::istringstream fields(text.substr(paren + 2));  // from the state, field 3
     std::string field;
     double ticks = 0;
     for (int n = 3; n <= 15 && fields >> field; ++n)
@@ -132,7 +135,7 @@ const LBenchServer& LBenchServerOnce(const std::string& name, Make make, const s
 }
 
 // Times request(web), one per iteration of state (web is made before, outside the measure); the
-// answer must hold expected. The server's CPU time per request goes beside as "server_cpu_ms".
+// answer must hold expected. Also counts the server's CPU time per request ("server_cpu_ms").
 template <class State, class Request>
 void LBenchMeasureAnswer(State& state, const LBenchServer& web, const std::string& expected, Request request) {
   double cpuBefore = web.CpuMs();

@@ -1,4 +1,5 @@
 #include "llib/gen/filestore.h"
+#include "llib/gen/filestoreinplace.h"
 
 #include <fcntl.h>
 #include <stdio.h>
@@ -237,6 +238,35 @@ bool LFileStoreListBase::Save(LRecord& r) const {
     ino_t inode = 0;
     if (!WriteRecordFile(path, BuildFileText(r), mode, inode)) return false;
     LFileStoreIndexNoteSave(folder_, writeKey, r, inode);  // the record is still locked
+  }
+  MarkSaved(r);
+  return true;
+}
+
+namespace {
+
+constexpr std::size_t kInPlaceLimit = 4096;  // one page: a write this short is never split by a kill
+
+}  // namespace
+
+bool LFileStoreSaveInPlace(const LFileStoreListBase& list, LRecord& r) {
+  if (!r.IsDirty()) return true;
+  const std::string& key = r.GetPrimaryKey();
+  if (key.empty() || r.GetStoredKey() != key) return r.Flush();
+  std::string path = list.MakeRecordPath(key);
+  LLockedFile file = LLockedFile::OpenCurrent(path, O_RDWR, LOCK_EX, kRecordLockTimeoutMs);
+  if (!file.IsOpen()) return r.Flush();
+  std::string stored = ReadWholeFile(file.Get());
+  MergeStored(stored, r);
+  std::string text = BuildFileText(r);
+  if (text.size() >= kInPlaceLimit || stored.size() >= kInPlaceLimit) {
+    file.Close();
+    return r.Flush();
+  }
+  if (text.size() < stored.size()) text.append(stored.size() - text.size(), '&');
+  if (::lseek(file.Get(), 0, SEEK_SET) != 0 || !LRobustWrite(file.Get(), text.data(), text.size())) {
+    LLogWriteFailure("write", path, errno);
+    return false;
   }
   MarkSaved(r);
   return true;

@@ -197,6 +197,7 @@ TEST_F(LedgerCrashTest, KilledPostersLeaveBooksTheNextCommandBringsInStep) {
   const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(60);
   std::mt19937 random(17);
   std::string intents = home_.SharedFolder() + "/Ledger/Intents";
+  std::string lockFile = home_.SharedFolder() + "/Ledger/Ledger.lock";  // holds a posting's intent
   int nLeft = 0;
   for (int round = 0; round < kRounds && std::chrono::steady_clock::now() < deadline; ++round) {
     std::vector<std::unique_ptr<LChildProcess>> posters;
@@ -209,13 +210,14 @@ TEST_F(LedgerCrashTest, KilledPostersLeaveBooksTheNextCommandBringsInStep) {
     LSleepMs(10 + random() % 60);
     for (auto& poster : posters) ::kill(poster->Pid(), SIGKILL);
     for (auto& poster : posters) EXPECT_EQ(poster->Wait(), 128 + SIGKILL);
-    nLeft += static_cast<int>(LFile::ListFolder(intents).size());
+    nLeft += static_cast<int>(LFile::ListFolder(intents).size()) + !LReadFile(lockFile).empty();
   }
   EXPECT_GT(nLeft, 0) << "no poster was ever killed midway: the test proved nothing";
 
   LRunResult check = LRunKontavo({"check"});
   EXPECT_EQ(check.exitCode, 0) << check.out << check.err;
   EXPECT_TRUE(LFile::ListFolder(intents).empty());
+  EXPECT_EQ(LReadFile(lockFile), "");
   LCheckReport report = Check(profile_);
   EXPECT_TRUE(report.differences.empty());
   EXPECT_TRUE(report.problems.empty());

@@ -87,6 +87,14 @@ TEST_F(ChequeCliTest, ChequeToASupplierPaysChosenBillsAndVoidingItGivesThemBack)
             "2026-03-12\tPMT10000V\tPaiements\t2210\tAnnulation du chèque n° 1\t-150.00\t1\n"
             "2026-03-12\tPMT10000V\tPaiements\t1110\tAnnulation du chèque n° 1\t150.00\t1\n");
   LExpectSuccess({"check"});
+  // A payment that no longer says it is void is found by the check.
+  LExpectSuccess({"record", "unset", "BillPayments", "1", "Void"});
+  LRunResult check = LRunKontavo({"check"});
+  EXPECT_EQ(check.exitCode, 1);
+  EXPECT_NE(check.out.find("Cheques/PMT10000\tle chèque est annulé, son règlement fournisseur ne l'est pas\t1\n"),
+            std::string::npos) << check.out;
+  LExpectSuccess({"record", "set", "BillPayments", "1", "Void=1"});
+  LExpectSuccess({"check"});
 
   // The next cheque spreads its amount, first due first.
   EXPECT_EQ(LExpectSuccess(cheque({"--amount", "120", "--auto"})), "PMT10001\n");
@@ -94,6 +102,9 @@ TEST_F(ChequeCliTest, ChequeToASupplierPaysChosenBillsAndVoidingItGivesThemBack)
   EXPECT_EQ(field("Bills", "PRC10001", "AmountPaid"), "2000\n");
   EXPECT_EQ(field("Suppliers", "S1", "Balance"), "18000\n");
   LExpectSuccess({"check"});
+  // The voiding is in the audit trail, whose chain holds.
+  EXPECT_NE(LReadFile(home_.Path() + "/Shared/AuditTrail.log").find("Action=edit&"), std::string::npos);
+  LExpectSuccess({"audit", "verify"});
 }
 
 }  // namespace

@@ -86,6 +86,7 @@ TEST_F(CrashCli, KilledSalesChangesLeaveDocumentsAndPostingsTheNextCommandBrings
 
   std::mt19937 random(25);
   std::string intents = home_.SharedFolder() + "/Ledger/Intents";
+  std::string lockFile = home_.SharedFolder() + "/Ledger/Ledger.lock";  // holds a posting's intent
   int nLeft = 0, nKilled = 0;
   const Clock::time_point deadline = Clock::now() + std::chrono::seconds(120);
   for (int round = 0; round < 150 && Clock::now() < deadline; ++round) {
@@ -100,7 +101,7 @@ TEST_F(CrashCli, KilledSalesChangesLeaveDocumentsAndPostingsTheNextCommandBrings
     std::this_thread::sleep_for(std::chrono::microseconds(random() % (runUs + 1)));
     for (auto& run : runs) ::kill(run->Pid(), SIGKILL);
     for (auto& run : runs) nKilled += run->Wait() == 128 + SIGKILL;
-    nLeft += static_cast<int>(LFile::ListFolder(intents).size());
+    nLeft += static_cast<int>(LFile::ListFolder(intents).size()) + !LReadFile(lockFile).empty();
   }
   EXPECT_GT(nKilled, 0);
   EXPECT_GT(nLeft, 0) << "no recording was ever killed midway: the test proved nothing";
@@ -108,6 +109,7 @@ TEST_F(CrashCli, KilledSalesChangesLeaveDocumentsAndPostingsTheNextCommandBrings
   LRunResult check = LRunKontavo({"check"});
   EXPECT_EQ(check.exitCode, 0) << check.out << check.err;
   EXPECT_TRUE(LFile::ListFolder(intents).empty());
+  EXPECT_EQ(LReadFile(lockFile), "");
   // Nothing was left to repair: a second check is silent.
   LRunResult again = LRunKontavo({"check"});
   EXPECT_EQ(again.exitCode, 0) << again.out << again.err;

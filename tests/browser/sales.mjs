@@ -87,6 +87,14 @@ try {
   assert.match(await page.locator('#listblock').innerText(), /1 document\(s\)/);
   await snap(page, 'invoicelist-last-year');
 
+  // ---- A name an older program stored in Latin-1 shows as it was meant -------------------------
+  execFileSync('sh', ['-c', '"$0" customer add LAT "Name=$(printf \'Soci\\351t\\351 G\\351n\\351rale\')"', kontavo],
+               { env });
+  await page.goto(base + 'customerlist');
+  assert.match(await page.locator('table.hltbl').innerText(), /Société Générale/);
+  await snap(page, 'customerlist-latin1');
+  await page.goto(base + 'customerdelete?id=LAT');  // the later steps count the customers
+
   // ---- A customer, a quote of three lines, its order, its invoice, a payment --------------------
   await page.goto(base + 'customerlist');
   await page.click('a:has-text("Nouveau client")');

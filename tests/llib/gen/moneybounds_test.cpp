@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <limits>
+#include <random>
 #include <string>
 
 #include "llib/gen/money.h"
@@ -51,6 +52,33 @@ TEST(MoneyBounds, SumsAreHeldAtTheLimitsNeverWrapped) {
   long long balance = 0;
   for (int i = 0; i < 2; ++i) balance = LMoneySum(balance, 9223372036854775807LL);
   EXPECT_EQ(balance, kMax);
+}
+
+// Random amounts crowded at the ceiling and the 64-bit edges: every bounded amount reads back from
+// its text at any currency digits, one unit past the ceiling never reads, and sums equal the exact
+// 128-bit sum held at the limits.
+TEST(MoneyBounds, PropertiesHoldAtTheBounds) {
+  std::mt19937_64 random(17);
+  constexpr long long kMax = std::numeric_limits<long long>::max();
+  auto near = [&](long long edge) { return edge - static_cast<long long>(random() % 1000); };
+  for (int i = 0; i < 20000; ++i) {
+    long long amount = i % 2 ? near(kMoneyMaxMinorUnits) : static_cast<long long>(random() % kMoneyMaxMinorUnits);
+    if (i % 3 == 0) amount = -amount;
+    int digits = i % 7;
+    long long read = 0;
+    ASSERT_TRUE(LParseAmount(LFormatAmountPlain(amount, digits), digits, read)) << amount;
+    ASSERT_EQ(read, amount);
+    long long beyond = amount < 0 ? -kMoneyMaxMinorUnits - 1 - (amount & 7) : kMoneyMaxMinorUnits + 1 + (amount & 7);
+    ASSERT_FALSE(LParseAmount(LFormatAmountPlain(beyond, digits), digits, read)) << beyond;
+
+    long long a = i % 2 ? near(kMax) : static_cast<long long>(random());
+    long long b = i % 5 ? near(kMax) : static_cast<long long>(random());
+    if (i % 4 == 1) a = -a;
+    if (i % 3 == 1) b = -b;
+    __int128 exact = static_cast<__int128>(a) + b;
+    long long held = exact > kMax ? kMax : exact < -kMax ? -kMax : static_cast<long long>(exact);
+    ASSERT_EQ(LMoneySum(a, b), held) << a << " + " << b;
+  }
 }
 
 TEST(MoneyBounds, RefusalsNameTheCeilingTheBusinessesWay) {

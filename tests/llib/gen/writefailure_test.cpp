@@ -13,6 +13,7 @@
 #include "llib/gen/file.h"
 #include "llib/gen/filelock.h"
 #include "llib/gen/filestore.h"
+#include "llib/gen/filestoreinplace.h"
 #include "llib/gen/log.h"
 #include "llib/gen/syscallfault.h"
 #include "tests/support/testhome.h"
@@ -76,6 +77,39 @@ TEST_F(WriteFailureTest, FailedRecordSaveKeepsTheOldRecord) {
   EXPECT_TRUE(fresh.Flush());
   EXPECT_EQ(fresh.GetPrimaryKey(), "1");
   EXPECT_EQ(LReadFile(list_.MakeRecordPath("1")), "Name=Martin");
+}
+
+// A save in place: a shorter text is padded with empty fields that every reader skips, so the file
+// is never cut; a longer one grows it; a write that fails leaves the old text; another writer's
+// field is merged as by a normal save.
+TEST_F(WriteFailureTest, SavesInPlaceKeepTheOldTextOrTheNewOneWhole) {
+  LRecord record;
+  list_.CreateNewRecord(record, "A1");
+  record.SetString("Name", "Banque");
+  record.SetString("TotalBalance", "123456");
+  ASSERT_TRUE(record.Flush());
+  const std::string path = list_.MakeRecordPath("A1");
+  ASSERT_TRUE(list_.Open(record, "A1"));
+  record.SetString("TotalBalance", "7");
+  ASSERT_TRUE(LFileStoreSaveInPlace(list_, record));
+  EXPECT_EQ(LReadFile(path), "Name=Banque&TotalBalance=7&&&&&");
+  LRecord other;
+  ASSERT_TRUE(list_.Open(other, "A1"));
+  EXPECT_EQ(other.GetString("TotalBalance"), "7");
+  EXPECT_EQ(other.Fields().size(), 2u);
+  other.SetString("Description", "Compte courant");  // saved by another writer meanwhile
+  ASSERT_TRUE(other.Flush());
+
+  record.SetString("TotalBalance", "99999999");
+  ASSERT_TRUE(LFileStoreSaveInPlace(list_, record));
+  EXPECT_EQ(LReadFile(path), "Name=Banque&TotalBalance=99999999&Description=Compte%20courant");
+  std::string before = LReadFile(path);
+  record.SetString("TotalBalance", "1");
+  LSyscallFaultArm(LSyscall::kWrite, 1, ENOSPC);
+  EXPECT_FALSE(LFileStoreSaveInPlace(list_, record));
+  LSyscallFaultDisarm();
+  EXPECT_EQ(LReadFile(path), before);
+  EXPECT_EQ(Names(), std::vector<std::string>{"A1.dat"});
 }
 
 // Two processes' worth of writers on one record, each replacing the file by renaming: every

@@ -1,7 +1,8 @@
-// Amounts beyond the money ceiling, wherever they come in by the command line (document lines and
-// document files, journal entries, items and their CSV import), are refused with a message that
-// names the ceiling the business's way, and the books stay as they were: no document, no posting,
-// no record, and `check` finds nothing.
+// Hostile input on the command line, refused with a French message and nothing written: amounts
+// beyond the money ceiling wherever they come in (document lines and document files, journal
+// entries, items and their CSV import; the message names the ceiling the business's way, and
+// `check` then finds nothing), quantities that are not finite numbers, days that do not exist,
+// years beyond four digits and an expression nested 30,000 deep.
 #include <gtest/gtest.h>
 
 #include <string>
@@ -12,7 +13,7 @@
 
 namespace {
 
-class MoneyCeilingCliTest : public LHomeTest {
+class HostileInputCliTest : public LHomeTest {
  protected:
   void SetUp() override {
     LExpectSuccess({"init", "--name", "Plafond SARL"});
@@ -25,7 +26,7 @@ class MoneyCeilingCliTest : public LHomeTest {
 
 constexpr char kCeiling[] = "(plafond 99 999 999 999,99 €)";
 
-TEST_F(MoneyCeilingCliTest, EveryWayInRefusesAmountsBeyondTheCeilingAndWritesNothing) {
+TEST_F(HostileInputCliTest, EveryWayInRefusesAmountsBeyondTheCeilingAndWritesNothing) {
   const std::string before = LExpectSuccess({"ledger"});
   LExpectRefused({"invoice", "new", "--customer", "C1", "--line", "|x|1|100000000000|Aucun|"},
                  std::string("Ligne trop grande : 1 × 100000000000 ") + kCeiling + ".");
@@ -55,6 +56,20 @@ TEST_F(MoneyCeilingCliTest, EveryWayInRefusesAmountsBeyondTheCeilingAndWritesNot
   EXPECT_EQ(items.find("BIG"), std::string::npos);
   EXPECT_NE(items.find("PETIT"), std::string::npos);
   EXPECT_EQ(LRunKontavo({"check"}).exitCode, 0);
+}
+
+TEST_F(HostileInputCliTest, NonFiniteQuantitiesImpossibleDatesAndDeepExpressionsAreRefused) {
+  for (const char* quantity : {"nan", "NaN", "inf", "-inf", "1e400", "0x10"})
+    LExpectRefused({"invoice", "new", "--customer", "C1", "--line", std::string("|x|") + quantity + "|1|Aucun|"},
+                   std::string("Quantité invalide : ") + quantity + ".");
+  for (const char* date : {"2026-02-30", "2025-02-29", "99999-01-01", "2026-13-01", "0000-00-00"})
+    LExpectRefused({"invoice", "new", "--customer", "C1", "--date", date, "--line", "|x|1|1|Aucun|"},
+                   std::string("Date invalide : ") + date + ".");
+  EXPECT_EQ(LRunKontavo({"invoice", "show", "1"}).exitCode, 1);
+  EXPECT_EQ(LExpectSuccess({"ledger"}), "");
+
+  const std::string deep = std::string(30000, '(') + "1" + std::string(30000, ')');
+  LExpectRefused({"expr", deep}, "Expression non valide.");
 }
 
 }  // namespace
