@@ -252,7 +252,9 @@ constexpr std::size_t kInPlaceLimit = 4096;  // one page: a write this short is 
 bool LFileStoreSaveInPlace(const LFileStoreListBase& list, LRecord& r) {
   if (!r.IsDirty()) return true;
   const std::string& key = r.GetPrimaryKey();
-  if (key.empty() || r.GetStoredKey() != key) return r.Flush();
+  // A list with an index knows its records by their files' inodes: an in-place write would keep
+  // the inode and leave the index naming the old value.
+  if (key.empty() || r.GetStoredKey() != key || !LFileStoreIndexedField(list.GetFolder()).empty()) return r.Flush();
   std::string path = list.MakeRecordPath(key);
   LLockedFile file = LLockedFile::OpenCurrent(path, O_RDWR, LOCK_EX, kRecordLockTimeoutMs);
   if (!file.IsOpen()) return r.Flush();
