@@ -40,6 +40,7 @@ bool MakeOccurrence(LProfile& profile, const LSalesDocumentKind& kind, const LRe
     if (!field.deleted && !field.binary && !IsTemplateOnly(field.name)) document.SetString(field.name, field.text);
   document.SetString("Date", date);
   document.SetInt64("AmountPaid", 0);
+  document.SetInt64("AmountRefunded", 0);  // so that no list works it out and writes it on the way
   document.SetString("OrderNumber", "");
   if (!document.Flush() || document.GetPrimaryKey().empty()) {
     SetError(error, "Impossible d'enregistrer le document.");

@@ -81,9 +81,11 @@ std::string LSalesReserveFirstFreeKey(const LFileStoreListBase& list, std::strin
 namespace {
 
 // Fields a new document never takes from its content: the totaller recomputes the total (and
-// moves the balance from 0), the posting takes a new reference, and recording ends the draft.
+// moves the balance from 0), the posting takes a new reference, recording ends the draft, and
+// nothing is paid or refunded on a document that did not exist.
 bool IsCarriedToNewDocument(std::string_view field) {
-  return field != "Total" && field != "IsDraft" && field != "JournalTxnRef";
+  return field != "Total" && field != "IsDraft" && field != "JournalTxnRef" && field != "AmountPaid" &&
+         field != "AmountRefunded";
 }
 
 // Reopens document from its list so that fields deleted by the last save are gone for good
@@ -186,6 +188,12 @@ bool LSalesDocumentCreate(LProfile& profile, const LSalesDocumentKind& kind, con
   list.Open(document, takenKey);
   for (const auto& field : content.Fields())
     if (!field.deleted && IsCarriedToNewDocument(field.name)) document.SetString(field.name, field.text);
+  // A recorded invoice holds its amounts paid and refunded from the start, so that no list or
+  // report showing it has to work them out and write them on the way.
+  if (!draft && kind.type == LSalesDocumentType::kInvoice) {
+    document.SetInt64("AmountPaid", 0);
+    document.SetInt64("AmountRefunded", 0);
+  }
   document.SetDirty(true);  // an empty document still takes its key
   if (!document.Flush()) {
     document.DetachWithoutSave();

@@ -21,9 +21,11 @@
 #include "invoice/sales/salesposting.h"
 #include "invoice/sales/taxaccounts.h"
 #include "invoice/shared/customer.h"
+#include "invoice/shared/documentdateindex.h"
 #include "invoice/shared/profile.h"
 #include "llib/gen/file.h"
 #include "llib/gen/filestore.h"
+#include "llib/gen/filestoreindex.h"
 #include "llib/gen/log.h"
 
 namespace {
@@ -137,6 +139,7 @@ void LSalesLedgerInstall() {
     LLedgerSetDocumentDeleteRoute(kTxnTypeSales, LSalesDeleteForLedger);
     LLedgerSetDocumentDeleteRoute(kTxnTypeReceipt, LPaymentDeleteForLedger);
     LCheckAddBookCheck(LCheckCustomerBalances);
+    LCheckAddBookCheck(LCheckDocumentDateIndexes);
     LLedgerAddIntentSettler(kSalesChangeIntentExtension, SettleSalesChange);
     LAccountsSetTaxAccountsCreator(LTaxOptionsCreateDefaultTaxAccounts);
     LBankSetCustomerPaymentPoster(LBankPostCustomerPayment);
@@ -153,5 +156,18 @@ void LCheckCustomerBalances(LProfile& profile, bool fix, LCheckReport& report) {
     if (stored == expected) continue;
     report.differences.push_back({std::string(kCustomersList), customer.GetPrimaryKey(), "Balance", stored, expected, fix});
     if (fix) customer.SetInt64("Balance", expected);  // saved as the iterator moves on
+  }
+}
+
+void LCheckDocumentDateIndexes(LProfile& profile, bool fix, LCheckReport& report) {
+  for (std::string_view listName : LDocumentDateIndexedLists()) {
+    for (const LFileStoreIndexMismatch& mismatch :
+         LFileStoreIndexVerify(profile.MainList(listName), kDocumentDateField, fix)) {
+      if (fix) continue;  // rebuilt
+      report.problems.push_back({std::string(listName) + "/.index." + std::string(kDocumentDateField), 0,
+                                 "L'index des dates ne suit pas le document « " + mismatch.key +
+                                     " » (kontavo check --fix le reconstruit)",
+                                 "index « " + mismatch.indexed + " », document « " + mismatch.actual + " »"});
+    }
   }
 }

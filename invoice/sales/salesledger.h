@@ -2,7 +2,8 @@
 // it, once per process, what it needs to know:
 //   - deleting a "Recettes" transaction deletes its invoice or credit note, and deleting a
 //     "Reçus" transaction its payment, through the sales side (salesbook.h);
-//   - checking the books also compares every customer's "Balance" with its documents;
+//   - checking the books also compares every customer's "Balance" with its documents, and the
+//     date index of every dated sales list with its records;
 //   - the default chart of a new business also receives the accounts its taxes are collected
 //     into (taxaccounts.h);
 //   - a sales change killed midway (LSalesChangeIntent) has the documents it noted brought back
@@ -47,3 +48,9 @@ void LSalesLedgerInstall();
 // invoices less its credit notes and payments. Every difference is reported; with fix the
 // computed balance is written.
 void LCheckCustomerBalances(LProfile& profile, bool fix, LCheckReport& report);
+
+// The check of the date indexes of the sales lists (invoice/shared/documentdateindex.h): each
+// record whose entry gives another date than the record's own is reported as a problem; with fix
+// the index is rebuilt from the records instead. Entries left stale by a crash or a copy of the
+// folder are mended without a word, as every list page does.
+void LCheckDocumentDateIndexes(LProfile& profile, bool fix, LCheckReport& report);

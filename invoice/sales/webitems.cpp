@@ -1,7 +1,7 @@
 #include "invoice/sales/webitems.h"
 
 #include <algorithm>
-#include <climits>
+#include <cmath>
 
 #include "invoice/sales/webparties.h"
 #include "invoice/shared/inventory.h"
@@ -26,8 +26,13 @@ constexpr int kCostControl = 106;
 constexpr int kReorderLevelControl = 107;
 constexpr int kReorderQtyControl = 108;
 
-// An amount as a list order key: the keys hold an int, larger amounts sort last.
-int AmountOrder(long long cents) { return static_cast<int>(std::clamp<long long>(cents, INT_MIN + 1, INT_MAX - 1)); }
+// The order key of a quantity (fractions of units included), by its value: 10 sorts after 9 and
+// -2.5 before 0. Amounts take LHtmlListRow::Int64OrderKey, whatever their size.
+std::string QuantityOrder(double quantity) {
+  constexpr double kMillionths = 1e6;
+  constexpr double kLimit = 9e18;
+  return LHtmlListRow::Int64OrderKey(std::llround(std::clamp(quantity * kMillionths, -kLimit, kLimit)));
+}
 
 }  // namespace
 
@@ -56,20 +61,23 @@ void LWebItemsPage::Generate() {
     row->AddCellTextLink(LWebFormat("itemprop?id=%U&onok=itemlist&oncancel=itemlist", code.c_str()), code);
     row->AddCellText(item.description);
     row->AddCellText(LItemKindTitle(item.kind));
-    row->AddCellWithOrder(AmountOrder(item.price), LHtmlEscape(LFormatMoney(item.price, currency)));
+    row->AddCell(LHtmlListRow::Int64OrderKey(item.price), LHtmlEscape(LFormatMoney(item.price, currency)));
     if (stocked) {
       // An item at or under its reorder level is shown to be reordered.
       std::string quantity = LHtmlEscape(LQuantityText(item.stock.quantity));
       if (item.IsToReorder()) quantity = "<span class=reorder title='À commander'>" + quantity + " !</span>";
-      row->AddCell(std::to_string(item.stock.quantity),
+      row->AddCell(QuantityOrder(item.stock.quantity),
                    LWebFormat("<a href='itemstock?id=%U'>", code.c_str()) + quantity + "</a>");
-      row->AddCellWithOrder(AmountOrder(item.stock.AverageCost()),
+      row->AddCell(LHtmlListRow::Int64OrderKey(item.stock.AverageCost()),
                             LHtmlEscape(LFormatMoney(item.stock.AverageCost(), currency)));
-      row->AddCellWithOrder(AmountOrder(item.stock.value), LHtmlEscape(LFormatMoney(item.stock.value, currency)));
+      row->AddCell(LHtmlListRow::Int64OrderKey(item.stock.value), LHtmlEscape(LFormatMoney(item.stock.value, currency)));
     } else {
       for (int i = 0; i < 3; ++i) row->AddCell("", "");
     }
-    row->AddCellText(item.hasReorderLevel ? LQuantityText(item.reorderLevel) : std::string());
+    if (item.hasReorderLevel)
+      row->AddCell(QuantityOrder(item.reorderLevel), LHtmlEscape(LQuantityText(item.reorderLevel)));
+    else
+      row->AddCell("", "");
     LWebListDeleteCell(*row, mayChange, LWebFormat("itemdelete?id=%U", code.c_str()),
                        "Supprimer l'article " + code + " ?");
     list.AddRow(std::move(row));
@@ -112,10 +120,10 @@ void LWebItemStockPage::Generate() {
     auto row = std::make_unique<LHtmlListRow>();
     row->AddCellText(move.date == kOpeningDate ? std::string() : move.date);
     row->AddCellText(LStockDocumentTitle(move.document));
-    row->AddCell(std::to_string(move.quantity), LHtmlEscape(LQuantityText(move.quantity)));
-    row->AddCellWithOrder(AmountOrder(move.unitCost), LHtmlEscape(LFormatMoney(move.unitCost, currency)));
+    row->AddCell(QuantityOrder(move.quantity), LHtmlEscape(LQuantityText(move.quantity)));
+    row->AddCell(LHtmlListRow::Int64OrderKey(move.unitCost), LHtmlEscape(LFormatMoney(move.unitCost, currency)));
     long long value = LStockMoveValue(move.quantity, move.unitCost);
-    row->AddCellWithOrder(AmountOrder(value), LHtmlEscape(LFormatMoney(value, currency)));
+    row->AddCell(LHtmlListRow::Int64OrderKey(value), LHtmlEscape(LFormatMoney(value, currency)));
     list.AddRow(std::move(row));
   }
   UseListScript();

@@ -11,6 +11,7 @@
 #include "invoice/sales/webcustomers.h"
 #include "invoice/shared/customer.h"
 #include "invoice/shared/documentconversion.h"
+#include "invoice/shared/documentdateindex.h"
 #include "invoice/shared/documentinput.h"
 #include "invoice/shared/profile.h"
 #include "invoice/shared/webnavtabs.h"
@@ -133,8 +134,10 @@ void LWebSalesDocumentsPage::WriteListBlock(LWebletForm& out) {
   long long sum = 0;
   const LCurrencyFormat& money = profile.GetCurrencyFormat();
   for (std::string_view listName : {kind_.recordedList, kind_.draftsList}) {
-    LSalesDocument document;
-    for (LFileStoreIteratorBase it(profile.MainList(listName), document); document.IsAttached(); it.Next(document)) {
+    const LFileStoreListBase& records = profile.MainList(listName);
+    for (const std::string& dated : LDocumentKeysDated(profile, listName, [&filter](std::string_view date) { return filter.Holds(date); })) {
+      LSalesDocument document;
+      if (!records.Open(document, dated)) continue;  // deleted meanwhile
       std::string date = document.GetDate();
       if (date.size() > 10) date.resize(10);
       if (!filter.Holds(date) || (!filter.party.empty() && document.GetCustomer() != filter.party)) continue;

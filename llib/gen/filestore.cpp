@@ -13,6 +13,7 @@
 
 #include "llib/gen/file.h"
 #include "llib/gen/filelock.h"
+#include "llib/gen/filestoreindex.h"
 #include "llib/gen/percent.h"
 
 // ---- Paths ------------------------------------------------------------------------------------
@@ -114,7 +115,9 @@ bool LFileStoreListBase::OpenAlways(LRecord& r, std::string_view key) const {
 }
 
 bool LFileStoreListBase::Delete(std::string_view key) const {
-  return ::unlink(MakeRecordPath(key).c_str()) == 0;
+  if (::unlink(MakeRecordPath(key).c_str()) != 0) return false;
+  LFileStoreIndexNoteDelete(folder_, key);
+  return true;
 }
 
 // ---- Writing ----------------------------------------------------------------------------------
@@ -141,6 +144,19 @@ std::string BuildFileText(const LRecord& r) {
     if (!field.binary) LPercentEncodeAppend(field.text, text);
   }
   return text;
+}
+
+// Writes text to a temporary file beside path and renames it over path; inode gets the new file's
+// for the list's index, taken before the rename, as another writer may replace the record file as
+// soon as it is in place.
+bool WriteRecordFile(const std::string& path, std::string_view text, unsigned mode, ino_t& inode) {
+  std::string temp = LWriteTemporaryBeside(path, text, mode);
+  if (temp.empty()) return false;
+  inode = LFileStoreInodeOf(temp);
+  if (LRobustRename(temp, path)) return true;
+  LLogWriteFailure("rename", path, errno);
+  ::unlink(temp.c_str());
+  return false;
 }
 
 // After a successful write: the record matches its file. A field that stays deleted after that
@@ -174,6 +190,7 @@ bool LFileStoreListBase::SaveUnderNewKey(LRecord& r) const {
   std::string text = BuildFileText(r);
   std::string temp = LWriteTemporaryBeside(MakeRecordPath("1"), text);
   if (temp.empty()) return false;
+  ino_t inode = LFileStoreInodeOf(temp);
   bool saved = false;
   for (long number = 1;; ++number) {
     std::string key = std::to_string(number);
@@ -188,8 +205,10 @@ bool LFileStoreListBase::SaveUnderNewKey(LRecord& r) const {
     }
   }
   ::unlink(temp.c_str());
-  if (saved) MarkSaved(r);
-  return saved;
+  if (!saved) return false;
+  LFileStoreIndexNoteSave(folder_, r.GetPrimaryKey(), r, inode);
+  MarkSaved(r);
+  return true;
 }
 
 bool LFileStoreListBase::Save(LRecord& r) const {
@@ -215,7 +234,11 @@ bool LFileStoreListBase::Save(LRecord& r) const {
   // new file takes the old one's permissions (a settings record is readable by its owner only).
   struct stat st;
   unsigned mode = file.IsOpen() && ::fstat(file.Get(), &st) == 0 ? st.st_mode & 07777 : 0666;
-  if (file.IsOpen() && !LFile::WriteAllAtomic(path, BuildFileText(r), mode)) return false;
+  if (file.IsOpen()) {
+    ino_t inode = 0;
+    if (!WriteRecordFile(path, BuildFileText(r), mode, inode)) return false;
+    LFileStoreIndexNoteSave(folder_, writeKey, r, inode);  // the record is still locked
+  }
   MarkSaved(r);
   return true;
 }
@@ -229,7 +252,9 @@ constexpr std::size_t kInPlaceLimit = 4096;  // one page: a write this short is 
 bool LFileStoreSaveInPlace(const LFileStoreListBase& list, LRecord& r) {
   if (!r.IsDirty()) return true;
   const std::string& key = r.GetPrimaryKey();
-  if (key.empty() || r.GetStoredKey() != key) return r.Flush();
+  // A list with an index knows its records by their files' inodes: an in-place write would keep
+  // the inode and leave the index naming the old value.
+  if (key.empty() || r.GetStoredKey() != key || !LFileStoreIndexedField(list.GetFolder()).empty()) return r.Flush();
   std::string path = list.MakeRecordPath(key);
   LLockedFile file = LLockedFile::OpenCurrent(path, O_RDWR, LOCK_EX, kRecordLockTimeoutMs);
   if (!file.IsOpen()) return r.Flush();

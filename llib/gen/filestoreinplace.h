@@ -14,7 +14,8 @@
 class LFileStoreListBase;
 class LRecord;
 
-// Saves r, attached to list under its stored key, in place; a record that is new, renamed, or of
-// a page or more is saved by LFileStoreListBase::Save instead. false when the write failed (the
+// Saves r, attached to list under its stored key, in place; a record that is new, renamed, of a
+// page or more, or of a list that keeps an index (filestoreindex.h) is saved by
+// LFileStoreListBase::Save instead. false when the write failed (the
 // file then holds its old text).
 [[nodiscard]] bool LFileStoreSaveInPlace(const LFileStoreListBase& list, LRecord& r);

@@ -2,6 +2,9 @@
 // pages, and the item pages built on the record dialog (list, dialog, delete).
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <tuple>
+
 #include "tests/support/webservertest.h"
 
 namespace {
@@ -107,6 +110,27 @@ TEST_F(WebPagesTest, ItemDialogChecksThenCreatesAndEditsTheRecord) {
   EXPECT_NE(list.find(">Pain bis</td>"), std::string::npos);
   EXPECT_EQ(LHttpGet(port_, "/itemdelete?id=PAIN", session).headers["location"], "itemlist");
   EXPECT_EQ(LRunKontavo({"record", "get", "Items", "PAIN"}).exitCode, 1);
+}
+
+TEST_F(WebPagesTest, ItemsSortByTheValuesOfPricesAndQuantities) {
+  for (auto [code, price, level] : {std::tuple{"BIG", "30000000", "0.5"}, std::tuple{"MID", "25000000", "100"},
+                                    std::tuple{"DIX", "10", "10"}, std::tuple{"NEUF", "9", "9"}}) {
+    ASSERT_EQ(LRunKontavo({"item", "add", code, "--price", price}).exitCode, 0);
+    ASSERT_EQ(LRunKontavo({"record", "set", "Items", code, std::string("ReorderLevel=") + level}).exitCode, 0);
+  }
+  std::string session = UserSession("--viewer");
+  auto order = [&](const std::string& query) {
+    std::string list = LHttpGet(port_, "/itemlist?" + query, session).body;
+    std::vector<std::pair<std::size_t, std::string>> found;
+    for (const char* code : {"BIG", "MID", "DIX", "NEUF"}) found.emplace_back(list.find(std::string(">") + code + "</a>"), code);
+    std::sort(found.begin(), found.end());
+    std::string codes;
+    for (const auto& [at, code] : found) codes += code + std::string(at == std::string::npos ? "?" : " ");
+    return codes;
+  };
+  // Prices beyond 21 million euros keep their order; quantities sort as numbers, not as text.
+  EXPECT_EQ(order("iCol=3&bAsc=1"), "NEUF DIX MID BIG ");
+  EXPECT_EQ(order("iCol=7&bAsc=1"), "BIG NEUF DIX MID ");
 }
 
 TEST_F(WebPagesTest, ViewersSeeItemsButChangeNothing) {

@@ -3,6 +3,7 @@
 // with keys and parameters they should not get.
 #include <gtest/gtest.h>
 
+#include "llib/gen/filestoreindex.h"
 #include "tests/app/websalestest.h"
 
 namespace {
@@ -149,6 +150,39 @@ TEST_F(WebSalesTest, ListsShowAPeriodPageLongListsAndFilterByCustomer) {
             std::string::npos);
   EXPECT_EQ(LHttpPost(port_, "/quotelistperiod", "101=all&102=&103=&104=MAR&submit=Afficher", session).body,
             "window.location = 'quotelist?prd=all&from=&to=&customer=MAR';\n");
+}
+
+TEST_F(WebSalesTest, AMonthsListFollowsTheDateIndexAndShowingItWritesNothing) {
+  for (const char* date : {"2026-01-15", "2026-02-10"})
+    ASSERT_EQ(LRunKontavo({"invoice", "new", "--customer", "DUP", "--date", date, "--line", "PAIN||1||"}).exitCode, 0);
+  std::string session = Session();
+  auto month = [&](const std::string& from, const std::string& to) {
+    return LHttpGet(port_, "/invoicelist?from=" + from + "&to=" + to, session).body;
+  };
+  std::string invoices = home_.SharedFolder() + "/Invoices/";
+  ino_t first = LFileStoreInodeOf(invoices + "1.dat");
+  std::string january = month("2026-01-01", "2026-01-31");
+  EXPECT_NE(january.find("1 document(s)"), std::string::npos) << january;
+  EXPECT_NE(january.find("invoiceprop?id=1'"), std::string::npos);
+  // A recorded invoice holds its amounts paid and refunded from the start: the list writes nothing.
+  EXPECT_EQ(LFileStoreInodeOf(invoices + "1.dat"), first);
+  EXPECT_NE(LReadFile(invoices + "1.dat").find("AmountPaid=0"), std::string::npos);
+
+  // A date changed through the dialog moves the invoice to its new month.
+  EXPECT_EQ(PostDocument(session, "invoiceprop", "id=1&101=DUP&102=2026-02-20", {"PAIN||1|"}),
+            "window.location = 'invoicelist';\n");
+  EXPECT_NE(month("2026-01-01", "2026-01-31").find("Aucune facture sur la période."), std::string::npos);
+  EXPECT_NE(month("2026-02-01", "2026-02-28").find("2 document(s)"), std::string::npos);
+
+  // An index giving another date for a record's own file is a fault: the check names it, --fix
+  // rebuilds the index.
+  LWriteFile(invoices + ".index.Date", LReadFile(invoices + ".index.Date") + std::to_string(LFileStoreInodeOf(invoices + "2.dat")) + " 2 2026-01-01\n");
+  LRunResult check = LRunKontavo({"check"});
+  EXPECT_EQ(check.exitCode, 1);
+  EXPECT_NE(check.out.find("L'index des dates ne suit pas le document « 2 »"), std::string::npos) << check.out;
+  EXPECT_EQ(LRunKontavo({"check", "--fix"}).exitCode, 0);
+  EXPECT_EQ(LRunKontavo({"check"}).exitCode, 0);
+  EXPECT_NE(month("2026-02-01", "2026-02-28").find("2 document(s)"), std::string::npos);
 }
 
 TEST_F(WebSalesTest, QuoteBecomesAnInvoiceOnceAndDeletesGoThroughTheSalesBook) {

@@ -181,6 +181,11 @@ try {
   await viewer.goto(base + 'invoicelist');
   assert.equal(await viewer.locator('a:has-text("Supprimer")').count(), 0);
   assert.equal(await viewer.locator('a:has-text("Nouvelle facture")').count(), 0);
+  // Nothing is wider than the phone: the header's links wrap, wide lists scroll inside the page.
+  const widths = await viewer.evaluate(() => ({ page: document.documentElement.scrollWidth,
+                                               header: document.querySelector('table.headertable').scrollWidth,
+                                               screen: window.innerWidth }));
+  assert.ok(widths.page <= widths.screen && widths.header <= widths.screen, JSON.stringify(widths));
   await snap(viewer, 'viewer-invoicelist-phone');
   await viewer.goto(base + 'invoiceprop?id=' + invoiceKey);
   assert.match(await viewer.content(), /Votre compte permet seulement de consulter les données\./);

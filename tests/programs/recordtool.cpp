@@ -1,5 +1,7 @@
 // A small second process for the record store's tests:
 //   recordtool create FOLDER LIST COUNT            creates COUNT new records (fields N=i, P=pid)
+//   recordtool createindexed FOLDER LIST COUNT     the same in a list that keeps an index of "Date"
+//                                                  (Date=i)
 //   recordtool edit FOLDER LIST KEY FIELD VALUE MS  opens KEY, sets FIELD, waits MS, saves
 //   recordtool hold PATH MS                         holds an exclusive flock on PATH for MS
 // It prints "ready" on stdout once it has the record open or the lock held.
@@ -13,17 +15,20 @@
 
 #include "llib/gen/file.h"
 #include "llib/gen/filestore.h"
+#include "llib/gen/filestoreindex.h"
 
 int main(int argc, char** argv) {
   if (argc < 2) return 2;
   std::string verb = argv[1];
-  if (verb == "create" && argc == 5) {
+  if ((verb == "create" || verb == "createindexed") && argc == 5) {
+    if (verb == "createindexed") LFileStoreIndexDeclare(argv[3], "Date");
     LFileStoreListBase list(LFileStoreDataStore(argv[2]), argv[3]);
     int count = std::atoi(argv[4]);
     for (int i = 0; i < count; ++i) {
       LRecord record;
       list.CreateNewRecord(record);
       record.SetInt("N", i);
+      if (verb == "createindexed") record.SetInt("Date", i);
       record.SetInt("P", static_cast<int>(::getpid()));
       if (!record.Flush()) return 1;
     }

@@ -1,0 +1,64 @@
+// An index of one field of a file list's records by key (the "Date" of sales documents), so that
+// the list of one month reads that month's records instead of every record of the list. It is a
+// cache beside the records, never their truth.
+//
+// The hidden file "<list>/.index.<field>" starts with a line "kontavo-index <bytes>" (its size
+// when last compacted), then holds one line per saved record, "<inode> <key> <value>" (key and
+// value percent-encoded), the inode being that of the record file written. A save writes a new
+// record file (a new inode) and, while the record is still locked, appends its line under the
+// index's own lock (taken after the record's, never before one); a delete appends "0 <key>". The
+// last line of a key wins. An appender that finds the file grown past twice its compacted size
+// (plus 64 KiB) rewrites it with one line per key.
+//
+// A reader takes an entry only when its inode is the one the folder lists for that key now, so an
+// index left behind by a crash between a record's rename and the append, by a copied folder (a
+// restored backup has new inodes) or by a program that does not keep it, is mended entry by
+// entry: a record whose entry does not match is read itself and its line appended.
+//
+//     LFileStoreIndexDeclare("Invoices", "Date");             // once, before lists are written
+//     for (const LFileStoreIndexEntry& e : LFileStoreIndexRead(list, "Date"))
+//       if (period.Holds(e.value)) ...open e.key...
+#pragma once
+
+#include <sys/types.h>
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+class LFileStoreListBase;
+class LRecord;
+
+// Lists named listName, in every business, keep an index of field (one field per list name).
+// Declaring again is harmless.
+void LFileStoreIndexDeclare(std::string_view listName, std::string_view field);
+// The field indexed for the list folder (its last path component), "" when none.
+std::string LFileStoreIndexedField(std::string_view listFolder);
+
+// The inode of the file at path, 0 when there is none.
+ino_t LFileStoreInodeOf(const std::string& path);
+
+// Called by the store while the record is locked: r was written as the file of inode under key.
+void LFileStoreIndexNoteSave(const std::string& listFolder, std::string_view key, const LRecord& r, ino_t inode);
+// Called by the store when the record of key was removed.
+void LFileStoreIndexNoteDelete(const std::string& listFolder, std::string_view key);
+
+struct LFileStoreIndexEntry {
+  std::string key;
+  std::string value;  // the field's text in the record ("" when absent)
+};
+
+// One entry per record file of the list, in no particular order, mended where stale.
+std::vector<LFileStoreIndexEntry> LFileStoreIndexRead(const LFileStoreListBase& list, std::string_view field);
+
+// For a check of the books: the keys whose entry names the record's own file but not its value,
+// which only a fault makes, each with the value the index gives and the record's; with fix the
+// index is then rewritten whole from the records. Missing and stale entries are mended on the
+// way, as LFileStoreIndexRead does, and not reported.
+struct LFileStoreIndexMismatch {
+  std::string key;
+  std::string indexed;
+  std::string actual;
+};
+std::vector<LFileStoreIndexMismatch> LFileStoreIndexVerify(const LFileStoreListBase& list, std::string_view field,
+                                                           bool fix);
