@@ -108,8 +108,6 @@ void LWebSalesDocumentsPage::Generate() {
   if (kind_.type == LSalesDocumentType::kOrder)
     newLink += "<a href='orderschedule' class=actionlink>Commandes récurrentes</a>";
   UseListScript();
-  if (std::string message = form_.GetParam("msg"); !message.empty())
-    form_.Write(LWebFormat("<p class=errormessage id=pagemessage>%H</p>", message.c_str()));
   LWebWritePeriodListPage(form_, profile, PeriodList(), newLink, [this](LWebletForm& out) { WriteListBlock(out); });
   // The boxes ticked in the list's "Courriel" column name the documents to mail.
   if (WLMayChangeData(form_))
