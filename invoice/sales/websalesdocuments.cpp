@@ -308,7 +308,7 @@ void LWebSalesDocumentDialog::Generate() {
   if (LSalesDocument stored; !key.empty() && LSalesDocumentOpen(Profile(), kind_, key, stored)) {
     stored.DetachWithoutSave();
     std::string query = LWebFormat("kind=%U&id=%U", kind_.command.data(), key.c_str());
-    form_.Write(LWebFormat("<tr><td></td><td class=documentlinks id=outputlinks><a href='invoiceprintview?%s' "
+    form_.Write(LWebFormat("<tr><td></td><td class=outputlinks id=outputlinks><a href='invoiceprintview?%s' "
                            "class=actionlink>Aperçu et impression</a> <a href='generatepdf?%s' class=actionlink>PDF</a> "
                            "<a href='recordemailinfo?%s' class=actionlink>Envoyer par courriel</a> "
                            "<a href='invoicelog?%s' class=actionlink>Historique</a></td></tr>",
