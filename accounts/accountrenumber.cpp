@@ -81,6 +81,11 @@ LProcessResult Process(LProcessInterface& process, LAccountRenumberProcess& data
   LProfile& profile = *data.profile;
   LLedgerLock lock(profile);
   process.SetStatus("Modifier le numéro de compte", 0);
+  // The trail announces the renumbering before any file changes; without it nothing changes.
+  if (!LAuditAppend(profile, {std::string(kAuditRenumber), data.oldNumber + " -> " + data.newNumber, {}, 0, {}})) {
+    process.SetError(std::string(kAuditNotWrittenMessage));
+    return kProcessFailed;
+  }
 
   LTextBuffer folder;
   LLegderGetBaseFolder(profile, folder);
@@ -122,7 +127,5 @@ LProcessResult Process(LProcessInterface& process, LAccountRenumberProcess& data
     process.SetError(kRenumberFailedMessage);
     return kProcessFailed;
   }
-  LAuditAppend(profile, {std::string(kAuditRenumber), data.oldNumber + " -> " + data.newNumber, {}, 0,
-                         std::to_string(data.nRowsChanged) + " lignes"});
   return kProcessFinished;
 }

@@ -96,12 +96,61 @@ std::string LAuditHash(std::string_view text) {
   return LHexText(std::string_view(reinterpret_cast<const char*>(digest), sizeof digest));
 }
 
+namespace {
+
+// Writes the head of a chain whose last entry is lastLine (none: the head is emptied), in place:
+// one short write, then the end cut, so that it never reads empty.
+bool WriteHead(const LProfile& profile, std::string_view lastLine) {
+  std::string head = lastLine.empty() ? std::string() : HeadText(LTextToInt64(RawField(lastLine, "Seq")), lastLine);
+  std::string path = HeadPath(profile);
+  LFileDescriptor file(LRobustOpen(path, O_WRONLY | O_CREAT, 0666));
+  bool written = file.IsOpen() && LRobustWrite(file.Get(), head.data(), head.size()) &&
+                 LRobustTruncate(file.Get(), static_cast<off_t>(head.size()));
+  if (!written) LLogWriteFailure("write", path, errno);
+  return written;
+}
+
+// Cuts the open log back to size and the head back to the entry then last; what is already so
+// is left untouched.
+bool CutBack(const LProfile& profile, int fd, long long size) {
+  struct stat info {};
+  if (::fstat(fd, &info) != 0) return false;
+  if (info.st_size > size && !LRobustTruncate(fd, static_cast<off_t>(size))) {
+    LLogWriteFailure("truncate", LogPath(profile), errno);
+    return false;
+  }
+  std::string last, head;
+  if (!ReadLastLine(fd, last)) return false;
+  LFile::ReadAll(HeadPath(profile), head);  // a missing head reads empty
+  return head == (last.empty() ? std::string() : HeadText(LTextToInt64(RawField(last, "Seq")), last)) ||
+         WriteHead(profile, last);
+}
+
+}  // namespace
+
+long long LAuditLogSize(const LProfile& profile) {
+  struct stat info {};
+  return ::stat(LogPath(profile).c_str(), &info) == 0 ? static_cast<long long>(info.st_size) : 0;
+}
+
+bool LAuditCutBack(const LProfile& profile, long long size) {
+  LLedgerLock ledgerLock(profile);
+  std::string path = LogPath(profile);
+  if (!LFile::Exists(path)) return true;
+  LLockedFile log(path, O_RDWR, LOCK_EX, kLedgerLockTimeoutMs);
+  struct stat info {};
+  if (!log.IsOpen() || ::fstat(log.Get(), &info) != 0) return false;
+  return info.st_size <= size || CutBack(profile, log.Get(), size);
+}
+
 bool LAuditAppend(const LProfile& profile, const LAuditEvent& event) {
   LLedgerLock ledgerLock(profile);
   LLockedFile log(LogPath(profile), O_RDWR | O_CREAT | O_APPEND, LOCK_EX, kLedgerLockTimeoutMs, 0666);
   std::string last;
-  if (!log.IsOpen() || !ReadLastLine(log.Get(), last)) {
-    LLogError("Piste d'audit : %s de %s non inscrit", event.action.c_str(), event.reference.c_str());
+  struct stat info {};
+  if (!log.IsOpen() || !ReadLastLine(log.Get(), last) || ::fstat(log.Get(), &info) != 0) {
+    LLogError("Piste d'audit : impossible d'inscrire %s de %s ; la modification est refusée.", event.action.c_str(),
+              event.reference.c_str());
     return false;
   }
   long long seq = last.empty() ? 1 : LTextToInt64(RawField(last, "Seq")) + 1;
@@ -117,16 +166,17 @@ bool LAuditAppend(const LProfile& profile, const LAuditEvent& event) {
   entry.SetString("Lines", event.lines);
   std::string text;
   entry.SaveHTTPString(text);
-  std::string head = HeadText(seq, text);
+  std::string line = text;
   text += '\n';
-  // The head is rewritten in place while the log's lock is held: one short write, then the end
-  // cut, so that it never reads empty.
-  LFileDescriptor headFile(LRobustOpen(HeadPath(profile), O_WRONLY | O_CREAT, 0666));
-  bool written = LRobustWrite(log.Get(), text.data(), text.size()) && headFile.IsOpen() &&
-                 ::pwrite(headFile.Get(), head.data(), head.size(), 0) == static_cast<ssize_t>(head.size()) &&
-                 ::ftruncate(headFile.Get(), static_cast<off_t>(head.size())) == 0;
-  if (!written) LLogError("Piste d'audit : %s de %s mal inscrit", event.action.c_str(), event.reference.c_str());
-  return written;
+  // The head is rewritten while the log's lock is held; an entry whose head could not follow is
+  // taken back off, so that a refused change leaves the trail as it was.
+  bool appended = LRobustWrite(log.Get(), text.data(), text.size());
+  if (!appended) LLogWriteFailure("write", LogPath(profile), errno);
+  if (appended && WriteHead(profile, line)) return true;
+  (void)CutBack(profile, log.Get(), info.st_size);
+  LLogError("Piste d'audit : impossible d'inscrire %s de %s ; la modification est refusée.", event.action.c_str(),
+            event.reference.c_str());
+  return false;
 }
 
 bool LAuditAppendTransaction(const LProfile& profile, std::string_view action, const LLedgerTransaction& txn) {
@@ -142,12 +192,12 @@ bool LAuditAppendTransaction(const LProfile& profile, std::string_view action, c
 }
 
 bool LAuditAppendDocument(const LProfile& profile, std::string_view action, std::string_view title,
-                          const LRecord& document) {
+                          std::string_view key, const LRecord& document) {
   LAuditEvent event;
   event.action = action;
-  event.reference = std::string(title) + " " + document.GetPrimaryKey();
+  event.reference = std::string(title) + " " + std::string(key);
   event.date = document.GetString("Date");
-  event.amount = document.GetInt64("Total", 0);
+  event.amount = document.GetInt64(document.TestFieldExists("Total") ? "Total" : "Amount", 0);
   if (action == kAuditDeleteDocument) {
     LHashTable fields;
     for (const auto& field : document.Fields())

@@ -19,10 +19,13 @@
 // Beside the log, "AuditTrail.head" holds the number and hash of the last entry ("7 9f86d0..."),
 // so that an entry taken off the end, or a change to the last entry, is found too.
 //
-// Each entry is appended while the change it records is still held under the ledger lock
-// (accounts/ledgerlock.h), and the log file's own exclusive lock is taken inside it, so the log
-// and the books never disagree and two processes never chain onto the same entry. Books that
-// existed before the trail start their chain at their first change.
+// Each entry is appended under the ledger lock (accounts/ledgerlock.h), before the change it
+// records is made, and the log file's own exclusive lock is taken inside it, so two processes
+// never chain onto the same entry. A change that cannot write its entry is refused. A posting or
+// deletion of the ledger that fails or dies after its entry has the entry taken back off
+// (LAuditCutBack) by itself or by whoever settles its intent (accounts/ledgerintent.h), so the
+// log and the books never disagree. Books that existed before the trail start their chain at
+// their first change.
 #pragma once
 
 #include <string>
@@ -53,19 +56,35 @@ struct LAuditEvent {
   std::string lines;
 };
 
-// Appends an entry for event. false (and an error in the log of the program) when the trail could
-// not be written: the change itself has been made by then and stands; `audit verify` then reports
-// the trail's end as broken when the head could not follow.
-bool LAuditAppend(const LProfile& profile, const LAuditEvent& event);
+// Appends an entry for event. Every change writes its entry before it changes the books, and is
+// refused when this fails. false (and an error in the log of the program) when the trail could
+// not be written; the log and its head are then as they were.
+[[nodiscard]] bool LAuditAppend(const LProfile& profile, const LAuditEvent& event);
+// The size of the log (0 when there is none): where the next entry begins.
+long long LAuditLogSize(const LProfile& profile);
+// Takes the entries from offset size on off the log and points the head at the entry left last:
+// the entries of a change that did not happen after all. Callers hold the ledger lock, which
+// every writer of the trail holds, so those entries are the last ones. false when the log or
+// the head could not be written.
+bool LAuditCutBack(const LProfile& profile, long long size);
 // An entry for a transaction posted ("post") or taken out ("delete"): its reference, date, the
 // sum of its debits and its rows.
-bool LAuditAppendTransaction(const LProfile& profile, std::string_view action, const LLedgerTransaction& txn);
+[[nodiscard]] bool LAuditAppendTransaction(const LProfile& profile, std::string_view action,
+                                           const LLedgerTransaction& txn);
 
-// An entry for a document recorded, edited or deleted: Reference is title and key ("Facture 12"),
-// Date and Amount its "Date" and "Total", Lines its whole record (every field, percent-encoded)
-// when it is deleted.
-bool LAuditAppendDocument(const LProfile& profile, std::string_view action, std::string_view title,
-                          const LRecord& document);
+// An entry for a document recorded, edited or deleted: Reference is title and key ("Facture 12",
+// "Paiement 3"), Date and Amount its "Date" and its "Total" (a payment's "Amount"), Lines its
+// whole record (every field, percent-encoded) when it is deleted.
+[[nodiscard]] bool LAuditAppendDocument(const LProfile& profile, std::string_view action, std::string_view title,
+                                        std::string_view key, const LRecord& document);
+
+// How the trail names documents of the purchase side ("Facture fournisseur B12", "Règlement 3").
+inline constexpr std::string_view kBillTitle = "Facture fournisseur";
+inline constexpr std::string_view kBillPaymentTitle = "Règlement";
+
+// What a user is told when a change is refused because the audit trail cannot be written.
+inline constexpr std::string_view kAuditNotWrittenMessage =
+    "Impossible d'écrire la piste d'audit : la modification est refusée, rien n'a été changé.";
 
 // The day (UTC, "YYYY-MM-DD") each transaction still in the books was last posted, as the trail
 // tells it, keyed by LAuditTransactionKey. Empty for books without a trail.

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "accounts/accounts.h"
+#include "accounts/audittrail.h"
 #include "accounts/bills.h"
 #include "accounts/ledger.h"
 #include "accounts/ledgerdelete.h"
@@ -16,6 +17,10 @@
 #include "llib/gen/system.h"
 
 namespace {
+
+constexpr std::string_view kVoidKeysField = "VoidBillNumber";
+constexpr std::string_view kVoidAmountsField = "VoidBillAmounts";
+constexpr std::string_view kChequeNumberField = "ChequeNumber";
 
 std::vector<LAppliedAmount> Applications(const LRecord& payment) {
   return LReadAppliedAmounts(payment, kBillPaymentKeysField, kBillPaymentAmountsField);
@@ -110,6 +115,27 @@ bool OpenPayment(LProfile& profile, std::string_view key, LBillPayment& payment,
   return false;
 }
 
+// A void payment is kept as it was voided.
+bool MayChange(const LRecord& payment, std::string& error) {
+  if (!LBillPaymentIsVoid(payment)) return true;
+  error = "Le règlement « " + payment.GetPrimaryKey() + " » est annulé : il ne peut plus être modifié.";
+  return false;
+}
+
+// A cheque's payment keeps the cheque's figures: only its applications and notes may change.
+bool ChequeFiguresKept(const LRecord& payment, const LBillPaymentRequest& request, std::string& error) {
+  std::string cheque = payment.GetString(kChequeNumberField);
+  if (cheque.empty() ||
+      (request.supplier == payment.GetString("Supplier") && request.amount == payment.GetInt64("Amount", 0) &&
+       request.date == payment.GetString("Date") &&
+       (request.payingAccount.empty() ? std::string(kDefaultPaymentAccount) : request.payingAccount) ==
+           payment.GetString("DepositAccount", kDefaultPaymentAccount)))
+    return true;
+  error = "Le règlement « " + payment.GetPrimaryKey() + " » est le chèque n° " + cheque +
+          " : seules ses imputations et ses notes peuvent changer.";
+  return false;
+}
+
 }  // namespace
 
 bool LBillPaymentRecordTransactions(LProfile& profile, LBillPayment& payment, std::string_view userName) {
@@ -136,6 +162,22 @@ bool LBillPaymentRecordTransactions(LProfile& profile, LBillPayment& payment, st
   return recorded;
 }
 
+namespace {
+
+// The trail's entry of an edit, written before the payment changes: its new date and amount.
+bool AuditEdit(const LProfile& profile, std::string_view key, const LBillPayment& payment,
+               const LBillPaymentRequest& request, std::string& error) {
+  LRecord edited;
+  edited.CopyRecord(payment);
+  edited.SetString("Date", request.date);
+  edited.SetInt64("Amount", request.amount);
+  if (LAuditAppendDocument(profile, kAuditEdit, kBillPaymentTitle, key, edited)) return true;
+  error = kAuditNotWrittenMessage;
+  return false;
+}
+
+}  // namespace
+
 bool LBillPaymentCreate(LProfile& profile, const LBillPaymentRequest& request, std::string& reference,
                         std::string& error) {
   LLedgerLock lock(profile);
@@ -151,6 +193,7 @@ bool LBillPaymentCreate(LProfile& profile, const LBillPaymentRequest& request, s
   payment.SetString("Notes", request.notes);
   if (!request.payingAccount.empty()) payment.SetString("DepositAccount", request.payingAccount);
   if (!request.method.empty()) payment.SetString("BillPaymentMethod", request.method);
+  if (!request.cheque.empty()) payment.SetString(kChequeNumberField, request.cheque);
   WriteApplications(payment, entries);
   // The payment's key is its identifier in the ledger: it is taken before posting.
   if (!payment.Flush()) {
@@ -159,6 +202,12 @@ bool LBillPaymentCreate(LProfile& profile, const LBillPaymentRequest& request, s
     return false;
   }
   std::string key = payment.GetPrimaryKey();
+  if (!LAuditAppendDocument(profile, kAuditRecord, kBillPaymentTitle, key, payment)) {
+    payment.DetachWithoutSave();
+    (void)payments.Delete(key);  // nothing else was written yet
+    error = kAuditNotWrittenMessage;
+    return false;
+  }
   if (!LBillPaymentRecordTransactions(profile, payment, LGetPostingUserName()) || !payment.Flush()) {
     std::string date = payment.GetString("Date"), posted = payment.GetString("JournalTxnRef");
     payment.DetachWithoutSave();
@@ -178,6 +227,11 @@ bool LBillPaymentEdit(LProfile& profile, std::string_view key, const LBillPaymen
   LLedgerLock lock(profile);
   LBillPayment payment;
   if (!OpenPayment(profile, key, payment, error)) return false;
+  if (!MayChange(payment, error) || !ChequeFiguresKept(payment, request, error)) {
+    payment.DetachWithoutSave();
+    return false;
+  }
+  if (!AuditEdit(profile, key, payment, request, error)) return false;
   std::vector<LAppliedAmount> held = Applications(payment);
   std::string oldSupplier = payment.GetString("Supplier"), oldDate = payment.GetString("Date");
   std::string reference = payment.GetString("JournalTxnRef");
@@ -201,8 +255,10 @@ bool LBillPaymentEdit(LProfile& profile, std::string_view key, const LBillPaymen
   payment.SetString("Notes", request.notes);
   if (request.payingAccount.empty()) payment.DeleteField("DepositAccount");
   else payment.SetString("DepositAccount", request.payingAccount);
-  if (request.method.empty()) payment.DeleteField("BillPaymentMethod");
-  else payment.SetString("BillPaymentMethod", request.method);
+  if (payment.GetString(kChequeNumberField).empty()) {  // a cheque's payment stays made by cheque
+    if (request.method.empty()) payment.DeleteField("BillPaymentMethod");
+    else payment.SetString("BillPaymentMethod", request.method);
+  }
   WriteApplications(payment, entries);
   if (!LBillPaymentRecordTransactions(profile, payment, LGetPostingUserName()) || !payment.Flush()) {
     std::string date = payment.GetString("Date");
@@ -224,6 +280,10 @@ bool LBillPaymentApply(LProfile& profile, std::string_view key, std::string_view
   LLedgerLock lock(profile);
   LBillPayment payment;
   if (!OpenPayment(profile, key, payment, error)) return false;
+  if (!MayChange(payment, error)) {
+    payment.DetachWithoutSave();
+    return false;
+  }
   std::vector<LAppliedAmount> held = Applications(payment);
   std::vector<LAppliedAmount> entries = held;
   std::erase_if(entries, [&](const LAppliedAmount& entry) { return entry.invoice == bill; });
@@ -246,9 +306,14 @@ bool LBillPaymentDelete(LProfile& profile, std::string_view key, std::string& er
   LFileStoreListBase payments = profile.List(kBillPaymentsList);
   LBillPayment payment;
   if (!OpenPayment(profile, key, payment, error)) return false;
+  if (!LAuditAppendDocument(profile, kAuditDeleteDocument, kBillPaymentTitle, key, payment)) {
+    error = kAuditNotWrittenMessage;
+    return false;
+  }
   std::string date = payment.GetString("Date"), reference = payment.GetString("JournalTxnRef");
+  std::string voidDate = payment.GetString("VoidDate"), voidReference = payment.GetString("VoidTxnRef");
   std::string supplier = payment.GetString("Supplier");
-  long long amount = payment.GetInt64("Amount", 0);
+  long long amount = LBillPaymentCountedAmount(payment);
   std::vector<LAppliedAmount> held = Applications(payment);
   payment.DetachWithoutSave();
   if (!payments.Delete(key)) {
@@ -257,6 +322,7 @@ bool LBillPaymentDelete(LProfile& profile, std::string_view key, std::string& er
   }
   // A posting already gone from the ledger leaves nothing to take out: the document goes all the same.
   if (!reference.empty()) (void)LAccountTransactionDelete(profile, date, reference);
+  if (!voidReference.empty()) (void)LAccountTransactionDelete(profile, voidDate, voidReference);
   MovePaidAll(profile, held, -1);
   LSupplierChangeBalance(profile, supplier, amount);
   return true;
@@ -274,15 +340,86 @@ bool LBillPaymentDeleteForLedger(LProfile& profile, std::string_view document, s
 long long LBillPaymentUnapplied(const LRecord& payment) {
   long long applied = 0;
   for (const LAppliedAmount& entry : Applications(payment)) applied += entry.amount;
-  return payment.GetInt64("Amount", 0) - applied;
+  return LBillPaymentCountedAmount(payment) - applied;
+}
+
+bool LBillPaymentIsVoid(const LRecord& payment) { return payment.GetBool("Void", false); }
+
+long long LBillPaymentCountedAmount(const LRecord& payment) {
+  return LBillPaymentIsVoid(payment) ? 0 : payment.GetInt64("Amount", 0);
+}
+
+bool LBillPaymentVoid(LProfile& profile, std::string_view key, std::string_view date, std::string_view voidReference,
+                      std::string& error) {
+  LLedgerLock lock(profile);
+  LBillPayment payment;
+  if (!OpenPayment(profile, key, payment, error)) return false;
+  if (LBillPaymentIsVoid(payment)) {
+    payment.DetachWithoutSave();
+    error = "Le règlement « " + std::string(key) + " » est déjà annulé.";
+    return false;
+  }
+  std::vector<LAppliedAmount> held = Applications(payment);
+  LWriteAppliedAmounts(payment, held, kVoidKeysField, kVoidAmountsField);
+  WriteApplications(payment, {});
+  payment.SetBool("Void", true);
+  payment.SetString("VoidDate", date);
+  payment.SetString("VoidTxnRef", voidReference);
+  if (!payment.Flush()) {
+    payment.DetachWithoutSave();
+    error = "Impossible d'enregistrer le règlement « " + std::string(key) + " ».";
+    return false;
+  }
+  MovePaidAll(profile, held, -1);
+  LSupplierChangeBalance(profile, payment.GetString("Supplier"), payment.GetInt64("Amount", 0));
+  return true;
+}
+
+bool LBillPaymentUnvoid(LProfile& profile, std::string_view key, std::string& error) {
+  LLedgerLock lock(profile);
+  LBillPayment payment;
+  if (!OpenPayment(profile, key, payment, error)) return false;
+  if (!LBillPaymentIsVoid(payment)) {
+    payment.DetachWithoutSave();
+    return true;
+  }
+  // Bills paid meanwhile by other payments, changed or deleted take back only what they still owe.
+  std::string supplier = payment.GetString("Supplier");
+  std::vector<LAppliedAmount> entries = LReadAppliedAmounts(payment, kVoidKeysField, kVoidAmountsField);
+  for (LAppliedAmount& entry : entries) {
+    LBill bill;
+    if (!profile.List(kBillsList).Open(bill, entry.invoice) || bill.GetString("Supplier") != supplier) {
+      entry.amount = 0;
+      continue;
+    }
+    bill.DetachWithoutSave();
+    entry.amount = std::clamp(entry.amount, 0LL, bill.GetInt64("Total", 0) - bill.GetInt64("AmountPaid", 0));
+  }
+  entries = Merged(entries);
+  WriteApplications(payment, entries);
+  for (std::string_view field : {std::string_view("Void"), std::string_view("VoidDate"), std::string_view("VoidTxnRef"),
+                                 kVoidKeysField, kVoidAmountsField})
+    payment.DeleteField(field);
+  if (!payment.Flush()) {
+    payment.DetachWithoutSave();
+    error = "Impossible d'enregistrer le règlement « " + std::string(key) + " ».";
+    return false;
+  }
+  MovePaidAll(profile, entries, +1);
+  LSupplierChangeBalance(profile, supplier, -payment.GetInt64("Amount", 0));
+  return true;
 }
 
 void LBillPaymentsLetGo(LProfile& profile, std::string_view bill) {
   LRecord payment;
   for (LFileStoreIteratorBase it(profile.List(kBillPaymentsList), payment); payment.IsAttached(); it.Next(payment)) {
-    std::vector<LAppliedAmount> entries = Applications(payment);
-    if (std::erase_if(entries, [&](const LAppliedAmount& entry) { return entry.invoice == bill; }) > 0)
-      WriteApplications(payment, entries);  // saved as the iterator moves on
+    // A void payment's former applications too: undoing the voiding must not find the bill again.
+    for (auto [keys, amounts] : {std::pair(kBillPaymentKeysField, kBillPaymentAmountsField),
+                                 std::pair(kVoidKeysField, kVoidAmountsField)}) {
+      std::vector<LAppliedAmount> entries = LReadAppliedAmounts(payment, keys, amounts);
+      if (std::erase_if(entries, [&](const LAppliedAmount& entry) { return entry.invoice == bill; }) > 0)
+        LWriteAppliedAmounts(payment, entries, keys, amounts);  // saved as the iterator moves on
+    }
   }
 }
 

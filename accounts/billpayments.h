@@ -12,6 +12,12 @@
 // caches the sum applied to it as "AmountPaid". The supplier's "Balance" falls by the payment's
 // "Amount" whether it is applied or not (suppliers.h). Every change of a payment, its postings,
 // its applications and the balances it moves happens under the ledger lock.
+//
+// A payment made by cheque names it in "ChequeNumber"; it can then only be applied, not changed
+// (the cheque holds its figures). When the cheque is voided, the payment stays listed but counts
+// for nothing: "Void" ("1"), "VoidDate" and "VoidTxnRef" (the reversal of its posting), its
+// applications let go into "VoidBillNumber" and "VoidBillAmounts", from which they come back if
+// the voiding is undone.
 #pragma once
 
 #include <string>
@@ -39,6 +45,7 @@ struct LBillPaymentRequest {
   std::string method;         // "BillPaymentMethod"; empty: none stored
   std::vector<LAppliedAmount> applications = {};  // bills settled (reference, cents), in order
   bool autoApply = false;     // instead: spread over the supplier's open bills, first due first
+  std::string cheque = {};    // "ChequeNumber": the number of the cheque that is this payment
 };
 
 // What saving a new bill payment does, from the command line, the bank statements and the web:
@@ -53,23 +60,38 @@ struct LBillPaymentRequest {
 
 // Changes the stored payment key to what request says (its key field aside): its applications
 // are replaced, its posting made again under the same reference, the balances moved by what
-// changed. false with the message in error; nothing is changed then.
+// changed. Refused for a void payment, and for a cheque's payment anything but its applications
+// and notes. false with the message in error; nothing is changed then.
 [[nodiscard]] bool LBillPaymentEdit(LProfile& profile, std::string_view key, const LBillPaymentRequest& request,
                                     std::string& error);
 
 // Sets what the payment key holds for bill to amount (0: lets go of the bill), the bill's
-// "AmountPaid" following. Refused as LBillPaymentCreate refuses an application. false with the
-// message in error; nothing is changed then.
+// "AmountPaid" following. Refused as LBillPaymentCreate refuses an application, and for a void
+// payment. false with the message in error; nothing is changed then.
 [[nodiscard]] bool LBillPaymentApply(LProfile& profile, std::string_view key, std::string_view bill, long long amount,
                                      std::string& error);
 
-// Deletes the payment key: its applications are undone, its posting leaves the ledger, its
-// amount goes back onto the supplier's balance. false with the message in error when there is no
+// Deletes the payment key: its applications are undone, its posting (and the reversal of a void
+// payment) leaves the ledger, its amount goes back onto the supplier's balance. false with the message in error when there is no
 // such payment.
 [[nodiscard]] bool LBillPaymentDelete(LProfile& profile, std::string_view key, std::string& error);
 
-// The part of the payment that settles no bill, in cents.
+// The part of the payment that settles no bill, in cents (none for a void payment).
 long long LBillPaymentUnapplied(const LRecord& payment);
+// Whether the payment was voided (its cheque cancelled).
+bool LBillPaymentIsVoid(const LRecord& payment);
+// What the payment takes off its supplier's balance: its "Amount", 0 once void.
+long long LBillPaymentCountedAmount(const LRecord& payment);
+
+// Voids the payment key, whose posting the caller reverses on date under voidReference: its
+// applications are let go (the bills' "AmountPaid" falling back) and the supplier's balance takes
+// the amount back. false with the message in error (no such payment, already void, not saved);
+// nothing is changed then.
+[[nodiscard]] bool LBillPaymentVoid(LProfile& profile, std::string_view key, std::string_view date,
+                                    std::string_view voidReference, std::string& error);
+// Undoes LBillPaymentVoid once the reversal has left the ledger: the payment counts again and
+// takes back its former applications, each as far as its bill still owes it.
+[[nodiscard]] bool LBillPaymentUnvoid(LProfile& profile, std::string_view key, std::string& error);
 
 // What undoes a bill's applications when it goes: every payment lets go of bill (the bill's own
 // "AmountPaid" is left to its caller). Callers hold the ledger lock.

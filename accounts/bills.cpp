@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "accounts/accounts.h"
+#include "accounts/audittrail.h"
 #include "accounts/billpayments.h"
 #include "accounts/ledger.h"
 #include "accounts/ledgerdelete.h"
@@ -160,6 +161,9 @@ bool LBillSave(LProfile& profile, LBill& bill, std::string_view userName, std::s
   bill.SetInt64("Total", LBillSumTotal(profile, bill));
   LFileStoreListBase bills = profile.List(kBillsList);
   LLedgerLock lock(profile);
+  // The trail records the bill as it will stand before anything changes; without it, nothing does.
+  std::string_view action = bills.TestRecordExists(bill.GetPrimaryKey()) ? kAuditEdit : kAuditRecord;
+  if (!LAuditAppendDocument(profile, action, kBillTitle, bill.GetPrimaryKey(), bill)) return false;
   // The posting a stored bill of that reference made, taken out first and put back on failure.
   std::string reference = bill.GetString("JournalTxnRef");
   LLedgerTransaction previous;
@@ -216,6 +220,10 @@ bool LBillDelete(LProfile& profile, std::string_view key, std::string* error) {
   LBill bill;
   if (key.empty() || !bills.Open(bill, key)) {
     if (error != nullptr) *error = "La facture fournisseur « " + std::string(key) + " » n'existe pas.";
+    return false;
+  }
+  if (!LAuditAppendDocument(profile, kAuditDeleteDocument, kBillTitle, key, bill)) {
+    if (error != nullptr) *error = kAuditNotWrittenMessage;
     return false;
   }
   std::string date = bill.GetString("Date"), reference = bill.GetString("JournalTxnRef");

@@ -21,6 +21,7 @@ constexpr std::string_view kNotPositive = "Le montant du chèque doit être posi
 constexpr std::string_view kBadNumber = "Le numéro de chèque doit être un nombre entier positif.";
 constexpr std::string_view kNumberTaken = "Le chèque n° %s de ce compte existe déjà.";
 constexpr std::string_view kNoSupplier = "Le fournisseur %s n'existe pas.";
+constexpr std::string_view kBillsWithoutSupplier = "Seul un chèque à un fournisseur peut régler des factures.";
 constexpr std::string_view kNoCheque = "Ce chèque n'existe pas.";
 constexpr std::string_view kAlreadyVoid = "Ce chèque est déjà annulé.";
 constexpr std::string_view kVoidBefore = "La date d'annulation ne peut pas précéder la date du chèque.";
@@ -46,8 +47,9 @@ bool PostReversal(LProfile& profile, const LCheque& cheque, const std::string& v
   std::string description = "Annulation du chèque n° " + cheque.GetNumber();
   LLedgerTransaction reversal(voidDate, reference + std::string(kChequeVoidSuffix), kTxnTypeBillPayment);
   std::string userName = LGetPostingUserName();
+  // Each line keeps its document: a cheque to a supplier stays its bill payment's.
   for (const LLedgerJournalLine& line : posted.Lines())
-    reversal.AddLine(line.account, description, -line.amount, userName, "", cheque.GetPrimaryKey());
+    reversal.AddLine(line.account, description, -line.amount, userName, "", line.document);
   if (!LAccountTransactionRecord(profile, reversal)) return LSplitRefuse(message, kLedgerNotWrittenMessage);
   return true;
 }
@@ -102,6 +104,14 @@ std::vector<std::string> LChequeKeys(const LProfile& profile) {
   return keys;
 }
 
+std::string LChequeOfBillPayment(const LProfile& profile, std::string_view payment) {
+  LFileStoreListBase list = Cheques(profile);
+  LCheque cheque;
+  for (LFileStoreIteratorBase it(list, cheque); cheque.IsAttached(); it.Next(cheque))
+    if (!payment.empty() && cheque.GetBillPayment() == payment) return cheque.GetPrimaryKey();
+  return {};
+}
+
 std::vector<std::string> LChequeFind(const LProfile& profile, std::string_view account, std::string_view number) {
   std::vector<std::string> found;
   long wanted = 0;
@@ -132,6 +142,8 @@ bool LChequeWrite(LProfile& profile, LAsker& asker, const LChequeRequest& reques
   if (!request.supplier.empty()) {
     if (!profile.List(kSuppliersList).TestRecordExists(request.supplier))
       return LSplitRefuse(message, kNoSupplier, request.supplier);
+  } else if (!request.applications.empty() || request.autoApply) {
+    return LSplitRefuse(message, kBillsWithoutSupplier);
   } else if (!LSplitLinesCheck(profile, request.lines, request.amount, request.account, message)) {
     return false;
   }
@@ -144,8 +156,15 @@ bool LChequeWrite(LProfile& profile, LAsker& asker, const LChequeRequest& reques
   LLedgerLock lock(profile);
   if (!request.supplier.empty()) {
     // The bill payment posts the cheque: payable debited, this bank credited.
-    LBillPaymentRequest payment{request.supplier, request.amount, request.date.ToText(), bank.GetDescription(),
-                                description, std::string(kChequeMethod)};
+    LBillPaymentRequest payment{.supplier = request.supplier,
+                                .amount = request.amount,
+                                .date = request.date.ToText(),
+                                .payingAccount = bank.GetDescription(),
+                                .notes = description,
+                                .method = std::string(kChequeMethod),
+                                .applications = request.applications,
+                                .autoApply = request.autoApply,
+                                .cheque = number};
     std::string error;
     if (!LBillPaymentCreate(profile, payment, key, error)) return LSplitRefuse(message, error);
     Cheques(profile).CreateNewRecord(cheque, key);
@@ -196,11 +215,19 @@ bool LChequeVoid(LProfile& profile, LAsker& asker, std::string_view key, const L
   if (!LCheckTransactionDate(profile, asker, date, message)) return false;
   LLedgerLock lock(profile);
   if (!PostReversal(profile, cheque, date.ToText(), message)) return false;
+  std::string reversal = cheque.GetString("JournalTxnRef") + std::string(kChequeVoidSuffix);
+  std::string payment = cheque.GetBillPayment(), error;
+  if (!payment.empty() && !LBillPaymentVoid(profile, payment, date.ToText(), reversal, error)) {
+    (void)LAccountTransactionDelete(profile, date.ToText(), reversal);
+    cheque.DetachWithoutSave();
+    return LSplitRefuse(message, error);
+  }
   cheque.SetBool("Void", true);
   cheque.SetString("VoidDate", date.ToText());
-  cheque.SetString("VoidTxnRef", cheque.GetString("JournalTxnRef") + std::string(kChequeVoidSuffix));
+  cheque.SetString("VoidTxnRef", reversal);
   if (!cheque.Flush()) {
-    (void)LAccountTransactionDelete(profile, date.ToText(), cheque.GetString("VoidTxnRef"));
+    if (!payment.empty()) (void)LBillPaymentUnvoid(profile, payment, error);
+    (void)LAccountTransactionDelete(profile, date.ToText(), reversal);
     cheque.DetachWithoutSave();
     return LSplitRefuse(message, kNotSaved);
   }
@@ -234,6 +261,9 @@ bool LChequeDeleteForLedger(LProfile& profile, std::string_view, std::string_vie
     return false;
   LLedgerLock lock(profile);
   DeleteReversal(profile, cheque);
+  std::string error;
+  // The payment could not count again only if its record could not be saved: `kontavo check` finds it.
+  if (!cheque.GetBillPayment().empty()) (void)LBillPaymentUnvoid(profile, cheque.GetBillPayment(), error);
   cheque.DeleteField("Void");
   cheque.DeleteField("VoidDate");
   cheque.DeleteField("VoidTxnRef");

@@ -5,10 +5,13 @@
 //   - An ordinary cheque splits its amount over expense lines (accounts/splitlines.h) and is
 //     posted as one "Paiements" transaction: each line's account debited, the bank credited.
 //   - A cheque to a supplier pays bills: it is a bill payment (accounts/billpayments.h) made by
-//     cheque, which posts the payable account against the bank; the cheque keeps its key.
+//     cheque, which posts the payable account against the bank and is applied to bills as any
+//     bill payment is; the cheque keeps its key.
 //   - Voiding keeps the cheque, marks it "Void" and posts the reversal of its transaction on the
-//     void date, under the cheque's reference followed by "V". Deleting that reversal from the
-//     journal brings the cheque back; deleting the cheque's own transaction deletes the cheque.
+//     void date, under the cheque's reference followed by "V"; a cheque to a supplier voids its
+//     bill payment too (the bills and the supplier's balance as before the cheque). Deleting that
+//     reversal from the journal brings the cheque back; deleting the cheque's own transaction
+//     deletes the cheque.
 //
 // Fields: "Account" (the bank account's number), "Number" (digits), "Payee", "Date", "Amount"
 // (cents), "Memo", the lines, "JournalTxnRef", "Supplier" and "BillPayment" (a cheque that pays
@@ -21,6 +24,7 @@
 #include <vector>
 
 #include "accounts/splitlines.h"
+#include "invoice/shared/payment.h"
 #include "llib/gen/date.h"
 #include "llib/gen/record.h"
 
@@ -52,6 +56,8 @@ struct LChequeRequest {
   std::string memo;      // the description of the posting; empty: "Chèque n° N; payee"
   std::vector<LSplitLine> lines;  // expense lines (none for a cheque that pays a supplier)
   std::string supplier;  // a supplier's key: the cheque pays that supplier's bills
+  std::vector<LAppliedAmount> applications = {};  // for a supplier: the bills it settles (reference, cents)
+  bool autoApply = false;  // instead: spread over the supplier's open bills, first due first
 };
 
 // The next number the account's cheques take.
@@ -64,13 +70,15 @@ long LChequeNextNumber(const LProfile& profile, std::string_view account);
 // Writes and posts the cheque. Refused, with message set and nothing written: an account that is
 // not a live cash account, an empty payee, an amount that is not positive, a number that is not
 // digits or that the account's cheques already hold, for a supplier a key that names none, the
-// lines' checks (LSplitLinesCheck), the date guard (its question asked through asker). On
+// lines' checks (LSplitLinesCheck), the applications' checks (LBillPaymentCreate), the date
+// guard (its question asked through asker). On
 // success key holds the new cheque's key (its reference) and the account's next number stands
 // past the cheque's.
 [[nodiscard]] bool LChequeWrite(LProfile& profile, LAsker& asker, const LChequeRequest& request, std::string& key,
                                 std::string* message);
 
-// Voids the cheque: its transaction reversed on date, the cheque marked. Refused (message set):
+// Voids the cheque: its transaction reversed on date, the cheque (and its bill payment) marked.
+// Refused (message set):
 // no such cheque, already void, a date before the cheque's, the date guard, or the cheque's
 // transaction gone from the ledger.
 [[nodiscard]] bool LChequeVoid(LProfile& profile, LAsker& asker, std::string_view key, const LDate& date,
@@ -87,6 +95,8 @@ std::vector<std::string> LChequeFind(const LProfile& profile, std::string_view a
 // of that number, "Plusieurs comptes ont un chèque n° N : précisez --account." in message.
 [[nodiscard]] bool LChequeResolve(const LProfile& profile, std::string_view word, std::string_view account,
                                   std::string& key, std::string* message);
+// The key of the cheque that made the bill payment payment; empty when no cheque did.
+std::string LChequeOfBillPayment(const LProfile& profile, std::string_view payment);
 // Every cheque's key, in key order.
 std::vector<std::string> LChequeKeys(const LProfile& profile);
 

@@ -62,11 +62,20 @@ void LFecThirdParties::Load(const LProfile& profile, const LDate& lastLetteringD
     return found == names.end() || found->second.empty() ? key : found->second;
   };
 
-  std::vector<LLetteringNode> customerNodes;
+  std::vector<LLetteringNode> nodes;
   std::unordered_map<std::string, std::size_t> nodeOf;
-  std::vector<std::pair<std::string, std::string>> applications;  // (applier key, invoice key)
-  std::map<std::string, std::vector<LLetteringNode>> supplierEvents;
+  std::vector<std::pair<std::string, std::string>> joins;  // (applier key, settled document key)
 
+  auto add = [&](const std::string& key, const std::string& reference, const LDate& date, long long amount,
+                 const std::string& party, bool customer) {
+    Document& document = documents_[key];
+    document.reference = LFecReferenceKey(reference);
+    document.line.amount = amount;
+    document.line.auxNumber = party;
+    document.line.auxName = nameOf(customer ? customers : suppliers, party);
+    nodeOf[key] = nodes.size();
+    nodes.push_back({key, date, amount, nodes.size()});
+  };
   // Reads one list of documents: family letter, the field naming the third party, the sign of
   // the amount field on the third party's side, whether it is a customer document.
   auto read = [&](std::string_view list, char family, std::string_view partyField, std::string_view amountField,
@@ -81,19 +90,19 @@ void LFecThirdParties::Load(const LProfile& profile, const LDate& lastLetteringD
       if (family == 'R' && it->GetBool("IsRefund", false)) amount = -amount;
       std::string party = it->GetString(partyField);
       std::string key = family + it->GetPrimaryKey();
-      Document& document = documents_[key];
-      document.reference = LFecReferenceKey(reference);
-      document.line.amount = amount;
-      document.line.auxNumber = party;
-      document.line.auxName = nameOf(customer ? customers : suppliers, party);
-      if (customer) {
-        nodeOf[key] = customerNodes.size();
-        customerNodes.push_back({key, date, amount, customerNodes.size()});
-        if (family != 'I')
-          for (const auto& applied : LReadAppliedAmounts(*it)) applications.emplace_back(key, "I" + applied.invoice);
-      } else {
-        supplierEvents[party].push_back({key, date, amount, 0});
-      }
+      add(key, reference, date, amount, party, customer);
+      if (family == 'C' || family == 'R')
+        for (const auto& applied : LReadAppliedAmounts(*it)) joins.emplace_back(key, "I" + applied.invoice);
+      if (family != 'P') continue;
+      for (const auto& applied : LReadAppliedAmounts(*it, kBillPaymentKeysField, kBillPaymentAmountsField))
+        joins.emplace_back(key, "B" + applied.invoice);
+      std::string voidReference = it->GetString("VoidTxnRef");
+      if (!LBillPaymentIsVoid(*it) || voidReference.empty()) continue;
+      LDate voidDate;
+      LDate::Parse(it->GetString("VoidDate"), voidDate);
+      std::string reversal = 'V' + it->GetPrimaryKey();
+      add(reversal, voidReference, voidDate, -amount, party, false);
+      joins.emplace_back(reversal, key);
     }
   };
   read(LSalesDocumentKindOf(LSalesDocumentType::kInvoice).recordedList, 'I', "Customer", "Total", +1, true);
@@ -102,42 +111,24 @@ void LFecThirdParties::Load(const LProfile& profile, const LDate& lastLetteringD
   read(kBillsList, 'B', "Supplier", "Total", -1, false);
   read(kBillPaymentsList, 'P', "Supplier", "Amount", +1, false);
 
-  std::vector<LSettledGroup> settled;
-
-  // Customers: the groups that applications join.
-  for (const auto& [applier, invoice] : applications) {
-    auto found = nodeOf.find(invoice);
+  // The groups that applications join.
+  for (const auto& [applier, settledKey] : joins) {
+    auto found = nodeOf.find(settledKey);
     if (found == nodeOf.end()) continue;
-    customerNodes[Root(customerNodes, nodeOf[applier])].parent = Root(customerNodes, found->second);
+    nodes[Root(nodes, nodeOf[applier])].parent = Root(nodes, found->second);
   }
   std::map<std::size_t, LSettledGroup> groups;
   std::map<std::size_t, long long> sums;
-  for (std::size_t n = 0; n < customerNodes.size(); ++n) {
-    std::size_t root = Root(customerNodes, n);
+  for (std::size_t n = 0; n < nodes.size(); ++n) {
+    std::size_t root = Root(nodes, n);
     LSettledGroup& group = groups[root];
-    group.keys.push_back(customerNodes[n].key);
-    if (group.keys.size() == 1 || group.date < customerNodes[n].date) group.date = customerNodes[n].date;
-    sums[root] += customerNodes[n].amount;
+    group.keys.push_back(nodes[n].key);
+    if (group.keys.size() == 1 || group.date < nodes[n].date) group.date = nodes[n].date;
+    sums[root] += nodes[n].amount;
   }
+  std::vector<LSettledGroup> settled;
   for (auto& [root, group] : groups)
     if (group.keys.size() > 1 && sums[root] == 0 && !(lastLetteringDay < group.date)) settled.push_back(group);
-
-  // Suppliers: their balance coming back to zero, in date order.
-  for (auto& [party, events] : supplierEvents) {
-    std::stable_sort(events.begin(), events.end(),
-                     [](const LLetteringNode& a, const LLetteringNode& b) { return a.date < b.date; });
-    long long balance = 0;
-    LSettledGroup group;
-    for (const auto& event : events) {
-      if (lastLetteringDay < event.date) break;
-      balance += event.amount;
-      group.keys.push_back(event.key);
-      group.date = event.date;
-      if (balance != 0) continue;
-      if (group.keys.size() > 1) settled.push_back(group);
-      group.keys.clear();
-    }
-  }
 
   std::stable_sort(settled.begin(), settled.end(),
                    [](const LSettledGroup& a, const LSettledGroup& b) { return a.date < b.date; });
@@ -157,7 +148,7 @@ const LFecThirdPartyLine* LFecThirdParties::Find(std::string_view type, std::str
   std::string families = type == kTxnTypeSales        ? "IC"
                          : type == kTxnTypeReceipt     ? "R"
                          : type == kTxnTypePurchase    ? "B"
-                         : type == kTxnTypeBillPayment ? "P"
+                         : type == kTxnTypeBillPayment ? "PV"
                                                        : "";
   std::string upperReference = LFecReferenceKey(reference);
   for (char family : families) {

@@ -6,15 +6,16 @@
 // ("Achats") and bill payments ("Paiements"). A document's third-party line is the first line of
 // its transaction that carries the document's amount on the third party's side: the debit of an
 // invoice's total, the credit of a credit note's, of a payment's amount (a refund: its debit),
-// of a bill's total, and the debit of a bill payment. That line gets the customer or supplier as
-// auxiliary account (CompAuxNum: its key, CompAuxLib: its "Name").
+// of a bill's total, and the debit of a bill payment (the credit of its reversal, when the cheque
+// that made it was voided). That line gets the customer or supplier as auxiliary account
+// (CompAuxNum: its key, CompAuxLib: its "Name").
 //
-// Lettering: a customer's invoices, credit notes and payments joined by the payments' and credit
-// notes' applications form a group; a group whose amounts cancel out is settled, and all its
-// lines get one letter, dated (DateLet) with the latest of its documents. Bill payments are not
-// applied to particular bills, so a supplier's bills and payments are lettered in date order
-// each time the supplier's balance comes back to zero. Only groups settled on or before the last
-// day asked for are lettered. Letters are A, B, ... Z, AA, AB, ... in the order of settling.
+// Lettering: invoices, credit notes and payments joined by the payments' and credit notes'
+// applications form a group, as do bills and bill payments joined by the bill payments'
+// applications, and a voided payment with its reversal; a group whose amounts cancel out is
+// settled, and all its lines get one letter, dated (DateLet) with the latest of its documents.
+// Only groups settled on or before the last day asked for are lettered. Letters are A, B, ... Z,
+// AA, AB, ... in the order of settling.
 #pragma once
 
 #include <string>
@@ -51,7 +52,7 @@ class LFecThirdParties {
     LFecThirdPartyLine line;
   };
   // Keyed by a one-letter family ('I' invoice, 'C' credit note, 'R' payment, 'B' bill,
-  // 'P' bill payment) and the document's identifier.
+  // 'P' bill payment, 'V' the reversal of a voided bill payment) and the document's identifier.
   std::unordered_map<std::string, Document> documents_;
 };
 

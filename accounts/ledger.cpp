@@ -79,6 +79,8 @@ bool AppendRows(const LProfile& profile, const LLedgerTransaction& txn, LLedgerI
   std::string rows;
   for (const auto& line : txn.Lines()) rows += line.BuildCSVRow();
   if (intent != nullptr && !intent->BeginPosting(txn, end, rows)) return false;
+  // The trail records the posting before the rows exist; a posting it cannot record is refused.
+  if (intent != nullptr && !LAuditAppendTransaction(profile, kAuditPost, txn)) return false;
   if (LRobustWrite(file.Get(), rows.data(), rows.size())) return true;
   LLogWriteFailure("write", path, errno);
   if (!LRobustTruncate(file.Get(), end)) LLogWriteFailure("truncate", path, errno);
@@ -97,12 +99,11 @@ bool LAccountTransactionRecord(LProfile& profile, const LLedgerTransaction& txn)
   LLedgerIntent intent(profile);
   intent.AddTransaction(txn, +1);
   if (!AppendRows(profile, txn, &intent)) {
-    intent.End();  // the rows were not written (or were cut back): nothing changed
+    intent.Refuse();  // the rows were not written (or were cut back): nothing changed
     return false;
   }
   // Balances not saved keep the intent, which the next holder of the ledger lock settles.
   if (intent.ApplyBalances()) intent.End();
-  LAuditAppendTransaction(profile, kAuditPost, txn);
   return true;
 }
 

@@ -75,14 +75,18 @@ bool LAccountTransactionDelete(LProfile& profile, std::string_view date, std::st
   LLedgerIntent intent(profile);
   intent.AddTransaction(txn, -1);
   if (!intent.BeginDeleting(date, reference)) return false;
+  // The trail keeps the rows before they go; a deletion it cannot record is refused.
+  if (!LAuditAppendTransaction(profile, kAuditDelete, txn)) {
+    intent.End();
+    return false;
+  }
   if (!LLedgerTransactionLoadAndReverse(profile, txn, date, reference)) {
-    intent.End();  // the day file could not be rewritten: it still holds the transaction
+    intent.Refuse();  // the day file could not be rewritten: it still holds the transaction
     return false;
   }
   for (const auto& line : txn.Lines()) RemoveReconciledRow(profile, line, reference);
   // Balances not saved keep the intent, which the next holder of the ledger lock settles.
   if (intent.ApplyBalances()) intent.End();
-  LAuditAppendTransaction(profile, kAuditDelete, txn);
   return true;
 }
 

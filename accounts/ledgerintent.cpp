@@ -12,6 +12,7 @@
 #include <mutex>
 #include <vector>
 
+#include "accounts/audittrail.h"
 #include "accounts/ledger.h"
 #include "accounts/ledgerlock.h"
 #include "invoice/shared/profile.h"
@@ -106,6 +107,8 @@ bool Settle(const LProfile& profile, const std::string& intentPath) {
   bool inEffect = posting ? PostingInEffect(dayPath, LTextToInt64(intent.GetParm("Size", "0")), intent.GetParm("Rows", ""))
                           : !LLedgerTransactionTestExists(profile, date, reference);
   if (!SetBalances(profile, intent, inEffect)) return false;
+  if (!inEffect && intent.TestFieldExists("Audit") && !LAuditCutBack(profile, LTextToInt64(intent.GetParm("Audit", "0"))))
+    return false;
   LLogWarning("Grand livre : %s de l'écriture %s du %s, interrompue, a été %s et les soldes des comptes remis en accord.",
               posting ? "l'enregistrement" : "la suppression", reference.c_str(), date.c_str(),
               inEffect ? "achevée" : "annulée");
@@ -165,8 +168,16 @@ int LLedgerSettleIntents(const LProfile& profile) {
     }
   }
   for (const auto& [settler, paths] : abandoned) {
-    settler(profile);
-    LLogWarning("Une modification des documents a été interrompue : les soldes qui en dépendent ont été recalculés.");
+    std::vector<std::string> notes;
+    for (const std::string& path : paths) {
+      std::string text;
+      if (!LFile::ReadAll(path, text)) continue;
+      for (std::size_t at = 0, end; (end = text.find('\n', at)) != std::string::npos; at = end + 1)
+        notes.push_back(text.substr(at, end - at));
+    }
+    settler(profile, notes);
+    LLogWarning("Une modification des documents a été interrompue : les documents, leurs écritures et les soldes "
+                "qui en dépendent ont été remis en accord.");
     for (const std::string& path : paths) nSettled += ::unlink(path.c_str()) == 0;
   }
   return nSettled;
@@ -183,6 +194,15 @@ LBooksChangeIntent::LBooksChangeIntent(const LProfile& profile, std::string_view
     return;
   }
   file_ = LLockedFile(fd, ::flock(fd, LOCK_EX | LOCK_NB) == 0);
+}
+
+bool LBooksChangeIntent::Note(std::string_view line) {
+  if (path_.empty()) return false;
+  std::string text(line);
+  text.push_back('\n');
+  if (LRobustWrite(file_.Get(), text.data(), text.size())) return true;
+  LLogWriteFailure("write", path_, errno);
+  return false;
 }
 
 LBooksChangeIntent::~LBooksChangeIntent() {
@@ -231,6 +251,8 @@ bool LLedgerIntent::Write(std::string_view kind, std::string_view date, std::str
   intent.SetString("Reference", reference);
   intent.SetString("Size", std::to_string(sizeBefore));
   intent.SetString("Rows", rows);
+  auditSize_ = LAuditLogSize(profile_);
+  intent.SetString("Audit", std::to_string(auditSize_));
   int i = 0;
   for (const LAccountMove& move : moves_) {
     ++i;
@@ -281,6 +303,11 @@ bool LLedgerIntent::ApplyBalances() {
     saved = account.Flush() && saved;
   }
   return saved;
+}
+
+void LLedgerIntent::Refuse() {
+  if (auditSize_ >= 0 && !LAuditCutBack(profile_, auditSize_)) return;  // the intent stays to be settled
+  End();
 }
 
 void LLedgerIntent::End() {

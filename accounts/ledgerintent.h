@@ -1,15 +1,21 @@
 // Postings and deletions that survive a crash. A posting changes two things that must agree: the
 // rows of a day file and the balances cached in the account records (month bucket, total,
 // "BalanceFirst", "IsAccountUsed"). Before it touches either, it writes an intent record in
-// "Ledger/Intents": the day file, what changes there, and for every account the values it held
-// before and the amount it moves by. The intent is removed once both are written.
+// "Ledger/Intents": the day file, what changes there, where the audit trail ends (the change's
+// entry comes next), and for every account the values it held before and the amount it moves
+// by. The intent is removed once both are written.
 //
 // A process killed in between leaves its intent behind. The next holder of the ledger lock (every
 // posting, deletion, check and renumbering takes it, and every command opens the books through
 // it) finds it and settles it before doing anything else: when the day file shows the change
 // whole, the balances are set to the old values plus the amounts; otherwise the day file is cut
-// back to where it was and the balances are set back to the old values. Both are written as
-// absolute values, so settling twice is harmless. Each settled intent is logged.
+// back to where it was, the balances are set back to the old values and the change's audit entry,
+// when it was written, is taken back off the trail. All are written as absolute values, so
+// settling twice is harmless. Each settled intent is logged.
+//
+// Order of a posting: intent, audit entry, rows, balances, intent removed; of a deletion: intent,
+// audit entry, day file rewritten, balances, intent removed. So rows in effect mean an audit
+// entry written, and a change refused or undone takes its entry back.
 //
 // With nothing interrupted, a lock holder only lists an empty folder, and a posting pays one
 // small file created and removed.
@@ -17,7 +23,7 @@
 //     LLedgerIntent intent(profile);
 //     intent.AddTransaction(txn, +1);            // reads the accounts' current balances
 //     if (!intent.BeginPosting(txn, sizeBefore, rows)) return false;
-//     ... append the rows ...
+//     ... write the audit entry, append the rows (intent.Refuse() when either fails) ...
 //     intent.ApplyBalances();
 //     intent.End();
 //
@@ -27,6 +33,7 @@
 #include <list>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "accounts/accounts.h"
 #include "llib/gen/filelock.h"
@@ -54,6 +61,9 @@ class LLedgerIntent {
   [[nodiscard]] bool ApplyBalances();
   // Removes the intent: the change is complete (or, after a refused change, never began).
   void End();
+  // The change is refused after its audit entry was written (its rows could not be written): the
+  // entry is taken back off the trail, then the intent removed.
+  void Refuse();
 
  private:
   struct LAccountMove {
@@ -64,16 +74,19 @@ class LLedgerIntent {
   const LProfile& profile_;
   std::list<LAccountMove> moves_;  // one per account, in the order first named
   std::string intentPath_;          // the intent file while it exists
+  long long auditSize_ = -1;        // the audit trail's size when the intent was written
   bool Write(std::string_view kind, std::string_view date, std::string_view reference, long long sizeBefore,
              std::string_view rows);
 };
 
 // A change that spans many records outside the ledger lock (a sales document or a payment with the
 // customer balances it moves) announces itself with an intent file of its own extension, which
-// its owner keeps exclusively locked while it runs. The lock dies with its owner: a holder of the
-// ledger lock that can take it knows the change was interrupted and runs the settler registered
-// for the extension (which recomputes what the change may have left half done).
-using LIntentSettler = void (*)(const LProfile& profile);
+// its owner keeps exclusively locked while it runs. As it learns what it touches, the change notes
+// it in the file, one line each (LBooksChangeIntent::Note). The lock dies with its owner: a holder
+// of the ledger lock that can take it knows the change was interrupted and runs the settler
+// registered for the extension with the complete lines of every such file (a line cut short by
+// the crash is dropped), so that it brings what they name back in step.
+using LIntentSettler = void (*)(const LProfile& profile, const std::vector<std::string>& notes);
 // Registers the settler of extension (".sales"); call once at start-up.
 void LLedgerAddIntentSettler(std::string_view extension, LIntentSettler settler);
 
@@ -85,6 +98,10 @@ class LBooksChangeIntent {
   ~LBooksChangeIntent();
   LBooksChangeIntent(const LBooksChangeIntent&) = delete;
   LBooksChangeIntent& operator=(const LBooksChangeIntent&) = delete;
+
+  // Adds line (no line end in it) for the settler. false when it could not be written (logged):
+  // the change then runs without that protection, as when the file could not be created.
+  bool Note(std::string_view line);
 
  private:
   std::string path_;     // the intent file

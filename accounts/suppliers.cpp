@@ -35,7 +35,7 @@ std::map<std::string, long long> LSupplierBalancesFromDocuments(LProfile& profil
   for (LFileStoreIteratorBase it(profile.List(kBillsList), record); record.IsAttached(); it.Next(record))
     sums[record.GetString("Supplier")] += record.GetInt64("Total", 0);
   for (LFileStoreIteratorBase it(profile.List(kBillPaymentsList), record); record.IsAttached(); it.Next(record))
-    sums[record.GetString("Supplier")] -= record.GetInt64("Amount", 0);
+    sums[record.GetString("Supplier")] -= LBillPaymentCountedAmount(record);
   return sums;
 }
 

@@ -5,6 +5,7 @@
 #include "accounts/accounts.h"
 #include "accounts/billpayments.h"
 #include "accounts/bills.h"
+#include "accounts/cheques.h"
 #include "accounts/suppliers.h"
 #include "accounts/webbank.h"
 #include "accounts/websuppliers.h"
@@ -30,7 +31,7 @@ constexpr int kAccountControl = 104;
 constexpr int kMethodControl = 105;
 constexpr int kNotesControl = 106;
 constexpr int kSpreadControl = 107;
-constexpr int kFirstAppliedControl = 30000;  // + the row of the bill
+constexpr int kFirstAppliedControl = kWebBillsToPayFirstControl;
 constexpr int kMaxBillRows = 1000;
 
 const std::vector<std::string> kMethods = {"", "Chèque", "Virement", "Prélèvement", "Carte bancaire", "Espèces"};
@@ -87,6 +88,49 @@ std::string DefaultPayingAccount(LProfile& profile) {
 
 }  // namespace
 
+// ---- The bills a payment settles ------------------------------------------------------------------
+
+void LWebAddBillsToPay(LWebDialog& dialog, LWebletForm& form, LProfile& profile, const std::string& supplier,
+                       const std::string& paymentKey, int spreadId) {
+  std::vector<BillRow> rows = supplier.empty() ? std::vector<BillRow>() : BillRows(profile, supplier, paymentKey);
+  dialog.AddHiddenField("billcount", std::to_string(rows.size()));
+  if (!rows.empty()) dialog.AddCheckBox(spreadId, "Répartir le montant sur les factures, la plus ancienne échéance d'abord");
+  const LCurrencyFormat& money = profile.GetCurrencyFormat();
+  std::string table = "<tr><td colspan=2><table class=hltbl id=billstopay><thead><tr class=hlhtr><th>Facture</th>"
+                      "<th>Date</th><th>Échéance</th><th>Total</th><th>Reste dû</th><th>Réglé ici</th></tr></thead>"
+                      "<tbody>";
+  if (rows.empty())
+    table += "<tr><td colspan=6 class=hltd style='text-align:center'>Aucune facture à payer</td></tr>";
+  for (std::size_t row = 0; row < rows.size(); ++row) {
+    const BillRow& entry = rows[row];
+    int id = kFirstAppliedControl + static_cast<int>(row);
+    table += LWebFormat("<tr><td class=hltd>%H<input type=hidden name=bill%d value='%H'></td><td class=hltd>%H</td>"
+                        "<td class=hltd>%H</td><td class=hltd align=right>%H</td><td class=hltd align=right>%H</td>"
+                        "<td class=hltd><input id=%d name=%d type=text size=10 value='%H'></td></tr>",
+                        entry.bill.key.c_str(), static_cast<int>(row), entry.bill.key.c_str(), entry.bill.date.c_str(),
+                        entry.bill.due.c_str(), LFormatMoney(entry.bill.total, money).c_str(),
+                        LFormatMoney(entry.bill.Outstanding() + entry.held, money).c_str(), id, id,
+                        dialog.GetText(id).c_str());
+  }
+  form.Write(table + "</tbody></table></td></tr>");
+}
+
+bool LWebReadBillsToPay(LWebDialog& dialog, LWebletForm& form, LProfile& profile,
+                        std::vector<LAppliedAmount>& applications) {
+  int count = std::clamp(LTextToInt(form.GetParam("billcount")), 0, kMaxBillRows);
+  for (int row = 0; row < count; ++row) {
+    std::string typed = dialog.GetTextAndTrim(kFirstAppliedControl + row);
+    if (typed.empty()) continue;
+    long long amount = 0;
+    if (!WLReadAmount(profile, typed, amount) || amount < 0) {
+      dialog.PopupControlDataInvalid(kFirstAppliedControl + row, "Montant invalide : " + typed + ".");
+      return false;
+    }
+    applications.push_back({form.GetParam("bill" + std::to_string(row)), amount});
+  }
+  return true;
+}
+
 // ---- "billpaymentlist" ----------------------------------------------------------------------------
 
 LWebBillPaymentsPage::LWebBillPaymentsPage(LWebletForm& form)
@@ -120,7 +164,7 @@ void LWebBillPaymentsPage::WriteListBlock(LWebletForm& out) {
     std::string date = payment.GetString("Date").substr(0, 10);
     if (!filter.Holds(date) || (!filter.party.empty() && payment.GetString("Supplier") != filter.party)) continue;
     const std::string& key = payment.GetPrimaryKey();
-    sum += payment.GetInt64("Amount", 0);
+    sum += LBillPaymentCountedAmount(payment);
     auto row = std::make_unique<LHtmlListRow>();
     row->AddCell(LHtmlListRow::RecordKeyOrderKey(key),
                  LWebFormat("<a href='billpaymentprop?id=%U'>%H</a>", key.c_str(), key.c_str()));
@@ -129,7 +173,8 @@ void LWebBillPaymentsPage::WriteListBlock(LWebletForm& out) {
     LWebListAmountCell(*row, payment.GetInt64("Amount", 0), money);
     LWebListAmountCell(*row, LBillPaymentUnapplied(payment), money);
     row->AddCellText(payment.GetString("DepositAccount", kDefaultPaymentAccount));
-    row->AddCellText(payment.GetString("BillPaymentMethod"));
+    std::string method = payment.GetString("BillPaymentMethod");
+    row->AddCellText(LBillPaymentIsVoid(payment) ? method + " annulé le " + payment.GetString("VoidDate") : method);
     LWebListDeleteCell(*row, mayChange, LWebFormat("billpaymentdelete?id=%U", key.c_str()),
                        "Supprimer le règlement " + key + " ?");
     list.AddRow(std::move(row));
@@ -198,27 +243,7 @@ void LWebBillPaymentDialog::Generate() {
   AddPullDownList(kMethodControl, "Mode de règlement :", kMethods, kMethods);
   AddEdit(kNotesControl, "Notes (vide : « Paiements; » et le fournisseur) :", 50, 2);
 
-  std::string supplier = Supplier();
-  std::vector<BillRow> rows = supplier.empty() ? std::vector<BillRow>() : BillRows(profile, supplier, key);
-  AddHiddenField("billcount", std::to_string(rows.size()));
-  if (!rows.empty()) AddCheckBox(kSpreadControl, "Répartir le montant sur les factures, la plus ancienne échéance d'abord");
-  const LCurrencyFormat& money = profile.GetCurrencyFormat();
-  std::string table = "<tr><td colspan=2><table class=hltbl id=billstopay><thead><tr class=hlhtr><th>Facture</th>"
-                      "<th>Date</th><th>Échéance</th><th>Total</th><th>Reste dû</th><th>Réglé ici</th></tr></thead>"
-                      "<tbody>";
-  if (rows.empty())
-    table += "<tr><td colspan=6 class=hltd style='text-align:center'>Aucune facture à payer</td></tr>";
-  for (std::size_t row = 0; row < rows.size(); ++row) {
-    const BillRow& entry = rows[row];
-    int id = kFirstAppliedControl + static_cast<int>(row);
-    table += LWebFormat("<tr><td class=hltd>%H<input type=hidden name=bill%d value='%H'></td><td class=hltd>%H</td>"
-                        "<td class=hltd>%H</td><td class=hltd align=right>%H</td><td class=hltd align=right>%H</td>"
-                        "<td class=hltd><input id=%d name=%d type=text size=10 value='%H'></td></tr>",
-                        entry.bill.key.c_str(), static_cast<int>(row), entry.bill.key.c_str(), entry.bill.date.c_str(),
-                        entry.bill.due.c_str(), LFormatMoney(entry.bill.total, money).c_str(),
-                        LFormatMoney(entry.bill.Outstanding() + entry.held, money).c_str(), id, id, GetText(id).c_str());
-  }
-  form_.Write(table + "</tbody></table></td></tr>");
+  LWebAddBillsToPay(*this, form_, profile, Supplier(), key, kSpreadControl);
   // Another supplier shows its own bills: the dialog comes again for it.
   AddJScript(LWebFormat("window.addEventListener('load', function() { var s = document.getElementById('%d');"
                         " SimpleAjaxCall('cbsupselchange', 'supplier=' + encodeURIComponent(s.value), HandleAjaxJSReturn,"
@@ -260,18 +285,7 @@ bool LWebBillPaymentDialog::BuildRequest(LBillPaymentRequest& request) {
   request.method = GetTextAndTrim(kMethodControl);
   request.notes = GetTextAndTrim(kNotesControl);
   request.autoApply = IsChecked(kSpreadControl);
-  int count = std::clamp(LTextToInt(form_.GetParam("billcount")), 0, kMaxBillRows);
-  for (int row = 0; row < count && !request.autoApply; ++row) {
-    std::string typed = GetTextAndTrim(kFirstAppliedControl + row);
-    if (typed.empty()) continue;
-    long long amount = 0;
-    if (!WLReadAmount(profile, typed, amount) || amount < 0) {
-      PopupControlDataInvalid(kFirstAppliedControl + row, "Montant invalide : " + typed + ".");
-      return false;
-    }
-    request.applications.push_back({form_.GetParam("bill" + std::to_string(row)), amount});
-  }
-  return true;
+  return request.autoApply || LWebReadBillsToPay(*this, form_, profile, request.applications);
 }
 
 bool LWebBillPaymentDialog::CmOk() {
@@ -292,7 +306,9 @@ bool LWebBillPaymentDialog::CmOk() {
 
 void WLBillPaymentDelete(LWebletForm& form) {
   WLPurchaseDelete(form, "billpaymentlist", [](LProfile& profile, const std::string& key, std::string& error) {
-    if (!LBillPaymentDelete(profile, key, error)) return false;
+    // A payment made by cheque goes with its cheque, which would otherwise name a payment gone.
+    std::string cheque = LChequeOfBillPayment(profile, key);
+    if (!(cheque.empty() ? LBillPaymentDelete(profile, key, error) : LChequeDelete(profile, cheque, &error))) return false;
     LLogInfo("Le règlement fournisseur \"%s\" a été supprimé.", key.c_str());
     return true;
   });

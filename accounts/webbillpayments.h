@@ -8,6 +8,7 @@
 //                       supplier's bills still owed with the amount the payment settles on each
 //                       (or spread over them, first due first). OK saves through the purchase book
 //                       (billpayments.h), as `billpayment add` does;
+//                       A cheque to a supplier shows the same table of bills (LWebAddBillsToPay);
 //   "billpaymentdelete" deletes the payment "id": its applications undone, its posting out of the
 //                       ledger, its amount back onto the supplier's balance;
 //   "applybillpayment"  ("id" the payment, "bill", "amount" typed the business's way, "back" the
@@ -19,7 +20,27 @@
 #include "accounts/websuppliers.h"
 #include "invoice/shared/weblistperiod.h"
 
+#include <string>
+#include <vector>
+
+#include "invoice/shared/payment.h"
+
+class LProfile;
+class LWebDialog;
 struct LBillPaymentRequest;
+
+// The amount settled on the supplier's first bill, in the dialogs that pay bills; the next bills
+// follow.
+inline constexpr int kWebBillsToPayFirstControl = 30000;
+
+// Adds to dialog the supplier's bills a payment may settle: a box spreading the amount over them
+// (control spreadId) and a table with the amount settled on each; the share of the payment
+// paymentKey (empty: a new payment) counts as still owed.
+void LWebAddBillsToPay(LWebDialog& dialog, LWebletForm& form, LProfile& profile, const std::string& supplier,
+                       const std::string& paymentKey, int spreadId);
+// The amounts typed in that table, appended to applications; false after the refusal at its control.
+bool LWebReadBillsToPay(LWebDialog& dialog, LWebletForm& form, LProfile& profile,
+                        std::vector<LAppliedAmount>& applications);
 
 inline constexpr LWebPeriodList kLWebBillPaymentPeriodList{"billpaymentlist", "supplier", "Fournisseur",
                                                            LWebSupplierChoices};

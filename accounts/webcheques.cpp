@@ -8,6 +8,7 @@
 #include "accounts/chequeform.h"
 #include "accounts/cheques.h"
 #include "accounts/webbank.h"
+#include "accounts/webbillpayments.h"
 #include "accounts/webledger.h"
 #include "accounts/webpagemainex.h"
 #include "accounts/webquestion.h"
@@ -33,6 +34,7 @@ constexpr int kPayeeControl = 104;
 constexpr int kNumberControl = 105;
 constexpr int kMemoControl = 106;
 constexpr int kSupplierControl = 107;
+constexpr int kSpreadControl = 108;
 constexpr int kChequeRadio = 301;   // group 3: what the transaction is
 constexpr int kReceiptRadio = 302;
 constexpr int kPaymentRadio = 303;
@@ -56,6 +58,7 @@ void CashAccountChoices(const LProfile& profile, std::vector<std::string>& texts
 // The refusals of cheques and cash transactions, at their control.
 int ControlOfMessage(const std::string& message) {
   if (message.find("banque ou de caisse") != std::string::npos) return kAccountControl;
+  if (message.find("factur") != std::string::npos) return kWebBillsToPayFirstControl;
   if (message.find("bénéficiaire") != std::string::npos) return kPayeeControl;
   if (message.find("numéro de chèque") != std::string::npos || message.find("Le chèque n°") == 0) return kNumberControl;
   if (message.find("fournisseur") != std::string::npos) return kSupplierControl;
@@ -224,10 +227,9 @@ void WLBillPaymentDeleteFromCheques(LWebletForm& form) {
   LProfile profile(WLSessionBusinessFolder(form));
   std::string payment = form.GetParam("id");
   LCheque cheque;
-  LFileStoreListBase cheques = profile.List(kChequesList);
-  for (LFileStoreIteratorBase it(cheques, cheque); cheque.IsAttached(); it.Next(cheque)) {
-    if (cheque.GetBillPayment() != payment) continue;
-    DeleteCheque(form, cheque.GetPrimaryKey(),
+  if (std::string key = LChequeOfBillPayment(profile, payment); !key.empty() && profile.List(kChequesList).Open(cheque, key)) {
+    cheque.DetachWithoutSave();
+    DeleteCheque(form, key,
                  "Voulez-vous vraiment supprimer le règlement fournisseur payé par le chèque n° " + cheque.GetNumber() + " ?");
     return;
   }
@@ -261,14 +263,24 @@ class LWebCashTxnDialog : public LWebLedgerDialog {
     SetCancelPage("viewjournal");
   }
   void InitDialog() override {
+    if (!form_.GetParam("shown").empty()) return;  // shown again for another supplier: as the user left it
     LProfile profile(WLSessionBusinessFolder(form_));
     SetText(kDateControl, LDate::Today().ToText());
+    SetText(kSupplierControl, form_.GetParam("supplier"));
     SetRadioCheck(kChequeRadio);
     std::string account = WLBankAccountOf(form_, profile);
     SetText(kAccountControl, account);
   }
   void Generate() override {
     LProfile profile(WLSessionBusinessFolder(form_));
+    AddHiddenField("shown", "1");
+    std::string supplierKey = GetText(kSupplierControl);
+    LRecord supplier;
+    if (GetTextAndTrim(kPayeeControl).empty() && !supplierKey.empty() &&
+        profile.List(kSuppliersList).Open(supplier, supplierKey)) {
+      SetText(kPayeeControl, supplier.GetString("Name", supplierKey));
+      supplier.DetachWithoutSave();
+    }
     AddRadioButton(kChequeRadio, "Chèque", true);
     AddRadioButton(kReceiptRadio, "Encaissement", true);
     AddRadioButton(kPaymentRadio, "Décaissement", true);
@@ -282,13 +294,21 @@ class LWebCashTxnDialog : public LWebLedgerDialog {
     AddInput(kNumberControl, "N° de chèque :", "", 10);
     SetToolTip(kNumberControl, "Vide : le prochain numéro du compte");
     std::vector<std::string> supplierTexts{""}, supplierValues{""};
-    LRecord supplier;
     LFileStoreListBase suppliers = profile.List(kSuppliersList);
     for (LFileStoreIteratorBase it(suppliers, supplier); supplier.IsAttached(); it.Next(supplier)) {
       supplierTexts.push_back(supplier.GetPrimaryKey() + " " + supplier.GetString("Name"));
       supplierValues.push_back(supplier.GetPrimaryKey());
     }
     AddPullDownList(kSupplierControl, "Règle le fournisseur :", supplierTexts, supplierValues);
+    // Another supplier shows its own bills: the form is posted as a plain showing (no button
+    // pressed: the buttons named "submit" hide the form's own submit, "submitdef" is left out),
+    // and the dialog comes again as the user left it, the former supplier's amounts cleared.
+    AddJScript(LWebFormat("window.addEventListener('load', function() { document.getElementById('%d')"
+                          ".addEventListener('change', function() { var form = document.getElementById('dialogform');"
+                          " form.querySelectorAll('#billstopay input[type=text]').forEach(function(input) { input.value = ''; });"
+                          " form.elements['submitdef'].disabled = true; HTMLFormElement.prototype.submit.call(form); }); });\n",
+                          kSupplierControl));
+    if (!supplierKey.empty()) LWebAddBillsToPay(*this, form_, profile, supplierKey, "", kSpreadControl);
     AddInput(kMemoControl, "Libellé :", "", 50);
     std::vector<std::string> accountTexts{""}, accountValues{""};
     WLAccountChoices(profile, false, accountTexts, accountValues);
@@ -350,7 +370,9 @@ class LWebCashTxnDialog : public LWebLedgerDialog {
       request.date = date;
       request.memo = GetTextAndTrim(kMemoControl);
       request.supplier = GetText(kSupplierControl);
+      request.autoApply = !request.supplier.empty() && IsChecked(kSpreadControl);
       if (request.supplier.empty()) request.lines = lines;
+      else if (!request.autoApply && !LWebReadBillsToPay(*this, form_, profile, request.applications)) return false;
       done = LChequeWrite(profile, asker, request, key, &message);
     }
     if (done) {

@@ -242,7 +242,8 @@ void LWebSupplierInfoPage::Generate() {
     row->AddCellText(payment.GetString("Date").substr(0, 10));
     LWebListAmountCell(*row, payment.GetInt64("Amount", 0), money);
     LWebListAmountCell(*row, LBillPaymentUnapplied(payment), money);
-    row->AddCellText(payment.GetString("Notes"));
+    std::string notes = payment.GetString("Notes");
+    row->AddCellText(LBillPaymentIsVoid(payment) ? notes + " (annulé le " + payment.GetString("VoidDate") + ")" : notes);
     payments.AddRow(std::move(row));
   }
   UseListScript();

@@ -1,5 +1,5 @@
 // kontavo cheque, cash and template: the further ledger records. Cheques written from a bank
-// account (voided, deleted), cash receipts and payments, and transaction templates recalled as
+// account (to a supplier: applied to bills with --apply BILL=AMOUNT or --auto; voided, deleted), cash receipts and payments, and transaction templates recalled as
 // journal entries. Each verb calls the routine the web pages call (accounts/cheques.h,
 // cashtxn.h, txntemplates.h).
 #include <nlohmann/json.hpp>
@@ -13,6 +13,7 @@
 #include "app/cliasker.h"
 #include "app/cmd_print.h"
 #include "app/commands.h"
+#include "app/paymentinput.h"
 #include "invoice/sales/documentprint.h"
 #include "invoice/shared/profile.h"
 #include "llib/gen/jsontext.h"
@@ -53,10 +54,13 @@ int ChequeAdd(LCliContext& context, LProfile& profile, LCliArgs& args) {
   args.TakeOption("--memo", request.memo);
   args.TakeOption("--supplier", request.supplier);
   bool dateGiven = args.TakeOption("--date", date);
+  std::vector<std::string> applied = args.TakeOptionAll("--apply");
+  request.autoApply = args.TakeFlag("--auto");
   std::vector<std::string> words;
   std::string error;
   if (!args.Finish(words, error)) return context.Usage(error);
-  if (!amountGiven || request.account.empty()) return context.Usage();
+  if (!amountGiven || request.account.empty() || (request.autoApply && !applied.empty())) return context.Usage();
+  if (!LCliParseApplications(profile, applied, request.applications, error)) return context.Usage(error);
   if (!LCliParseAmount(profile, amount, request.amount)) return context.Usage("montant invalide : " + amount);
   if (!LCliParseDate(dateGiven, date, request.date)) return context.Fail(LCliBadDateMessage(date));
   int status = kExitOk;

@@ -3,6 +3,7 @@
 #include <map>
 #include <memory>
 
+#include "accounts/audittrail.h"
 #include "accounts/ledgerlock.h"
 #include "invoice/sales/salesbook.h"
 #include "invoice/sales/salesledger.h"
@@ -13,6 +14,8 @@
 #include "llib/gen/system.h"
 
 namespace {
+
+constexpr std::string_view kPaymentTitle = "Paiement";  // how the audit trail names a payment
 
 void SetError(std::string* error, std::string message) {
   if (error != nullptr) *error = std::move(message);
@@ -106,20 +109,31 @@ bool LPaymentCreate(LProfile& profile, const LPaymentRequest& request, std::stri
   if (distribution == nullptr) return false;
 
   const LFileStoreListBase& payments = profile.MainList(kPaymentsList);
+  intent.NoteReserving(kPaymentsList);
+  std::string key = LSalesReserveFirstFreeKey(payments, {});
+  if (key.empty()) {
+    SetError(error, "Impossible d'enregistrer le paiement.");
+    return false;
+  }
+  intent.NotePosting(kPaymentsList, key, {}, {});
   LPayment payment;
-  payments.CreateNewRecord(payment);
+  payments.Open(payment, key);
   payment.SetString("Customer", request.customer);
   payment.SetString("Date", request.date);
   payment.SetInt64("Amount", request.amount);
   if (request.refund) payment.SetBool("IsRefund", true);
   if (!request.depositAccount.empty()) payment.SetString("DepositAccount", request.depositAccount);
   LWriteAppliedAmounts(payment, {});
-  if (!payment.Flush()) {
-    SetError(error, "Impossible d'enregistrer le paiement.");
+  bool saved = payment.Flush();
+  if (!saved || !LAuditAppendDocument(profile, kAuditRecord, kPaymentTitle, key, payment)) {
+    payment.DetachWithoutSave();
+    (void)payments.Delete(key);  // nothing else was written yet
+    SetError(error, saved ? std::string(kAuditNotWrittenMessage) : std::string("Impossible d'enregistrer le paiement."));
     return false;
   }
-  newKey = payment.GetPrimaryKey();
+  newKey = key;
   LCoreDataPaymentApply(profile, payment, +1);
+  intent.NotePosting(kPaymentsList, key, {}, LSalesDocumentTakeReference(profile, payment, true));
   bool posted = LPaymentRecordTransactions(profile, payment, LGetPostingUserName());
   payment.Flush();  // keeps "JournalTxnRef"
   LPaymentApplyList(profile, payment, *distribution);
@@ -128,22 +142,45 @@ bool LPaymentCreate(LProfile& profile, const LPaymentRequest& request, std::stri
   return posted;
 }
 
-bool LPaymentDelete(LProfile& profile, std::string_view key, std::string* error) {
-  // Applications read and write the invoices' cached amounts: one desk at a time.
-  LLedgerLock lock(profile);
-  LSalesChangeIntent intent(profile);
-  const LFileStoreListBase& payments = profile.MainList(kPaymentsList);
-  LPayment payment;
-  if (!payments.Open(payment, key)) {
-    SetError(error, "Paiement introuvable : " + std::string(key) + ".");
-    return false;
-  }
+namespace {
+
+// Deletes the payment, announced in the trail already, with everything it moved.
+bool DeletePayment(LProfile& profile, std::string_view key, LPayment& payment, LSalesChangeIntent& intent,
+                   std::string* error) {
+  intent.NoteDeleting(kPaymentsList, key);
   LPaymentUnapply(payment, profile, payment.IsRefund());
   LSalesDocumentRemoveTransaction(profile, payment, payment.GetDate());
   LCoreDataPaymentReverse(profile, payment, false);
   payment.Invalidate();
-  payments.Delete(key);
-  return true;
+  if (profile.MainList(kPaymentsList).Delete(key)) return true;
+  SetError(error, "Impossible de supprimer le paiement " + std::string(key) + ".");
+  return false;
+}
+
+}  // namespace
+
+bool LPaymentDelete(LProfile& profile, std::string_view key, std::string* error) {
+  // Applications read and write the invoices' cached amounts: one desk at a time.
+  LLedgerLock lock(profile);
+  LSalesChangeIntent intent(profile);
+  LPayment payment;
+  if (!profile.MainList(kPaymentsList).Open(payment, key)) {
+    SetError(error, "Paiement introuvable : " + std::string(key) + ".");
+    return false;
+  }
+  // The trail keeps the whole payment as it was; without it, nothing is deleted.
+  if (!LAuditAppendDocument(profile, kAuditDeleteDocument, kPaymentTitle, key, payment)) {
+    SetError(error, std::string(kAuditNotWrittenMessage));
+    return false;
+  }
+  return DeletePayment(profile, key, payment, intent, error);
+}
+
+bool LPaymentFinishDelete(LProfile& profile, std::string_view key) {
+  LLedgerLock lock(profile);
+  LSalesChangeIntent intent(profile);
+  LPayment payment;
+  return profile.MainList(kPaymentsList).Open(payment, key) && DeletePayment(profile, key, payment, intent, nullptr);
 }
 
 bool LPaymentApply(LProfile& profile, std::string_view key, const std::vector<LAppliedAmount>& applications,

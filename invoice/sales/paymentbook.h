@@ -27,14 +27,19 @@ struct LPaymentRequest {
   std::vector<LAppliedAmount> applications;
 };
 
-// Records the payment under the first free number of "Payments", moves the balance, posts it
+// Records the payment under the first free number of "Payments", writes it to the audit trail
+// (refused, nothing left behind, when the trail cannot be written), moves the balance, posts it
 // and applies it. newKey receives the key. Refused: unknown customer, amount not above 0, an
 // invoice that is not a recorded invoice of the customer. When the ledger cannot be written the
 // payment stays recorded and applied and false is returned.
 bool LPaymentCreate(LProfile& profile, const LPaymentRequest& request, std::string& newKey, std::string* error);
 
 // Deletes the payment key: its applications, its transaction and its effect on the balance go.
+// The audit trail receives the whole payment first; refused when it cannot be written.
 bool LPaymentDelete(LProfile& profile, std::string_view key, std::string* error);
+// Completes the deletion of a payment that a crash cut short (the settler of an interrupted
+// sales change): as LPaymentDelete, without a second audit entry.
+bool LPaymentFinishDelete(LProfile& profile, std::string_view key);
 
 // Applies what is left of the payment key to invoices of its customer, each entry in turn (an
 // invoice it already covers takes the new amount instead); an invoice takes at most what it

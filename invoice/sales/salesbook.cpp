@@ -56,25 +56,17 @@ bool ReserveKey(const LFileStoreListBase& list, const std::string& key) {
   return true;
 }
 
-// The first free "DFT<n>" of the drafts list, taken.
-std::string ReserveDraftKey(const LFileStoreListBase& list) {
+}  // namespace
+
+std::string LSalesReserveFirstFreeKey(const LFileStoreListBase& list, std::string_view prefix) {
   for (long number = 1;; ++number) {
-    std::string key = std::string(kDraftKeyPrefix) + std::to_string(number);
+    std::string key = std::string(prefix) + std::to_string(number);
     if (ReserveKey(list, key)) return key;
     if (!list.TestRecordExists(key)) return {};  // the folder cannot be written
   }
 }
 
-// Attaches document to list under key (reserved now), or under the first free number when key
-// is empty (taken by the first save). false when key is taken.
-bool AttachNew(const LFileStoreListBase& list, std::string_view key, LSalesDocument& document) {
-  if (key.empty()) {
-    list.CreateNewRecord(document);
-    return true;
-  }
-  if (!ReserveKey(list, std::string(key))) return false;
-  return list.Open(document, key);
-}
+namespace {
 
 // Fields a new document never takes from its content: the totaller recomputes the total (and
 // moves the balance from 0), the posting takes a new reference, and recording ends the draft.
@@ -98,8 +90,26 @@ bool CheckLinkedAccounts(LProfile& profile, const LSalesDocumentKind& kind, std:
   return false;
 }
 
-// Posts a recorded invoice or credit note under its reference (a new one when it has none).
-bool Post(LProfile& profile, const LSalesDocumentKind& kind, LSalesDocument& document, std::string* error) {
+// Writes the audit entry of a change of the recorded document before the change is made, with the
+// total the document will have (worked out on a copy, which moves no balance). false with the
+// refusal in *error when the trail cannot be written.
+bool AuditDocument(LProfile& profile, const LSalesDocumentKind& kind, std::string_view action, std::string_view key,
+                   const LSalesDocument& document, std::string* error) {
+  LSalesDocument totalled;  // detached and without a key: totalling it moves no balance
+  totalled.CopyRecord(document);
+  LSalesDocumentSumTotals(profile, kind, totalled);
+  if (LAuditAppendDocument(profile, action, kind.title, key, totalled)) return true;
+  SetError(error, std::string(kAuditNotWrittenMessage));
+  return false;
+}
+
+// Posts a recorded invoice or credit note under its reference (a new one when it has none, noted
+// in the intent before anything is posted under it).
+bool Post(LProfile& profile, const LSalesDocumentKind& kind, LSalesDocument& document, LSalesChangeIntent& intent,
+          std::string_view oldDate, std::string* error) {
+  std::string had = document.GetString("JournalTxnRef");
+  std::string reference = LSalesDocumentTakeReference(profile, document, false);
+  if (reference != had) intent.NotePosting(kind.recordedList, document.GetPrimaryKey(), oldDate, reference);
   std::string userName = LGetPostingUserName();
   bool posted = kind.type == LSalesDocumentType::kInvoice
                     ? LInvoiceRecordTransactions(profile, document, userName, false)
@@ -128,6 +138,7 @@ LFKTotalsChange LSalesDocumentSumTotals(LProfile& profile, const LSalesDocumentK
 
 bool LSalesDocumentCreate(LProfile& profile, const LSalesDocumentKind& kind, const LRecord& content, bool draft,
                           std::string_view key, std::string& newKey, std::string* error) {
+  LLedgerLock lock(profile);  // one sales change at a time (salesledger.h)
   LSalesChangeIntent intent(profile);
   if (!CheckLinkedAccounts(profile, kind, error)) return false;
   if (!LSalesCheckParty(profile, kind, content.GetString("Customer"), error)) return false;
@@ -140,29 +151,40 @@ bool LSalesDocumentCreate(LProfile& profile, const LSalesDocumentKind& kind, con
     return false;
   }
   const LFileStoreListBase& list = profile.MainList(draft ? kind.draftsList : kind.recordedList);
+  // The number is taken (an empty file) before anything is written, so that the intent can name
+  // the document from its first write on; should the change die between, the settler takes
+  // back the empty file.
   std::string takenKey(key);
-  if (draft && key.empty()) {
-    takenKey = ReserveDraftKey(list);
+  if (!draft && IsPosted(kind)) intent.NoteReserving(kind.recordedList);
+  if (key.empty()) {
+    takenKey = LSalesReserveFirstFreeKey(list, draft ? kDraftKeyPrefix : std::string_view());
     if (takenKey.empty()) {
       SetError(error, "Impossible d'enregistrer le document.");
       return false;
     }
-  }
-  LSalesDocument document;
-  if (draft && key.empty()) {
-    list.Open(document, takenKey);
-  } else if (!AttachNew(list, takenKey, document)) {
+  } else if (!ReserveKey(list, takenKey)) {
     SetError(error, "Un document porte déjà le numéro " + takenKey + ".");
     return false;
   }
+  if (!draft && IsPosted(kind)) intent.NotePosting(kind.recordedList, takenKey, {}, {});
+  LSalesDocument document;
+  list.Open(document, takenKey);
   for (const auto& field : content.Fields())
     if (!field.deleted && IsCarriedToNewDocument(field.name)) document.SetString(field.name, field.text);
   document.SetDirty(true);  // an empty document still takes its key
   if (!document.Flush()) {
+    document.DetachWithoutSave();
+    (void)list.Delete(takenKey);  // the number goes back
     SetError(error, "Impossible d'enregistrer le document.");
     return false;
   }
   newKey = document.GetPrimaryKey();
+  if (!draft && !AuditDocument(profile, kind, kAuditRecord, newKey, document, error)) {
+    document.DetachWithoutSave();
+    (void)list.Delete(newKey);  // nothing else was written yet
+    newKey.clear();
+    return false;
+  }
   // The history is a trace, not the document: a failure to write it does not undo the document.
   (void)LDocumentHistoryAdd(profile, draft ? kind.draftsList : kind.recordedList, newKey,
                             draft ? kHistoryCreated : kHistoryRecorded, LGetPostingUserName());
@@ -170,10 +192,9 @@ bool LSalesDocumentCreate(LProfile& profile, const LSalesDocumentKind& kind, con
   if (!draft && kind.type == LSalesDocumentType::kCreditNote) LCoreDataCreditNoteApply(profile, document, +1);
   document.Flush();
   if (draft) return true;
-  LAuditAppendDocument(profile, kAuditRecord, kind.title, document);
   // Stock moves first: the posting of an invoice reads the cost of what left.
   bool stocked = LSalesDocumentMoveStock(profile, kind, newKey, nullptr, &document, error);
-  if (IsPosted(kind) && !Post(profile, kind, document, error)) return false;
+  if (IsPosted(kind) && !Post(profile, kind, document, intent, {}, error)) return false;
   return stocked;
 }
 
@@ -186,6 +207,7 @@ bool LSalesDocumentOpen(LProfile& profile, const LSalesDocumentKind& kind, std::
 
 bool LSalesDocumentEdit(LProfile& profile, const LSalesDocumentKind& kind, std::string_view key,
                         const std::function<void(LSalesDocument&)>& change, std::string* error) {
+  LLedgerLock lock(profile);  // one sales change at a time (salesledger.h)
   LSalesChangeIntent intent(profile);
   if (!CheckLinkedAccounts(profile, kind, error)) return false;
   const LFileStoreListBase& recordedList = profile.MainList(kind.recordedList);
@@ -202,6 +224,7 @@ bool LSalesDocumentEdit(LProfile& profile, const LSalesDocumentKind& kind, std::
     trial.CopyRecord(document);
     change(trial);
     if (!LSalesCheckParty(profile, kind, trial.GetCustomer(), error)) return false;
+    if (recorded && !AuditDocument(profile, kind, kAuditEdit, key, trial, error)) return false;
   }
   LSalesDocument before;  // what the recorded document moved in stock until now
   before.CopyRecord(document);
@@ -210,6 +233,7 @@ bool LSalesDocumentEdit(LProfile& profile, const LSalesDocumentKind& kind, std::
   long long oldTotal = document.GetTotal();
   std::string oldDate = document.GetDate();
   std::string reference = document.GetString("JournalTxnRef");
+  if (inBooks) intent.NotePosting(kind.recordedList, key, reference.empty() ? std::string() : oldDate, reference);
   if (inBooks && kind.type == LSalesDocumentType::kCreditNote) LCoreDataCreditNoteApply(profile, document, -1);
 
   change(document);
@@ -230,7 +254,6 @@ bool LSalesDocumentEdit(LProfile& profile, const LSalesDocumentKind& kind, std::
   LSalesDocumentSumTotals(profile, kind, document);
   if (inBooks && kind.type == LSalesDocumentType::kCreditNote) LCoreDataCreditNoteApply(profile, document, +1);
   document.Flush();
-  if (recorded) LAuditAppendDocument(profile, kAuditEdit, kind.title, document);
   bool stocked = !recorded || LSalesDocumentMoveStock(profile, kind, key, &before, &document, error);
   if (!inBooks) return stocked;
   if (kind.type == LSalesDocumentType::kInvoice) {
@@ -238,11 +261,8 @@ bool LSalesDocumentEdit(LProfile& profile, const LSalesDocumentKind& kind, std::
     document.RemoveExcessPayments(profile);
     document.RemoveExcessCreditNotes(profile);
   }
-  // The old transaction goes and the new one comes under one hold of the ledger, so nobody sees
-  // the document half posted.
-  LLedgerLock lock(profile);
   LSalesDocumentRemoveTransaction(profile, document, oldDate);
-  return Post(profile, kind, document, error) && stocked;
+  return Post(profile, kind, document, intent, oldDate, error) && stocked;
 }
 
 bool LSalesDocumentRecordDraft(LProfile& profile, const LSalesDocumentKind& kind, std::string_view draftKey,
@@ -262,28 +282,56 @@ bool LSalesDocumentRecordDraft(LProfile& profile, const LSalesDocumentKind& kind
   return true;
 }
 
+namespace {
+
+// Deletes the recorded document (open in document) with everything it moved.
+bool DeleteRecorded(LProfile& profile, const LSalesDocumentKind& kind, std::string_view key, LSalesDocument& document,
+                    std::string* error) {
+  bool isInvoice = kind.type == LSalesDocumentType::kInvoice;
+  if (isInvoice) {
+    LInvoiceRemoveApplications(profile, document);
+    LConvertedInvoiceMoved(profile, document, key, {});
+  }
+  if (kind.type == LSalesDocumentType::kCreditNote) LCreditNoteUnapply(document, profile);
+  if (IsPosted(kind)) LSalesDocumentRemoveTransaction(profile, document, document.GetDate());
+  if (isInvoice) LCustomerChangeBalance(profile, document.GetCustomer(), -document.GetTotal());
+  if (kind.type == LSalesDocumentType::kCreditNote) LCoreDataCreditNoteApply(profile, document, -1);
+  bool stocked = LSalesDocumentMoveStock(profile, kind, key, &document, nullptr, error);
+  document.Invalidate();
+  if (!profile.MainList(kind.recordedList).Delete(key)) {
+    SetError(error, "Impossible de supprimer le document " + std::string(key) + ".");
+    return false;
+  }
+  return stocked;
+}
+
+}  // namespace
+
+bool LSalesDocumentFinishDelete(LProfile& profile, const LSalesDocumentKind& kind, std::string_view key) {
+  LLedgerLock lock(profile);
+  LSalesChangeIntent intent(profile);
+  LSalesDocument document;
+  if (!profile.MainList(kind.recordedList).Open(document, key)) return false;
+  intent.NoteDeleting(kind.recordedList, key);
+  return DeleteRecorded(profile, kind, key, document, nullptr);
+}
+
 bool LSalesDocumentDelete(LProfile& profile, const LSalesDocumentKind& kind, std::string_view key,
                           std::string* error) {
+  LLedgerLock lock(profile);  // one sales change at a time (salesledger.h)
   LSalesChangeIntent intent(profile);
   const LFileStoreListBase& recordedList = profile.MainList(kind.recordedList);
   const LFileStoreListBase& draftsList = profile.MainList(kind.draftsList);
   LSalesDocument document;
   bool isInvoice = kind.type == LSalesDocumentType::kInvoice;
   if (recordedList.Open(document, key)) {
-    if (isInvoice) {
-      LInvoiceRemoveApplications(profile, document);
-      LConvertedInvoiceMoved(profile, document, key, {});
+    // The trail keeps the whole document as it was; without it, nothing is deleted.
+    if (!LAuditAppendDocument(profile, kAuditDeleteDocument, kind.title, key, document)) {
+      SetError(error, std::string(kAuditNotWrittenMessage));
+      return false;
     }
-    if (kind.type == LSalesDocumentType::kCreditNote) LCreditNoteUnapply(document, profile);
-    if (IsPosted(kind)) LSalesDocumentRemoveTransaction(profile, document, document.GetDate());
-    if (isInvoice) LCustomerChangeBalance(profile, document.GetCustomer(), -document.GetTotal());
-    if (kind.type == LSalesDocumentType::kCreditNote) LCoreDataCreditNoteApply(profile, document, -1);
-    bool stocked = LSalesDocumentMoveStock(profile, kind, key, &document, nullptr, error);
-    document.Flush();
-    LAuditAppendDocument(profile, kAuditDeleteDocument, kind.title, document);
-    document.Invalidate();
-    recordedList.Delete(key);
-    return stocked;
+    intent.NoteDeleting(kind.recordedList, key);
+    return DeleteRecorded(profile, kind, key, document, error);
   }
   if (draftsList.Open(document, key)) {
     if (isInvoice) LConvertedInvoiceMoved(profile, document, key, {});

@@ -9,6 +9,8 @@
 //   - drafts ("…Drafts" lists, keys "DFT<n>") touch neither balances nor the ledger;
 //   - invoices, drafts included, are refused while a linked account is missing
 //     (LDefAccountListNeedsUpdate), with the warning of the linked-accounts dialog.
+// Every change of a recorded document is written to the audit trail (accounts/audittrail.h) before
+// the change is made; when the trail cannot be written the change is refused.
 // Failures return false with the French message for the user in *error (when given); nothing
 // is written then.
 #pragma once
@@ -20,6 +22,7 @@
 #include "invoice/shared/salesdocument.h"
 #include "invoice/shared/totals.h"
 
+class LFileStoreListBase;
 class LProfile;
 
 // Moves the customer's balance by -sign × "Total" of the credit note: +1 when a credit note is
@@ -60,6 +63,14 @@ bool LSalesDocumentRecordDraft(LProfile& profile, const LSalesDocumentKind& kind
 // credit notes applied to an invoice, and a credit note's own applications, are unapplied.
 bool LSalesDocumentDelete(LProfile& profile, const LSalesDocumentKind& kind, std::string_view key,
                           std::string* error);
+
+// Completes the deletion of a recorded invoice or credit note that a crash cut short (the
+// settler of an interrupted sales change): as LSalesDocumentDelete, without a second audit entry.
+bool LSalesDocumentFinishDelete(LProfile& profile, const LSalesDocumentKind& kind, std::string_view key);
+
+// Takes the first free key "<prefix>1", "<prefix>2"... of list by creating its record file empty.
+// Empty when the folder cannot be written.
+std::string LSalesReserveFirstFreeKey(const LFileStoreListBase& list, std::string_view prefix);
 
 // The ledger's routes for "Recettes" and "Reçus": the invoice or credit note (or the payment in
 // "Payments") whose key is document and whose "JournalTxnRef" is reference is deleted with its

@@ -1,6 +1,14 @@
 #include "invoice/sales/salesledger.h"
 
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
 #include <mutex>
+#include <set>
+#include <string_view>
+#include <utility>
+#include <vector>
 
 #include "accounts/accounts.h"
 #include "accounts/bankpost.h"
@@ -8,23 +16,120 @@
 #include "accounts/ledger.h"
 #include "accounts/ledgerdelete.h"
 #include "invoice/sales/bankpayment.h"
+#include "invoice/sales/paymentbook.h"
 #include "invoice/sales/salesbook.h"
+#include "invoice/sales/salesposting.h"
 #include "invoice/sales/taxaccounts.h"
 #include "invoice/shared/customer.h"
 #include "invoice/shared/profile.h"
+#include "llib/gen/file.h"
 #include "llib/gen/filestore.h"
+#include "llib/gen/log.h"
 
 namespace {
 
-// A sales change killed midway may have saved a document without moving its customer's balance,
-// or the other way round: every balance is computed again from the documents.
-void SettleSalesChange(const LProfile& profile) {
+constexpr std::string_view kNotePosting = "post";
+constexpr std::string_view kNoteDeleting = "delete";
+constexpr std::string_view kNoteReserving = "reserve";
+
+// What the notes of an interrupted change say about one document.
+struct LNotedDocument {
+  bool deleting = false;
+  std::string oldDate;    // where its posting was before the change, when it had one
+  std::string reference;  // the last reference noted
+};
+
+std::vector<std::string_view> SplitTabs(std::string_view line) {
+  std::vector<std::string_view> parts;
+  for (std::size_t at = 0;;) {
+    std::size_t tab = line.find('\t', at);
+    parts.push_back(line.substr(at, tab == std::string_view::npos ? std::string_view::npos : tab - at));
+    if (tab == std::string_view::npos) return parts;
+    at = tab + 1;
+  }
+}
+
+// Brings one noted document and its posting back in step. The document record is what the user
+// asked for and what every page shows, and it is written before its posting, so a record or an
+// edit cut short is completed: the document is posted again as it now stands. A deletion is
+// completed too, not undone: it was written to the audit trail before it began, and it may
+// already have let go of the payments and credit notes applied to the invoice, which nothing
+// could put back. A record file left empty was a number reserved for a document never written.
+void SettleDocument(LProfile& profile, const std::string& list, const std::string& key, const LNotedDocument& noted) {
+  const LFileStoreListBase& store = profile.MainList(list);
+  LSalesDocument document;
+  if (!store.Open(document, key)) return;
+  if (document.Fields().empty()) {
+    document.DetachWithoutSave();
+    if (!store.Delete(key)) LLogWriteFailure("unlink", store.MakeRecordPath(key), errno);
+    return;
+  }
+  if (noted.deleting) {
+    document.DetachWithoutSave();
+    if (list == kPaymentsList) {
+      (void)LPaymentFinishDelete(profile, key);
+      return;
+    }
+    for (LSalesDocumentType type : {LSalesDocumentType::kInvoice, LSalesDocumentType::kCreditNote})
+      if (LSalesDocumentKindOf(type).recordedList == list) (void)LSalesDocumentFinishDelete(profile, LSalesDocumentKindOf(type), key);
+    return;
+  }
+  if (LSalesDocumentRepost(profile, list, document, noted.oldDate, noted.reference))
+    LLogWarning("%s %s : son écriture, interrompue, a été refaite d'après le document.", list.c_str(), key.c_str());
+}
+
+// Takes back the numbers of list reserved by changes that died before writing their document: the
+// empty record files. Sales changes run under the ledger lock, which the settler holds, so no
+// live change is between reserving a number and writing its document.
+void TakeBackReservations(LProfile& profile, const std::string& list) {
+  const LFileStoreListBase& store = profile.MainList(list);
+  for (const std::string& name : LFile::ListFolder(store.GetFolder())) {
+    if (!name.ends_with(".dat")) continue;
+    std::string path = LFile::MakeFilePath(store.GetFolder(), name);
+    struct stat info {};
+    if (::stat(path.c_str(), &info) == 0 && info.st_size == 0 && ::unlink(path.c_str()) != 0)
+      LLogWriteFailure("unlink", path, errno);
+  }
+}
+
+// A sales change killed midway may have saved a document without its posting, or the other way
+// round, and moved its customer's balance or not: the documents it noted are settled, then every
+// balance is computed again from the documents.
+void SettleSalesChange(const LProfile& profile, const std::vector<std::string>& notes) {
   LProfile books(profile.GetDataStore().GetFolder());
+  std::map<std::pair<std::string, std::string>, LNotedDocument> documents;
+  std::set<std::string> reserving;
+  for (const std::string& note : notes) {
+    std::vector<std::string_view> parts = SplitTabs(note);
+    if (parts.size() == 2 && parts[0] == kNoteReserving) reserving.emplace(parts[1]);
+    if (parts.size() < 3) continue;
+    LNotedDocument& noted = documents[{std::string(parts[1]), std::string(parts[2])}];
+    if (parts[0] == kNoteDeleting) noted.deleting = true;
+    if (parts[0] != kNotePosting || parts.size() < 5) continue;
+    if (noted.oldDate.empty()) noted.oldDate = parts[3];
+    if (!parts[4].empty()) noted.reference = parts[4];
+  }
+  for (const std::string& list : reserving) TakeBackReservations(books, list);
+  for (const auto& [document, noted] : documents) SettleDocument(books, document.first, document.second, noted);
   LCheckReport report;
   LCheckCustomerBalances(books, true, report);
 }
 
 }  // namespace
+
+void LSalesChangeIntent::NotePosting(std::string_view list, std::string_view key, std::string_view oldDate,
+                                     std::string_view reference) {
+  (void)Note(std::string(kNotePosting) + "\t" + std::string(list) + "\t" + std::string(key) + "\t" +
+             std::string(oldDate) + "\t" + std::string(reference));
+}
+
+void LSalesChangeIntent::NoteReserving(std::string_view list) {
+  (void)Note(std::string(kNoteReserving) + "\t" + std::string(list));
+}
+
+void LSalesChangeIntent::NoteDeleting(std::string_view list, std::string_view key) {
+  (void)Note(std::string(kNoteDeleting) + "\t" + std::string(list) + "\t" + std::string(key));
+}
 
 void LSalesLedgerInstall() {
   static std::once_flag installed;

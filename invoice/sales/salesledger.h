@@ -5,8 +5,9 @@
 //   - checking the books also compares every customer's "Balance" with its documents;
 //   - the default chart of a new business also receives the accounts its taxes are collected
 //     into (taxaccounts.h);
-//   - a sales change killed midway (LSalesChangeIntent) has every customer balance computed
-//     again from the documents by the next holder of the ledger lock;
+//   - a sales change killed midway (LSalesChangeIntent) has the documents it noted brought back
+//     in step with their postings, and every customer balance computed again from the
+//     documents, by the next holder of the ledger lock;
 //   - a statement line can be posted as a customer payment from the ledger side's pages
 //     (bankpayment.h).
 #pragma once
@@ -19,11 +20,23 @@
 struct LCheckReport;
 class LProfile;
 
-// Held for the life of a change of sales documents or payments (accounts/ledgerintent.h).
+// Held for the life of a change of sales documents or payments (accounts/ledgerintent.h), inside
+// the ledger lock, which every such change holds from start to end: sales changes run one at a
+// time, and whoever finds an intent of another process knows its change died. The change notes
+// each recorded document whose posting it is about to write, change or take out, before it
+// writes anything of that document.
 inline constexpr std::string_view kSalesChangeIntentExtension = ".sales";
 class LSalesChangeIntent : public LBooksChangeIntent {
  public:
   explicit LSalesChangeIntent(const LProfile& profile) : LBooksChangeIntent(profile, kSalesChangeIntentExtension) {}
+  // The document key of list ("Invoices", "CreditNotes", "Payments") is being recorded or edited:
+  // its posting was on oldDate (empty when it had none) under reference (empty when it has none
+  // yet; noted again once taken).
+  void NotePosting(std::string_view list, std::string_view key, std::string_view oldDate, std::string_view reference);
+  // The document is being deleted; its deletion is already in the audit trail.
+  void NoteDeleting(std::string_view list, std::string_view key);
+  // A new number of list is about to be taken (an empty record file, noted once taken).
+  void NoteReserving(std::string_view list);
 };
 
 // Installs the hooks above. Call once at start-up, before any business is opened; calling

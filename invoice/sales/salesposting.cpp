@@ -14,6 +14,7 @@
 #include "invoice/shared/stock.h"
 #include "invoice/shared/taxcalc.h"
 #include "invoice/shared/taxoptions.h"
+#include "llib/gen/system.h"
 #include "llib/gen/textnum.h"
 
 namespace {
@@ -175,11 +176,9 @@ void LSalesDocumentBuildTransaction(LProfile& profile, const LSalesDocument& doc
 namespace {
 
 bool PostSalesDocument(LProfile& profile, LSalesDocument& document, bool creditNote, std::string_view userName) {
-  std::string reference = document.GetString("JournalTxnRef");
-  if (reference.empty()) reference = NewReference(profile, kSalesCounter);
+  std::string reference = LSalesDocumentTakeReference(profile, document, false);
   LLedgerTransaction txn;
   LSalesDocumentBuildTransaction(profile, document, creditNote, document.GetDate(), reference, userName, txn);
-  document.SetString("JournalTxnRef", reference);
   return LAccountTransactionRecord(profile, txn);
 }
 
@@ -193,22 +192,33 @@ bool LCreditNoteRecordTransactions(LProfile& profile, LSalesDocument& creditNote
   return PostSalesDocument(profile, creditNote, true, userName);
 }
 
-bool LPaymentRecordTransactions(LProfile& profile, LRecord& payment, std::string_view userName) {
-  std::string reference = payment.GetString("JournalTxnRef");
-  if (reference.empty()) reference = NewReference(profile, kReceiptCounter);
+std::string LSalesDocumentTakeReference(LProfile& profile, LRecord& document, bool payment) {
+  std::string reference = document.GetString("JournalTxnRef");
+  if (!reference.empty()) return reference;
+  reference = NewReference(profile, payment ? kReceiptCounter : kSalesCounter);
+  document.SetString("JournalTxnRef", reference);
+  return reference;
+}
+
+void LPaymentBuildTransaction(LProfile& profile, const LRecord& payment, std::string_view reference,
+                              std::string_view userName, LLedgerTransaction& txn) {
   LInvoiceOptions options;
   options.OpenFrom(profile);
   // A refund is the same transaction the other way round: the money leaves the deposit account.
   bool refund = payment.GetBool("IsRefund", false);
   std::string description = (refund ? "Remboursement; " : "Encaissement; ") + payment.GetString("Customer");
   long long amount = refund ? -payment.GetInt64("Amount", 0) : payment.GetInt64("Amount", 0);
-  LLedgerTransaction txn(payment.GetString("Date"), reference, kTxnTypeReceipt);
+  txn = LLedgerTransaction(payment.GetString("Date"), reference, kTxnTypeReceipt);
   const std::string& key = payment.GetPrimaryKey();
   txn.AddLine(AccountOrSlot(profile, options.GetAccountsReceivable(), kSlotReceivable), description, -amount,
               userName, "", key);
   txn.AddLine(AccountOrSlot(profile, payment.GetString("DepositAccount", kDefaultDeposit), kSlotDeposit),
               description, amount, userName, "", key);
-  payment.SetString("JournalTxnRef", reference);
+}
+
+bool LPaymentRecordTransactions(LProfile& profile, LRecord& payment, std::string_view userName) {
+  LLedgerTransaction txn;
+  LPaymentBuildTransaction(profile, payment, LSalesDocumentTakeReference(profile, payment, true), userName, txn);
   return LAccountTransactionRecord(profile, txn);
 }
 
@@ -217,4 +227,30 @@ bool LSalesDocumentRemoveTransaction(LProfile& profile, const LRecord& document,
   if (reference.empty()) return false;
   LLedgerLock lock(profile);
   return LAccountTransactionDelete(profile, date, reference);
+}
+
+bool LSalesDocumentRepost(LProfile& profile, std::string_view list, LSalesDocument& document, std::string_view oldDate,
+                          std::string_view reference) {
+  bool payment = list == kPaymentsList;
+  bool creditNote = list == LSalesDocumentKindOf(LSalesDocumentType::kCreditNote).recordedList;
+  LLedgerLock lock(profile);
+  bool keptReference = !document.GetString("JournalTxnRef").empty();
+  if (!keptReference && !reference.empty()) document.SetString("JournalTxnRef", reference);
+  std::string ref = LSalesDocumentTakeReference(profile, document, payment);
+  // The reference is kept before anything is posted under it, so that a settler that dies here
+  // leaves the next one the place to look.
+  if (!keptReference && !document.Flush()) return false;
+  std::string date = document.GetString("Date");
+  LLedgerTransaction wanted;
+  if (payment) LPaymentBuildTransaction(profile, document, ref, LGetPostingUserName(), wanted);
+  else
+    LSalesDocumentBuildTransaction(profile, document, creditNote, date, ref, LGetPostingUserName(), wanted);
+  LLedgerTransaction current;
+  bool inStep = LLedgerTransactionLoad(profile, current, date, ref) == wanted.HasLines() &&
+                (!wanted.HasLines() || LLedgerTransactionEqual(current, wanted)) &&
+                (oldDate.empty() || oldDate == date || !LLedgerTransactionTestExists(profile, oldDate, ref));
+  if (inStep) return !keptReference;
+  if (!oldDate.empty() && oldDate != date) (void)LAccountTransactionDelete(profile, oldDate, ref);
+  (void)LAccountTransactionDelete(profile, date, ref);
+  return LAccountTransactionRecord(profile, wanted);
 }

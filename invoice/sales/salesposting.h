@@ -68,6 +68,23 @@ bool LInvoiceRecordTransactions(LProfile& profile, LSalesDocument& invoice, std:
 bool LCreditNoteRecordTransactions(LProfile& profile, LSalesDocument& creditNote, std::string_view userName);
 bool LPaymentRecordTransactions(LProfile& profile, LRecord& payment, std::string_view userName);
 
+// Builds the transaction of a customer payment or refund under reference, without recording it.
+void LPaymentBuildTransaction(LProfile& profile, const LRecord& payment, std::string_view reference,
+                              std::string_view userName, LLedgerTransaction& txn);
+
+// Gives the document (an invoice or credit note; a payment when payment) the next number of its
+// counter as "JournalTxnRef" when it has none (the caller saves it) and returns its reference.
+std::string LSalesDocumentTakeReference(LProfile& profile, LRecord& document, bool payment);
+
 // Takes the document's transaction (its "JournalTxnRef" on date) out of the ledger and the
 // balances. true when there was one.
 bool LSalesDocumentRemoveTransaction(LProfile& profile, const LRecord& document, std::string_view date);
+
+// Brings the ledger back in step with a recorded invoice or credit note (list "Invoices" or
+// "CreditNotes") or a payment ("Payments") whose change a crash cut short: unless the ledger holds
+// exactly the document's transaction under its reference on its date, whatever is posted under
+// that reference on oldDate (where the change found it) and on the date goes, and the document is
+// posted again. reference stands in for a "JournalTxnRef" the document did not keep. true when
+// the ledger was changed.
+bool LSalesDocumentRepost(LProfile& profile, std::string_view list, LSalesDocument& document, std::string_view oldDate,
+                          std::string_view reference);

@@ -6,6 +6,8 @@
 #include <gtest/gtest.h>
 
 #include "accounts/accounts.h"
+#include "accounts/billpayments.h"
+#include "accounts/bills.h"
 #include "accounts/cashtxn.h"
 #include "accounts/check.h"
 #include "accounts/ledger.h"
@@ -13,6 +15,7 @@
 #include "accounts/question.h"
 #include "accounts/txntemplates.h"
 #include "invoice/shared/options.h"
+#include "invoice/shared/partyfields.h"
 #include "invoice/shared/profile.h"
 #include "tests/support/testhome.h"
 
@@ -53,6 +56,20 @@ class ChequesTest : public LHomeTest {
     request.amount = 80000;
     request.date = date;
     request.lines = {{"6410", 75000, ""}, {"6510", 5000, "Assurance"}};
+    return request;
+  }
+  // A cheque of amount cents today to the supplier "S1" (made first).
+  LChequeRequest ToSupplier(long long amount) {
+    LRecord supplier;
+    profile_.List(kSuppliersList).OpenAlways(supplier, "S1");
+    supplier.SetString("Name", "Papeterie");
+    EXPECT_TRUE(supplier.Flush());
+    LChequeRequest request;
+    request.account = "1110";
+    request.payee = "Papeterie";
+    request.amount = amount;
+    request.date = today_;
+    request.supplier = "S1";
     return request;
   }
   LProfile profile_;
@@ -120,15 +137,7 @@ TEST_F(ChequesTest, ChequeIsNumberedPostedVoidedAndTakenBackThroughTheJournal) {
 TEST_F(ChequesTest, ChequeToASupplierIsABillPaymentAndCashMovesBothSides) {
   LFixedAsker yes(true);
   std::string message, key;
-  LRecord supplier;
-  profile_.List("Suppliers").OpenAlways(supplier, "S1");
-  supplier.SetString("Name", "Papeterie");
-  ASSERT_TRUE(supplier.Flush());
-  LChequeRequest request;
-  request.account = "1110";
-  request.payee = "Papeterie";
-  request.amount = 30000;
-  request.date = today_;
+  LChequeRequest request = ToSupplier(30000);
   request.supplier = "NOBODY";
   EXPECT_FALSE(LChequeWrite(profile_, yes, request, key, &message));
   EXPECT_EQ(message, "Le fournisseur NOBODY n'existe pas.");
@@ -157,6 +166,103 @@ TEST_F(ChequesTest, ChequeToASupplierIsABillPaymentAndCashMovesBothSides) {
   ASSERT_TRUE(LedgerTransactionDelete(profile_, today_.ToText(), key));
   EXPECT_FALSE(profile_.List(kCashTransactionsList).TestRecordExists(key));
   EXPECT_EQ(Total("1190"), -1500);
+  ExpectBooksInStep();
+}
+
+TEST_F(ChequesTest, ChequeSettlesBillsAndVoidingItGivesThemBack) {
+  LFixedAsker yes(true);
+  std::string message, key;
+  LChequeRequest request = ToSupplier(15000);
+  auto bill = [&](long long amount) {
+    LBill record;
+    record.SetString("Supplier", "S1");
+    record.SetString("Date", today_.ToText());
+    record.AddItemLine("6410", amount, "");
+    EXPECT_TRUE(LBillSave(profile_, record, "test"));
+    return record.GetPrimaryKey();
+  };
+  std::string first = bill(10000), second = bill(20000);
+  auto paid = [&](const std::string& key) {
+    LBill record;
+    profile_.List(kBillsList).Open(record, key);
+    return record.GetInt64("AmountPaid", -1);
+  };
+  auto balance = [&] {
+    LRecord record;
+    profile_.List(kSuppliersList).Open(record, "S1");
+    return record.GetInt64("Balance", -1);
+  };
+
+  // The bill payments' rules, and nothing written when one refuses.
+  request.applications = {{first, 10000}, {second, 10000}};
+  EXPECT_FALSE(LChequeWrite(profile_, yes, request, key, &message));
+  EXPECT_EQ(message, "Le total appliqué aux factures ($200.00) dépasse le montant du règlement ($150.00).");
+  request.applications = {{first, 10001}};
+  EXPECT_FALSE(LChequeWrite(profile_, yes, request, key, &message));
+  EXPECT_EQ(message, "Le montant appliqué à la facture " + first +
+                         " doit être compris entre 0 et ce qu'elle doit encore ($100.00).");
+  LChequeRequest unnamed = request;
+  unnamed.supplier.clear();
+  EXPECT_FALSE(LChequeWrite(profile_, yes, unnamed, key, &message));
+  EXPECT_EQ(message, "Seul un chèque à un fournisseur peut régler des factures.");
+  EXPECT_TRUE(LChequeKeys(profile_).empty());
+  EXPECT_FALSE(profile_.List(kBillPaymentsList).TestRecordExists("1"));
+  EXPECT_EQ(LChequeNextNumber(profile_, "1110"), 1);
+
+  request.applications = {{first, 10000}, {second, 5000}};
+  ASSERT_TRUE(LChequeWrite(profile_, yes, request, key, &message)) << message;
+  LCheque cheque;
+  ASSERT_TRUE(profile_.List(kChequesList).Open(cheque, key));
+  std::string payment = cheque.GetBillPayment();
+  EXPECT_EQ(paid(first), 10000);
+  EXPECT_EQ(paid(second), 5000);
+  EXPECT_EQ(balance(), 15000);
+  // The cheque holds the payment's figures: only its applications may change.
+  LBillPaymentRequest changed{"S1", 12000, today_.ToText(), "", "", "", {}};
+  EXPECT_FALSE(LBillPaymentEdit(profile_, payment, changed, message));
+  EXPECT_EQ(message, "Le règlement « " + payment + " » est le chèque n° 1 : seules ses imputations et ses notes peuvent changer.");
+  ASSERT_TRUE(LBillPaymentApply(profile_, payment, second, 4000, message)) << message;
+  EXPECT_EQ(paid(second), 4000);
+  ExpectBooksInStep();
+
+  // Voided: the bills and the supplier owe again what the cheque paid; the payment stays, void.
+  LDate later = today_.AddDays(3);
+  ASSERT_TRUE(LChequeVoid(profile_, yes, key, later, &message)) << message;
+  EXPECT_EQ(Rows(later.ToText(), key + "V"), (std::vector<std::string>{"2210 -15000", "1110 15000"}));
+  EXPECT_EQ(paid(first), 0);
+  EXPECT_EQ(paid(second), 0);
+  EXPECT_EQ(balance(), 30000);
+  EXPECT_EQ(Total("1110"), 0);
+  LRecord record;
+  ASSERT_TRUE(profile_.List(kBillPaymentsList).Open(record, payment));
+  EXPECT_TRUE(LBillPaymentIsVoid(record));
+  EXPECT_EQ(LBillPaymentUnapplied(record), 0);
+  record.DetachWithoutSave();
+  EXPECT_FALSE(LBillPaymentApply(profile_, payment, first, 100, message));
+  EXPECT_EQ(message, "Le règlement « " + payment + " » est annulé : il ne peut plus être modifié.");
+  ExpectBooksInStep();
+
+  // Meanwhile the second bill is paid otherwise; the voiding undone from the journal, the cheque
+  // takes back what the bills still owe.
+  std::string reference;
+  ASSERT_TRUE(LBillPaymentCreate(profile_, {"S1", 20000, later.ToText(), "", "", "", {{second, 20000}}}, reference, message));
+  ASSERT_TRUE(LedgerTransactionDelete(profile_, later.ToText(), key + "V"));
+  EXPECT_EQ(paid(first), 10000);
+  EXPECT_EQ(paid(second), 20000);
+  EXPECT_EQ(balance(), -5000);
+  ASSERT_TRUE(profile_.List(kBillPaymentsList).Open(record, payment));
+  EXPECT_EQ(LBillPaymentUnapplied(record), 5000);
+  record.DetachWithoutSave();
+  ExpectBooksInStep();
+
+  // Voided again, then its own transaction deleted: cheque, payment and reversal all go.
+  ASSERT_TRUE(LChequeVoid(profile_, yes, key, later, &message)) << message;
+  ASSERT_TRUE(LedgerTransactionDelete(profile_, today_.ToText(), key));
+  EXPECT_TRUE(LChequeKeys(profile_).empty());
+  EXPECT_FALSE(profile_.List(kBillPaymentsList).TestRecordExists(payment));
+  EXPECT_TRUE(Rows(later.ToText(), key + "V").empty());
+  EXPECT_EQ(balance(), 10000);
+  EXPECT_EQ(Total("1110"), -20000);
   ExpectBooksInStep();
 }
 

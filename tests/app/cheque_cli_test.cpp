@@ -1,6 +1,7 @@
 // kontavo cheque, cash and template end to end: what each prints, refuses (word for word, exit 1)
 // and takes as wrong usage (exit 2), a cheque named by its number when two bank accounts have
-// one of that number, and a template used with a new total.
+// one of that number, a cheque paying a supplier's bills and voided, and a template used with a
+// new total.
 #include <gtest/gtest.h>
 
 #include "tests/app/clitest.h"
@@ -47,6 +48,51 @@ TEST_F(ChequeCliTest, ChequesAreNamedByNumberPerAccountAndCashAndTemplatesPost) 
   std::string ledger = LExpectSuccess({"ledger", "--account", "6510"});
   EXPECT_NE(ledger.find("GJ10000\tGeneral\t6510\tLoyer mensuel\t62.50"), std::string::npos) << ledger;
   LExpectRefused({"template", "use", "Absent"}, "Le modèle « Absent » n'existe pas.");
+  LExpectSuccess({"check"});
+}
+
+TEST_F(ChequeCliTest, ChequeToASupplierPaysChosenBillsAndVoidingItGivesThemBack) {
+  LExpectSuccess({"supplier", "add", "S1", "Name=Fournil"});
+  EXPECT_EQ(LExpectSuccess({"bill", "add", "--supplier", "S1", "--date", "2026-03-01", "6410:100"}), "PRC10000\n");
+  EXPECT_EQ(LExpectSuccess({"bill", "add", "--supplier", "S1", "--date", "2026-03-02", "6410:200"}), "PRC10001\n");
+  auto cheque = [](std::vector<std::string> extra) {
+    std::vector<std::string> args{"cheque", "add", "--account", "1110", "--payee", "Fournil", "--supplier", "S1",
+                                  "--date", "2026-03-10"};
+    args.insert(args.end(), extra.begin(), extra.end());
+    return args;
+  };
+  auto field = [](const char* list, const char* key, const char* name) {
+    return LExpectSuccess({"record", "get", list, key, name});
+  };
+  LExpectUsageErrors({cheque({"--amount", "150", "--auto", "--apply", "PRC10000=100"}),
+                      cheque({"--amount", "150", "--apply", "PRC10000"})});
+  LExpectRefused(cheque({"--amount", "150", "--apply", "PRC10001=250"}),
+                 "Le montant appliqué à la facture PRC10001 doit être compris entre 0 et ce qu'elle doit encore "
+                 "($200.00).");
+  EXPECT_EQ(LExpectSuccess(cheque({"--amount", "150", "--apply", "PRC10000=100", "--apply", "PRC10001=50"})),
+            "PMT10000\n");
+  EXPECT_EQ(field("Bills", "PRC10000", "AmountPaid"), "10000\n");
+  EXPECT_EQ(field("Bills", "PRC10001", "AmountPaid"), "5000\n");
+  EXPECT_EQ(field("Suppliers", "S1", "Balance"), "15000\n");
+
+  EXPECT_EQ(LExpectSuccess({"cheque", "void", "1", "--date", "2026-03-12"}), "PMT10000\n");
+  EXPECT_EQ(field("Bills", "PRC10000", "AmountPaid"), "0\n");
+  EXPECT_EQ(field("Bills", "PRC10001", "AmountPaid"), "0\n");
+  EXPECT_EQ(field("Suppliers", "S1", "Balance"), "30000\n");
+  EXPECT_EQ(field("BillPayments", "1", "Void"), "1\n");
+  // The books hold the payment and its reversal, both the payment's.
+  EXPECT_EQ(LExpectSuccess({"ledger", "--from", "2026-03-10"}),
+            "2026-03-10\tPMT10000\tPaiements\t2210\tChèque n° 1; Fournil\t150.00\t1\n"
+            "2026-03-10\tPMT10000\tPaiements\t1110\tChèque n° 1; Fournil\t-150.00\t1\n"
+            "2026-03-12\tPMT10000V\tPaiements\t2210\tAnnulation du chèque n° 1\t-150.00\t1\n"
+            "2026-03-12\tPMT10000V\tPaiements\t1110\tAnnulation du chèque n° 1\t150.00\t1\n");
+  LExpectSuccess({"check"});
+
+  // The next cheque spreads its amount, first due first.
+  EXPECT_EQ(LExpectSuccess(cheque({"--amount", "120", "--auto"})), "PMT10001\n");
+  EXPECT_EQ(field("Bills", "PRC10000", "AmountPaid"), "10000\n");
+  EXPECT_EQ(field("Bills", "PRC10001", "AmountPaid"), "2000\n");
+  EXPECT_EQ(field("Suppliers", "S1", "Balance"), "18000\n");
   LExpectSuccess({"check"});
 }
 

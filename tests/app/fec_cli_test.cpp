@@ -60,7 +60,7 @@ class FecCli : public LHomeTest {
     Run({"payment", "add", "--customer", "C1", "--amount", "250", "--date", "2026-03-01", "--apply", "1=100", "2=150"});
     Run({"invoice", "new", "--customer", "C2", "--date", "2026-04-01", "--untaxed", "--line", "|Buffet|1|80|Aucun|"});
     Run({"bill", "add", "--supplier", "S1", "--date", "2026-01-20", "6110:300"});
-    Run({"billpayment", "add", "--supplier", "S1", "--amount", "300", "--date", "2026-02-20"});
+    Run({"billpayment", "add", "--supplier", "S1", "--amount", "300", "--date", "2026-02-20", "--apply", "PRC10000=300"});
     Run({"journal", "add", "--date", "2026-05-01", "--ref", "GJ2", "--desc", "Loyer | mai", "dr:6410:100",
          "cr:1110:100"});
     Run({"journal", "add", "--date", "2026-05-02", "--ref", "GJ3", "--desc", "Erreur", "dr:6410:7", "cr:1110:7"});
@@ -137,12 +137,19 @@ TEST_F(FecCli, AYearPassesTheCheckerAndAddsUpToTheTrialBalance) {
 }
 
 TEST_F(FecCli, CustomerAndSupplierLinesCarryTheirAccountAndLettering) {
+  // A second bill, partly paid; a cheque applied to it then voided pairs with its reversal.
+  Run({"bill", "add", "--supplier", "S1", "--date", "2026-03-05", "6110:200"});
+  Run({"billpayment", "add", "--supplier", "S1", "--amount", "80", "--date", "2026-03-15", "--apply", "PRC10001=80"});
+  Run({"cheque", "add", "--account", "1110", "--payee", "Fournil", "--amount", "50", "--supplier", "S1", "--date",
+       "2026-03-20", "--apply", "PRC10001=50"});
+  Run({"cheque", "void", "1", "--date", "2026-03-25"});
   std::vector<LFecLine> lines = ReadFec(LReadFile(Export()));
   std::vector<std::string> receivables;  // "reference aux letter dateLet"
   for (std::size_t i = 1; i < lines.size(); ++i)
     if (const LFecLine& line = lines[i]; !line[6].empty()) receivables.push_back(line[8] + " " + line[6] + " " + line[7] + " " + line[13] + " " + line[14]);
-  // The supplier is settled first (20 February), the customer's invoices 1 and 2 on 1 March;
-  // invoice 3 stays open. The customer's name lacks "Ł" in ISO-8859-15: it shows as "?".
+  // The first bill is settled first (20 February), the customer's invoices 1 and 2 on 1 March,
+  // the voided cheque by its reversal on 25 March; the second bill, its partial payment and
+  // invoice 3 stay open. The customer's name lacks "Ł" in ISO-8859-15: it shows as "?".
   EXPECT_EQ(receivables, (std::vector<std::string>{
                              "SLS10000 C1 Dupont & Fils B 20260301",
                              "PRC10000 S1 Fournil A 20260220",
@@ -150,6 +157,10 @@ TEST_F(FecCli, CustomerAndSupplierLinesCarryTheirAccountAndLettering) {
                              "SLS10002 C1 Dupont & Fils B 20260301",
                              "PMT10000 S1 Fournil A 20260220",
                              "REC10000 C1 Dupont & Fils B 20260301",
+                             "PRC10001 S1 Fournil  ",
+                             "PMT10001 S1 Fournil  ",
+                             "PMT10002 S1 Fournil C 20260325",
+                             "PMT10002V S1 Fournil C 20260325",
                              "SLS10003 C2 ?ukasz W\xF3jcik  ",
                          }));
 }

@@ -160,6 +160,18 @@ TEST_F(WebPurchasesTest, ABillPartlyPaidAndWhatIsOwedByDueDate) {
   EXPECT_EQ(Field("Suppliers", "DUP", "Balance"), "0\n");
   EXPECT_EQ(LRunKontavo({"ledger"}).out, "");
   EXPECT_EQ(LRunKontavo({"check"}).exitCode, 0);
+  // A payment made by a cheque, voided, goes with its cheque and both its postings.
+  ASSERT_EQ(LRunKontavo({"cheque", "add", "--account", "512000", "--payee", "Dupont", "--amount", "5", "--supplier",
+                         "DUP"}).exitCode, 0);
+  ASSERT_EQ(LRunKontavo({"cheque", "void", "1"}).exitCode, 0);
+  std::string payment = LRunKontavo({"record", "list", "BillPayments"}).out;
+  ASSERT_FALSE(payment.empty());
+  payment.pop_back();
+  EXPECT_EQ(Location("billpaymentdelete?id=" + payment), "billpaymentlist");
+  EXPECT_EQ(LRunKontavo({"cheque", "list"}).out, "");
+  EXPECT_EQ(LRunKontavo({"ledger"}).out, "");
+  EXPECT_EQ(Field("Suppliers", "DUP", "Balance"), "0\n");
+  EXPECT_EQ(LRunKontavo({"check"}).exitCode, 0);
 }
 
 TEST_F(WebPurchasesTest, APurchaseOrderBecomesABillOnceAndItsGoodsComeInOnce) {

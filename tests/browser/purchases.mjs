@@ -1,8 +1,8 @@
 // The purchase side in a real browser: Debian's chromium, headless, driven by playwright-core,
 // against a real `kontavo serve` in a fresh French business: a supplier entered in its dialog, a
 // purchase order turned into a bill when the goods arrive, a partial payment of the bill, the
-// supplier's balance and what is owed by due date; then `kontavo check` is clean and the ledger
-// holds exactly the two transactions expected. A screenshot of each screen goes to the output
+// supplier's balance and what is owed by due date, a cheque settling the rest of the bill then
+// voided; then `kontavo check` is clean and the ledger holds exactly the transactions expected. A screenshot of each screen goes to the output
 // folder. Usage: node purchases.mjs KONTAVO_BINARY OUTPUT_FOLDER
 import { execFileSync } from 'node:child_process';
 import { mkdtempSync, mkdirSync, rmSync } from 'node:fs';
@@ -116,6 +116,39 @@ try {
   assert.match(payable, /DUP[\s\S]*26,00\s€/);
   await snap(page, 'accpayable');
 
+  // ---- A cheque settling the rest of the bill, then voided -----------------------------------
+  await page.goto(base + 'cashtxn');
+  await page.fill('[id="103"]', '26,00');
+  await page.selectOption('[id="107"]', 'DUP');
+  await page.locator('#billstopay').waitFor();
+  // Shown again for the supplier: the amount stays, the payee is the supplier's name.
+  assert.equal(await page.locator('[id="103"]').inputValue(), '26,00');
+  assert.equal(await page.locator('[id="104"]').inputValue(), 'Dupont Fournitures SA');
+  assert.match(await page.locator('#billstopay').innerText(), /PRC10000[\s\S]*36,00\s€[\s\S]*26,00\s€/);
+  await page.fill('[id="30000"]', '27,00');
+  await page.click('input[name=submit][value="Enregistrer"]');
+  await page.locator('#errorTag').waitFor();
+  assert.match(await page.locator('#errorTag').innerText(), /ce qu'elle doit encore \(26,00\s€\)/);
+  await page.fill('[id="30000"]', '26,00');
+  await snap(page, 'cheque-to-supplier');
+  await page.click('input[name=submit][value="Enregistrer"]');
+  await page.waitForURL(/checklist/);
+  assert.match(await page.locator('table.hltbl').innerText(), /Dupont Fournitures SA\s+26,00\s€\s+Règlement fournisseur/);
+  await page.goto(base + 'supplierinfo?id=DUP');
+  assert.match(await page.locator('body').innerText(), /Solde dû : 0,00\s€/);
+  await page.goto(base + 'checklist');
+  await page.click('table.hltbl a:has-text("Annuler")');
+  await page.waitForURL(/checkvoid/);
+  await page.click('input[name=submit][value="Annuler le chèque"]');
+  await page.waitForURL(/checklist/);
+  assert.match(await page.locator('table.hltbl').innerText(), /Annulé le/);
+  await snap(page, 'cheque-voided');
+  await page.goto(base + 'supplierinfo?id=DUP');
+  assert.match(await page.locator('body').innerText(), /Solde dû : 26,00\s€/);
+  await page.goto(base + 'billpaymentlist');
+  assert.match(await page.locator('#listblock').innerText(), /Chèque annulé le/);
+  await snap(page, 'billpaymentlist-voided');
+
   assert.deepEqual(problems, [], 'no script errors on the pages');
 } finally {
   await browser.close();
@@ -123,7 +156,7 @@ try {
   await new Promise((resolve) => server.on('exit', resolve));
 }
 
-// ---- The books after the flow: clean, and exactly the bill and the payment -----------------
+// ---- The books after the flow: clean, and exactly the bill, the payment, the cheque and its void ----
 try {
   run(['check']);
   const lines = run(['ledger']).trim().split('\n').map((line) => line.split('\t'));
@@ -131,9 +164,12 @@ try {
   assert.deepEqual(summary, [
     'PRC10000 Achats 401000 -36.00', 'PRC10000 Achats 607000 30.00', 'PRC10000 Achats 445660 6.00',
     'PMT10000 Paiements 401000 10.00', 'PMT10000 Paiements 512000 -10.00',
+    'PMT10001 Paiements 401000 26.00', 'PMT10001 Paiements 512000 -26.00',
+    'PMT10001V Paiements 401000 -26.00', 'PMT10001V Paiements 512000 26.00',
   ]);
   assert.equal(run(['record', 'get', 'Suppliers', 'DUP', 'Balance']), '2600\n');
   assert.equal(run(['record', 'get', 'Bills', 'PRC10000', 'AmountPaid']), '1000\n');
+  assert.equal(run(['record', 'get', 'BillPayments', '2', 'Void']), '1\n');
   console.log(`browser test passed; screenshots in ${output}`);
 } finally {
   rmSync(home, { recursive: true, force: true });
