@@ -174,7 +174,7 @@ class LWebPrintViewPage : public LWebDocumentPage {
 class LWebShipLabelInstructionsPage : public LWebDocumentPage {
  public:
   explicit LWebShipLabelInstructionsPage(LWebletForm& form) : LWebDocumentPage(form, "Étiquette d'expédition") {}
-  void GenerateDocument(LProfile& profile, const LSalesDocument& document) override {
+  void GenerateDocument(LProfile&, const LSalesDocument& document) override {
     std::string query = KindQuery(kind_, key_);
     std::string tracking = document.GetString("TrackingRef");
     form_.Write(LWebFormat(
