@@ -6,6 +6,7 @@
 #include "accounts/ledgerlock.h"
 #include "invoice/shared/options.h"
 #include "invoice/shared/profile.h"
+#include "llib/gen/moneybounds.h"
 #include "llib/gen/textnum.h"
 
 // ---- Names ------------------------------------------------------------------------------------
@@ -84,7 +85,7 @@ void MarkUsed(LAccount& account) {
 
 void LAccount::AddToBucket(int monthIndex, long long amount) {
   std::string field = LAccountBucketField(monthIndex);
-  SetInt64(field, GetInt64(field, 0) + amount);
+  SetInt64(field, LMoneySum(GetInt64(field, 0), amount));
   if (!TestFieldExists("BalanceFirst") || GetInt("BalanceFirst", 0) > monthIndex) SetInt("BalanceFirst", monthIndex);
   MarkUsed(*this);
 }
@@ -96,11 +97,11 @@ void LAccount::AddBalance(int year, int month, long long amount) {
 
 void LAccount::MoveBalance(int monthIndex, long long amount) {
   AddToBucket(monthIndex, amount);
-  SetInt64("TotalBalance", GetTotalBalance() + amount);
+  SetInt64("TotalBalance", LMoneySum(GetTotalBalance(), amount));
 }
 
 void LAccount::IncrementTotalBalance(long long amount) {
-  SetInt64("TotalBalance", GetTotalBalance() + amount);
+  SetInt64("TotalBalance", LMoneySum(GetTotalBalance(), amount));
   MarkUsed(*this);
   Flush();
 }
@@ -112,7 +113,7 @@ long long LAccount::GetBalanceAtEndOfMonth(int year, int month) const {
   int last = year * 12 + month - 1;
   if (!TestFieldExists("BalanceFirst")) return balance;
   for (int index = GetInt("BalanceFirst", 0); index <= last; ++index)
-    balance += GetInt64(LAccountBucketField(index), 0);
+    balance = LMoneySum(balance, GetInt64(LAccountBucketField(index), 0));
   return balance;
 }
 

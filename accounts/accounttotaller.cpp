@@ -10,6 +10,7 @@
 #include "accounts/ledgeriterator.h"
 #include "invoice/shared/profile.h"
 #include "llib/gen/date.h"
+#include "llib/gen/moneybounds.h"
 
 namespace {
 
@@ -41,7 +42,7 @@ long long RecordAmount(const LAccount& account, const LAccountTotalerSplit& spli
   for (const LRecordField& field : account.Fields()) {
     int monthIndex = 0;
     if (field.deleted || !LAccountParseBucketField(field.name, monthIndex)) continue;
-    if (monthIndex >= lowest && monthIndex <= split.endIndex) amount += std::strtoll(field.text.c_str(), nullptr, 10);
+    if (monthIndex >= lowest && monthIndex <= split.endIndex) amount = LMoneySum(amount, std::strtoll(field.text.c_str(), nullptr, 10));
   }
   return amount;
 }
@@ -90,7 +91,7 @@ bool StartsWith(std::string_view text, std::string_view prefix) {
 void LAccountTotalerList::AddBalanceToAccount(std::string_view number, long long amount) {
   for (auto& item : items_)
     if (item.number == number) {
-      item.amount += amount;
+      item.amount = LMoneySum(item.amount, amount);
       return;
     }
 }
@@ -99,7 +100,7 @@ void LAccountTotalerList::AddOrInsert(const LAccountTotalerItem& item) {
   auto it = items_.begin();
   for (; it != items_.end() && it->number <= item.number; ++it)
     if (it->number == item.number && it->description == item.description) {
-      it->amount += item.amount;
+      it->amount = LMoneySum(it->amount, item.amount);
       return;
     }
   items_.insert(it, item);
@@ -178,9 +179,9 @@ void CalculateSubAccounts(LAccountTotalerProcess& totaler, std::string_view head
       long long sub = 0;
       std::string number = it->number;
       CalculateSubAccounts(totaler, number, sub, type, subClass, multiplier, true);
-      total += sub;
+      total = LMoneySum(total, sub);
     } else {
-      total += it->amount * multiplier;
+      total = LMoneySum(total, it->amount * multiplier);
     }
     it = items.erase(it);
   }

@@ -16,6 +16,7 @@
 #include "invoice/shared/profile.h"
 #include "invoice/shared/stock.h"
 #include "llib/gen/money.h"
+#include "llib/gen/moneybounds.h"
 
 namespace {
 
@@ -152,8 +153,8 @@ bool LBillRecordTransactions(LProfile& profile, LBill& bill, std::string_view us
 
 long long LBillSumTotal(const LProfile& profile, const LBill& bill) {
   long long total = 0;
-  for (int line = 1; line <= bill.GetItemCount(); ++line) total += bill.GetItemAmount(profile, line);
-  for (int tax = 1, nTaxes = LBillTaxCount(profile); tax <= nTaxes; ++tax) total += bill.GetTaxAmount(tax);
+  for (int line = 1; line <= bill.GetItemCount(); ++line) total = LMoneySum(total, bill.GetItemAmount(profile, line));
+  for (int tax = 1, nTaxes = LBillTaxCount(profile); tax <= nTaxes; ++tax) total = LMoneySum(total, bill.GetTaxAmount(tax));
   return total;
 }
 

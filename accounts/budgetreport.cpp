@@ -6,12 +6,10 @@
 
 #include "accounts/accounts.h"
 #include "accounts/accounttotaller.h"
+#include "accounts/reportperiods.h"
 #include "invoice/shared/profile.h"
 
 namespace {
-
-constexpr const char* kMonths[] = {"janvier", "février", "mars",      "avril",   "mai",      "juin",
-                                   "juillet", "août",    "septembre", "octobre", "novembre", "décembre"};
 
 // "12,5 %" of difference against budget, rounded to a tenth; "" without a budget.
 std::string Percent(long long difference, long long budget) {
@@ -87,7 +85,7 @@ bool LBudgetReport(LProfile& profile, const LBudget& budget, const LDTPeriod& pe
       long long planned = month.budgetMonth >= 0 ? line.months[month.budgetMonth] : 0;
       auto found = month.actual.find(line.account);
       long long actual = found == month.actual.end() ? 0 : found->second;
-      AddFigures(table, LReportRowKind::kAccount, std::string(kMonths[month.first.month - 1]) + " " +
+      AddFigures(table, LReportRowKind::kAccount, std::string(LMonthName(month.first.month)) + " " +
                  std::to_string(month.first.year), planned, actual, 1);
       lineBudget += planned;
       lineActual += actual;

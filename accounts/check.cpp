@@ -11,6 +11,8 @@
 #include "accounts/suppliers.h"
 #include "invoice/shared/profile.h"
 #include "llib/gen/date.h"
+#include "llib/gen/money.h"
+#include "llib/gen/moneybounds.h"
 
 namespace {
 
@@ -86,17 +88,23 @@ bool LLedgerWalk::Run(LProcessInterface& process, const std::map<std::string, bo
     const LLedgerJournalLine& line = it.line;
     // The month comes from the file: postings were counted on the day of the file they went to.
     if (line.date != day.ToText()) Problem(it, "date différente de celle du fichier", it.GetRowText());
+    long long exact = 0;
     if (!IsWrittenAmount(it.GetAmountText())) Problem(it, "montant illisible", it.GetRowText());
+    // Read back held at the ceiling, such a line would make every figure built on it wrong.
+    else if (!LParseAmount(it.GetAmountText(), 2, exact))
+      Problem(it, "montant au-delà du plafond de " + LFormatAmountPlain(kMoneyMaxMinorUnits, 2), it.GetRowText());
     auto known = knownAccounts.find(line.account);
     if (known == knownAccounts.end()) {
       Problem(it, "compte inconnu", it.GetRowText());
     } else {
       LAccountFigures& figures = figures_[line.account];
-      figures.sum += line.amount;
-      figures.buckets[day.MonthIndex()] += line.amount;
+      figures.sum = LMoneySum(figures.sum, line.amount);
+      long long& bucket = figures.buckets[day.MonthIndex()];
+      bucket = LMoneySum(bucket, line.amount);
       figures.hasRows = true;
     }
-    txnSums_[LowerAscii(line.reference)] += line.amount;
+    long long& txnSum = txnSums_[LowerAscii(line.reference)];
+    txnSum = LMoneySum(txnSum, line.amount);
   }
   CloseFile();
   return true;
@@ -109,7 +117,7 @@ void CheckAccount(LAccount& account, const LAccountFigures& figures, bool fix, L
   auto differ = [&](std::string field, long long stored, long long computed) {
     if (stored != computed) report.differences.push_back({std::string(kAccountsList), key, std::move(field), stored, computed, false});
   };
-  differ("TotalBalance", account.GetTotalBalance(), account.GetOpeningBalance() + figures.sum);
+  differ("TotalBalance", account.GetTotalBalance(), LMoneySum(account.GetOpeningBalance(), figures.sum));
   std::map<int, long long> stored;
   for (const auto& [monthIndex, amount] : account.GetMonthBuckets()) stored[monthIndex] = amount;
   std::map<int, long long> all = stored;

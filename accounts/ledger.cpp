@@ -17,6 +17,8 @@
 #include "llib/gen/date.h"
 #include "llib/gen/file.h"
 #include "llib/gen/filelock.h"
+#include "llib/gen/log.h"
+#include "llib/gen/moneybounds.h"
 
 namespace {
 
@@ -62,8 +64,21 @@ void LReconcileGetCSVFilePath(const LProfile& profile, LTextBuffer& out, std::st
 
 namespace {
 
+// A line beyond the money ceiling would not read back as it was written: the posting is refused
+// whole, before anything is written. What reaches here was refused with a message where it was
+// typed or imported; this guards the books against every other way in.
+bool LinesWithinBounds(const LLedgerTransaction& txn) {
+  for (const auto& line : txn.Lines())
+    if (!LMoneyIsWithinBounds(line.amount)) {
+      LLogError("Écriture %s refusée : montant %lld au-delà du plafond", txn.GetReference().c_str(), line.amount);
+      return false;
+    }
+  return true;
+}
+
 // Appends txn's rows; with an intent, writes it once the place of the rows is known.
 bool AppendRows(const LProfile& profile, const LLedgerTransaction& txn, LLedgerIntent* intent) {
+  if (!LinesWithinBounds(txn)) return false;
   LTextBuffer path;
   if (!LLedgerGetCSVFilePath(profile, path, txn.GetDate())) return false;
   // Deletes replace a day file by renaming: the lock is taken on the file the path names.

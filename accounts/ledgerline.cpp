@@ -5,6 +5,10 @@
 #include "accounts/ledger.h"
 #include "llib/gen/csv.h"
 #include "llib/gen/file.h"
+#include "llib/gen/moneybounds.h"
+
+// The ledger reads back every amount up to the money ceiling and no further.
+static_assert(kLedgerMaxWholeUnits * 100 + 99 == kMoneyMaxMinorUnits);
 
 namespace {
 
@@ -127,7 +131,7 @@ LLedgerJournalLine& LLedgerTransaction::AppendLine(LLedgerJournalLine line) {
 
 long long LLedgerTransaction::Sum() const {
   long long sum = 0;
-  for (const auto& line : lines_) sum += line.amount;
+  for (const auto& line : lines_) sum = LMoneySum(sum, line.amount);
   return sum;
 }
 

@@ -3,6 +3,8 @@
 // of the end date (profit and loss, cash flow) or to everything up to it (trial balance); the end
 // date defaults to the request's date.
 #include <algorithm>
+#include <cmath>
+#include <cstdlib>
 
 #include "accounts/accounts.h"
 #include "accounts/accounttotaller.h"
@@ -10,11 +12,13 @@
 #include "accounts/budgetreport.h"
 #include "accounts/ca3.h"
 #include "accounts/cfstmt.h"
+#include "accounts/mileagereport.h"
 #include "accounts/chartofaccounts.h"
 #include "accounts/profitandloss.h"
 #include "accounts/reconcile.h"
 #include "accounts/reportcatalog.h"
 #include "accounts/trialbalance.h"
+#include "accounts/vehicles.h"
 #include "invoice/shared/profile.h"
 #include "invoice/shared/agingreport.h"
 #include "invoice/shared/customerstatementreport.h"
@@ -200,6 +204,16 @@ bool BuildBudget(LProfile& profile, const LReportRequest& request, LReportTable&
   return LBudgetReport(profile, budget, period, table, error);
 }
 
+// The trips and allowances of the vehicle named by the request's subject (every vehicle when none)
+// over the period (the calendar year of the end date when none is given).
+bool BuildMileage(LProfile& profile, const LReportRequest& request, LReportTable& table, std::string& error) {
+  LDTPeriod period = YearPeriod(request);
+  LDate from, to;
+  (void)LDate::Parse(period.from, from);
+  (void)LDate::Parse(period.to, to);
+  return LMileageReport(profile, request.subject, from, to, table, error);
+}
+
 constexpr LReportEntry kReports[] = {
     {"pl", "Compte de résultat", kStatements, kReportAsksPeriod | kReportConsolidates, BuildProfitAndLoss},
     {"pl-compare", "Compte de résultat comparatif", kStatements,
@@ -227,10 +241,21 @@ constexpr LReportEntry kReports[] = {
     {"vat-obligations", "Obligations de TVA (HMRC)", kVat, 0, BuildVatObligations},
     {"budget", "Budget et réalisé", "Budgets", kReportAsksPeriod | kReportAsksSubject, BuildBudget, "budgetreports",
      LBudgetNames, "Budget :"},
+    {"mileage", "Indemnités kilométriques", "Kilométrage", kReportAsksPeriod | kReportAsksSubject, BuildMileage,
+     "mileagereports", LVehicleKeys, "Véhicule :", "Tous les véhicules"},
     {"reconcile", "Rapprochement bancaire", kBank, kReportAsksDate | kReportAsksAccount, BuildReconcile},
 };
 
 }  // namespace
+
+bool LReportParseFactor(std::string_view text, double& factor) {
+  std::string number(text);
+  if (number.empty() || number.find_first_not_of("0123456789.,-") != std::string::npos) return false;
+  if (std::size_t comma = number.find(','); comma != std::string::npos) number[comma] = '.';
+  char* end = nullptr;
+  factor = std::strtod(number.c_str(), &end);
+  return *end == '\0' && std::isfinite(factor);
+}
 
 std::span<const LReportEntry> LReportEntries() { return kReports; }
 

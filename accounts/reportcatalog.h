@@ -65,7 +65,13 @@ struct LReportEntry {
   std::string_view chooser = {};     // the web route that asks for it, when it has its own
   LReportSubjects subjects = nullptr;  // with kReportAsksSubject: what may be chosen
   std::string_view subjectLabel = {};  // and the label of that choice ("Budget :")
+  std::string_view subjectAll = {};    // when the subject may be left out: what that choice reads
+                                       // ("Tous les véhicules"); empty: a subject is required
 };
+
+// A consolidation factor as typed: a finite decimal number with "." or "," before its decimals
+// ("0.5", "1,25", "2"); false for anything else.
+[[nodiscard]] bool LReportParseFactor(std::string_view text, double& factor);
 
 // Every report, grouped: the entries of one group follow each other.
 std::span<const LReportEntry> LReportEntries();

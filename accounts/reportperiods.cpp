@@ -87,3 +87,9 @@ bool LReportFromOf(LProfile& profile, std::string_view code, const LDate& today,
   else return false;
   return true;
 }
+
+std::string_view LMonthName(int month) {
+  static constexpr std::string_view kMonths[] = {"janvier", "février", "mars",      "avril",   "mai",      "juin",
+                                                 "juillet", "août",    "septembre", "octobre", "novembre", "décembre"};
+  return month >= 1 && month <= 12 ? kMonths[month - 1] : std::string_view();
+}

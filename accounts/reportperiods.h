@@ -33,3 +33,5 @@ bool LReportDateOf(LProfile& profile, std::string_view code, const LDate& today,
 // The first day of a from code; "beginning" gives an invalid date (from the beginning). false for
 // "custom" or an unknown code (from unchanged).
 bool LReportFromOf(LProfile& profile, std::string_view code, const LDate& today, LDate& from);
+// The French name of month 1 to 12 ("janvier" ... "décembre"), as reports name a month.
+std::string_view LMonthName(int month);

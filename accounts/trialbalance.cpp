@@ -1,6 +1,7 @@
 #include "accounts/trialbalance.h"
 
 #include "accounts/statementprinter.h"
+#include "llib/gen/moneybounds.h"
 
 bool LTrialBalance(LProfile& profile, const LDTPeriod& period, const std::vector<LProfilesAndRates>& businesses,
                    LReportTable& table) {
@@ -16,10 +17,10 @@ bool LTrialBalance(LProfile& profile, const LDTPeriod& period, const std::vector
     if (item.deleted || (item.amount == 0 && !includeZero)) continue;
     if (item.amount >= 0) {
       table.AddRow(LReportRowKind::kAccount, LStatementAccountLabel(item), {item.amount, std::nullopt});
-      debits += item.amount;
+      debits = LMoneySum(debits, item.amount);
     } else {
       table.AddRow(LReportRowKind::kAccount, LStatementAccountLabel(item), {std::nullopt, -item.amount});
-      credits -= item.amount;
+      credits = LMoneySum(credits, -item.amount);
     }
   }
   table.AddRow(LReportRowKind::kTotal, "Total", {debits, credits});

@@ -122,8 +122,9 @@ bool LWebReadBillsToPay(LWebDialog& dialog, LWebletForm& form, LProfile& profile
     std::string typed = dialog.GetTextAndTrim(kFirstAppliedControl + row);
     if (typed.empty()) continue;
     long long amount = 0;
-    if (!WLReadAmount(profile, typed, amount) || amount < 0) {
-      dialog.PopupControlDataInvalid(kFirstAppliedControl + row, "Montant invalide : " + typed + ".");
+    std::string refusal = "Montant invalide : " + typed + ".";
+    if (!WLReadAmount(profile, typed, amount, &refusal) || amount < 0) {
+      dialog.PopupControlDataInvalid(kFirstAppliedControl + row, refusal);
       return false;
     }
     applications.push_back({form.GetParam("bill" + std::to_string(row)), amount});
@@ -272,8 +273,9 @@ bool LWebBillPaymentDialog::BuildRequest(LBillPaymentRequest& request) {
   }
   request.date = date.ToText();
   std::string amountText = GetTextAndTrim(kAmountControl);
-  if (!WLReadAmount(profile, amountText, request.amount) || request.amount <= 0) {
-    PopupControlDataInvalid(kAmountControl, "Veuillez entrer un montant supérieur à zéro.");
+  std::string refusal = "Veuillez entrer un montant supérieur à zéro.";
+  if (!WLReadAmount(profile, amountText, request.amount, &refusal) || request.amount <= 0) {
+    PopupControlDataInvalid(kAmountControl, refusal);
     return false;
   }
   request.payingAccount = GetTextAndTrim(kAccountControl);
@@ -325,8 +327,7 @@ void WLApplyBillPayment(LWebletForm& form) {
   } else {
     LProfile profile(WLSessionBusinessFolder(form));
     long long amount = 0;
-    if (!WLReadAmount(profile, typed, amount)) error = "Montant invalide : " + typed + ".";
-    else (void)LBillPaymentApply(profile, key, bill, amount, error);
+    if (WLReadAmount(profile, typed, amount, &error)) (void)LBillPaymentApply(profile, key, bill, amount, error);
   }
   if (!error.empty()) back += std::string(back.find('?') == std::string::npos ? "?" : "&") + "msg=" + LWebFormat("%U", error.c_str());
   WLRedirect(form, back);

@@ -289,8 +289,9 @@ bool LWebBillDialog::BuildBill(LBill& bill) {
       return false;
     }
     long long price = 0;
-    if (!WLReadAmount(profile, priceText, price)) {
-      PopupControlDataInvalid(LineControl(row, kUnitPrice), "Prix invalide : " + priceText + ".");
+    if (std::string refusal; !WLReadAmount(profile, priceText, price, &refusal)) {
+      bool tooLarge = refusal.starts_with("Montant trop grand");
+      PopupControlDataInvalid(LineControl(row, kUnitPrice), tooLarge ? refusal : "Prix invalide : " + priceText + ".");
       return false;
     }
     if (!taxName.empty() && taxOptions.GetTaxNumberFromName(taxName) == 0) {
@@ -313,8 +314,9 @@ bool LWebBillDialog::BuildBill(LBill& bill) {
   for (int tax = 1, nTaxes = LBillTaxCount(profile); tax <= nTaxes; ++tax) {
     std::string typed = GetTextAndTrim(kFirstTaxControl + tax);
     long long amount = computed[tax];
-    if (!typed.empty() && !WLReadAmount(profile, typed, amount)) {
-      PopupControlDataInvalid(kFirstTaxControl + tax, "Montant invalide : " + typed + ".");
+    std::string refusal;
+    if (!typed.empty() && !WLReadAmount(profile, typed, amount, &refusal)) {
+      PopupControlDataInvalid(kFirstTaxControl + tax, refusal);
       return false;
     }
     bill.SetInt64("TaxAmount" + std::to_string(tax), amount);

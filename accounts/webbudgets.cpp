@@ -10,6 +10,7 @@
 #include "invoice/shared/profile.h"
 #include "llib/gen/log.h"
 #include "llib/gen/money.h"
+#include "llib/gen/moneybounds.h"
 #include "llib/gen/textnum.h"
 #include "llib/web/webformat.h"
 #include "llib/web/webletform.h"
@@ -179,12 +180,12 @@ class LWebBudgetDialog : public LWebDialogEx {
       if (line.account.empty()) continue;
       long long amount = 0;
       if (std::string yearly = form_.GetParam(Field("y", row)); !yearly.empty()) {
-        if (!LParseAmount(yearly, digits, amount)) return Refuse(Field("y", row), yearly);
+        if (!LParseAmount(yearly, digits, amount)) return Refuse(profile, Field("y", row), yearly);
         line.months = LBudgetSpread(amount);
       } else {
         for (int month = 1; month <= 12; ++month) {
           std::string text = form_.GetParam(Field("m", row, month));
-          if (!text.empty() && !LParseAmount(text, digits, amount)) return Refuse(Field("m", row, month), text);
+          if (!text.empty() && !LParseAmount(text, digits, amount)) return Refuse(profile, Field("m", row, month), text);
           line.months[month - 1] = text.empty() ? 0 : amount;
         }
       }
@@ -199,8 +200,8 @@ class LWebBudgetDialog : public LWebDialogEx {
   }
 
  private:
-  bool Refuse(const std::string& field, const std::string& text) {
-    PopupControlDataInvalid(field, "Montant invalide : " + text + ".");
+  bool Refuse(const LProfile& profile, const std::string& field, const std::string& text) {
+    PopupControlDataInvalid(field, LAmountRefusal("", text, text, profile.GetCurrencyFormat()));
     return false;
   }
 };

@@ -338,8 +338,9 @@ class LWebCashTxnDialog : public LWebLedgerDialog {
     }
     long long amount = 0;
     std::string amountText = GetTextAndTrim(kAmountControl);
-    if (!LParseAmount(LPlainAmountText(amountText, profile.GetCurrencyFormat()), profile.GetCurrencyDigits(), amount)) {
-      PopupControlDataInvalid(kAmountControl, "Montant invalide : " + amountText + ".");
+    std::string refusal;
+    if (!LReadTypedAmount(amountText, profile.GetCurrencyFormat(), amount, &refusal)) {
+      PopupControlDataInvalid(kAmountControl, refusal);
       return false;
     }
     std::vector<LSplitLine> lines;
@@ -348,8 +349,8 @@ class LWebCashTxnDialog : public LWebLedgerDialog {
       std::string account = GetText(id), text = GetTextAndTrim(id + 1);
       if (account.empty() && text.empty()) continue;
       LSplitLine line{account, 0, GetTextAndTrim(id + 2)};
-      if (!LParseAmount(LPlainAmountText(text, profile.GetCurrencyFormat()), profile.GetCurrencyDigits(), line.amount)) {
-        PopupControlDataInvalid(id + 1, "Montant invalide : " + text + ".");
+      if (std::string refusal; !LReadTypedAmount(text, profile.GetCurrencyFormat(), line.amount, &refusal)) {
+        PopupControlDataInvalid(id + 1, refusal);
         return false;
       }
       lines.push_back(std::move(line));

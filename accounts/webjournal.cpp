@@ -240,9 +240,9 @@ class LWebJournalEntryDialog : public LWebLedgerDialog {
       long long amounts[2] = {0, 0};
       for (int side = 0; side < 2; ++side) {
         std::string text = GetTextAndTrim(id + 1 + side);
-        if (!text.empty() &&
-            !LParseAmount(LPlainAmountText(text, profile.GetCurrencyFormat()), profile.GetCurrencyDigits(), amounts[side])) {
-          PopupControlDataInvalid(id + 1 + side, "Montant invalide : " + text + ".");
+        std::string refusal;
+        if (!text.empty() && !LReadTypedAmount(text, profile.GetCurrencyFormat(), amounts[side], &refusal)) {
+          PopupControlDataInvalid(id + 1 + side, refusal);
           return false;
         }
       }

@@ -58,8 +58,8 @@ bool LWebPostingDialog::MayPost(const LDate& date, int dateControl) {
   return false;
 }
 
-bool WLReadAmount(LProfile& profile, const std::string& typed, long long& cents) {
-  return LParseAmount(LPlainAmountText(typed, profile.GetCurrencyFormat()), profile.GetCurrencyDigits(), cents);
+bool WLReadAmount(LProfile& profile, const std::string& typed, long long& cents, std::string* error) {
+  return LReadTypedAmount(typed, profile.GetCurrencyFormat(), cents, error);
 }
 
 std::string WLAmountText(LProfile& profile, long long cents) {

@@ -16,8 +16,8 @@ class LProfile;
 struct LDate;
 
 // An amount typed the business's way ("1 234,56") in cents; false when it is not one (cents
-// unchanged).
-bool WLReadAmount(LProfile& profile, const std::string& typed, long long& cents);
+// unchanged), with the refusal in *error when given (LReadTypedAmount).
+bool WLReadAmount(LProfile& profile, const std::string& typed, long long& cents, std::string* error = nullptr);
 // cents as the business writes them, without the currency symbol, for a control.
 std::string WLAmountText(LProfile& profile, long long cents);
 // A delete action of the purchase pages: the session checked, a viewer refused, remove run on the

@@ -5,8 +5,10 @@
 // the report's lines follows the choices (getreportitemcount). OK shows the report
 // (generatereport) with the chosen values in its address. The chooser of a customer's statement
 // (customstatement) is the period chooser with exactly one customer; its OK goes to
-// generateStatement. The chooser of a budget report (budgetreports) asks the budget, whose
-// fiscal year fills the period (cbudselchange).
+// generateStatement. A consolidated report's businesses ("cons") pass through the chooser to
+// generateconsreport. The chooser of a budget report (budgetreports) asks the budget, whose
+// fiscal year fills the period (cbudselchange); that of the mileage report (mileagereports) asks a
+// vehicle or every vehicle.
 #include <initializer_list>
 #include <set>
 #include <string>
@@ -48,11 +50,14 @@ constexpr int kFromDate = 232;
 constexpr char kStatementRoute[] = "customstatement";
 // The chooser of a budget report: one period and a budget, whose year fills the period.
 constexpr char kBudgetRoute[] = "budgetreports";
+// The chooser of the mileage report: one period and a vehicle (or every vehicle).
+constexpr char kMileageRoute[] = "mileagereports";
 
 // The report a chooser route is for: its own, or the request's.
 const LReportEntry* EntryOf(LWebletForm& form, std::string_view route) {
   if (route == kStatementRoute) return LReportFind("statement");
   if (route == kBudgetRoute) return LReportFind("budget");
+  if (route == kMileageRoute) return LReportFind("mileage");
   return WLReportEntryOf(form);
 }
 
@@ -125,7 +130,7 @@ bool ReadChosen(LWebletForm& form, const LReportEntry& entry, Layout layout, LRe
   }
   if (entry.asks & kReportAsksSubject) {
     request.subject = Param(form, kSubject);
-    if (request.subject.empty()) {
+    if (request.subject.empty() && entry.subjectAll.empty()) {
       errorId = kSubject;
       error = "Faites un choix dans la liste.";
       return false;
@@ -138,6 +143,11 @@ bool ReadChosen(LWebletForm& form, const LReportEntry& entry, Layout layout, LRe
       error = "Veuillez choisir un compte bancaire.";
       return false;
     }
+  }
+  // A consolidated report carries its businesses through the chooser.
+  if ((entry.asks & kReportConsolidates) && !WLReportBusinessesFromQuery(form, request.businesses, error)) {
+    errorId = kPeriodChoice;
+    return false;
   }
   return true;
 }
@@ -185,7 +195,8 @@ class LWebReportChooserDialog : public LWebDialogEx {
       }
       SetText(choiceId, given ? std::string_view("custom") : fallback);
     };
-    prefill(kPeriodChoice, {{kFrom, "from"}, {kTo, "to"}}, "fy");
+    // The kilometric scale is by calendar year: the mileage report's period is one by default.
+    prefill(kPeriodChoice, {{kFrom, "from"}, {kTo, "to"}}, GetRouteName() == kMileageRoute ? "y" : "fy");
     prefill(kCompareChoice, {{kCompareFrom, "cfrom"}, {kCompareTo, "cto"}}, "pfy");
     prefill(kDateChoice, {{kDate, layout_ == Layout::kDateWithFrom ? "to" : "date"}}, "today");
     prefill(kFromChoice, {{kFromDate, "from"}}, "beginning");
@@ -213,11 +224,17 @@ class LWebReportChooserDialog : public LWebDialogEx {
     }
     AddHiddenField("report", entry_->name);
     AddHiddenField("chooser", GetRouteName());
+    if (std::string businesses = form_.GetParam("cons"); !businesses.empty() && (entry_->asks & kReportConsolidates)) {
+      AddHiddenField("cons", businesses);
+      AddStatic("Rapport consolidé des entreprises choisies.");
+    }
     LProfile profile(WLSessionBusinessFolder(form_));
     if ((entry_->asks & kReportAsksSubject) && entry_->subjects != nullptr) {
-      std::vector<std::string> subjects = entry_->subjects(profile);
-      subjects.insert(subjects.begin(), "");
-      AddPullDownList(kSubject, entry_->subjectLabel, subjects, subjects, false, {});
+      std::vector<std::string> values = entry_->subjects(profile);
+      values.insert(values.begin(), "");
+      std::vector<std::string> texts = values;
+      texts.front() = entry_->subjectAll;
+      AddPullDownList(kSubject, entry_->subjectLabel, texts, values, false, {});
       if (entry_->chooser == kBudgetRoute)
         AddJScript(LWebFormat("LAddEventListener(document.getElementById('%d'), 'change', function() "
                               "{ReportChoice('cbudselchange', %d);});\n",
@@ -267,8 +284,10 @@ class LWebReportChooserDialog : public LWebDialogEx {
       PopupControlDataInvalid(errorId, error);
       return false;
     }
-    Redirect(std::string((entry_->asks & kReportAsksOneCustomer) ? "generateStatement?" : "generatereport?") +
-             WLReportQuery(*entry_, request));
+    const char* route = (entry_->asks & kReportAsksOneCustomer) ? "generateStatement?"
+                        : request.businesses.empty()             ? "generatereport?"
+                                                                 : "generateconsreport?";
+    Redirect(route + WLReportQuery(*entry_, request));
     SetAnswerWritten();
     return true;
   }
@@ -434,6 +453,7 @@ const LWebletRoute kChooserRoutes[] = {
     {kDateWithFromRoute, WLRunChooser<kDateWithFromRoute>},
     {kStatementRoute, WLRunChooser<kStatementRoute>},
     {kBudgetRoute, WLRunChooser<kBudgetRoute>},
+    {kMileageRoute, WLRunChooser<kMileageRoute>},
     {"cbudselchange", VWAJAXBudgetChange},
     {"cbrpselchange", VWAJAXPeriodChange},
     {"cbrpselchangeforcustomers", VWAJAXPeriodChangeForCustomers},

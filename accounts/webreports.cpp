@@ -9,9 +9,12 @@
 #include "accounts/reportperiods.h"
 #include "accounts/webbudgets.h"
 #include "accounts/webpagemainex.h"
+#include "accounts/webvehicles.h"
 #include "invoice/shared/customerstatementreport.h"
+#include "invoice/shared/formparts.h"
 #include "invoice/shared/options.h"
 #include "invoice/shared/profile.h"
+#include "invoice/shared/webaccess.h"
 #include "llib/gen/log.h"
 #include "llib/gen/money.h"
 #include "llib/gen/textnum.h"
@@ -41,30 +44,51 @@ bool ReadDate(LWebletForm& form, const char* name, LDate& date, std::string& err
   return false;
 }
 
-// "cons": "INDEX=FACTOR,..." with the businesses numbered as LWebBusinessList lists them.
-bool ReadBusinesses(std::string_view list, std::vector<LProfilesAndRates>& out, std::string& error) {
+// A factor as the pages write it: ftotl's decimals without their trailing zeros ("0.5", "1").
+std::string FactorText(double factor) {
+  std::string text = ftotl(factor);
+  if (text.find('.') != std::string::npos) {
+    text.erase(text.find_last_not_of('0') + 1);
+    if (text.back() == '.') text.pop_back();
+  }
+  return text;
+}
+
+// "cons": "INDEX=FACTOR,..." with the businesses numbered as LWebBusinessList lists them; each
+// must be one the session's user may open.
+bool ReadBusinesses(LWebletForm& form, std::string_view list, std::vector<LProfilesAndRates>& out,
+                    std::string& error) {
+  if (list.empty()) return true;
   std::vector<LWebBusiness> businesses = LWebBusinessList();
+  std::vector<LWebBusiness> allowed = WLSessionBusinesses(form);
   while (!list.empty()) {
     std::size_t comma = list.find(',');
     std::string part(list.substr(0, comma));
     list = comma == std::string_view::npos ? std::string_view() : list.substr(comma + 1);
     std::size_t equals = part.find('=');
-    char* end = nullptr;
-    double factor = equals == std::string::npos ? 0 : std::strtod(part.c_str() + equals + 1, &end);
     std::string index = part.substr(0, equals);
-    if (equals == std::string::npos || end == part.c_str() + equals + 1 || *end != '\0' || index.empty() ||
+    LProfilesAndRates business;
+    if (equals == std::string::npos || index.empty() || index.size() > 4 ||
         index.find_first_not_of("0123456789") != std::string::npos ||
-        LTextToInt(index) >= static_cast<int>(businesses.size())) {
+        LTextToInt(index) >= static_cast<int>(businesses.size()) ||
+        !LReportParseFactor(std::string_view(part).substr(equals + 1), business.factor)) {
       error = "Entreprise ou taux de conversion invalide : " + part;
       return false;
     }
-    out.push_back({businesses[LTextToInt(index)].folder, factor});
+    const LWebBusiness& chosen = businesses[LTextToInt(index)];
+    if (std::none_of(allowed.begin(), allowed.end(), [&](const LWebBusiness& b) { return b.folder == chosen.folder; })) {
+      error = "Vous n'avez pas accès à l'entreprise " + chosen.name + ".";
+      return false;
+    }
+    business.databaseName = chosen.folder;
+    out.push_back(business);
   }
   return true;
 }
 
 // A customer's statement downloaded is an issued statement: it goes to the customer's log.
-void LogStatement(LWebletForm& form, LProfile& profile, const LReportRequest& request, const LReportTable& table) {
+void LogStatement(LWebletForm& form, LProfile& profile, const LReportRequest& request, const LReportTable& table,
+                  const char* format) {
   LCustomerStatementIssue issue;
   issue.customer = request.customers.front();
   issue.from = request.from.IsValid() ? request.from.ToText() : "";
@@ -74,38 +98,45 @@ void LogStatement(LWebletForm& form, LProfile& profile, const LReportRequest& re
   issue.issued = LDateTimeText(std::time(nullptr));
   issue.user = WLSessionUserName(form);
   if (issue.user.empty()) issue.user = "Bureau";
-  issue.format = "CSV";
+  issue.format = format;
   if (!LCustomerStatementLogAdd(profile, issue)) LLogError("Relevé de %s : journal non écrit.", issue.customer.c_str());
 }
 
-// The report as a CSV file, named after the report and its last day.
-void AnswerCsv(LWebletForm& form, const LReportEntry& entry, const LReportRequest& request) {
+// The report as a downloaded file (format "csv" or "pdf", the PDF that `kontavo report --format
+// pdf` writes), named after the report and its last day.
+void AnswerDownload(LWebletForm& form, const LReportEntry& entry, const LReportRequest& request, bool pdf) {
   LProfile profile(WLSessionBusinessFolder(form));
   LReportTable table;
-  std::string error;
-  if (!entry.build(profile, request, table, error)) {
+  std::string error, content;
+  LOptions options;
+  options.OpenFrom(profile);
+  LReportStyle style{profile.GetCurrencyFormat(), options.GetBool("UseParenthesesForNegative", false)};
+  bool made = entry.build(profile, request, table, error);
+  if (made && pdf) made = LFormReportPdf(profile, table, style, content, &error);
+  if (!made) {
     LWebReportPage(form, entry, request).Open();
     return;
   }
-  LOptions options;
-  options.OpenFrom(profile);
-  std::string csv = LReportWriteCsv(table, {profile.GetCurrencyFormat(), options.GetBool("UseParenthesesForNegative", false)});
+  if (!pdf) content = LReportWriteCsv(table, style);
   LDate last = request.to.IsValid() ? request.to : request.date;
-  form.WriteHeader(LWebFormat("HTTP/1.1 200 OK\r\nContent-Type: text/csv; charset=utf-8\r\n"
-                              "Content-Disposition: attachment; filename=\"%s-%s.csv\"\r\nContent-Length: %zu\r\n"
+  form.WriteHeader(LWebFormat("HTTP/1.1 200 OK\r\nContent-Type: %s\r\n"
+                              "Content-Disposition: attachment; filename=\"%s%s-%s.%s\"\r\nContent-Length: %zu\r\n"
                               "Cache-Control: no-store\r\n\r\n",
-                              std::string(entry.name).c_str(), last.ToText().c_str(), csv.size()));
-  form.Write(csv);
-  if (entry.asks & kReportAsksOneCustomer) LogStatement(form, profile, request, table);
+                              pdf ? "application/pdf" : "text/csv; charset=utf-8", pdf ? "Rapport-" : "",
+                              std::string(entry.name).c_str(), last.ToText().c_str(), pdf ? "pdf" : "csv",
+                              content.size()));
+  form.Write(content);
+  if (entry.asks & kReportAsksOneCustomer) LogStatement(form, profile, request, table, pdf ? "PDF" : "CSV");
 }
 
-// The report of the query, or its CSV file; the centre when the query names no report.
+// The report of the query, or its CSV or PDF file; the centre when the query names no report.
 void ShowReport(LWebletForm& form, const LReportEntry* entry, LReportRequest request) {
   if (entry == nullptr) {
     WLRedirect(form, kReportsTab);
     return;
   }
-  if (form.GetParam("format") == "csv") AnswerCsv(form, *entry, request);
+  std::string format = form.GetParam("format");
+  if (format == "csv" || format == "pdf") AnswerDownload(form, *entry, request, format == "pdf");
   else LWebReportPage(form, *entry, std::move(request)).Open();
 }
 
@@ -140,12 +171,13 @@ std::string QuickLinks(const LReportEntry& entry) {
     links += LWebFormat("%s<a href='%s?report=%U&%s=%s'>%H</a>", links.empty() ? "" : ", ", route,
                         std::string(entry.name).c_str(), parameter, std::string(code).c_str(), std::string(text).c_str());
   };
-  if (entry.asks & kReportAsksSubject) return {};
+  // A report about one chosen thing (a budget, a customer's statement, a bank account) cannot be
+  // run from a name alone.
+  if (entry.asks & (kReportAsksSubject | kReportAsksOneCustomer | kReportAsksAccount)) return {};
   if (entry.asks & (kReportAsksPeriod | kReportAsksComparison)) {
     add("generatereportperiod", "period", "fy", "exercice en cours");
     add("generatereportperiod", "period", "pfy", "exercice précédent");
   } else if (entry.asks & (kReportAsksDate | kReportAsksOptionalFrom)) {
-    if (entry.asks & kReportAsksAccount) return {};
     add("generatereportdate", "when", "today", "aujourd'hui");
     add("generatereportdate", "when", "endlastfy", "fin de l'exercice précédent");
   }
@@ -157,12 +189,12 @@ struct LReportCentreLink {
   const char* route;
   const char* group;
   const char* text;
+  bool administratorOnly = false;
 };
 constexpr LReportCentreLink kCentreLinks[] = {
     {"budgetlist", "Budgets", "Budgets"},
-    {"mileagereports", "Kilométrage", "Indemnités kilométriques"},
     {"vehiclelist", "Kilométrage", "Véhicules et trajets"},
-    {"vatreturn", "TVA", "Déclaration de TVA en ligne (HMRC)"},
+    {"vatreturn", "TVA", "Déclaration de TVA (HMRC au Royaume-Uni, CA3 en France)", true},
     {"consolreport", "Rapports consolidés", "Rapport consolidé de plusieurs entreprises"},
 };
 
@@ -170,11 +202,15 @@ class LWebReportsPage : public LWebPageMainEx {
  public:
   explicit LWebReportsPage(LWebletForm& form) : LWebPageMainEx(form, kReportsTab, "Rapports") {}
   void Generate() override {
+    bool administrator = WLIsAdministator(form_);
+    auto shown = [&](const LReportCentreLink& link) {
+      return (administrator || !link.administratorOnly) && LWebletFindScript(link.route);
+    };
     std::vector<std::string_view> groups;
     for (const LReportEntry& entry : LReportEntries())
       if (groups.empty() || groups.back() != entry.group) groups.push_back(entry.group);
     for (const LReportCentreLink& link : kCentreLinks)
-      if (std::find(groups.begin(), groups.end(), link.group) == groups.end() && LWebletFindScript(link.route))
+      if (std::find(groups.begin(), groups.end(), link.group) == groups.end() && shown(link))
         groups.push_back(link.group);
     for (std::string_view group : groups) {
       std::string name(group);
@@ -185,7 +221,7 @@ class LWebReportsPage : public LWebPageMainEx {
                        std::string(entry.title).c_str(), QuickLinks(entry).c_str());
       }
       for (const LReportCentreLink& link : kCentreLinks)
-        if (group == link.group && LWebletFindScript(link.route))
+        if (group == link.group && shown(link))
           form_.wfprintf("<li><a href='%s'>%H</a></li>", link.route, link.text);
       form_.Write("</ul></div>");
     }
@@ -197,6 +233,23 @@ class LWebReportsPage : public LWebPageMainEx {
 void WLGenerateReport(LWebletForm& form) {
   LReportRequest request;
   if (QueryRequest(form, request)) ShowReport(form, WLReportEntryOf(form), std::move(request));
+}
+
+// A consolidated report: without businesses to total, the choice of them first.
+void WLGenerateConsolidatedReport(LWebletForm& form) {
+  LReportRequest request;
+  if (!QueryRequest(form, request)) return;
+  const LReportEntry* entry = WLReportEntryOf(form);
+  if (entry != nullptr && (entry->asks & kReportConsolidates) == 0) {
+    LWebReportErrorPage(form, std::string("Ce rapport ne peut pas être consolidé : ") + std::string(entry->title)).Open();
+    return;
+  }
+  if (entry == nullptr || request.businesses.empty()) {
+    WLRedirect(form, entry == nullptr ? std::string(kConsolidationRoute)
+                                      : LWebFormat("%s?report=%U", kConsolidationRoute, std::string(entry->name).c_str()));
+    return;
+  }
+  ShowReport(form, entry, std::move(request));
 }
 
 // The named period ("period") or day ("when") replaces the query's dates.
@@ -279,6 +332,7 @@ const LWebletRoute kReportRoutes[] = {
     {"generatereportperiod", WLGenerateReportPeriod},
     {"generatereportdate", WLGenerateReportDate},
     {"reportredirect", WLReportRedirect},
+    {"generateconsreport", WLGenerateConsolidatedReport},
     {"generateStatement", WLGenerateStatement},
     {"generatelog", WLWebPageRun<LWebStatementLogPage>},
 };
@@ -299,7 +353,7 @@ std::string WLReportQuery(const LReportEntry& entry, const LReportRequest& reque
     for (const LProfilesAndRates& chosen : request.businesses)
       for (std::size_t i = 0; i < businesses.size(); ++i)
         if (businesses[i].folder == chosen.databaseName)
-          list += LWebFormat("%s%zu=%s", list.empty() ? "" : ",", i, ftotl(chosen.factor).c_str());
+          list += LWebFormat("%s%zu=%s", list.empty() ? "" : ",", i, FactorText(chosen.factor).c_str());
     query += TextArg("cons", list);
   }
   return query;
@@ -314,7 +368,11 @@ bool WLReportRequestFromQuery(LWebletForm& form, LReportRequest& request, std::s
   if (std::string customer = form.GetParam("customer"); !customer.empty()) request.customers = {customer};
   request.account = form.GetParam("account");
   request.subject = form.GetParam("subject");
-  return ReadBusinesses(form.GetParam("cons"), request.businesses, error);
+  return WLReportBusinessesFromQuery(form, request.businesses, error);
+}
+
+bool WLReportBusinessesFromQuery(LWebletForm& form, std::vector<LProfilesAndRates>& businesses, std::string& error) {
+  return ReadBusinesses(form, form.GetParam("cons"), businesses, error);
 }
 
 const LReportEntry* WLReportEntryOf(LWebletForm& form) { return LReportFind(form.GetParam("report")); }
@@ -338,13 +396,17 @@ void LWebReportPage::Generate() {
   form_.Write("<p class=reportlinks>");
   if (entry_.asks != 0)
     form_.wfprintf("<a href='reportredirect?%s' class=actionlink>Modifier les choix</a> ", query.c_str());
+  if (!request_.businesses.empty())
+    form_.wfprintf("<a href='%s?%s' class=actionlink>Changer d'entreprises</a> ", kConsolidationRoute, query.c_str());
   if (built)
-    form_.wfprintf("<a href='generatereport?%s&format=csv' class=actionlink download>Télécharger en CSV</a> ",
-                   query.c_str());
+    form_.wfprintf("<a href='generatereport?%s&format=csv' class=actionlink download>Télécharger en CSV</a> "
+                   "<a href='generatereport?%s&format=pdf' class=actionlink download>Télécharger en PDF</a> ",
+                   query.c_str(), query.c_str());
   if ((entry_.asks & kReportAsksOneCustomer) && !request_.customers.empty())
     form_.wfprintf("<a href='generatelog?customer=%U' class=actionlink>Relevés émis</a> ",
                    request_.customers.front().c_str());
   form_.Write("<a href='reports' class=actionlink>Tous les rapports</a></p>");
+  if (!request_.businesses.empty()) WriteConsolidated();
   if (!built) {
     form_.wfprintf("<p class=error id=errorTag>%H</p>", error.c_str());
     return;
@@ -354,8 +416,21 @@ void LWebReportPage::Generate() {
   form_.Write(LReportWriteHtml(table, {profile.GetCurrencyFormat(), options.GetBool("UseParenthesesForNegative", false)}));
 }
 
+void LWebReportPage::WriteConsolidated() {
+  std::string list;
+  for (const LProfilesAndRates& business : request_.businesses) {
+    std::string name = LWebCompanyName(business.databaseName);
+    list += LWebFormat("<li>%H <span class=factor>× %s</span></li>", name.c_str(), FactorText(business.factor).c_str());
+  }
+  form_.wfprintf("<div class=consolidated><p>Entreprises consolidées, chaque montant multiplié par son taux :</p>"
+                 "<ul id=consolidated>%s</ul></div>",
+                 list.c_str());
+}
+
 void LAccountsInstallReportPages() {
   LWebletInstallScripts(kReportRoutes);
   LAccountsInstallReportChoosers();
+  LAccountsInstallConsolidationPages();
   LAccountsInstallBudgetPages();
+  LAccountsInstallVehiclePages();
 }

@@ -1,6 +1,6 @@
 // The report centre of the web access: the page "reports" lists every report of the catalogue
 // (accounts/reportcatalog.h) by group; a report is then asked for in a chooser suited to it and
-// shown as the HTML table of the shared report table, with a link to download it as CSV. The
+// shown as the HTML table of the shared report table, with links to download it as CSV and PDF. The
 // page and `kontavo report` run the same builders, so their figures agree cell for cell.
 //
 // Routes:
@@ -12,7 +12,12 @@
 //   reportdate            chooser of one "as at" day (and a customer or a bank account)
 //   reportdatef           chooser of an end day and an optional first day (trial balance)
 //   generatereport        the report of its query: report, from, to, date, cfrom, cto, customer,
-//                         account, subject; "format=csv" answers the CSV file
+//                         account, subject, cons (the businesses consolidated: "INDEX=FACTOR,...",
+//                         as LWebBusinessList numbers them); "format=csv" answers the CSV file,
+//                         "format=pdf" the PDF of `kontavo report --format pdf`
+//   consolreport          the choice of a consolidated report: the report, the businesses the
+//                         user may open, each with its factor; then the report's chooser
+//   generateconsreport    the consolidated report of its query (as generatereport, "cons" required)
 //   generatereportperiod  ?report=NAME&period=CODE: the report over a named period as of today
 //                         (accounts/reportperiods.h), a link that stays current
 //   generatereportdate    ?report=NAME&when=CODE: the same with a named day
@@ -22,6 +27,7 @@
 //   generatelog           ?customer=KEY: the statements issued to the customer
 //   budgetreports         chooser of a budget report (the budget, its period); cbudselchange puts
 //                         the chosen budget's fiscal year into the dates
+//   mileagereports        chooser of the mileage report (a vehicle or every vehicle, the period)
 //   getreportitemcount    AJAX of the choosers: how many lines the chosen report has
 //   cbrpselchange, cbrpselchangeforcustomers, cbdtselchange, cbdtfselchange
 //                         AJAX of the choosers' pull-down lists: the dates of the chosen period,
@@ -35,6 +41,9 @@
 
 class LWebletForm;
 
+// The choice of the businesses of a consolidated report and their factors (webconsolidation.cpp).
+inline constexpr char kConsolidationRoute[] = "consolreport";
+
 // The query of generatereport for entry and request (dates, customer, account and subject as set;
 // consolidated businesses as "cons").
 std::string WLReportQuery(const LReportEntry& entry, const LReportRequest& request);
@@ -43,6 +52,9 @@ std::string WLReportQuery(const LReportEntry& entry, const LReportRequest& reque
 // day, which defaults to today. false with error (French) for a date that does not read, an
 // unknown business or a factor that does not read.
 bool WLReportRequestFromQuery(LWebletForm& form, LReportRequest& request, std::string& error);
+// The businesses of the request's "cons", each one the session's user may open; false with error
+// (French) otherwise.
+[[nodiscard]] bool WLReportBusinessesFromQuery(LWebletForm& form, std::vector<LProfilesAndRates>& businesses, std::string& error);
 // The entry of the request's "report"; null when it names none.
 const LReportEntry* WLReportEntryOf(LWebletForm& form);
 
@@ -60,10 +72,15 @@ class LWebReportPage : public LWebReportSectionPage {
   void Generate() override;
 
  private:
+  // The businesses of a consolidated report, each with its factor.
+  void WriteConsolidated();
+
   const LReportEntry& entry_;
   LReportRequest request_;
 };
 
+// The consolidation dialog.
+void LAccountsInstallConsolidationPages();
 // The report choosers (webreportchoosers.cpp) and their AJAX routes.
 void LAccountsInstallReportChoosers();
 // Every route of the report centre, choosers included.

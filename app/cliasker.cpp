@@ -5,6 +5,7 @@
 #include "app/cliask.h"
 #include "invoice/shared/profile.h"
 #include "llib/gen/money.h"
+#include "llib/gen/moneybounds.h"
 
 LCliAsker::LCliAsker(LCliContext& context) : context_(context) {}
 
@@ -17,6 +18,10 @@ LAnswer LCliAsker::Ask(const LQuestion& question) {
 
 bool LCliParseAmount(const LProfile& profile, std::string_view text, long long& amount) {
   return LParseAmount(text, profile.GetCurrencyDigits(), amount);
+}
+
+std::string LCliBadAmountMessage(const LProfile& profile, std::string_view text) {
+  return LAmountRefusal("", text, text, profile.GetCurrencyFormat());
 }
 
 std::string LCliFormatAmount(const LProfile& profile, long long amount) {
@@ -45,7 +50,7 @@ bool LCliParseEntryLine(const LProfile& profile, std::string_view word, LJournal
   }
   std::string_view amount = word.substr(last + 1);
   if (!LCliParseAmount(profile, amount, line.amount)) {
-    problem = "montant invalide : " + std::string(amount);
+    problem = LCliBadAmountMessage(profile, amount);
     return false;
   }
   line.side = side == "cr" ? "CR" : "DR";

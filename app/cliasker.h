@@ -27,6 +27,9 @@ class LCliAsker : public LAsker {
 
 // "1234.56", "-0.05", "12" in the business's currency digits; false for anything else.
 bool LCliParseAmount(const LProfile& profile, std::string_view text, long long& amount);
+// Why text is not an amount: "Montant invalide : x." or "Montant trop grand : … (plafond …)." in
+// the business's currency format.
+std::string LCliBadAmountMessage(const LProfile& profile, std::string_view text);
 // Cents as "1234.56" in the business's currency digits.
 std::string LCliFormatAmount(const LProfile& profile, long long amount);
 // --date: today when absent; false when present but not a day "YYYY-MM-DD".

@@ -206,7 +206,7 @@ int Reconcile(LCliContext& context, LProfile& profile, LCliArgs& args) {
     long long balance = 0;
     LDate date;
     if (!LCliParseDate(true, dateText, date)) return context.Fail(LCliBadDateMessage(dateText));
-    if (!LCliParseAmount(profile, balanceText, balance)) return context.Usage("montant invalide : " + balanceText);
+    if (!LCliParseAmount(profile, balanceText, balance)) return context.Usage(LCliBadAmountMessage(profile, balanceText));
     if (!LReconcileUpdate(profile, account, date.ToText(), balance, clear, unclear, error)) return context.Fail(error);
   } else if (!clear.empty() || !unclear.empty()) {
     LReconcileState current;

@@ -144,7 +144,7 @@ int LCmdBillPayment(LCliContext& context, LCliArgs& args) {
   LProfile* profile = context.Profile();
   if (profile == nullptr) return kExitFailed;
   long long amount = 0;
-  if (!LCliParseAmount(*profile, amountText, amount)) return context.Usage("montant invalide : " + amountText);
+  if (!LCliParseAmount(*profile, amountText, amount)) return context.Usage(LCliBadAmountMessage(*profile, amountText));
   LDate date;
   if (!LCliParseDate(dateGiven, dateText, date)) return context.Fail(LCliBadDateMessage(dateText));
   std::string paying = accountGiven ? account : std::string(kDefaultPaymentAccount);

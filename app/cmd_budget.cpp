@@ -7,6 +7,7 @@
 
 #include "accounts/budgets.h"
 #include "app/cli.h"
+#include "app/cliasker.h"
 #include "app/commands.h"
 #include "invoice/shared/profile.h"
 #include "llib/gen/jsontext.h"
@@ -27,7 +28,7 @@ bool ParseLine(const LProfile& profile, const std::string& word, LBudgetLine& li
     std::size_t slash = std::min(amounts.find('/', start), amounts.size());
     long long amount = 0;
     if (!LParseAmount(amounts.substr(start, slash - start), profile.GetCurrencyDigits(), amount)) {
-      problem = "montant invalide : " + amounts.substr(start, slash - start);
+      problem = LCliBadAmountMessage(profile, amounts.substr(start, slash - start));
       return false;
     }
     parsed.push_back(amount);

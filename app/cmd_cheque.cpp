@@ -61,7 +61,7 @@ int ChequeAdd(LCliContext& context, LProfile& profile, LCliArgs& args) {
   if (!args.Finish(words, error)) return context.Usage(error);
   if (!amountGiven || request.account.empty() || (request.autoApply && !applied.empty())) return context.Usage();
   if (!LCliParseApplications(profile, applied, request.applications, error)) return context.Usage(error);
-  if (!LCliParseAmount(profile, amount, request.amount)) return context.Usage("montant invalide : " + amount);
+  if (!LCliParseAmount(profile, amount, request.amount)) return context.Usage(LCliBadAmountMessage(profile, amount));
   if (!LCliParseDate(dateGiven, date, request.date)) return context.Fail(LCliBadDateMessage(date));
   int status = kExitOk;
   if (!ParseSplitLines(context, profile, words, request.lines, status)) return status;
@@ -212,7 +212,7 @@ int TemplateUse(LCliContext& context, LProfile& profile, LCliArgs& args) {
   if (!LCliParseDate(dateGiven, date, when)) return context.Fail(LCliBadDateMessage(date));
   long long total = 0;
   if (amountGiven && (!LCliParseAmount(profile, amount, total) || total <= 0))
-    return context.Usage("montant invalide : " + amount);
+    return context.Usage(LCliBadAmountMessage(profile, amount));
   LCliAsker asker(context);
   LJournalEntryDlg entry(profile, asker);
   LTxnTemplateFillEntry(tpl, when, total, entry);
@@ -254,7 +254,7 @@ int LCmdCash(LCliContext& context, LCliArgs& args) {
   if (!args.Finish(words, error)) return context.Usage(error);
   if (receipt == payment || !amountGiven || request.account.empty()) return context.Usage();
   request.receipt = receipt;
-  if (!LCliParseAmount(*profile, amount, request.amount)) return context.Usage("montant invalide : " + amount);
+  if (!LCliParseAmount(*profile, amount, request.amount)) return context.Usage(LCliBadAmountMessage(*profile, amount));
   if (!LCliParseDate(dateGiven, date, request.date)) return context.Fail(LCliBadDateMessage(date));
   int status = kExitOk;
   if (!ParseSplitLines(context, *profile, words, request.lines, status)) return status;

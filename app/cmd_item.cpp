@@ -4,6 +4,7 @@
 #include <ostream>
 
 #include "app/cli.h"
+#include "app/cliasker.h"
 #include "app/commands.h"
 #include "invoice/shared/inventory.h"
 #include "invoice/shared/item.h"
@@ -15,15 +16,15 @@
 namespace {
 
 // The options of add and edit; false with the message when one does not read.
-bool TakeItemInput(LCliArgs& args, int currencyDigits, LItemInput& input, std::string& error) {
+bool TakeItemInput(LCliArgs& args, const LProfile& profile, LItemInput& input, std::string& error) {
   std::string text;
   if (args.TakeOption("--description", text)) input.description = text;
   if (args.TakeOption("--account", text)) input.account = text;
   for (auto [option, target] : {std::pair{"--price", &input.price}, std::pair{"--cost", &input.cost}}) {
     if (!args.TakeOption(option, text)) continue;
     long long amount = 0;
-    if (!LParseAmount(text, currencyDigits, amount)) {
-      error = "Montant invalide : " + text + ".";
+    if (!LCliParseAmount(profile, text, amount)) {
+      error = LCliBadAmountMessage(profile, text);
       return false;
     }
     *target = amount;
@@ -129,7 +130,7 @@ int LCmdItem(LCliContext& context, LCliArgs& args) {
   std::string error;
   if (verb == "add" || verb == "edit") {
     LItemInput input;
-    if (!TakeItemInput(args, profile->GetCurrencyDigits(), input, error)) return context.Fail(error);
+    if (!TakeItemInput(args, *profile, input, error)) return context.Fail(error);
     std::vector<std::string> words;
     if (!args.Finish(words, error)) return context.Usage(error);
     if (words.size() != 2) return context.Usage();

@@ -48,7 +48,7 @@ int Add(LCliContext& context, LCliArgs& args) {
   LProfile* profile = context.Profile();
   if (profile == nullptr) return kExitFailed;
 
-  if (!LCliParseAmount(*profile, amountText, request.amount)) return context.Usage("montant invalide : " + amountText);
+  if (!LCliParseAmount(*profile, amountText, request.amount)) return context.Usage(LCliBadAmountMessage(*profile, amountText));
   if (!LCliParseApplications(*profile, applications, request.applications, error)) return context.Usage(error);
   LDate date;
   if (!LCliParseDate(dateGiven, dateText, date)) return context.Fail(LCliBadDateMessage(dateText));

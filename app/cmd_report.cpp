@@ -3,7 +3,6 @@
 //                     [--format text|csv|json|html|pdf] [--out FILE]
 // The report is built by the catalogue (accounts/reportcatalog.h), as the web report pages do;
 // the command parses the options and writes the table in the asked format.
-#include <cstdlib>
 #include <ostream>
 
 #include "accounts/reportcatalog.h"
@@ -25,16 +24,12 @@ bool Businesses(std::string_view list, std::vector<LProfilesAndRates>& out, std:
     std::string_view part = rest.substr(0, comma);
     rest = comma == std::string_view::npos ? std::string_view() : rest.substr(comma + 1);
     std::size_t equals = part.rfind('=');
-    std::string factorText(equals == std::string_view::npos ? std::string_view() : part.substr(equals + 1));
-    char* end = nullptr;
-    double factor = std::strtod(factorText.c_str(), &end);
     LProfilesAndRates business;
-    if (equals == std::string_view::npos || factorText.empty() || *end != '\0' ||
+    if (equals == std::string_view::npos || !LReportParseFactor(part.substr(equals + 1), business.factor) ||
         !LCliResolveBusiness(part.substr(0, equals), business.databaseName)) {
       error = "Entreprise ou taux de conversion invalide : " + std::string(part);
       return false;
     }
-    business.factor = factor;
     out.push_back(business);
   }
   return true;

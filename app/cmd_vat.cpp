@@ -11,9 +11,9 @@
 #include "app/cli.h"
 #include "app/commands.h"
 #include "invoice/shared/mtdvat.h"
-#include "invoice/shared/options.h"
 #include "invoice/shared/profile.h"
 #include "invoice/shared/vatfigures.h"
+#include "invoice/shared/vatreturnsteps.h"
 #include "invoice/shared/vatobligationsreport.h"
 #include "invoice/shared/vatreturnreport.h"
 #include "llib/gen/date.h"
@@ -30,8 +30,9 @@ extern char** environ;
 
 namespace {
 
+// The alert's caption above its message; a refusal before any call has no caption.
 int FailAlert(LCliContext& context, const FKVatAlert& alert) {
-  return context.Fail(alert.caption + "\n" + alert.message);
+  return context.Fail(alert.caption.empty() ? alert.message : alert.caption + "\n" + alert.message);
 }
 
 void PrintTable(LCliContext& context, LProfile& profile, const LReportTable& table) {
@@ -55,13 +56,6 @@ int VatConfig(LCliContext& context, LCliArgs& args) {
   LProfile* profile = context.Profile();
   if (!profile) return kExitFailed;
 
-  if (setApi) {
-    if (api == "sandbox") api = kMTDSandboxApi;
-    if (api == "production") api = kMTDProductionApi;
-    std::string host, target;
-    int port = 0;
-    if (!LHttpSplitUrl(api, host, port, target)) return context.Fail("Adresse non valide : " + api);
-  }
   if (setCa && !caFile.empty()) {
     std::string content;
     if (!LFile::ReadAll(caFile, content)) return context.Fail("Fichier de certificats illisible : " + caFile);
@@ -72,29 +66,24 @@ int VatConfig(LCliContext& context, LCliArgs& args) {
   if (setTimeout && (seconds < 1 || seconds > 3599 || timeout.find_first_not_of("0123456789") != std::string::npos))
     return context.Usage("--timeout attend un nombre de secondes de 1 à 3599");
 
-  if (setVrn) {
-    LOptions options;
-    options.OpenFrom(*profile);
-    options.SetString(kVATRegistrationField, vrn);
-    options.Flush();
-  }
-  if (setApi) LUserSettingSetString(kMTDSettingsGroup, "ApiBaseURL", api);
+  std::string error;
+  if (!FKVatConfigure(*profile, setVrn ? std::optional(vrn) : std::nullopt, setApi ? std::optional(api) : std::nullopt,
+                      error))
+    return context.Fail(error);
   if (setCa) LUserSettingSetString("HTTPS", "CAFile", caFile);
   if (setTimeout) LUserSettingSetString("HTTPS", "TimeoutSeconds", std::to_string(seconds));
 
-  LOptions options;
-  options.OpenFrom(*profile);
-  std::string token;
-  bool authorized = LUserSettingGetPassword(kMTDPasswordSection, "AccessToken", token) && !token.empty();
+  std::string vatNumber = FKVatRegistrationNumber(*profile);
+  bool authorized = FKMTDforVATAuthorized();
   LHttpOptions http = LOAuthHttpOptions();
   if (context.json) {
-    context.out << LJsonDump(nlohmann::json({{"vrn", options.GetString(kVATRegistrationField)}, {"api", FKMTDApiBaseUrl()},
+    context.out << LJsonDump(nlohmann::json({{"vrn", vatNumber}, {"api", FKMTDApiBaseUrl()},
                                    {"caFile", http.caFile}, {"timeoutSeconds", http.timeoutMs / 1000},
                                    {"authorized", authorized}}))
                 << "\n";
     return kExitOk;
   }
-  context.out << "vrn=" << options.GetString(kVATRegistrationField) << "\n"
+  context.out << "vrn=" << vatNumber << "\n"
               << "api=" << FKMTDApiBaseUrl() << "\n"
               << "ca-file=" << http.caFile << "\n"
               << "timeout=" << http.timeoutMs / 1000 << "\n"
@@ -148,25 +137,6 @@ int VatObligations(LCliContext& context, LCliArgs& args) {
   return kExitOk;
 }
 
-// The stored obligation of that period with the wanted status; the alert of the period choice
-// when there is none.
-bool ChoosePeriod(LProfile& profile, const std::string& periodKey, bool fulfilled, std::string& refusal) {
-  if (periodKey.empty()) {
-    refusal = "Empty period key";
-    return false;
-  }
-  bool any = false;
-  for (const auto& obligation : LVATObligationsLoad(profile)) {
-    if (obligation->IsFulfilled() != fulfilled) continue;
-    any = true;
-    if (obligation->GetPeriodKey() == periodKey) return true;
-  }
-  refusal = !any ? (fulfilled ? "No fulfilled obligations found" : "No open obligations found")
-                 : (fulfilled ? "Aucune obligation remplie pour la période " : "Aucune obligation ouverte pour la période ") +
-                       periodKey;
-  return false;
-}
-
 // The boxes "vat submit" is given, by their names in the JSON body: money in pounds and pence,
 // the "ExVAT" boxes in whole pounds.
 bool TakeFigures(LCliArgs& args, FKVatGivenFigures& given, std::string& problem) {
@@ -203,26 +173,18 @@ int VatSubmit(LCliContext& context, LCliArgs& args) {
   std::vector<std::string> words;
   if (!args.Finish(words, problem)) return context.Usage(problem);
   if (words.size() != 1) return context.Usage();
-  FKVatReturns vatReturn;
-  FKVatRunningFigures used;
-  FKVatReturnFromFigures(given, FKVatRunningFiguresLoad(*profile), vatReturn, used);
-  vatReturn.periodKey = words[0];
-  std::string refusal;
-  if (!ChoosePeriod(*profile, words[0], false, refusal)) return context.Fail(refusal);
-
   LProcessTerminal progress("HMRC");
-  FKMTDforVATDlg dialog(*profile, progress);
+  FKVatAlert alert;
   std::string receipt;
-  if (!dialog.SubmitVatReturns(vatReturn, &receipt)) return FailAlert(context, dialog.Alert());
-  FKVatRunningFiguresTakeOut(*profile, used);
+  if (!FKVatSubmitReturn(*profile, progress, words[0], given, alert, &receipt)) return FailAlert(context, alert);
 
   nlohmann::json answer = nlohmann::json::parse(receipt, nullptr, false);
   if (!answer.is_object()) answer = nlohmann::json::object();
   if (context.json) {
-    context.out << LJsonDump(nlohmann::json({{"message", dialog.Alert().message}, {"receipt", answer}})) << "\n";
+    context.out << LJsonDump(nlohmann::json({{"message", alert.message}, {"receipt", answer}})) << "\n";
     return kExitOk;
   }
-  context.out << dialog.Alert().caption << "\n" << dialog.Alert().message << "\n";
+  context.out << alert.caption << "\n" << alert.message << "\n";
   for (const char* field : {"processingDate", "formBundleNumber", "paymentIndicator", "chargeRefNumber"}) {
     auto found = answer.find(field);
     if (found != answer.end() && found->is_string()) context.out << field << "=" << found->get<std::string>() << "\n";
@@ -238,7 +200,7 @@ int VatView(LCliContext& context, LCliArgs& args) {
   LProfile* profile = context.Profile();
   if (!profile) return kExitFailed;
   std::string refusal;
-  if (!ChoosePeriod(*profile, words[0], true, refusal)) return context.Fail(refusal);
+  if (!FKVatChoosePeriod(*profile, words[0], true, refusal)) return context.Fail(refusal);
 
   LProcessTerminal progress("HMRC");
   FKMTDforVATDlg dialog(*profile, progress);

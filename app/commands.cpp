@@ -93,6 +93,24 @@ constexpr LCliCommand kCommands[] = {
      "kontavo budget list\n"
      "kontavo budget delete NAME\n",
      "budgets par compte et par mois ; kontavo report budget NAME les compare au réalisé", LCmdBudget},
+    {"vehicle",
+     "kontavo vehicle add KEY [FIELD=VALUE...]\n"
+     "        FIELD: Name, Registration, Kind (car|motorcycle|moped), FiscalHorsepower, Electric (0|1), Notes\n"
+     "kontavo vehicle edit KEY FIELD=VALUE...\n"
+     "kontavo vehicle list\n"
+     "kontavo vehicle show KEY\n"
+     "kontavo vehicle delete KEY\n",
+     "véhicules, leur puissance fiscale et leur genre au barème kilométrique", LCmdVehicle},
+    {"mileage",
+     "kontavo mileage add VEHICLE [--date D] (--km N | --start N --end N) [--purpose TEXT]\n"
+     "        [--origin TEXT] [--destination TEXT]\n"
+     "kontavo mileage list [VEHICLE] [--from D] [--to D]\n"
+     "kontavo mileage delete KEY\n"
+     "kontavo mileage clear VEHICLE [--from D] [--to D]\n"
+     "kontavo mileage scale [YEAR]\n"
+     "kontavo mileage scale import FILE\n"
+     "        FILE: lines YEAR KIND HP_MIN HP_MAX UP_TO_KM RATE FIXED and YEAR electric PERCENT\n",
+     "trajets des véhicules et barème kilométrique ; kontavo report mileage en donne les indemnités", LCmdMileage},
     {"check",
      "kontavo check [--fix]\n",
      "recalcule les soldes des comptes à partir du grand livre", LCmdCheck},
@@ -288,7 +306,7 @@ constexpr LCliCommand kCommands[] = {
      "              aging (au --date), unpaid, invoices, payments, quotes, orders, customers,\n"
      "              customer-sales, items, items-per-customer, salesperson,\n"
      "              inventory (au --date), reorder, movements, reconcile (--account NUMBER, au --date),\n"
-     "              statement (--customer KEY), budget BUDGET\n",
+     "              statement (--customer KEY), budget BUDGET, mileage [VEHICLE]\n",
      "plan comptable, états financiers, rapports de ventes et obligations de TVA", LCmdReport},
     {"export",
      "kontavo export fec --year YYYY [--out FOLDER] [--utf8]\n"

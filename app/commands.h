@@ -36,6 +36,8 @@ int LCmdCheque(LCliContext& context, LCliArgs& args);
 int LCmdCash(LCliContext& context, LCliArgs& args);
 int LCmdTemplate(LCliContext& context, LCliArgs& args);
 int LCmdBudget(LCliContext& context, LCliArgs& args);
+int LCmdVehicle(LCliContext& context, LCliArgs& args);
+int LCmdMileage(LCliContext& context, LCliArgs& args);
 int LCmdMail(LCliContext& context, LCliArgs& args);
 int LCmdVat(LCliContext& context, LCliArgs& args);
 int LCmdTax(LCliContext& context, LCliArgs& args);

@@ -68,7 +68,7 @@ LWebSelectProfileDialog::LWebSelectProfileDialog(LWebletForm& form) : LWebDialog
 bool LWebSelectProfileDialog::Authenticate() {
   if (WLIsDeskSession(form_)) {
     administrator_ = true;
-    allowed_ = LWebBusinessList();
+    allowed_ = WLSessionBusinesses(form_);
     return true;
   }
   LWebAccount account;
@@ -78,8 +78,7 @@ bool LWebSelectProfileDialog::Authenticate() {
     return false;
   }
   administrator_ = account.IsAdministrator();
-  for (LWebBusiness& business : LWebBusinessList())
-    if (administrator_ || account.HasProfile(business.name)) allowed_.push_back(std::move(business));
+  allowed_ = WLSessionBusinesses(form_);
   return true;
 }
 

@@ -11,6 +11,8 @@
 
 namespace {
 
+const LCurrencyFormat kEuro{"€", 3, 2, ",", " "};
+
 void Check(bool condition) {
   if (!condition) __builtin_trap();
 }
@@ -34,8 +36,8 @@ void CheckFields(LPartyKind kind, const LCsvTable& table, std::string_view map) 
     for (std::size_t i = 0; i < columns.size() && i < row.cells.size(); ++i) {
       const LPartyField* field = LPartyFieldNamed(kind, columns[i]);
       std::string stored, again;
-      if (field == nullptr || !LPartyFieldStore(*field, row.cells[i], 2, stored, nullptr)) continue;
-      Check(LPartyFieldStore(*field, LPartyFieldText(*field, stored, 2), 2, again, nullptr) && again == stored);
+      if (field == nullptr || !LPartyFieldStore(*field, row.cells[i], kEuro, stored, nullptr)) continue;
+      Check(LPartyFieldStore(*field, LPartyFieldText(*field, stored, 2), kEuro, again, nullptr) && again == stored);
     }
 }
 

@@ -9,6 +9,7 @@
 #include "invoice/sales/webpayments.h"
 #include "invoice/sales/webrecurring.h"
 #include "invoice/sales/websalesdocuments.h"
+#include "invoice/sales/webvatreturn.h"
 #include "invoice/shared/webnavtabs.h"
 #include "llib/web/webletroutes.h"
 
@@ -106,6 +107,7 @@ void LSalesInstallWebPages() {
   LWebletInstallScripts(kSalesRoutes);
   LSalesInstallDocumentOutputPages();
   LWebletInstallPostScript("importcsv", WLWebUploadDialogRun<LWebImportCsvDialog>);
+  LSalesInstallVatReturnPages();
   for (const LWebNavTab& tab : {LWebNavTab{"customerlist", "Clients", 20}, LWebNavTab{"quotelist", "Devis", 30},
                                 LWebNavTab{"orderlist", "Commandes", 40}, LWebNavTab{"invoicelist", "Factures", 50},
                                 LWebNavTab{"creditnotelist", "Avoirs", 60}, LWebNavTab{"paymentlist", "Paiements", 70},

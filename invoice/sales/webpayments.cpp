@@ -171,11 +171,11 @@ bool LWebPaymentDialogBase::ReadAmount(int control, long long& amount, bool requ
   amount = 0;
   if (text.empty() && !required) return true;
   const LCurrencyFormat& format = Profile().GetCurrencyFormat();
-  bool read = LParseAmount(LPlainAmountText(text, format), format.digits, amount);
+  std::string refusal;
+  bool read = LReadTypedAmount(text, format, amount, &refusal);
   if (read && amount >= 0 && (amount > 0 || !required)) return true;
   if (!quiet)
-    PopupControlDataInvalid(control, read || text.empty() ? std::string("Le montant doit être supérieur à zéro.")
-                                                          : "Montant invalide : " + text + ".");
+    PopupControlDataInvalid(control, read || text.empty() ? std::string("Le montant doit être supérieur à zéro.") : refusal);
   return false;
 }
 

@@ -7,6 +7,7 @@
 #include "invoice/shared/options.h"
 #include "invoice/shared/profile.h"
 #include "llib/gen/money.h"
+#include "llib/gen/moneybounds.h"
 
 namespace {
 
@@ -54,9 +55,9 @@ void LCompanyDetailsLoad(const LProfile& profile, LCompanyDetails& details) {
 
 std::string LCompanyDetailsCheck(const LProfile& profile, const LCompanyDetails& details, std::string& field) {
   long long value = 0;
-  auto fault = [&field](const char* name, const char* message) {
+  auto fault = [&field](const char* name, std::string message) {
     field = name;
-    return std::string(message);
+    return message;
   };
   if (details.name.empty()) return fault("name", "Veuillez entrer le nom de l'entreprise.");
   if (!details.siren.empty() && !AllDigits(details.siren, 9))
@@ -66,8 +67,12 @@ std::string LCompanyDetailsCheck(const LProfile& profile, const LCompanyDetails&
     return fault("siret", "Le numéro SIRET doit compter 14 chiffres et commencer par le numéro SIREN.");
   if (!details.vatNumber.empty() && !IsVatNumber(details.vatNumber))
     return fault("vatNumber", "Numéro de TVA intracommunautaire non valide (par exemple FR32123456789).");
-  if (!details.shareCapital.empty() && (!LParseAmount(details.shareCapital, profile.GetCurrencyDigits(), value) || value < 0))
+  if (!details.shareCapital.empty() && (!LParseAmount(details.shareCapital, profile.GetCurrencyDigits(), value) || value < 0)) {
+    if (LAmountTextIsBeyondCeiling(details.shareCapital, profile.GetCurrencyDigits()))
+      return fault("shareCapital", LAmountRefusal("le capital social", details.shareCapital, details.shareCapital,
+                                                  profile.GetCurrencyFormat()));
     return fault("shareCapital", "Veuillez entrer le capital social en chiffres (par exemple 10000).");
+  }
   if (!details.latePenaltyRate.empty() && (!LParseAmount(details.latePenaltyRate, kRateDigits, value) || value < 0))
     return fault("latePenaltyRate", "Veuillez entrer le taux des pénalités de retard en pourcentage (par exemple 10).");
   field.clear();

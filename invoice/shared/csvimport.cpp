@@ -114,7 +114,7 @@ struct RowInput {
 };
 
 // The row's key and fields; false with the reason when the row cannot go in.
-bool ReadRow(LPartyKind kind, int currencyDigits, const LCsvTableRow& row, const std::vector<std::string>& columns,
+bool ReadRow(LPartyKind kind, const LCurrencyFormat& currency, const LCsvTableRow& row, const std::vector<std::string>& columns,
              int keyColumn, RowInput& input, std::string& reason) {
   input.line = row.line;
   for (std::size_t i = 0; i < columns.size(); ++i) {
@@ -122,7 +122,7 @@ bool ReadRow(LPartyKind kind, int currencyDigits, const LCsvTableRow& row, const
     std::string text = i < row.cells.size() ? row.cells[i] : std::string();
     const LPartyField* field = LPartyFieldNamed(kind, columns[i]);
     std::string stored;
-    if (field != nullptr && !LPartyFieldStore(*field, text, currencyDigits, stored, &reason)) return false;
+    if (field != nullptr && !LPartyFieldStore(*field, text, currency, stored, &reason)) return false;
     if (columns[i] == "Name" && keyColumn < 0) input.key = text;
     input.fields.emplace_back(columns[i], std::move(text));
   }
@@ -162,14 +162,13 @@ bool LCsvImportBytes(LProfile& profile, LPartyKind kind, std::string_view bytes,
   if (keyColumn == static_cast<int>(columns.size())) keyColumn = -1;
 
   // Every row is read and checked before the first is written.
-  int currencyDigits = profile.GetCurrencyDigits();
   std::vector<RowInput> inputs;
   inputs.reserve(table.rows.size());
   std::vector<std::pair<int, std::string>> refused;  // line, reason
   for (const LCsvTableRow& row : table.rows) {
     RowInput input;
     std::string reason;
-    if (ReadRow(kind, currencyDigits, row, columns, keyColumn, input, reason)) inputs.push_back(std::move(input));
+    if (ReadRow(kind, profile.GetCurrencyFormat(), row, columns, keyColumn, input, reason)) inputs.push_back(std::move(input));
     else refused.emplace_back(row.line, std::move(reason));
   }
   report.nRows = static_cast<int>(table.rows.size());

@@ -10,8 +10,10 @@
 #include "invoice/shared/profile.h"
 #include "invoice/shared/stock.h"
 #include "invoice/shared/taxoptions.h"
+#include "invoice/shared/totals.h"
 #include "llib/gen/date.h"
 #include "llib/gen/money.h"
+#include "llib/gen/moneybounds.h"
 #include "llib/gen/textnum.h"
 
 namespace {
@@ -62,19 +64,16 @@ bool SetTaxFields(const LTaxOptions& tax, LRecord& document, const std::string& 
   return true;
 }
 
-// A line of the command line, "CODE|DESCRIPTION|QTY|UNIT PRICE|TAX NAME|DISCOUNT %".
 bool ApplyLine(LProfile& profile, const LTaxOptions& tax, LSalesDocument& document, int index,
                const std::string& text, std::string& error) {
-  std::vector<std::string> parts = SplitBars(text);
-  if (parts.size() < 4 || parts.size() > 6) {
+  LDocumentLineInput line;
+  if (!LParseDocumentLineText(text, line)) {
     error = "Ligne invalide : " + text + ".";
     return false;
   }
-  parts.resize(6);
-  LDocumentLineInput line{parts[0], parts[1], parts[2], parts[3], parts[4], parts[5]};
   LDocumentLineError refusal = LApplyDocumentLine(profile, tax, document, index, line);
   if (refusal == LDocumentLineError::kNone) return true;
-  error = LDocumentLineErrorMessage(refusal, line);
+  error = LDocumentLineErrorMessage(refusal, line, profile.GetCurrencyFormat());
   return false;
 }
 
@@ -145,7 +144,30 @@ void SetDefaults(LProfile& profile, const LSalesDocumentKind& kind, const LTaxOp
   }
 }
 
+// The lines and the shipping, one by one and together, within the money ceiling: a document file
+// may give any stored value, and a total beyond the ceiling could not be posted.
+bool WithinCeiling(const LProfile& profile, LSalesDocument& document, std::string& error) {
+  LFKItemCollectionRecord items = document.Items();
+  long long total = document.GetShippingCosts();
+  bool within = LMoneyIsWithinBounds(total);
+  for (int i = 0; i < items.GetItemCount() && within; ++i) {
+    long long line = LFKDocumentLineTotal(items, i, false, profile.GetCurrencyDigits());
+    total = LMoneySum(total, line);
+    within = LMoneyIsWithinBounds(line) && LMoneyIsWithinBounds(total);
+  }
+  if (!within) error = "Le total du document dépasse le plafond de " + LMoneyCeilingText(profile.GetCurrencyFormat()) + ".";
+  return within;
+}
+
 }  // namespace
+
+bool LParseDocumentLineText(std::string_view text, LDocumentLineInput& line) {
+  std::vector<std::string> parts = SplitBars(text);
+  if (parts.size() < 4 || parts.size() > 6) return false;
+  parts.resize(6);
+  line = {parts[0], parts[1], parts[2], parts[3], parts[4], parts[5]};
+  return true;
+}
 
 void LRemoveDocumentLines(LSalesDocument& document) {
   LFKItemCollectionRecord items = document.Items();
@@ -164,10 +186,15 @@ LDocumentLineError LApplyDocumentLine(LProfile& profile, const LTaxOptions& tax,
   if (!line.quantity.empty() && !LParseQuantity(line.quantity, qty)) return LDocumentLineError::kBadQuantity;
   long long unitValue = known ? LCustomerItemPrice(profile, document.GetCustomer(), item.GetPrice()) : 0;
   int digits = -1;
-  if (!line.unitPrice.empty() && !ParseUnitPrice(line.unitPrice, profile.GetCurrencyDigits(), unitValue, digits))
-    return LDocumentLineError::kBadUnitPrice;
+  int currencyDigits = profile.GetCurrencyDigits();
+  if (!line.unitPrice.empty() && !ParseUnitPrice(line.unitPrice, currencyDigits, unitValue, digits))
+    return LAmountTextIsBeyondCeiling(line.unitPrice, currencyDigits) ? LDocumentLineError::kTooLarge
+                                                                     : LDocumentLineError::kBadUnitPrice;
   double discount = 0;
   if (!line.discount.empty() && !LParseQuantity(line.discount, discount)) return LDocumentLineError::kBadDiscount;
+  // The line's amount as the document totals it: refused here, it never reaches a total.
+  int scale = digits == -1 ? 0 : digits - currencyDigits;
+  if (!LMoneyIsWithinBounds(LLineAmount(unitValue, qty, discount, scale))) return LDocumentLineError::kTooLarge;
   document.SetString(field("Code"), code);
   document.SetString(field("Description"), line.description.empty() && known ? item.GetDescription() : line.description);
   document.SetString(field("Qty"), ftotl(qty));
@@ -179,13 +206,17 @@ LDocumentLineError LApplyDocumentLine(LProfile& profile, const LTaxOptions& tax,
   return LDocumentLineError::kNone;
 }
 
-std::string LDocumentLineErrorMessage(LDocumentLineError error, const LDocumentLineInput& line) {
+std::string LDocumentLineErrorMessage(LDocumentLineError error, const LDocumentLineInput& line,
+                                      const LCurrencyFormat& format) {
   switch (error) {
     case LDocumentLineError::kNone: break;
     case LDocumentLineError::kBadQuantity: return "Quantité invalide : " + line.quantity + ".";
     case LDocumentLineError::kBadUnitPrice: return "Prix invalide : " + line.unitPrice + ".";
     case LDocumentLineError::kBadDiscount: return "Remise invalide : " + line.discount + ".";
     case LDocumentLineError::kUnknownTax: return UnknownTaxMessage(line.taxName);
+    case LDocumentLineError::kTooLarge:
+      return "Ligne trop grande : " + (line.quantity.empty() ? std::string("1") : line.quantity) + " × " +
+             line.unitPrice + " (plafond " + LMoneyCeilingText(format) + ").";
   }
   return {};
 }
@@ -223,7 +254,7 @@ bool LApplyDocumentInput(LProfile& profile, const LSalesDocumentKind& kind, cons
   if (!input.shipping.empty()) {
     long long shipping = 0;
     if (!LParseAmount(input.shipping, profile.GetCurrencyDigits(), shipping))
-      return error = "Montant invalide : " + input.shipping + ".", false;
+      return error = LAmountRefusal("le port", input.shipping, input.shipping, profile.GetCurrencyFormat()), false;
     document.SetInt64("ShippingCosts", shipping);
   }
   if (!input.shippingTax.empty() && !SetTaxFields(tax, document, "Shipping", input.shippingTax))
@@ -239,5 +270,5 @@ bool LApplyDocumentInput(LProfile& profile, const LSalesDocumentKind& kind, cons
     document.SetString("SalesPerson", input.salesPerson);
   }
   if (isNew) SetDefaults(profile, kind, tax, document);
-  return true;
+  return WithinCeiling(profile, document, error);
 }

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "invoice/shared/salesdocument.h"
+#include "llib/gen/money.h"
 
 class LProfile;
 class LTaxOptions;
@@ -46,6 +47,10 @@ struct LDocumentLineInput {
   std::string discount;
 };
 
+// A line of the command line, "CODE|DESCRIPTION|QTY|UNIT PRICE|TAX NAME|DISCOUNT %" (the last two
+// columns may be left out) into its columns; false when it has fewer than four or more than six.
+[[nodiscard]] bool LParseDocumentLineText(std::string_view text, LDocumentLineInput& line);
+
 // Why a typed line was refused: the column at fault and the rule it broke.
 enum class LDocumentLineError {
   kNone,
@@ -53,6 +58,7 @@ enum class LDocumentLineError {
   kBadUnitPrice,  // the unit price is not an amount
   kBadDiscount,   // the discount is not a decimal number
   kUnknownTax,    // the tax name is neither "Valeur/défaut", "Aucun" nor a tax of the business
+  kTooLarge,      // the unit price, or the line's amount, is beyond the money ceiling
 };
 
 // Writes the line as line index (0-based) of document, the tax's rates frozen as today's tax
@@ -62,8 +68,10 @@ enum class LDocumentLineError {
                                                     LSalesDocument& document, int index,
                                                     const LDocumentLineInput& line);
 // The French message of a refusal, naming what was typed: "Quantité invalide : 2x.", "Prix
-// invalide : …", "Remise invalide : …", "Taxe inconnue : …"; empty for kNone.
-std::string LDocumentLineErrorMessage(LDocumentLineError error, const LDocumentLineInput& line);
+// invalide : …", "Remise invalide : …", "Taxe inconnue : …", "Ligne trop grande : 3 × 1e12
+// (plafond 99 999 999 999,99 €)." (the ceiling in format); empty for kNone.
+std::string LDocumentLineErrorMessage(LDocumentLineError error, const LDocumentLineInput& line,
+                                      const LCurrencyFormat& format);
 // Removes every item line of document (and its fixed-percentage discount line).
 void LRemoveDocumentLines(LSalesDocument& document);
 

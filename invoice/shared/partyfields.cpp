@@ -8,6 +8,7 @@
 #include "invoice/shared/profile.h"
 #include "llib/gen/filestore.h"
 #include "llib/gen/money.h"
+#include "llib/gen/moneybounds.h"
 #include "llib/gen/textnum.h"
 
 namespace {
@@ -111,13 +112,13 @@ std::string PlainNumber(std::string_view text) {
   return plain;
 }
 
-bool StoreNumber(const LPartyField& field, std::string_view text, int currencyDigits, std::string& stored,
-                 std::string* error) {
+bool StoreNumber(const LPartyField& field, std::string_view text, const LCurrencyFormat& currency,
+                 std::string& stored, std::string* error) {
   std::string plain = PlainNumber(text);
   if (field.type == LFieldType::kAmount) {
     long long cents = 0;
-    if (!LParseAmount(plain, currencyDigits, cents)) {
-      SetError(error, "Montant invalide pour " + std::string(field.name) + " : " + std::string(text) + ".");
+    if (!LParseAmount(plain, currency.digits, cents)) {
+      SetError(error, LAmountRefusal(field.name, text, plain, currency));
       return false;
     }
     stored = std::to_string(cents);
@@ -283,8 +284,8 @@ std::string LPartyNormalizeHeader(std::string_view header) {
   return out;
 }
 
-bool LPartyFieldStore(const LPartyField& field, std::string_view text, int currencyDigits, std::string& stored,
-                      std::string* error) {
+bool LPartyFieldStore(const LPartyField& field, std::string_view text, const LCurrencyFormat& currency,
+                      std::string& stored, std::string* error) {
   if (text.empty()) {
     stored.clear();
     return true;
@@ -293,7 +294,7 @@ bool LPartyFieldStore(const LPartyField& field, std::string_view text, int curre
     case LFieldType::kText: stored.assign(text); return true;
     case LFieldType::kAmount:
     case LFieldType::kPercent:
-    case LFieldType::kQuantity: return StoreNumber(field, text, currencyDigits, stored, error);
+    case LFieldType::kQuantity: return StoreNumber(field, text, currency, stored, error);
     case LFieldType::kDays: return StoreDays(field, text, stored, error);
     case LFieldType::kSiren: return StoreSiren(text, stored, error);
     case LFieldType::kVatNumber: return StoreVatNumber(text, stored, error);
@@ -330,7 +331,7 @@ bool LPartySave(LProfile& profile, LPartyKind kind, std::string_view key,
     }
     std::string value = text;
     const LPartyField* field = LPartyFieldNamed(kind, name);
-    if (field != nullptr && !LPartyFieldStore(*field, text, profile.GetCurrencyDigits(), value, error)) return false;
+    if (field != nullptr && !LPartyFieldStore(*field, text, profile.GetCurrencyFormat(), value, error)) return false;
     if (!value.empty()) stored.emplace_back(name, std::move(value));
   }
   const LFileStoreListBase& list = profile.MainList(info.list);

@@ -18,6 +18,8 @@
 #include <utility>
 #include <vector>
 
+#include "llib/gen/money.h"
+
 class LProfile;
 
 enum class LPartyKind { kCustomer, kSupplier, kItem, kSalesPerson, kGroup };
@@ -61,9 +63,10 @@ std::string LPartyNormalizeHeader(std::string_view header);
 
 // Typed text to the stored value of the field. Amounts, percentages and quantities take "." or
 // "," as decimal point, blanks and "€" are ignored ("1 234,50 €"). false with the reason in *error
-// (stored unchanged). Empty text stores empty.
-bool LPartyFieldStore(const LPartyField& field, std::string_view text, int currencyDigits, std::string& stored,
-                      std::string* error);
+// (stored unchanged); an amount beyond the money ceiling is refused naming the ceiling in the
+// business's currency format. Empty text stores empty.
+bool LPartyFieldStore(const LPartyField& field, std::string_view text, const LCurrencyFormat& currency,
+                      std::string& stored, std::string* error);
 // The stored value as typed text for an export, which LPartyFieldStore reads back to the same value.
 std::string LPartyFieldText(const LPartyField& field, std::string_view stored, int currencyDigits);
 

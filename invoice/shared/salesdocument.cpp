@@ -7,6 +7,7 @@
 #include "invoice/shared/taxcalc.h"
 #include "invoice/shared/taxoptions.h"
 #include "llib/gen/date.h"
+#include "llib/gen/moneybounds.h"
 
 // ---- Kinds ------------------------------------------------------------------------------------
 
@@ -47,7 +48,7 @@ bool LDocumentKeyLess(std::string_view a, std::string_view b) {
 long long LSalesDocument::GetTaxTotal() const {
   int count = GetInt("TaxAmountCount", 3);
   long long total = 0;
-  for (int n = 1; n <= count; ++n) total += GetInt64("TaxAmount" + std::to_string(n), 0);
+  for (int n = 1; n <= count; ++n) total = LMoneySum(total, GetInt64("TaxAmount" + std::to_string(n), 0));
   return total;
 }
 

@@ -13,6 +13,7 @@
 #include "invoice/shared/taxoptions.h"
 #include "invoice/shared/vatfigures.h"
 #include "llib/gen/money.h"
+#include "llib/gen/moneybounds.h"
 
 namespace {
 
@@ -100,18 +101,18 @@ DocumentTaxes ComputeTaxes(LProfile& profile, LSalesDocument& document) {
   LFKItemSums sums = LFKSumItems(items, taxes.table, context, ignoreDiscount, profile.GetCurrencyDigits());
 
   taxes.total = sums.untaxed;
-  for (const auto& entry : taxes.table) taxes.total += entry.second.base;
+  for (const auto& entry : taxes.table) taxes.total = LMoneySum(taxes.total, entry.second.base);
   long long shipping = document.GetShippingCosts();
   if (shipping != 0) {
     auto taxed = taxes.table.find(ShippingTaxName(document, context));
-    if (taxed != taxes.table.end()) taxed->second.base += shipping;
+    if (taxed != taxes.table.end()) taxed->second.base = LMoneySum(taxed->second.base, shipping);
   }
-  taxes.total += shipping;
+  taxes.total = LMoneySum(taxes.total, shipping);
 
   if (taxMode != kDocumentUntaxed) {
     bool inclusive = taxOptions.IsTaxInclusive();
     LApplyTaxes(taxes.table, inclusive, false, taxes.separate);
-    taxes.total += LApplyTaxes(taxes.table, inclusive, true, taxes.combined);
+    taxes.total = LMoneySum(taxes.total, LApplyTaxes(taxes.table, inclusive, true, taxes.combined));
   }
   return taxes;
 }
@@ -206,14 +207,14 @@ LFKItemSums LFKSumItems(LFKItemCollection& items, LFKTaxTable& table, const LFKT
   for (int i = 0; i < count; ++i) {
     if (i == fixed) continue;
     long long amount = LFKDocumentLineTotal(items, i, ignoreDiscount, currencyDigits);
-    sums.subTotal += amount;
+    sums.subTotal = LMoneySum(sums.subTotal, amount);
     auto entry = table.find(LFKLineTaxName(items, i, context));
     if (entry == table.end()) {
-      sums.untaxed += amount;
+      sums.untaxed = LMoneySum(sums.untaxed, amount);
       continue;
     }
     if (hasFixed) amount -= Truncate(static_cast<double>(amount) * percent / 100);
-    entry->second.base += amount;
+    entry->second.base = LMoneySum(entry->second.base, amount);
   }
   if (hasFixed) {
     long long discount = -Truncate(static_cast<double>(sums.subTotal) * percent / 100);
@@ -243,7 +244,7 @@ long long LApplyTaxes(const LFKTaxTable& table, bool inclusive, bool combinedPas
         if (!combinedPass && table.count(combined.parts[i]) > 0) amounts[combined.parts[i]] += taxes[i];
       }
       if (combinedPass) amounts[entry.combinedName] += tax;
-      sum += tax;
+      sum = LMoneySum(sum, tax);
       continue;
     }
     long long tax = 0;
@@ -255,7 +256,7 @@ long long LApplyTaxes(const LFKTaxTable& table, bool inclusive, bool combinedPas
       tax = inclusive ? LRoundHalfUp(base / (100 / rate + 1)) : LRoundHalfUp(rate * base * 0.01);
     }
     amounts[name] += tax;
-    sum += tax;
+    sum = LMoneySum(sum, tax);
   }
   return inclusive ? 0 : sum;
 }

@@ -54,6 +54,16 @@ bool LWebFindBusiness(std::string_view companyName, LWebBusiness& found) {
   return false;
 }
 
+std::vector<LWebBusiness> WLSessionBusinesses(LWebletForm& form) {
+  if (WLIsDeskSession(form)) return LWebBusinessList();
+  LWebAccount account;
+  std::vector<LWebBusiness> allowed;
+  if (!OpenSessionAccount(form, account) || !account.IsEnabled()) return allowed;
+  for (LWebBusiness& business : LWebBusinessList())
+    if (account.IsAdministrator() || account.HasProfile(business.name)) allowed.push_back(std::move(business));
+  return allowed;
+}
+
 bool WLIsDeskSession(LWebletForm& form) {
   return form.session.IsPresent() && std::string_view(form.session.GetString(kDeskSessionValue, "")) == "1";
 }

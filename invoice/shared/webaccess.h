@@ -28,6 +28,9 @@ std::string LWebCompanyName(std::string_view folder);
 std::vector<LWebBusiness> LWebBusinessList();
 // The first business of that company name; false when none.
 bool LWebFindBusiness(std::string_view companyName, LWebBusiness& found);
+// The businesses the session's user may open, in the order of LWebBusinessList: all at the desk
+// and for an administrator, those its "Profiles" name otherwise; none without an enabled account.
+std::vector<LWebBusiness> WLSessionBusinesses(LWebletForm& form);
 
 // true in a session opened by the desk's one-time link.
 bool WLIsDeskSession(LWebletForm& form);

@@ -26,7 +26,8 @@ constexpr char kLineCountParam[] = "fklines";
 int ColumnOfError(LDocumentLineError error) {
   switch (error) {
     case LDocumentLineError::kBadQuantity: return kFKGridQuantity;
-    case LDocumentLineError::kBadUnitPrice: return kFKGridUnitPrice;
+    case LDocumentLineError::kBadUnitPrice:
+    case LDocumentLineError::kTooLarge: return kFKGridUnitPrice;
     case LDocumentLineError::kBadDiscount: return kFKGridDiscount;
     case LDocumentLineError::kUnknownTax: return kFKGridTax;
     case LDocumentLineError::kNone: break;
@@ -201,7 +202,7 @@ bool LWebDialogFK::GetItemLines(LSalesDocument& document) {
     input.discount = PlainNumber(GridControl(line, kFKGridDiscount));
     LDocumentLineError refusal = LApplyDocumentLine(Profile(), tax, document, index, input);
     if (refusal != LDocumentLineError::kNone)
-      return refuse(GridControl(line, ColumnOfError(refusal)), LDocumentLineErrorMessage(refusal, typed));
+      return refuse(GridControl(line, ColumnOfError(refusal)), LDocumentLineErrorMessage(refusal, typed, Profile().GetCurrencyFormat()));
     int origin = LTextToInt(GetTextAndTrim(GridControl(line, kFKGridOrigin))) - 1;
     if (origin >= 0 && origin < old.GetItemCount() && origin != oldFixed) {
       LFKItemCollectionRecord items = document.Items();

@@ -3,7 +3,7 @@
 #include "invoice/shared/webnavtabs.h"
 #include "invoice/shared/profile.h"
 #include "llib/gen/filestore.h"
-#include "llib/gen/money.h"
+#include "llib/gen/moneyinput.h"
 #include "llib/gen/record.h"
 #include "llib/web/webletform.h"
 
@@ -83,8 +83,8 @@ bool LWebDialogKV::ReadControls(LRecord& record) {
       record.DeleteField(binding.field);
     } else if (binding.kind == LWebKVKind::kMoney) {
       long long amount = 0;
-      if (!LParseAmount(text, Profile().GetCurrencyDigits(), amount)) {
-        PopupControlDataInvalid(binding.id, "Montant invalide : " + text + ".");
+      if (std::string refusal; !LReadTypedAmount(text, Profile().GetCurrencyFormat(), amount, &refusal)) {
+        PopupControlDataInvalid(binding.id, refusal);
         return false;
       }
       record.SetInt64(binding.field, amount);

@@ -18,7 +18,7 @@ bool LWebPartyDialog::CheckValues(LRecord& record) {
   for (const auto& [id, name] : checked_) {
     if (!record.TestFieldExists(name)) continue;
     std::string stored, error;
-    if (!LPartyFieldStore(*LPartyFieldNamed(kind_, name), record.GetString(name), Profile().GetCurrencyDigits(),
+    if (!LPartyFieldStore(*LPartyFieldNamed(kind_, name), record.GetString(name), Profile().GetCurrencyFormat(),
                           stored, &error)) {
       PopupControlDataInvalid(id, error);
       return false;

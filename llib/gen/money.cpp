@@ -94,9 +94,23 @@ std::string LFormatMoney(long long amount, const LCurrencyFormat& format, bool p
   return parenthesesForNegative ? "(" + text + ")" : "-" + text;
 }
 
-long long LRoundHalfUp(double x) { return static_cast<long long>(std::floor(x + 0.5)); }
+namespace {
 
-long long LRoundHalfAwayFromZero(double x) { return std::llround(x); }
+// x as a 64-bit integer, held inside the 64-bit range (NaN as 0): a quantity of 1e300 or an
+// infinite one yields an amount the ceiling then refuses, never an undefined conversion.
+long long HeldToRange(double x) {
+  if (std::isnan(x)) return 0;
+  constexpr double kLimit = 9.2e18;  // below 2^63 and exactly representable
+  if (x >= kLimit) return static_cast<long long>(kLimit);
+  if (x <= -kLimit) return -static_cast<long long>(kLimit);
+  return static_cast<long long>(x);
+}
+
+}  // namespace
+
+long long LRoundHalfUp(double x) { return HeldToRange(std::floor(x + 0.5)); }
+
+long long LRoundHalfAwayFromZero(double x) { return HeldToRange(std::round(x)); }
 
 long long LLineAmount(long long unitValue, double quantity, double discountPercent, int scaleDigits) {
   double x = static_cast<double>(unitValue) * quantity;

@@ -1,5 +1,7 @@
 #include "llib/gen/moneyinput.h"
 
+#include "llib/gen/moneybounds.h"
+
 std::string LPlainAmountText(std::string_view text, const LCurrencyFormat& format) {
   std::string plain;
   bool parenthesised = text.size() >= 2 && text.front() == '(' && text.back() == ')';
@@ -40,4 +42,11 @@ std::string LAmountInputText(long long amount, const LCurrencyFormat& format) {
   LCurrencyFormat number = format;
   number.symbol.clear();
   return LFormatNumber(amount, number);
+}
+
+bool LReadTypedAmount(std::string_view typed, const LCurrencyFormat& format, long long& amount, std::string* error) {
+  std::string plain = LPlainAmountText(typed, format);
+  if (LParseAmount(plain, format.digits, amount)) return true;
+  if (error != nullptr) *error = LAmountRefusal("", typed, plain, format);
+  return false;
 }

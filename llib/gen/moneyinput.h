@@ -16,3 +16,9 @@ std::string LPlainAmountText(std::string_view text, const LCurrencyFormat& forma
 // An amount as a form's field shows it, the business's way without the symbol ("1 234,56"), so
 // that LPlainAmountText reads it back to the same amount.
 std::string LAmountInputText(long long amount, const LCurrencyFormat& format);
+
+// Text typed the business's way to minor units (LPlainAmountText, then LParseAmount); false with
+// the French refusal in *error: "Montant invalide : 1,2,3." or "Montant trop grand : 1e12 (plafond
+// 99 999 999 999,99 €)." (LAmountRefusal, moneybounds.h); amount is then unchanged.
+[[nodiscard]] bool LReadTypedAmount(std::string_view typed, const LCurrencyFormat& format, long long& amount,
+                                    std::string* error);

@@ -151,6 +151,9 @@ std::string LReportWriteJson(const LReportTable& table) {
 }
 
 std::string LHtmlEscape(std::string_view text) {
+  // Names stored in Latin-1 or Windows-1252 by older programs show as they were meant, the way
+  // JSON output reads them.
+  if (!LIsValidUtf8(text)) return LHtmlEscape(LTextAsUtf8(text));
   std::string out;
   out.reserve(text.size());
   for (char c : text) {

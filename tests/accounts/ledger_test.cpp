@@ -17,6 +17,7 @@
 #include "invoice/shared/profile.h"
 #include "llib/gen/csv.h"
 #include "llib/gen/date.h"
+#include "llib/gen/moneybounds.h"
 #include "tests/support/testhome.h"
 
 namespace {
@@ -299,6 +300,37 @@ TEST_F(LedgerTest, CheckFindsAndFixesEveryDifference) {
   EXPECT_EQ(rent->GetTotalBalance(), 5300);
   EXPECT_EQ(rent->GetBalanceAtEndOfMonth(2024, 3), 5300);
   EXPECT_TRUE(Check().differences.empty());
+}
+
+// The money ceiling is what a day file reads back: a posting beyond it is refused whole before
+// anything is written; lines beyond it written by another program are reported by the check, and
+// no total built on them (balances, month buckets, the check's own sums) wraps to a negative.
+TEST_F(LedgerTest, AmountsBeyondTheCeilingNeverWrapTheBooks) {
+  ASSERT_TRUE(LAccountTransactionRecord(profile_, Rent("2024-06-03", "GJ1", kMoneyMaxMinorUnits)));
+  LLedgerTransaction loaded;
+  ASSERT_TRUE(LLedgerTransactionLoad(profile_, loaded, "2024-06-03", "GJ1"));
+  EXPECT_EQ(loaded.Lines().front().amount, kMoneyMaxMinorUnits);
+  EXPECT_FALSE(LAccountTransactionRecord(profile_, Rent("2024-06-03", "GJ2", kMoneyMaxMinorUnits + 1)));
+  EXPECT_FALSE(LLedgerTransactionTestExists(profile_, "2024-06-03", "GJ2"));
+  EXPECT_EQ(Open("6410")->GetTotalBalance(), kMoneyMaxMinorUnits);
+
+  // Another program's rows: the line that once wrapped the balances, twice on the same account.
+  const std::string wrapped = "\"2024-07-01\",\"X1\",\"General\",\"6410\",\"\",\"d\",\"+92233720368547758.07\",\"\",\"\"\r\n";
+  LWriteFile(DayFile("2024-07-01"), wrapped + wrapped);
+  LCheckReport report = Check();
+  int beyond = 0;
+  for (const auto& problem : report.problems) beyond += problem.message.find("au-delà du plafond") != std::string::npos;
+  EXPECT_EQ(beyond, 2);
+  for (const auto& difference : report.differences) EXPECT_GE(difference.computed, 0) << difference.field;
+  // Postings onto a balance already at the 64-bit edge hold it there.
+  {
+    auto rent = Open("6410");
+    rent->SetInt64("TotalBalance", 9223372036854775000LL);
+    ASSERT_TRUE(rent->Flush());
+  }
+  ASSERT_TRUE(LAccountTransactionRecord(profile_, Rent("2024-06-04", "GJ3", kMoneyMaxMinorUnits)));
+  EXPECT_EQ(Open("6410")->GetTotalBalance(), 9223372036854775807LL);
+  EXPECT_EQ(Open("6410")->GetBalanceAtEndOfMonth(2024, 12), 2 * kMoneyMaxMinorUnits);
 }
 
 // Four processes post 250 transactions each onto the same three days and the same accounts:

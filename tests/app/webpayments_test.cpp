@@ -146,7 +146,7 @@ TEST_F(WebPaymentsTest, ViewersStrangersAndGarbageChangeNothing) {
                 .body.find("Pièce inconnue : 1."),
             std::string::npos);
   std::string huge(100000, '9');
-  EXPECT_NE(Pay(admin, "paymentprop", "id=&101=DUP&102=" + today_ + "&103=" + huge).find("Montant invalide"),
+  EXPECT_NE(Pay(admin, "paymentprop", "id=&101=DUP&102=" + today_ + "&103=" + huge).find("Montant trop grand"),
             std::string::npos);
   EXPECT_EQ(LRunKontavoJson({"payment", "list"}).size(), 1u);
   EXPECT_EQ(LRunKontavoJson({"payment", "show", "1"})["unapplied"], 800);

@@ -1,7 +1,8 @@
 // The report centre on a real `kontavo serve`, for a business with books over two years: every
 // report the centre links to renders, and its table equals the one `kontavo report --format json`
-// gives, cell for cell, and its CSV download the command's CSV byte for byte; the choosers lead
-// to the report with their named periods and refuse what does not read.
+// gives, cell for cell, and its CSV download the command's CSV byte for byte, its PDF download the
+// command's PDF; the choosers lead to the report with their named periods and refuse what does not
+// read; a consolidated report totals the businesses the user may open, with their factors.
 #include <gtest/gtest.h>
 
 #include <nlohmann/json.hpp>
@@ -10,6 +11,7 @@
 #include <set>
 
 #include "accounts/reportcatalog.h"
+#include "tests/support/pdfreader.h"
 #include "tests/support/webservertest.h"
 
 namespace {
@@ -74,6 +76,10 @@ class WebReportsTest : public LWebServerTest {
     Run({"creditnote", "new", "--customer", "C2", "--date", "2025-07-10", "--untaxed", "--line", "|Remise|1|100|Aucun|"});
     Run({"payment", "add", "--customer", "C2", "--amount", "500", "--date", "2025-08-01", "--apply", "2=500",
          "--account", "Compte-chèque"});
+    // A vehicle's trips of both years: the mileage report has figures too.
+    Run({"vehicle", "add", "Clio", "FiscalHorsepower=5"});
+    Run({"mileage", "add", "Clio", "--date", "2024-06-01", "--km", "420", "--purpose", "Salon"});
+    Run({"mileage", "add", "Clio", "--date", "2025-03-02", "--km", "180", "--origin", "Lyon", "--destination", "Paris"});
     session_ = Logon();
     ASSERT_FALSE(session_.empty());
   }
@@ -145,12 +151,106 @@ TEST_F(WebReportsTest, EveryReportOfTheCentreEqualsTheCommandCellForCell) {
     EXPECT_EQ(csv.body, LRunKontavo(args).out);
     ++compared;
   }
+  // The PDF link serves the PDF of `report NAME --format pdf`: the same text on the same pages.
+  std::string pl = Get("/generatereport?report=pl&from=2024-01-01&to=2025-12-31").body;
+  EXPECT_NE(pl.find("<a href='generatereport?report=pl&from=2024-01-01&to=2025-12-31&format=pdf' class=actionlink "
+                    "download>Télécharger en PDF</a>"),
+            std::string::npos)
+      << pl;
+  LWebResponse pdf = Get("/generatereport?report=pl&from=2024-01-01&to=2025-12-31&format=pdf");
+  EXPECT_EQ(pdf.headers["content-type"], "application/pdf");
+  EXPECT_EQ(pdf.headers["content-disposition"], "attachment; filename=\"Rapport-pl-2025-12-31.pdf\"");
+  std::string served = home_.Path() + "/served.pdf", written = home_.Path() + "/written.pdf";
+  LWriteFile(served, pdf.body);
+  Run({"report", "pl", "--from", "2024-01-01", "--to", "2025-12-31", "--format", "pdf", "--out", written});
+  std::string text = LPdfText(served);
+  EXPECT_NE(text.find("Bénéfice net"), std::string::npos) << text;
+  EXPECT_EQ(text, LPdfText(written));
+  EXPECT_EQ(LPdfInfo(served, "Pages"), LPdfInfo(written, "Pages"));
+  LKeepPdfRendering(served, "webreport-pl");
+
   // The figures are really there: the statements over both years.
   EXPECT_GE(compared, static_cast<int>(linked.size()) - 1);
-  std::vector<PageRow> pl = PageRows(Get("/generatereport?report=pl&from=2024-01-01&to=2025-12-31").body);
-  ASSERT_FALSE(pl.empty());
-  EXPECT_EQ(pl.back().label, "Bénéfice net");
-  EXPECT_EQ(pl.back().values[0], 445050 - 10000 - 145000);
+  std::vector<PageRow> plRows = PageRows(pl);
+  ASSERT_FALSE(plRows.empty());
+  EXPECT_EQ(plRows.back().label, "Bénéfice net");
+  EXPECT_EQ(plRows.back().values[0], 445050 - 10000 - 145000);
+}
+
+TEST_F(WebReportsTest, QuickLinksOnlyForReportsThatANamedPeriodOrDayCompletes) {
+  std::string centre = Get("/reports").body;
+  auto line = [&](const std::string& name) {
+    std::size_t start = centre.find("href='reportredirect?report=" + name + "'");
+    return start == std::string::npos ? std::string() : centre.substr(start, centre.find("</li>", start) - start);
+  };
+  EXPECT_NE(line("pl").find("generatereportperiod?report=pl&period=fy'>exercice en cours</a>"), std::string::npos);
+  EXPECT_NE(line("bs").find("generatereportdate?report=bs&when=today'>aujourd&#39;hui</a>"), std::string::npos);
+  // A customer's statement, a budget and a reconciliation need their customer, budget or account.
+  for (const char* name : {"statement", "budget", "reconcile"}) {
+    ASSERT_FALSE(line(name).empty()) << name;
+    EXPECT_EQ(line(name).find("quicklinks"), std::string::npos) << line(name);
+  }
+}
+
+TEST_F(WebReportsTest, ConsolidatedReportTotalsTheBusinessesTheUserMayOpenWithTheirFactors) {
+  Run({"business", "add", "--name", "Filiale SAS"});
+  Run({"--business", "1", "customer", "add", "C9", "Name=Client"});
+  Run({"--business", "1", "invoice", "new", "--customer", "C9", "--date", "2024-06-01", "--untaxed", "--line",
+       "|Conseil|1|1000|Aucun|"});
+  // The choice: every business of an administrator, the open one ticked; then the report's chooser.
+  std::string dialog = Get("/consolreport?report=pl").body;
+  EXPECT_NE(dialog.find("<option value='pl' selected>Compte de résultat</option>"), std::string::npos) << dialog;
+  EXPECT_EQ(dialog.find("<option value='statement'"), std::string::npos);
+  EXPECT_NE(dialog.find("id=300 name=300 checked onclick='enablectls()'>Principale SARL"), std::string::npos) << dialog;
+  EXPECT_NE(dialog.find(">Filiale SAS</label>"), std::string::npos);
+  const std::string press = "&submit=Continuer";
+  EXPECT_NE(Post("/consolreport", "201=pl&300=on&400=abc" + press).body.find("ShowControlError('400', 'Taux invalide"),
+            std::string::npos);
+  EXPECT_NE(Post("/consolreport", "201=pl" + press).body.find("Cochez au moins une entreprise."), std::string::npos);
+  std::string ok = Post("/consolreport", "201=pl&300=on&400=1&301=on&401=0,5" + press).body;
+  EXPECT_NE(ok.find("window.location = 'reportredirect?report=pl&cons=0%3D1%2C1%3D0.5';"), std::string::npos) << ok;
+  EXPECT_EQ(Get("/reportredirect?report=pl&cons=0%3D1%2C1%3D0.5").headers["location"],
+            "reportperiod?report=pl&cons=0%3D1%2C1%3D0.5");
+  std::string chosen = Post("/reportperiod", "report=pl&chooser=reportperiod&cons=0%3D1%2C1%3D0.5&201=custom&"
+                                             "202=2024-01-01&203=2024-12-31&submit=Afficher+le+rapport").body;
+  EXPECT_NE(chosen.find("window.location = 'generateconsreport?report=pl&from=2024-01-01&to=2024-12-31&cons=0%3D1%2C1%3D0.5';"),
+            std::string::npos)
+      << chosen;
+
+  // The report equals the command's consolidation cell for cell, the businesses named above it.
+  std::string page = Get("/generateconsreport?report=pl&from=2024-01-01&to=2024-12-31&cons=0%3D1%2C1%3D0.5").body;
+  EXPECT_NE(page.find("<li>Principale SARL <span class=factor>× 1</span></li><li>Filiale SAS <span "
+                      "class=factor>× 0.5</span></li>"),
+            std::string::npos)
+      << page;
+  nlohmann::json report = LRunKontavoJson(
+      {"report", "pl", "--from", "2024-01-01", "--to", "2024-12-31", "--consolidate", "0=1,1=0.5"});
+  std::vector<PageRow> rows = PageRows(page);
+  ASSERT_EQ(rows.size(), report["rows"].size());
+  for (std::size_t r = 0; r < rows.size(); ++r) {
+    if (report["rows"][r]["kind"] == "heading") continue;
+    EXPECT_EQ(rows[r].values, report["rows"][r]["values"].get<std::vector<nlohmann::json>>()) << rows[r].label;
+  }
+  EXPECT_EQ(rows.back().label, "Bénéfice net");
+  EXPECT_EQ(rows.back().values[0], 200000 - 70000 + 50000);
+  EXPECT_EQ(Get("/generateconsreport?report=pl").headers["location"], "consolreport?report=pl");
+  EXPECT_NE(Get("/generateconsreport?report=coa&cons=0%3D1").body.find("Ce rapport ne peut pas être consolidé"),
+            std::string::npos);
+
+  // A user of the principal business alone is offered it alone, and refused the other.
+  LRunResult added = LRunKontavo({"user", "add", "eve@example.fr", "--name", "Eve", "--user", "--profile",
+                                  "Principale SARL", "--password-stdin"},
+                                 "evesecret\n");
+  ASSERT_EQ(added.exitCode, 0) << added.err;
+  std::string eve = Logon("eve@example.fr", "evesecret");
+  std::string offered = LHttpGet(port_, "/consolreport", eve).body;
+  EXPECT_NE(offered.find("Principale SARL"), std::string::npos);
+  EXPECT_EQ(offered.find("Filiale SAS"), std::string::npos);
+  EXPECT_NE(LHttpGet(port_, "/generateconsreport?report=pl&cons=0%3D1%2C1%3D1", eve).body.find(
+                "Vous n&#39;avez pas accès à l&#39;entreprise Filiale SAS."),
+            std::string::npos);
+  EXPECT_NE(LHttpGet(port_, "/generatereport?report=bs&cons=1%3D1&format=csv", eve).body.find("Vous n&#39;avez pas accès"),
+            std::string::npos);
 }
 
 TEST_F(WebReportsTest, CustomerStatementBringsTheBalanceForwardAgesItAndLogsWhatIsIssued) {

@@ -61,13 +61,18 @@ TEST_F(DocumentLineInputTest, EachRefusalNamesItsColumnAndRule) {
       // Several faults: the first column in the order quantity, price, discount, tax.
       {{"", "x", "?", "?", "Q", "?"}, LDocumentLineError::kBadQuantity, "Quantité invalide : ?."},
       {{"", "x", "1", "?", "Q", "?"}, LDocumentLineError::kBadUnitPrice, "Prix invalide : ?."},
+      // Beyond the money ceiling: the price itself, or a quantity times a price that each read.
+      {{"", "x", "", "100000000000", "", ""}, LDocumentLineError::kTooLarge,
+       "Ligne trop grande : 1 × 100000000000 (plafond $99,999,999,999.99)."},
+      {{"", "x", "1000", "99999999999.99", "", ""}, LDocumentLineError::kTooLarge,
+       "Ligne trop grande : 1000 × 99999999999.99 (plafond $99,999,999,999.99)."},
   };
   for (const Case& c : cases) {
     LDocumentLineError error = Apply(c.line);
     EXPECT_EQ(error, c.error) << c.message;
-    EXPECT_EQ(LDocumentLineErrorMessage(error, c.line), c.message);
+    EXPECT_EQ(LDocumentLineErrorMessage(error, c.line, Profile().GetCurrencyFormat()), c.message);
   }
-  EXPECT_EQ(LDocumentLineErrorMessage(LDocumentLineError::kNone, cases[0].line), "");
+  EXPECT_EQ(LDocumentLineErrorMessage(LDocumentLineError::kNone, cases[0].line, Profile().GetCurrencyFormat()), "");
 }
 
 }  // namespace
