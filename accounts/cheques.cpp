@@ -81,6 +81,22 @@ bool LChequeSetNextNumber(const LProfile& profile, std::string_view account, std
   return record.Flush() || LSplitRefuse(message, kNotSaved);
 }
 
+bool LChequeResolve(const LProfile& profile, std::string_view word, std::string_view account, std::string& key,
+                    std::string* message) {
+  if (profile.List(kChequesList).TestRecordExists(word)) {
+    key = word;
+    return true;
+  }
+  std::vector<std::string> found = LChequeFind(profile, account, word);
+  if (found.size() == 1) {
+    key = found.front();
+    return true;
+  }
+  return LSplitRefuse(message,
+                      found.empty() ? "Le chèque n° %s n'existe pas." : "Plusieurs comptes ont un chèque n° %s : précisez --account.",
+                      word);
+}
+
 std::vector<std::string> LChequeKeys(const LProfile& profile) {
   std::vector<std::string> keys;
   LFileStoreListBase list = Cheques(profile);

@@ -95,6 +95,7 @@ bool LStartWizardRun(LProfile& profile, LStartWizardAnswers& answers, LStartWiza
   for (auto& page : pages) {
     if (!page->Write(profile, answers)) {
       message = kRecordNotSavedMessage;
+      profile.Reload();
       return false;
     }
   }

@@ -109,6 +109,15 @@ bool AskOpening(LStartWizardPrompter& prompter, std::string_view hasPrompt, std:
   return true;
 }
 
+// The company details the settings page edits, as the wizard's answers give them.
+LCompanyDetails CompanyDetails(const LStartWizardAnswers& answers) {
+  LCompanyDetails details = answers.legal;
+  details.name = answers.name;
+  details.address = answers.address;
+  details.contact = answers.contact;
+  return details;
+}
+
 // The French general chart: asked for, or by default for a business in France.
 bool IsPcgChart(const LStartWizardAnswers& answers) {
   return answers.chart.empty() ? answers.country == "FR" : answers.chart == kStartWizardPcgChart;
@@ -181,10 +190,30 @@ bool LStartWizardCountryPage::Write(LProfile& profile, const LStartWizardAnswers
 
 bool LStartWizardPageCompanyInfo::Ask(LStartWizardPrompter& prompter, const LProfile&, LStartWizardAnswers& answers) {
   std::string fiscalYearEnd = LStartWizardFiscalYearEndText(answers);
-  return prompter.Ask("Nom de l'entreprise", answers.name, answers.name) &&
-         prompter.Ask("Adresse", answers.address, answers.address) &&
-         prompter.Ask("Contact", answers.contact, answers.contact) &&
-         prompter.Ask("Fin de l'exercice (MM-JJ)", fiscalYearEnd, answers.fiscalYearEnd);
+  if (!prompter.Ask("Nom de l'entreprise", answers.name, answers.name) ||
+      !prompter.Ask("Adresse", answers.address, answers.address) ||
+      !prompter.Ask("Contact", answers.contact, answers.contact) ||
+      !prompter.Ask("Fin de l'exercice (MM-JJ)", fiscalYearEnd, answers.fiscalYearEnd))
+    return false;
+  LCompanyDetails& legal = answers.legal;
+  bool asked = !legal.siren.empty() || !legal.vatNumber.empty() || !legal.legalForm.empty();
+  if (!prompter.AskYesNo("Saisir les mentions légales (SIREN, n° de TVA, forme juridique…) ?", asked, asked)) return false;
+  if (!asked) return true;
+  std::pair<const char*, std::string*> questions[] = {
+      {"SIREN (9 chiffres)", &legal.siren},
+      {"SIRET (14 chiffres)", &legal.siret},
+      {"N° de TVA intracommunautaire", &legal.vatNumber},
+      {"Forme juridique (SARL, SAS…)", &legal.legalForm},
+      {"Capital social", &legal.shareCapital},
+      {"RCS (par exemple RCS Lyon)", &legal.rcs},
+      {"Taux des pénalités de retard (%)", &legal.latePenaltyRate},
+      {"E-mail", &legal.email},
+      {"Téléphone", &legal.phone},
+  };
+  for (auto& [prompt, value] : questions)
+    if (!prompter.Ask(prompt, *value, *value)) return false;
+  return prompter.AskYesNo("TVA non applicable (franchise en base, art. 293 B du CGI) ?", legal.vatExempt,
+                           legal.vatExempt);
 }
 
 bool LStartWizardPageCompanyInfo::Check(const LProfile& profile, const LStartWizardAnswers& answers,
@@ -202,18 +231,18 @@ bool LStartWizardPageCompanyInfo::Check(const LProfile& profile, const LStartWiz
     message = "Veuillez entrer une fin d'exercice valide (MM-JJ).";
     return false;
   }
-  return true;
+  std::string field;
+  message = LCompanyDetailsCheck(profile, CompanyDetails(answers), field);
+  return message.empty();
 }
 
 bool LStartWizardPageCompanyInfo::Write(LProfile& profile, const LStartWizardAnswers& answers) {
   int month = 12, day = 31;
   ParseMonthDay(LStartWizardFiscalYearEndText(answers), month, day);
+  if (!LCompanyDetailsStore(profile, CompanyDetails(answers))) return false;
   {
     LRecord company;
     OpenMisc(profile, company, "Company");
-    company.SetString("Name", answers.name);
-    company.SetString("Address", answers.address);
-    company.SetString("Contact", answers.contact);
     company.SetInt("FiscalYearEnd", month);
     company.SetInt("FiscalYearEndDay", day);
     if (!company.Flush()) return false;

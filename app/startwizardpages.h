@@ -20,8 +20,7 @@ class LStartWizardPage {
   virtual bool Ask(LStartWizardPrompter& prompter, const LProfile& profile, LStartWizardAnswers& answers) = 0;
   // true when the answers can be written; false with the page's message.
   virtual bool Check(const LProfile& profile, const LStartWizardAnswers& answers, std::string& message) = 0;
-  // Writes the checked answers into the business.
-  // Stores the page's answers; false when a record could not be written.
+  // Writes the checked answers into the business; false when a record could not be written.
   [[nodiscard]] virtual bool Write(LProfile& profile, const LStartWizardAnswers& answers) = 0;
 };
 
@@ -36,7 +35,8 @@ class LStartWizardCountryPage : public LStartWizardPage {
 class LStartWizardPageCompanyInfo : public LStartWizardPage {
  public:
   bool Ask(LStartWizardPrompter& prompter, const LProfile& profile, LStartWizardAnswers& answers) override;
-  // An empty name, a name another business carries, an impossible fiscal-year end.
+  // An empty name, a name another business carries, an impossible fiscal-year end, legal
+  // mentions the company settings would refuse (LCompanyDetailsCheck).
   bool Check(const LProfile& profile, const LStartWizardAnswers& answers, std::string& message) override;
   [[nodiscard]] bool Write(LProfile& profile, const LStartWizardAnswers& answers) override;
 };
