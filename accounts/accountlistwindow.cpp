@@ -14,6 +14,7 @@ constexpr char kUsed[] = "Impossible de supprimer le compte '%s'.\nCe compte a �
 constexpr char kHasBalance[] = "Impossible de supprimer le compte '%s'.\nCe compte a toujours un solde restant dû.";
 constexpr char kConfirmRemove[] =
     "Voulez-vous vraiment supprimer définitivement le compte \"%s\" - vous ne pourrez plus afficher ce compte ?";
+constexpr char kNotWritten[] = "Impossible de supprimer le compte '%s'.\nIl n'a pas pu être enregistré.";
 constexpr char kConfirmHide[] = "Voulez-vous vraiment supprimer le compte \"%s\" ?";
 
 std::string Format(const char* format, const std::string& name) {
@@ -53,15 +54,18 @@ int LAccountListWindow::CmRemove(const std::vector<std::string>& selected, std::
       }
       if (answer.dontShowAgain) options.SetBool(skipOption, true);
     }
+    bool written;
     if (removing) {
       if (int slot = LDefAccountSlotOfAccount(profile_, number); slot != 0) options.SetDefAccountNumber(slot, "");
-      options.Flush();
       account.DetachWithoutSave();
-      accounts.Delete(number);
+      written = options.Flush() && accounts.Delete(number);
     } else {
-      options.Flush();
       account.SetBool("Deleted", true);
-      account.Flush();
+      written = options.Flush() && account.Flush();
+    }
+    if (!written) {
+      messages.push_back(Format(kNotWritten, name));
+      continue;
     }
     ++nDone;
   }

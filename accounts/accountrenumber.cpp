@@ -50,7 +50,7 @@ long RenumberDayFile(const std::string& path, const LAccountRenumberProcess& dat
   return LFile::WriteAllAtomic(path, content) ? nChanged : -1;
 }
 
-void RenumberBills(const LProfile& profile, const LAccountRenumberProcess& data) {
+bool RenumberBills(const LProfile& profile, const LAccountRenumberProcess& data) {
   for (std::string_view listName : {kBillsList, kBillsDraftsList}) {
     LFileStoreListBase list = profile.List(listName);
     LBill bill;
@@ -61,18 +61,20 @@ void RenumberBills(const LProfile& profile, const LAccountRenumberProcess& data)
         std::snprintf(field, sizeof field, "Item%dAccount", line);
         if (bill.GetString(field) == data.oldNumber) bill.SetString(field, data.newNumber);
       }
+      if (!bill.Flush()) return false;
     }
   }
+  return true;
 }
 
-void RenumberOptions(const LProfile& profile, const LAccountRenumberProcess& data) {
+bool RenumberOptions(const LProfile& profile, const LAccountRenumberProcess& data) {
   LOptions options;
   options.OpenFrom(profile);
   for (int slot = 1; slot <= kDefAccountSlots; ++slot)
     if (options.GetDefAccountNumber(profile, slot) == data.oldNumber) options.SetDefAccountNumber(slot, data.newNumber);
   if (options.GetString("LastAccountJournalApplied") == data.oldNumber)
     options.SetString("LastAccountJournalApplied", data.newNumber);
-  options.Flush();
+  return options.Flush();
 }
 
 }  // namespace
@@ -112,18 +114,23 @@ LProcessResult Process(LProcessInterface& process, LAccountRenumberProcess& data
     process.SetError(kRenumberFailedMessage);
     return kProcessFailed;
   }
-  LBankLinesRenumber(profile, data.oldNumber, data.newNumber);
+  if (!LBankLinesRenumber(profile, data.oldNumber, data.newNumber)) {
+    process.SetError(kRenumberFailedMessage);
+    return kProcessFailed;
+  }
 
-  RenumberOptions(profile, data);
-  RenumberBills(profile, data);
+  if (!RenumberOptions(profile, data) || !RenumberBills(profile, data)) {
+    process.SetError(kRenumberFailedMessage);
+    return kProcessFailed;
+  }
 
   LAccountList accounts(profile);
   LAccount account;
   if (!accounts.Open(account, data.oldNumber)) return kProcessFinished;
   account.SetPrimaryKey(data.newNumber);
-  account.Flush();
+  bool saved = account.Flush();
   process.SetProgress(1.0);
-  if (account.GetStoredKey() != data.newNumber) {
+  if (!saved || account.GetStoredKey() != data.newNumber) {
     process.SetError(kRenumberFailedMessage);
     return kProcessFailed;
   }

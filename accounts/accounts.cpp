@@ -90,9 +90,9 @@ void LAccount::AddToBucket(int monthIndex, long long amount) {
   MarkUsed(*this);
 }
 
-void LAccount::AddBalance(int year, int month, long long amount) {
+bool LAccount::AddBalance(int year, int month, long long amount) {
   AddToBucket(year * 12 + month - 1, amount);
-  Flush();
+  return Flush();
 }
 
 void LAccount::MoveBalance(int monthIndex, long long amount) {
@@ -100,10 +100,10 @@ void LAccount::MoveBalance(int monthIndex, long long amount) {
   SetInt64("TotalBalance", LMoneySum(GetTotalBalance(), amount));
 }
 
-void LAccount::IncrementTotalBalance(long long amount) {
+bool LAccount::IncrementTotalBalance(long long amount) {
   SetInt64("TotalBalance", LMoneySum(GetTotalBalance(), amount));
   MarkUsed(*this);
-  Flush();
+  return Flush();
 }
 
 void LAccount::ResetTotalBalance() { SetInt64("TotalBalance", GetOpeningBalance()); }
@@ -128,32 +128,32 @@ std::vector<std::pair<int, long long>> LAccount::GetMonthBuckets() const {
   return buckets;
 }
 
-void LAccount::UpdateOpeningBalance(LProfile& profile, long long amount) {
+bool LAccount::UpdateOpeningBalance(LProfile& profile, long long amount) {
   LAccountList accounts(profile);
   std::string number = GetNumber();
   LLedgerLock lock(profile);
   // Read again under the lock: a posting may have moved the total since this record was opened.
-  if (!accounts.Open(*this, number)) return;
+  if (!Flush() || !accounts.Open(*this, number)) return false;
   int type = GetType();
   long long stored = (type == kAccountLiability || type == kAccountEquity || type == kAccountIncome) ? -amount : amount;
   long long change = stored - GetOpeningBalance();
-  if (change == 0) return;
+  if (change == 0) return true;
   SetInt64("OpeningBalance", stored);
   SetInt64("TotalBalance", GetTotalBalance() + change);
   MarkUsed(*this);
-  Flush();
+  if (!Flush()) return false;
   std::string historical = LGetOpeningBalanceAccountNumber(profile);
-  if (historical.empty()) return;
+  if (historical.empty()) return true;
   LAccount balancing;
   if (historical == number) {
     SetInt64("OpeningBalance", GetOpeningBalance() - change);
     SetInt64("TotalBalance", GetTotalBalance() - change);
-    Flush();
-  } else if (accounts.Open(balancing, historical)) {
-    balancing.SetInt64("OpeningBalance", balancing.GetOpeningBalance() - change);
-    balancing.SetInt64("TotalBalance", balancing.GetTotalBalance() - change);
-    balancing.Flush();
+    return Flush();
   }
+  if (!accounts.Open(balancing, historical)) return true;
+  balancing.SetInt64("OpeningBalance", balancing.GetOpeningBalance() - change);
+  balancing.SetInt64("TotalBalance", balancing.GetTotalBalance() - change);
+  return balancing.Flush();
 }
 
 // ---- The list ---------------------------------------------------------------------------------
@@ -206,13 +206,13 @@ std::string LGetOpeningBalanceAccountNumber(const LProfile& profile) {
   return number.empty() ? LGetAccountNumberUsingDescription(profile, kOpeningBalanceSheetDescription) : number;
 }
 
-void LCreateAccount(LProfile& profile, std::string_view number, std::string_view description, AccountType type,
+bool LCreateAccount(LProfile& profile, std::string_view number, std::string_view description, AccountType type,
                     bool cash, int subClass, AccountClassification classification) {
   LAccountList accounts(profile);
   LAccount account;
   if (accounts.Open(account, number)) {
     if (account.IsDeleted()) account.SetBool("Deleted", false);
-    return;
+    return account.Flush();
   }
   accounts.CreateNewRecord(account, number);
   account.SetString("Description", description);
@@ -221,6 +221,7 @@ void LCreateAccount(LProfile& profile, std::string_view number, std::string_view
   account.SetInt("SubClass", subClass);
   account.SetInt("Classification", classification);
   account.SetBool("Header", false);
+  return account.Flush();
 }
 
 // ---- Totals of the sales side -----------------------------------------------------------------

@@ -71,10 +71,10 @@ class LAccount : public LRecord {
 
   // ---- Balances (callers hold the ledger lock) -----------------------------------------
   // Adds amount to the bucket of (year, month), lowers "BalanceFirst" to that month when
-  // needed, marks the account used, and flushes.
-  void AddBalance(int year, int month, long long amount);
-  // Adds amount to "TotalBalance", marks the account used, and flushes.
-  void IncrementTotalBalance(long long amount);
+  // needed, marks the account used, and flushes; false when the flush failed.
+  [[nodiscard]] bool AddBalance(int year, int month, long long amount);
+  // Adds amount to "TotalBalance", marks the account used, and flushes; false as above.
+  [[nodiscard]] bool IncrementTotalBalance(long long amount);
   // Both at once without flushing: what one posting does to an account, saved by one flush.
   void MoveBalance(int monthIndex, long long amount);
   // "TotalBalance" back to the opening balance (not flushed).
@@ -90,8 +90,8 @@ class LAccount : public LRecord {
   // marked used and flushed, and the opening-balance account (LGetOpeningBalanceAccountNumber)
   // takes -d on both its opening and total balance, so that opening balances always sum to zero.
   // Takes the ledger lock itself and re-reads the record under it (pending changes are flushed
-  // first).
-  void UpdateOpeningBalance(LProfile& profile, long long amount);
+  // first). false when the account is gone or a record could not be written.
+  [[nodiscard]] bool UpdateOpeningBalance(LProfile& profile, long long amount);
 
  private:
   void AddToBucket(int monthIndex, long long amount);
@@ -126,17 +126,20 @@ std::string LGetAccountNumberUsingDescription(const LProfile& profile, std::stri
 std::string LGetOpeningBalanceAccountNumber(const LProfile& profile);
 
 // An existing number only brings a deleted account back ("Deleted" = "0"), changing nothing
-// else; otherwise the account is created with these values and "Header" = "0".
-void LCreateAccount(LProfile& profile, std::string_view number, std::string_view description, AccountType type,
+// else; otherwise the account is created with these values and "Header" = "0". false when the
+// account could not be written.
+[[nodiscard]] bool LCreateAccount(LProfile& profile, std::string_view number, std::string_view description, AccountType type,
                     bool cash, int subClass, AccountClassification classification);
 
 // Creates the default chart of a new business: the fixed table, rows chosen by the business's
 // country, live accounts left alone, deleted ones brought back, the linked-account slots set
-// in table order; then the default tax accounts (see LAccountsSetTaxAccountsCreator).
-void LAccountListCreateDefault(LProfile& profile);
+// in table order; then the default tax accounts (see LAccountsSetTaxAccountsCreator). false when
+// a record could not be written.
+[[nodiscard]] bool LAccountListCreateDefault(LProfile& profile);
 // The tax side registers here how the default tax accounts of a new business are made; the
-// default chart calls it last. Until one is registered there is no such step.
-using LTaxAccountsCreator = void (*)(LProfile& profile);
+// default chart calls it last. Until one is registered there is no such step. The creator
+// returns false when an account could not be written.
+using LTaxAccountsCreator = bool (*)(LProfile& profile);
 void LAccountsSetTaxAccountsCreator(LTaxAccountsCreator creator);
 
 // The sum of "Balance" over the "Customers" list, respectively the "Suppliers" list.

@@ -65,8 +65,7 @@ bool FreeNumber(const LProfile& profile, std::string_view number) {
   if (!accounts.Open(holder, number)) return true;
   if (!holder.IsDeleted()) return false;
   holder.DetachWithoutSave();
-  accounts.Delete(number);
-  return true;
+  return accounts.Delete(number);
 }
 
 bool IsNoSlot(std::string_view slotName) { return slotName.empty() || slotName == LDefAccountSlotName(0); }
@@ -121,13 +120,12 @@ bool LNewAccountDlg::CmAddNewAcct(LProfile& profile, std::string* message) {
   account.SetBool("Cash", cash && !header);
   account.SetInt("Classification", classified ? classificationEntry : 0);
   account.SetBool("TaxIncluded", taxIncluded);
-  account.Flush();
-  account.UpdateOpeningBalance(profile, opening);
+  if (!account.Flush() || !account.UpdateOpeningBalance(profile, opening)) return Refuse(message, kRecordNotSavedMessage);
   if (int slot = LDefAccountSlotFromName(linkedSlot); slot != 0) {
     LOptions options;
     options.OpenFrom(profile);
     options.SetDefAccountNumber(slot, accountNumber);
-    options.Flush();
+    if (!options.Flush()) return Refuse(message, kRecordNotSavedMessage);
   }
   return true;
 }
@@ -182,8 +180,7 @@ bool LAccountDlg::CmOk(LProfile& profile, LAsker& asker, LProcessInterface& proc
   account.SetBool("TaxIncluded", taxIncluded);
   if (subClass >= 0) account.SetInt("SubClass", subClass);
   account.SetInt("Classification", classified ? classificationEntry : 0);
-  account.Flush();
-  account.UpdateOpeningBalance(profile, opening);
+  if (!account.Flush() || !account.UpdateOpeningBalance(profile, opening)) return Refuse(message, kRecordNotSavedMessage);
 
   LOptions options;
   options.OpenFrom(profile);
@@ -194,6 +191,6 @@ bool LAccountDlg::CmOk(LProfile& profile, LAsker& asker, LProcessInterface& proc
     if (int current = LDefAccountSlotOfAccount(profile, storedNumber_); current != 0)
       options.SetDefAccountNumber(current, "");
   }
-  options.Flush();
+  if (!options.Flush()) return Refuse(message, kRecordNotSavedMessage);
   return true;
 }

@@ -214,7 +214,11 @@ LProcessResult Process(LProcessInterface& process, LBankImportData& data) {
     Fail(process, data, "Impossible d'enregistrer les lignes du relevé du compte " + request.account + ".");
     return kProcessFailed;
   }
-  account.Flush();  // the statement account number and CSV mapping remembered
+  // The statement account number and CSV mapping remembered for the next import.
+  if (!account.Flush()) {
+    Fail(process, data, std::string(kRecordNotSavedMessage));
+    return kProcessFailed;
+  }
   // Each line as stored now, known ones included.
   std::map<std::string, const LBankLine*> byKey;
   for (const LBankLine& line : store.Lines()) byKey[line.key] = &line;

@@ -4,6 +4,7 @@
 #include <sys/file.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdio>
 
 #include "accounts/ledger.h"
@@ -54,13 +55,17 @@ std::string LBankLineKey(const LStatementEntry& line, int occurrence) {
   return std::string("H:") + hex;
 }
 
-void LBankLinesRenumber(const LProfile& profile, std::string_view oldNumber, std::string_view newNumber) {
+bool LBankLinesRenumber(const LProfile& profile, std::string_view oldNumber, std::string_view newNumber) {
   std::string folder = LFile::MakeFilePath(profile.GetDataStore().GetFolder(), kFolder);
   for (std::string_view extension : {".csv", ".upload"}) {
     std::string from = LFile::MakeFilePath(folder, std::string(oldNumber) + std::string(extension));
     std::string to = LFile::MakeFilePath(folder, std::string(newNumber) + std::string(extension));
-    if (LFile::Exists(from) && !LFile::Exists(to)) (void)::rename(from.c_str(), to.c_str());
+    if (LFile::Exists(from) && !LFile::Exists(to) && !LRobustRename(from, to)) {
+      LLogWriteFailure("rename", from, errno);
+      return false;
+    }
   }
+  return true;
 }
 
 LBankLineStore::LBankLineStore(const LProfile& profile, std::string_view account) {

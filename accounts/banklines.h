@@ -52,8 +52,8 @@ struct LBankLine {
 };
 
 // A renumbered account takes its statement lines (and an upload waiting for its columns) along;
-// a file the new number already has is left as it is.
-void LBankLinesRenumber(const LProfile& profile, std::string_view oldNumber, std::string_view newNumber);
+// a file the new number already has is left as it is. false when a file could not be moved.
+[[nodiscard]] bool LBankLinesRenumber(const LProfile& profile, std::string_view oldNumber, std::string_view newNumber);
 
 // The key of line: its bank identifier, or the hash of its date, amount, text and occurrence
 // (0 for the first line of the file with those three, 1 for the next...).

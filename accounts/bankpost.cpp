@@ -12,6 +12,7 @@
 #include "accounts/references.h"
 #include "invoice/shared/profile.h"
 #include "llib/gen/date.h"
+#include "llib/gen/log.h"
 #include "llib/gen/system.h"
 
 namespace {
@@ -66,8 +67,12 @@ bool LBankRecordTransaction(LProfile& profile, std::string_view account, std::st
     error = "Le montant ne peut pas être nul.";
     return false;
   }
-  reference = LFormatReference(LReferencePrefix(profile, kGeneralJournalCounter),
-                               LTakeReferenceNumber(profile, kGeneralJournalCounter));
+  int number = LTakeReferenceNumber(profile, kGeneralJournalCounter);
+  if (number == 0) {
+    error = kRecordNotSavedMessage;
+    return false;
+  }
+  reference = LFormatReference(LReferencePrefix(profile, kGeneralJournalCounter), number);
   LLedgerTransaction txn(date, reference, kTxnTypeGeneral);
   std::string user = LGetPostingUserName();
   txn.AddLine(account, description, amount, user, "", "");
@@ -84,7 +89,9 @@ bool LBankPostToAccount(LProfile& profile, std::string_view account, std::string
     std::string text = description.empty() ? line.text : std::string(description);
     if (!LBankRecordTransaction(profile, account, line.date, line.amount, toAccount, text, ref, message)) return false;
     ledgerDate = line.date;
-    LBankRememberPayee(profile, line.text, toAccount);
+    // The posting stands; only the next suggestion for this payee is lost.
+    if (!LBankRememberPayee(profile, line.text, toAccount))
+      LLogWarning("Bank: the account of a payee could not be remembered");
     return true;
   };
   return LBankPostLine(profile, account, lineId, poster, reference, error);
@@ -144,11 +151,11 @@ std::string LBankSuggestAccount(const LProfile& profile, std::string_view text) 
   return payee.GetString("Account");
 }
 
-void LBankRememberPayee(const LProfile& profile, std::string_view text, std::string_view account) {
+bool LBankRememberPayee(const LProfile& profile, std::string_view text, std::string_view account) {
   std::string key = LBankPayeeKey(text);
-  if (key.empty()) return;
+  if (key.empty()) return true;
   LRecord payee;
   (void)profile.List(kBankPayeesList).OpenAlways(payee, key);
   payee.SetString("Account", account);
-  (void)payee.Flush();
+  return payee.Flush();
 }

@@ -61,4 +61,5 @@ LBankCustomerPaymentPoster LBankGetCustomerPaymentPoster();
 std::string LBankPayeeKey(std::string_view text);
 // The account remembered for the payee of text; empty when none.
 std::string LBankSuggestAccount(const LProfile& profile, std::string_view text);
-void LBankRememberPayee(const LProfile& profile, std::string_view text, std::string_view account);
+// Remembers account for the payee of text; false when it could not be written.
+[[nodiscard]] bool LBankRememberPayee(const LProfile& profile, std::string_view text, std::string_view account);

@@ -41,12 +41,12 @@ std::vector<LAppliedAmount> Merged(const std::vector<LAppliedAmount>& entries) {
   return merged;
 }
 
-// Moves the bill's "AmountPaid" by delta cents.
-void MovePaid(LProfile& profile, std::string_view bill, long long delta) {
+// Moves the bill's "AmountPaid" by delta cents; false when it could not be saved.
+bool MovePaid(LProfile& profile, std::string_view bill, long long delta) {
   LBill record;
-  if (delta == 0 || !profile.List(kBillsList).Open(record, bill)) return;
+  if (delta == 0 || !profile.List(kBillsList).Open(record, bill)) return true;
   record.SetInt64("AmountPaid", record.GetInt64("AmountPaid", 0) + delta);
-  (void)record.Flush();  // a figure that could not be saved is found again by `kontavo check`
+  return record.Flush();
 }
 
 // The amounts of a payment of supplier, amount cents, applied to bills; held: what the payment
@@ -94,8 +94,22 @@ std::vector<LAppliedAmount> Spread(LProfile& profile, std::string_view supplier,
   return entries;
 }
 
-void MovePaidAll(LProfile& profile, const std::vector<LAppliedAmount>& entries, int sign) {
-  for (const LAppliedAmount& entry : entries) MovePaid(profile, entry.invoice, sign * entry.amount);
+// Every bill is moved even when one fails; false when one could not be saved.
+bool MovePaidAll(LProfile& profile, const std::vector<LAppliedAmount>& entries, int sign) {
+  bool written = true;
+  for (const LAppliedAmount& entry : entries) written = MovePaid(profile, entry.invoice, sign * entry.amount) && written;
+  return written;
+}
+
+// The refusal of an operation whose document was written but not every figure following it.
+bool FiguresNotWritten(std::string& error) {
+  error = kSupplierFiguresNotWrittenMessage;
+  return false;
+}
+
+// Appends to a refusal that putting the bills back failed too.
+void AddUndoFailure(bool undone, std::string& error) {
+  if (!undone) error += " " + std::string(kSupplierFiguresNotWrittenMessage);
 }
 
 // The payments of the list in their order of entry (by number), the latest last.
@@ -151,9 +165,11 @@ bool ChequeFiguresKept(const LRecord& payment, const LBillPaymentRequest& reques
 
 bool LBillPaymentRecordTransactions(LProfile& profile, LBillPayment& payment, std::string_view userName) {
   std::string reference = payment.GetString("JournalTxnRef");
-  if (reference.empty())
-    reference = LFormatReference(LReferencePrefix(profile, kBillPaymentCounter),
-                                 LTakeReferenceNumber(profile, kBillPaymentCounter));
+  if (reference.empty()) {
+    int number = LTakeReferenceNumber(profile, kBillPaymentCounter);
+    if (number == 0) return false;
+    reference = LFormatReference(LReferencePrefix(profile, kBillPaymentCounter), number);
+  }
   std::string description = payment.GetString("Notes");
   if (description.empty()) {
     description = "Paiements; " + payment.GetString("Supplier");
@@ -222,14 +238,15 @@ bool LBillPaymentCreate(LProfile& profile, const LBillPaymentRequest& request, s
   if (!LBillPaymentRecordTransactions(profile, payment, LGetPostingUserName()) || !payment.Flush()) {
     std::string date = payment.GetString("Date"), posted = payment.GetString("JournalTxnRef");
     payment.DetachWithoutSave();
-    (void)LAccountTransactionDelete(profile, date, posted);  // nothing to take out when the posting failed
-    (void)payments.Delete(key);
+    // Nothing to take out when the posting failed; a record that cannot go is named.
+    (void)LAccountTransactionDelete(profile, date, posted);
     error = kLedgerNotWrittenMessage;
+    if (!payments.Delete(key)) error += " La fiche " + key + " n'a pas pu être supprimée.";
     return false;
   }
-  MovePaidAll(profile, entries, +1);
-  LSupplierChangeBalance(profile, request.supplier, -request.amount);
   reference = payment.GetString("JournalTxnRef");
+  bool figures = MovePaidAll(profile, entries, +1);
+  if (!(LSupplierChangeBalance(profile, request.supplier, -request.amount) && figures)) return FiguresNotWritten(error);
   return true;
 }
 
@@ -249,11 +266,16 @@ bool LBillPaymentEdit(LProfile& profile, std::string_view key, const LBillPaymen
   long long oldAmount = payment.GetInt64("Amount", 0);
   // What the payment held is let go first, so that spreading it again sees the bills as they
   // would be without it.
-  MovePaidAll(profile, held, -1);
+  if (!MovePaidAll(profile, held, -1)) {
+    payment.DetachWithoutSave();
+    error = "Impossible d'enregistrer le règlement « " + std::string(key) + " ».";
+    AddUndoFailure(MovePaidAll(profile, held, +1), error);
+    return false;
+  }
   std::vector<LAppliedAmount> entries =
       request.autoApply ? Spread(profile, request.supplier, request.amount) : Merged(request.applications);
   if (!CheckApplications(profile, request.supplier, request.amount, entries, {}, error)) {
-    MovePaidAll(profile, held, +1);
+    AddUndoFailure(MovePaidAll(profile, held, +1), error);
     payment.DetachWithoutSave();
     return false;
   }
@@ -276,13 +298,13 @@ bool LBillPaymentEdit(LProfile& profile, std::string_view key, const LBillPaymen
     payment.DetachWithoutSave();
     (void)LAccountTransactionDelete(profile, date, reference);  // nothing to take out when the posting failed
     if (hadPosting) (void)LAccountTransactionRecord(profile, previous);
-    MovePaidAll(profile, held, +1);
     error = kLedgerNotWrittenMessage;
+    AddUndoFailure(MovePaidAll(profile, held, +1), error);
     return false;
   }
-  MovePaidAll(profile, entries, +1);
-  LSupplierChangeBalance(profile, oldSupplier, oldAmount);
-  LSupplierChangeBalance(profile, request.supplier, -request.amount);
+  bool figures = MovePaidAll(profile, entries, +1);
+  figures = LSupplierChangeBalance(profile, oldSupplier, oldAmount) && figures;
+  if (!(LSupplierChangeBalance(profile, request.supplier, -request.amount) && figures)) return FiguresNotWritten(error);
   return true;
 }
 
@@ -308,7 +330,7 @@ bool LBillPaymentApply(LProfile& profile, std::string_view key, std::string_view
     error = "Impossible d'enregistrer le règlement « " + std::string(key) + " ».";
     return false;
   }
-  MovePaid(profile, bill, amount - LAppliedAmountOf(held, bill));
+  if (!MovePaid(profile, bill, amount - LAppliedAmountOf(held, bill))) return FiguresNotWritten(error);
   return true;
 }
 
@@ -334,8 +356,8 @@ bool LBillPaymentDelete(LProfile& profile, std::string_view key, std::string& er
   // A posting already gone from the ledger leaves nothing to take out: the document goes all the same.
   if (!reference.empty()) (void)LAccountTransactionDelete(profile, date, reference);
   if (!voidReference.empty()) (void)LAccountTransactionDelete(profile, voidDate, voidReference);
-  MovePaidAll(profile, held, -1);
-  LSupplierChangeBalance(profile, supplier, amount);
+  bool figures = MovePaidAll(profile, held, -1);
+  if (!(LSupplierChangeBalance(profile, supplier, amount) && figures)) return FiguresNotWritten(error);
   return true;
 }
 
@@ -377,8 +399,9 @@ bool LBillPaymentVoid(LProfile& profile, std::string_view key, std::string_view 
   payment.SetString("VoidDate", date);
   payment.SetString("VoidTxnRef", voidReference);
   if (!SaveChanged(profile, payment, error)) return false;
-  MovePaidAll(profile, held, -1);
-  LSupplierChangeBalance(profile, payment.GetString("Supplier"), payment.GetInt64("Amount", 0));
+  bool figures = MovePaidAll(profile, held, -1);
+  if (!(LSupplierChangeBalance(profile, payment.GetString("Supplier"), payment.GetInt64("Amount", 0)) && figures))
+    return FiguresNotWritten(error);
   return true;
 }
 
@@ -408,8 +431,8 @@ bool LBillPaymentUnvoid(LProfile& profile, std::string_view key, std::string& er
                                  kVoidKeysField, kVoidAmountsField})
     payment.DeleteField(field);
   if (!SaveChanged(profile, payment, error)) return false;
-  MovePaidAll(profile, entries, +1);
-  LSupplierChangeBalance(profile, supplier, -payment.GetInt64("Amount", 0));
+  bool figures = MovePaidAll(profile, entries, +1);
+  if (!(LSupplierChangeBalance(profile, supplier, -payment.GetInt64("Amount", 0)) && figures)) return FiguresNotWritten(error);
   return true;
 }
 
@@ -426,12 +449,13 @@ void LBillPaymentsLetGo(LProfile& profile, std::string_view bill) {
   }
 }
 
-void LBillGiveBackExcess(LProfile& profile, std::string_view bill) {
+bool LBillGiveBackExcess(LProfile& profile, std::string_view bill) {
   LBill record;
-  if (!profile.List(kBillsList).Open(record, bill)) return;
+  if (!profile.List(kBillsList).Open(record, bill)) return true;
   long long excess = record.GetInt64("AmountPaid", 0) - record.GetInt64("Total", 0);
   record.DetachWithoutSave();
   std::vector<std::string> keys = PaymentKeysInOrder(profile);
+  bool written = true;
   for (auto key = keys.rbegin(); key != keys.rend() && excess > 0; ++key) {
     LRecord payment;
     if (!profile.List(kBillPaymentsList).Open(payment, *key)) continue;
@@ -441,9 +465,10 @@ void LBillGiveBackExcess(LProfile& profile, std::string_view bill) {
       long long taken = std::min(entry.amount, excess);
       entry.amount -= taken;
       excess -= taken;
-      MovePaid(profile, bill, -taken);
+      written = MovePaid(profile, bill, -taken) && written;
     }
     WriteApplications(payment, Merged(entries));
-    (void)payment.Flush();  // a list that could not be saved is found again by `kontavo check`
+    written = payment.Flush() && written;
   }
+  return written;
 }

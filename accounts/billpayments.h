@@ -97,8 +97,8 @@ long long LBillPaymentCountedAmount(const LRecord& payment);
 // "AmountPaid" is left to its caller). Callers hold the ledger lock.
 void LBillPaymentsLetGo(LProfile& profile, std::string_view bill);
 // A bill whose "Total" fell below its "AmountPaid" gives the excess back, taken off the latest
-// payments first. Callers hold the ledger lock.
-void LBillGiveBackExcess(LProfile& profile, std::string_view bill);
+// payments first. Callers hold the ledger lock. false when a payment or the bill could not be saved.
+[[nodiscard]] bool LBillGiveBackExcess(LProfile& profile, std::string_view bill);
 
 // Posts the payment (the record must already have its key). Reference: "JournalTxnRef" when set,
 // otherwise the next bill-payment number (taken at once). Without notes the description is

@@ -133,6 +133,7 @@ bool LBillRecordTransactions(LProfile& profile, LBill& bill, std::string_view us
     int number = LTakeReferenceNumber(profile, kPurchasesCounter, [&](int candidate) {
       return bills.TestRecordExists(LFormatReference(prefix, candidate));
     });
+    if (number == 0) return false;
     reference = LFormatReference(prefix, number);
   }
   std::string notes = bill.GetString("Notes");
@@ -158,7 +159,7 @@ long long LBillSumTotal(const LProfile& profile, const LBill& bill) {
   return total;
 }
 
-bool LBillSave(LProfile& profile, LBill& bill, std::string_view userName, std::string* stockError) {
+bool LBillSave(LProfile& profile, LBill& bill, std::string_view userName, std::string* warning) {
   bill.SetInt64("Total", LBillSumTotal(profile, bill));
   LFileStoreListBase bills = profile.List(kBillsList);
   LLedgerLock lock(profile);
@@ -207,11 +208,12 @@ bool LBillSave(LProfile& profile, LBill& bill, std::string_view userName, std::s
     return false;
   }
   if (stored && !keepsPayments) LBillPaymentsLetGo(profile, bill.GetPrimaryKey());
-  if (keepsPayments && paid > bill.GetInt64("Total", 0)) LBillGiveBackExcess(profile, bill.GetPrimaryKey());
-  LSupplierChangeBalance(profile, oldSupplier, -oldTotal);
-  LSupplierChangeBalance(profile, bill.GetString("Supplier"), bill.GetInt64("Total", 0));
+  bool figures = !(keepsPayments && paid > bill.GetInt64("Total", 0)) || LBillGiveBackExcess(profile, bill.GetPrimaryKey());
+  figures = LSupplierChangeBalance(profile, oldSupplier, -oldTotal) && figures;
+  figures = LSupplierChangeBalance(profile, bill.GetString("Supplier"), bill.GetInt64("Total", 0)) && figures;
   std::string error;
-  if (!MoveStock(profile, bill, oldCodes, &error) && stockError != nullptr) *stockError = error;
+  if (!MoveStock(profile, bill, oldCodes, &error) && warning != nullptr) *warning = error;
+  if (!figures && warning != nullptr) *warning = kSupplierFiguresNotWrittenMessage;
   return true;
 }
 
@@ -239,7 +241,8 @@ bool LBillDelete(LProfile& profile, std::string_view key, std::string* error) {
   // A posting already gone from the ledger leaves nothing to take out: the document goes all the same.
   if (!reference.empty()) (void)LAccountTransactionDelete(profile, date, reference);
   LBillPaymentsLetGo(profile, key);
-  LSupplierChangeBalance(profile, supplier, -total);
+  // The bill is gone either way: a balance that could not follow is named like an item's stock.
+  if (!LSupplierChangeBalance(profile, supplier, -total) && error != nullptr) *error = kSupplierFiguresNotWrittenMessage;
   if (!codes.empty()) {
     LBill gone;
     gone.SetPrimaryKey(key);

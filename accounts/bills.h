@@ -78,15 +78,17 @@ long long LBillSumTotal(const LProfile& profile, const LBill& bill);
 // lower total, let go when the supplier changed). The supplier's balance moves by what changed,
 // and the bill's goods come into stock. bill need not be attached; afterwards its key and
 // "JournalTxnRef" are the reference. false when the ledger or the record could not be written:
-// the books are then as they were, the old posting back in place. An item whose stock could not
-// be written does not undo the bill: stockError (may be null) names it.
+// the books are then as they were, the old posting back in place. An item whose stock, or a
+// supplier's balance or payment that could not be written does not undo the bill: warning (may be
+// null) names it.
 [[nodiscard]] bool LBillSave(LProfile& profile, LBill& bill, std::string_view userName,
-                             std::string* stockError = nullptr);
+                             std::string* warning = nullptr);
 
 // Deletes the bill key: its posting leaves the ledger, the payments applied to it let go, its
 // total leaves the supplier's balance and its goods leave stock. false with the message in
-// *error (may be null) when there is no such bill.
-bool LBillDelete(LProfile& profile, std::string_view key, std::string* error);
+// *error (may be null) when there is no such bill or it could not be deleted; true with *error set
+// when the bill went but an item's stock or the supplier's balance could not follow.
+[[nodiscard]] bool LBillDelete(LProfile& profile, std::string_view key, std::string* error);
 
 // The ledger's route for "Achats": the bill document, when its "JournalTxnRef" is reference, is
 // deleted with its postings (LBillDelete). false when there is no such bill.

@@ -29,7 +29,7 @@ LTaxAccountsCreator gTaxAccountsCreator = nullptr;
 
 }  // namespace
 
-void LAccountListApplyChartRows(LProfile& profile, std::span<const LChartRow> rows, bool storeSubClass) {
+bool LAccountListApplyChartRows(LProfile& profile, std::span<const LChartRow> rows, bool storeSubClass) {
   LOptions options;
   options.OpenFrom(profile);
   std::string country = BusinessCountry(options);
@@ -49,14 +49,15 @@ void LAccountListApplyChartRows(LProfile& profile, std::span<const LChartRow> ro
       account.SetInt("Classification", row.classification);
       account.SetBool("TaxIncluded", row.taxIncluded);
     }
+    if (!account.Flush()) return false;
     account.Invalidate();
     if (row.slot != 0) options.SetDefAccountNumber(row.slot, row.number);
   }
-  options.Flush();
+  return options.Flush();
 }
 
 void LAccountsSetTaxAccountsCreator(LTaxAccountsCreator creator) { gTaxAccountsCreator = creator; }
 
-void LAccountsCreateTaxAccounts(LProfile& profile) {
-  if (gTaxAccountsCreator != nullptr) gTaxAccountsCreator(profile);
+bool LAccountsCreateTaxAccounts(LProfile& profile) {
+  return gTaxAccountsCreator == nullptr || gTaxAccountsCreator(profile);
 }

@@ -28,9 +28,9 @@ struct LChartRow {
 // number is left alone; otherwise the account is created (a deleted one brought back) with the
 // row's description, type, heading, cash, classification and tax-included flags, and its
 // sub-class when storeSubClass; and a row naming a slot sets the slot to its number (a later row
-// takes the slot of an earlier one).
-void LAccountListApplyChartRows(LProfile& profile, std::span<const LChartRow> rows, bool storeSubClass);
+// takes the slot of an earlier one). false when a record could not be written.
+[[nodiscard]] bool LAccountListApplyChartRows(LProfile& profile, std::span<const LChartRow> rows, bool storeSubClass);
 
 // The default tax accounts of a new business, made by the creator registered with
-// LAccountsSetTaxAccountsCreator (nothing until one is).
-void LAccountsCreateTaxAccounts(LProfile& profile);
+// LAccountsSetTaxAccountsCreator (nothing until one is). false when one could not be written.
+[[nodiscard]] bool LAccountsCreateTaxAccounts(LProfile& profile);

@@ -150,9 +150,10 @@ void CheckAccount(LAccount& account, const LAccountFigures& figures, bool fix, L
     if (difference.field == "BalanceFirst") account.SetInt("BalanceFirst", static_cast<int>(difference.computed));
     else if (difference.field == "IsAccountUsed") account.SetBool("IsAccountUsed", true);
     else account.SetInt64(difference.field, difference.computed);
-    difference.fixed = true;
   }
-  account.Flush();
+  // A fix counts only once written.
+  bool written = account.Flush();
+  for (std::size_t i = firstDifference; i < report.differences.size(); ++i) report.differences[i].fixed = written;
 }
 
 void CheckAccounts(LProcessInterface& process, LBookCheckProcess& data, bool& cancelled) {

@@ -13,6 +13,7 @@
 #include "invoice/shared/partyfields.h"
 #include "invoice/shared/profile.h"
 #include "llib/gen/filestore.h"
+#include "llib/gen/log.h"
 #include "llib/gen/system.h"
 
 namespace {
@@ -78,6 +79,22 @@ bool LChequeSetNextNumber(const LProfile& profile, std::string_view account, std
   if (!LAccountList(profile).Open(record, account)) return false;
   record.SetInt(kNextNumberField, static_cast<int>(next));
   return record.Flush() || LSplitRefuse(message, kNotSaved);
+}
+
+bool LChequeResolve(const LProfile& profile, std::string_view word, std::string_view account, std::string& key,
+                    std::string* message) {
+  if (profile.List(kChequesList).TestRecordExists(word)) {
+    key = word;
+    return true;
+  }
+  std::vector<std::string> found = LChequeFind(profile, account, word);
+  if (found.size() == 1) {
+    key = found.front();
+    return true;
+  }
+  return LSplitRefuse(message,
+                      found.empty() ? "Le chèque n° %s n'existe pas." : "Plusieurs comptes ont un chèque n° %s : précisez --account.",
+                      word);
 }
 
 std::vector<std::string> LChequeKeys(const LProfile& profile) {
@@ -186,7 +203,9 @@ bool LChequeWrite(LProfile& profile, LAsker& asker, const LChequeRequest& reques
   }
   if (numberValue >= LChequeNextNumber(profile, request.account)) {
     bank.SetInt(kNextNumberField, static_cast<int>(numberValue + 1));
-    (void)bank.Flush();
+    // Only the number proposed next: a number taken twice is refused when the cheque is written.
+    if (!bank.Flush())
+      LLogError("Le prochain numéro de chèque du compte %s n'a pas pu être enregistré.", request.account.c_str());
   }
   return true;
 }

@@ -91,6 +91,11 @@ long LChequeNextNumber(const LProfile& profile, std::string_view account);
 
 // The cheques whose account and number are these (normally one).
 std::vector<std::string> LChequeFind(const LProfile& profile, std::string_view account, std::string_view number);
+// The key of the cheque word names: a key ("PMT10003"), else a number (of account when account is
+// not empty). false with "Le chèque n° N n'existe pas." or, when several accounts have a cheque
+// of that number, "Plusieurs comptes ont un chèque n° N : précisez --account." in message.
+[[nodiscard]] bool LChequeResolve(const LProfile& profile, std::string_view word, std::string_view account,
+                                  std::string& key, std::string* message);
 // The key of the cheque that made the bill payment payment; empty when no cheque did.
 std::string LChequeOfBillPayment(const LProfile& profile, std::string_view payment);
 // Every cheque's key, in key order.

@@ -72,8 +72,7 @@ const LChartRow kDefaultChart[] = {
 
 }  // namespace
 
-void LAccountListCreateDefault(LProfile& profile) {
+bool LAccountListCreateDefault(LProfile& profile) {
   // The sub-class of these accounts follows from their numbers.
-  LAccountListApplyChartRows(profile, kDefaultChart, false);
-  LAccountsCreateTaxAccounts(profile);
+  return LAccountListApplyChartRows(profile, kDefaultChart, false) && LAccountsCreateTaxAccounts(profile);
 }

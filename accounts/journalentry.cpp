@@ -13,6 +13,7 @@
 #include "invoice/shared/profile.h"
 #include "llib/gen/csv.h"
 #include "llib/gen/file.h"
+#include "llib/gen/log.h"
 #include "llib/gen/system.h"
 
 namespace {
@@ -128,6 +129,7 @@ bool LJournalEntryDlg::CmOk(std::string* message) {
   std::string txnReference = typedReference;
   if (std::size_t bracket = txnReference.find('['); bracket != std::string::npos) {
     int number = LTakeReferenceNumber(profile_, LJournalEntryTypeCounter(typeIndex));
+    if (number == 0) return SetMessage(message, kRecordNotSavedMessage), false;
     txnReference = LFormatReference(txnReference.substr(0, bracket), number);
   }
   LLedgerTransaction txn(date.ToText(), txnReference, LJournalEntryTypeText(typeIndex));
@@ -151,7 +153,8 @@ bool LJournalEntryDlg::CmOk(std::string* message) {
   LOptions options;
   options.OpenFrom(profile_);
   options.SetString("LastAccountJournalApplied", lines.back().account);
-  options.Flush();
+  // Only the next entry's suggested account depends on it: the entry itself is written.
+  if (!options.Flush()) LLogWarning("Journal entry: the last account used could not be remembered");
   savedReference_ = txnReference;
   SetMessage(message, existing ? std::string_view() : kSaved);
   return true;

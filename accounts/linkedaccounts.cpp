@@ -112,8 +112,13 @@ bool LNeededAccountsDlg::CmOk(LProfile& profile, std::string* message) {
   for (const LSlotAccount& kind : kKinds) {
     const LBoxes& boxes = Slot(kind.slot);
     options.SetDefAccountNumber(kind.slot, boxes.number);
-    LCreateAccount(profile, boxes.number, boxes.description, kind.type, kind.cash, kind.subClass, kind.classification);
+    if (!LCreateAccount(profile, boxes.number, boxes.description, kind.type, kind.cash, kind.subClass,
+                        kind.classification)) {
+      if (message != nullptr) *message = kRecordNotSavedMessage;
+      return false;
+    }
   }
-  options.Flush();
-  return true;
+  if (options.Flush()) return true;
+  if (message != nullptr) *message = kRecordNotSavedMessage;
+  return false;
 }

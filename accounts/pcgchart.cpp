@@ -124,19 +124,16 @@ const LChartRow kPcgChart[] = {
 
 }  // namespace
 
-void LAccountListCreatePCG(LProfile& profile) {
-  {
-    LRecord company;
-    profile.List(kMiscList).OpenAlways(company, kCompanyRecord);
-    company.SetInt("NumberOfDigits", kPcgAccountDigits);
-  }
-  LAccountListApplyChartRows(profile, kPcgChart, true);
+bool LAccountListCreatePCG(LProfile& profile) {
+  LRecord company;
+  profile.List(kMiscList).OpenAlways(company, kCompanyRecord);
+  company.SetInt("NumberOfDigits", kPcgAccountDigits);
+  if (!company.Flush() || !LAccountListApplyChartRows(profile, kPcgChart, true)) return false;
   LTaxOptions tax;
   tax.OpenFrom(profile);
   for (int n = 1, count = tax.GetTaxCount(); n <= count; ++n) {
     tax.SetTaxAccountPayable(n, kPcgVatCollected);
     tax.SetString(LTaxOptions::TaxField("TaxAccountPaid", n), kPcgVatDeductible);
   }
-  tax.Flush();
-  LAccountsCreateTaxAccounts(profile);
+  return tax.Flush() && LAccountsCreateTaxAccounts(profile);
 }

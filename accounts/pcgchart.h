@@ -23,4 +23,5 @@ inline constexpr std::string_view kPcgVatDeductible = "TVA déductible";
 // Sets "NumberOfDigits" to 6, creates the chart (live accounts of the same number left alone,
 // the linked-account slots set), and points every tax's collected account ("TaxAccountPayable")
 // at "TVA collectée" and its deductible account ("TaxAccountPaid") at "TVA déductible".
-void LAccountListCreatePCG(LProfile& profile);
+// false when a record could not be written.
+[[nodiscard]] bool LAccountListCreatePCG(LProfile& profile);

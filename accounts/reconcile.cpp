@@ -262,8 +262,9 @@ bool LReconcileFinish(LProfile& profile, std::string_view account, std::string& 
   record.DeleteField(kDateField);
   record.DeleteField(kBalanceField);
   record.DeleteField(kClearedField);
-  (void)record.Flush();
-  return true;
+  if (record.Flush()) return true;
+  error = "Impossible d'enregistrer le compte " + std::string(account) + ".";
+  return false;
 }
 
 bool LReconcileRollback(LProfile& profile, std::string_view account, std::string& statementDate,

@@ -25,17 +25,16 @@ int LPeekReferenceNumber(const LProfile& profile, const LReferenceCounter& count
   return options.GetInt(counter.numberField, kFirstReferenceNumber);
 }
 
-void LStoreReferenceNumber(const LProfile& profile, const LReferenceCounter& counter, int next) {
+bool LStoreReferenceNumber(const LProfile& profile, const LReferenceCounter& counter, int next) {
   LOptions options;
   options.OpenFrom(profile);
   options.SetInt(counter.numberField, next);
-  options.Flush();
+  return options.Flush();
 }
 
 int LTakeReferenceNumber(LProfile& profile, const LReferenceCounter& counter, const std::function<bool(int)>& isTaken) {
   LLedgerLock lock(profile);
   int number = LPeekReferenceNumber(profile, counter);
   while (isTaken && isTaken(number)) ++number;
-  LStoreReferenceNumber(profile, counter, number + 1);
-  return number;
+  return LStoreReferenceNumber(profile, counter, number + 1) ? number : 0;
 }

@@ -29,10 +29,12 @@ std::string LReferencePrefix(const LProfile& profile, const LReferenceCounter& c
 // The counter's next number, without taking it.
 int LPeekReferenceNumber(const LProfile& profile, const LReferenceCounter& counter);
 // Stores the counter's next number.
-void LStoreReferenceNumber(const LProfile& profile, const LReferenceCounter& counter, int next);
+// false when the counter could not be written.
+[[nodiscard]] bool LStoreReferenceNumber(const LProfile& profile, const LReferenceCounter& counter, int next);
 
 // Takes the counter's next number under the ledger lock and stores the one after it at once.
 // While isTaken says a number is already in use, the next one is tried (and skipped for good).
+// 0 when the counter could not be written: no number is taken and nothing may be posted.
 //   int number = LTakeReferenceNumber(profile, kGeneralJournalCounter);   // 10000, counter 10001
 int LTakeReferenceNumber(LProfile& profile, const LReferenceCounter& counter,
                          const std::function<bool(int number)>& isTaken = {});

@@ -21,12 +21,12 @@ void SetError(std::string* error, std::string message) {
 
 }  // namespace
 
-void LSupplierChangeBalance(LProfile& profile, std::string_view supplier, long long delta) {
-  if (supplier.empty() || delta == 0) return;
+bool LSupplierChangeBalance(LProfile& profile, std::string_view supplier, long long delta) {
+  if (supplier.empty() || delta == 0) return true;
   LRecord record;
-  if (!profile.List(kSuppliersList).Open(record, supplier)) return;
+  if (!profile.List(kSuppliersList).Open(record, supplier)) return true;
   record.SetInt64("Balance", record.GetInt64("Balance", 0) + delta);
-  (void)record.Flush();  // a balance that could not be saved is found again by `kontavo check`
+  return record.Flush();
 }
 
 std::map<std::string, long long> LSupplierBalancesFromDocuments(LProfile& profile) {

@@ -22,8 +22,13 @@ class LRecord;
 struct LCheckReport;
 
 // Adds delta cents to the supplier's "Balance" and saves it; an unknown or empty key is ignored.
-// Callers hold the ledger lock.
-void LSupplierChangeBalance(LProfile& profile, std::string_view supplier, long long delta);
+// Callers hold the ledger lock. false when the balance could not be saved.
+[[nodiscard]] bool LSupplierChangeBalance(LProfile& profile, std::string_view supplier, long long delta);
+
+// Told when a document was written but a supplier's balance or a bill's paid amount that follows it
+// was not: the document stands, `kontavo check --fix` puts the figure right.
+inline constexpr std::string_view kSupplierFiguresNotWrittenMessage =
+    "Le solde du fournisseur ou le montant réglé d'une facture n'a pas pu être enregistré : « kontavo check --fix » le recalcule.";
 
 // Each supplier's balance as its documents make it: bills' "Total" less bill payments' "Amount".
 std::map<std::string, long long> LSupplierBalancesFromDocuments(LProfile& profile);

@@ -56,7 +56,7 @@ bool LAccountTransfer(LProfile& profile, LAsker& asker, std::string_view from, s
   txn.AddLine(destination, kTransferDescription, amount, userName, "", "");
   txn.AddLine(source, kTransferDescription, -amount, userName, "", "");
   if (!LAccountTransactionRecord(profile, txn)) return Refuse(message, kLedgerNotWrittenMessage);
-  LStoreReferenceNumber(profile, kGeneralJournalCounter, number + 1);
   if (reference != nullptr) *reference = txnReference;
+  if (!LStoreReferenceNumber(profile, kGeneralJournalCounter, number + 1)) return Refuse(message, kRecordNotSavedMessage);
   return true;
 }

@@ -74,7 +74,7 @@ bool LTxnTemplateSave(const LProfile& profile, const LTxnTemplate& tpl, std::str
     record.SetInt64(ItemField(static_cast<int>(i) + 1, "Amount"), line.IsCredit() ? -line.amount : line.amount);
   }
   // Saved whole: the old record of that name is replaced, not merged.
-  (void)list.Delete(name);
+  if (!list.Delete(name) && list.TestRecordExists(name)) return Refuse(message, kNotSaved);
   return record.Flush() || Refuse(message, kNotSaved);
 }
 

@@ -346,12 +346,12 @@ bool LWebBillDialog::CmOk() {
     for (std::string_view field : {"POrderNumber", "DepositAccount"})
       if (stored.TestFieldExists(field)) bill.SetString(field, stored.GetString(field));
   }
-  std::string stockError;
-  if (!LBillSave(profile, bill, WLPostingUserName(form_), &stockError)) {
+  std::string warning;
+  if (!LBillSave(profile, bill, WLPostingUserName(form_), &warning)) {
     PopupBoxError(std::string(kLedgerNotWrittenMessage));
     return false;
   }
-  if (!stockError.empty()) LLogError("Facture fournisseur %s : %s", bill.GetPrimaryKey().c_str(), stockError.c_str());
+  if (!warning.empty()) LLogError("Facture fournisseur %s : %s", bill.GetPrimaryKey().c_str(), warning.c_str());
   return true;
 }
 
@@ -360,7 +360,7 @@ bool LWebBillDialog::CmOk() {
 void WLBillDelete(LWebletForm& form) {
   WLPurchaseDelete(form, "billlist", [](LProfile& profile, const std::string& key, std::string& error) {
     if (!LBillDelete(profile, key, &error)) return false;
-    if (!error.empty()) LLogError("Facture fournisseur %s : %s", key.c_str(), error.c_str());  // an item's stock
+    if (!error.empty()) LLogError("Facture fournisseur %s : %s", key.c_str(), error.c_str());  // stock or balance
     LLogInfo("La facture fournisseur \"%s\" a été supprimée.", key.c_str());
     return true;
   });

@@ -1,10 +1,11 @@
-// Cheques and cash transactions on the web: "checklist", "checkvoid", "checkdelete",
+// Cheques and cash transactions on the web: "checklist", "checkpdf", "checkvoid", "checkdelete",
 // "paymentdeletefi" and "cashtxn".
 #include <memory>
 
 #include "accounts/accounts.h"
 #include "accounts/billpayments.h"
 #include "accounts/cashtxn.h"
+#include "accounts/chequeform.h"
 #include "accounts/cheques.h"
 #include "accounts/webbank.h"
 #include "accounts/webbillpayments.h"
@@ -17,6 +18,7 @@
 #include "llib/gen/money.h"
 #include "llib/gen/moneyinput.h"
 #include "llib/gen/textnum.h"
+#include "llib/web/webdownload.h"
 #include "llib/web/webformat.h"
 #include "llib/web/webletform.h"
 #include "llib/web/webletroutes.h"
@@ -111,7 +113,7 @@ class LWebChequesPage : public LWebPageMainEx {
                    LHtmlEscape(Money(profile, cheque.GetAmount())));
       row->AddCellText(cheque.IsVoid() ? "Annulé le " + cheque.GetString("VoidDate")
                                        : (cheque.GetBillPayment().empty() ? "Émis" : "Règlement fournisseur"));
-      std::string actions;
+      std::string actions = LWebFormat("<a href='checkpdf?id=%U' class=actionlink>Imprimer</a> ", key.c_str());
       if (mayChange) {
         if (!cheque.IsVoid())
           actions += LWebFormat("<a href='checkvoid?id=%U' class=actionlink>Annuler</a> ", key.c_str());
@@ -193,6 +195,19 @@ void DeleteCheque(LWebletForm& form, const std::string& key, const std::string& 
   WLRedirect(form, "checklist");
 }
 
+// ---- "checkpdf": the printed cheque, for every user who may see the cheques -------------------------
+
+void WLChequePdf(LWebletForm& form) {
+  if (!WLValidateSession(form) || !AuthenticateEx(form)) return;
+  LProfile profile(WLSessionBusinessFolder(form));
+  std::string pdf, fileName, error;
+  if (!LPrintCheque(profile, form.GetParam("id"), {}, pdf, fileName, &error)) {
+    WLRedirect(form, LWebFormat("checklist?msg=%U", error.c_str()));
+    return;
+  }
+  (void)WLSendDownload(form, "application/pdf", fileName, pdf);
+}
+
 void WLChequeDelete(LWebletForm& form) {
   if (!WLValidateSession(form) || !AuthenticateEx(form)) return;
   LProfile profile(WLSessionBusinessFolder(form));
@@ -233,7 +248,12 @@ void WLBillPaymentDeleteFromCheques(LWebletForm& form) {
     asker.WriteQuestionPage(form, "checklist");
     return;
   }
-  (void)LBillPaymentDeleteForLedger(profile, payment, record.GetString("JournalTxnRef"));
+  record.DetachWithoutSave();
+  std::string error;
+  if (!LBillPaymentDelete(profile, payment, error)) {
+    WLRedirect(form, LWebFormat("checklist?msg=%U", error.c_str()));
+    return;
+  }
   WLRedirect(form, "checklist");
 }
 
@@ -379,6 +399,7 @@ void LAccountsInstallChequePages() {
   static const LWebletRoute kRoutes[] = {
       {"checklist", WLWebPageRun<LWebChequesPage>},
       {"checkvoid", WLWebDialogRun<LWebChequeVoidDialog>},
+      {"checkpdf", WLChequePdf},
       {"checkdelete", WLChequeDelete},
       {"paymentdeletefi", WLBillPaymentDeleteFromCheques},
       {"cashtxn", WLWebDialogRun<LWebCashTxnDialog>},

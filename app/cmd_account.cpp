@@ -238,6 +238,6 @@ int LCmdAccount(LCliContext& context, LCliArgs& args) {
   }
   // defaults
   if (!words.empty()) return context.Usage();
-  LAccountListCreateDefault(*profile);
+  if (!LAccountListCreateDefault(*profile)) return context.Fail(kRecordNotSavedMessage);
   return kExitOk;
 }

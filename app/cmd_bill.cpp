@@ -122,7 +122,9 @@ int LCmdBill(LCliContext& context, LCliArgs& args) {
 
   // A bill posted again under its reference replaces its previous posting.
   if (referenceGiven) bill.SetString("JournalTxnRef", reference);
-  if (!LBillSave(*profile, bill, LGetPostingUserName())) return context.Fail(kLedgerNotWrittenMessage);
+  std::string warning;
+  if (!LBillSave(*profile, bill, LGetPostingUserName(), &warning)) return context.Fail(kLedgerNotWrittenMessage);
+  if (!warning.empty()) context.err << warning << "\n";  // the bill stands: told, not refused
   return PrintReference(context, bill.GetPrimaryKey());
 }
 

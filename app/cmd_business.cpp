@@ -63,7 +63,7 @@ int Add(LCliContext& context, LStartWizardAnswers& answers, bool named) {
 int Use(LCliContext& context, const std::string& business) {
   LBusinessEntry entry;
   if (!LMultipleBusinessResolve(business, entry)) return context.Fail("Entreprise introuvable : " + business);
-  MainDialog::SetWorkingFolder(entry.folder);
+  if (!MainDialog::SetWorkingFolder(entry.folder)) return context.Fail(kWorkingFolderNotStored);
   if (context.json) context.out << LJsonDump(EntryJson(entry)) << "\n";
   return kExitOk;
 }
@@ -85,7 +85,7 @@ int Delete(LCliContext& context, const std::string& business) {
       },
       error);
   if (!deleted) return error.empty() ? kExitFailed : context.Fail(error);
-  MainDialog::ForgetWorkingFolder(entry.folder);
+  if (!MainDialog::ForgetWorkingFolder(entry.folder)) return context.Fail(kWorkingFolderNotStored);
   return kExitOk;
 }
 

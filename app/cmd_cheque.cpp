@@ -6,12 +6,15 @@
 #include <ostream>
 
 #include "accounts/cashtxn.h"
+#include "accounts/chequeform.h"
 #include "accounts/cheques.h"
 #include "accounts/txntemplates.h"
 #include "app/cli.h"
 #include "app/cliasker.h"
+#include "app/cmd_print.h"
 #include "app/commands.h"
 #include "app/paymentinput.h"
+#include "invoice/sales/documentprint.h"
 #include "invoice/shared/profile.h"
 #include "llib/gen/jsontext.h"
 #include "llib/gen/money.h"
@@ -96,24 +99,6 @@ int ChequeList(LCliContext& context, LProfile& profile, LCliArgs& args) {
   return kExitOk;
 }
 
-// The cheque a command names: a key ("PMT10003"), or a number, of --account when several
-// accounts have one of that number.
-bool FindCheque(LCliContext& context, LProfile& profile, const std::string& word, const std::string& account,
-                std::string& key) {
-  if (profile.List(kChequesList).TestRecordExists(word)) {
-    key = word;
-    return true;
-  }
-  std::vector<std::string> found = LChequeFind(profile, account, word);
-  if (found.size() == 1) {
-    key = found.front();
-    return true;
-  }
-  context.Fail(found.empty() ? "Le chèque n° " + word + " n'existe pas."
-                             : "Plusieurs comptes ont un chèque n° " + word + " : précisez --account.");
-  return false;
-}
-
 int ChequeVoidOrDelete(LCliContext& context, LProfile& profile, LCliArgs& args, bool voiding) {
   std::string account, date;
   args.TakeOption("--account", account);
@@ -123,7 +108,7 @@ int ChequeVoidOrDelete(LCliContext& context, LProfile& profile, LCliArgs& args, 
   if (!args.Finish(words, error)) return context.Usage(error);
   if (words.size() != 1) return context.Usage();
   std::string key;
-  if (!FindCheque(context, profile, words[0], account, key)) return kExitFailed;
+  if (!LChequeResolve(profile, words[0], account, key, &error)) return context.Fail(error);
   if (voiding) {
     LDate when;
     if (!LCliParseDate(dateGiven, date, when)) return context.Fail(LCliBadDateMessage(date));
@@ -133,6 +118,20 @@ int ChequeVoidOrDelete(LCliContext& context, LProfile& profile, LCliArgs& args, 
     return context.Fail(error);
   }
   return PrintKey(context, key);
+}
+
+// kontavo cheque pdf NUMBER [--account NUMBER] [--out FILE]: the printed cheque with its stub.
+int ChequePdf(LCliContext& context, LProfile& profile, LCliArgs& args) {
+  std::string account, out;
+  args.TakeOption("--account", account);
+  args.TakeOption("--out", out);
+  std::vector<std::string> words;
+  std::string error;
+  if (!args.Finish(words, error)) return context.Usage(error);
+  if (words.size() != 1) return context.Usage();
+  LPrintedForm form;
+  if (!LPrintCheque(profile, words[0], account, form.pdf, form.fileName, &error)) return context.Fail(error);
+  return LCmdWritePrintedForm(context, out, form);
 }
 
 int ChequeNextNumber(LCliContext& context, LProfile& profile, LCliArgs& args) {
@@ -232,6 +231,7 @@ int LCmdCheque(LCliContext& context, LCliArgs& args) {
   if (verb == "add") return ChequeAdd(context, *profile, args);
   if (verb == "list") return ChequeList(context, *profile, args);
   if (verb == "void") return ChequeVoidOrDelete(context, *profile, args, true);
+  if (verb == "pdf") return ChequePdf(context, *profile, args);
   if (verb == "delete") return ChequeVoidOrDelete(context, *profile, args, false);
   if (verb == "next") return ChequeNextNumber(context, *profile, args);
   return context.Usage();

@@ -9,7 +9,7 @@
 
 #include "app/cli.h"
 #include "app/commands.h"
-#include "app/templatereportformdata.h"
+#include "invoice/shared/templatereportformdata.h"
 #include "invoice/shared/profile.h"
 #include "llib/gen/money.h"
 #include "llib/gen/jsontext.h"

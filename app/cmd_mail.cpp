@@ -105,7 +105,8 @@ int MailConfig(LCliContext& context, const MailOptions& options) {
     std::error_code error;
     settings.caFile = options.caFile->empty() ? std::string() : std::filesystem::absolute(*options.caFile, error).string();
   }
-  if (options.HasConfigOptions()) LEmailSettingsSave(settings);
+  if (options.HasConfigOptions() && !LEmailSettingsSave(settings))
+    return context.Fail("Impossible d'enregistrer les réglages de messagerie.");
   PrintSettings(context, settings);
   return kExitOk;
 }

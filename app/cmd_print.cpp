@@ -37,8 +37,9 @@ int LCmdWritePrintedForm(LCliContext& context, std::string out, const LPrintedFo
 }
 
 int LCmdDocumentPdf(LCliContext& context, LCliArgs& args, const LSalesDocumentKind& kind) {
-  std::string profileName;
+  std::string profileName, formName;
   bool facturX = args.TakeFlag("--facturx");
+  bool formGiven = args.TakeOption("--form", formName);
   bool hasProfile = args.TakeOption("--profile", profileName);
   std::string out, key;
   int exit = kExitOk;
@@ -51,11 +52,13 @@ int LCmdDocumentPdf(LCliContext& context, LCliArgs& args, const LSalesDocumentKi
   } else if (hasProfile) {
     return context.Usage("--profile va avec --facturx");
   }
+  if (formGiven && formName.empty()) return context.Usage("--form attend le nom d'un formulaire");
   LProfile* profile = context.Profile();
   if (profile == nullptr) return kExitFailed;
   LPrintedForm form;
   std::string error;
-  if (!LPrintSalesDocument(*profile, kind, key, facturXProfile, LGetPostingUserName(), form, &error)) return context.Fail(error);
+  if (!LPrintSalesDocument(*profile, kind, key, facturXProfile, formName, LGetPostingUserName(), form, &error))
+    return context.Fail(error);
   return LCmdWritePrintedForm(context, out, form);
 }
 

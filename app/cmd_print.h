@@ -13,7 +13,7 @@ class LCliContext;
 struct LPrintedForm;
 struct LSalesDocumentKind;
 
-// kontavo KIND pdf KEY [--out FILE] [--facturx [--profile en16931|basic]] (app/cmd_document.cpp
+// kontavo KIND pdf KEY [--out FILE] [--form NAME] [--facturx [--profile en16931|basic]] (app/cmd_document.cpp
 // hands the words over).
 int LCmdDocumentPdf(LCliContext& context, LCliArgs& args, const LSalesDocumentKind& kind);
 // kontavo payment pdf KEY [--out FILE] (app/cmd_payment.cpp hands the words over).

@@ -112,14 +112,14 @@ int LCmdRecord(LCliContext& context, LCliArgs& args) {
     LRecord record;
     list.OpenAlways(record, words[2]);
     SetAssignments(record, words, 3);
-    record.Flush();
+    if (!record.Flush()) return context.Fail(kRecordNotSavedMessage);
     return kExitOk;
   }
   if (verb == "unset") {
     LRecord record;
     if (!list.Open(record, words[2])) return context.Fail(kRecordMissing);
     for (std::size_t i = 3; i < words.size(); ++i) record.DeleteField(words[i]);
-    record.Flush();
+    if (!record.Flush()) return context.Fail(kRecordNotSavedMessage);
     return kExitOk;
   }
   if (verb == "new") {
@@ -135,8 +135,9 @@ int LCmdRecord(LCliContext& context, LCliArgs& args) {
     LRecord record;
     if (!list.Open(record, words[2])) return context.Fail(kRecordMissing);
     record.SetPrimaryKey(words[3]);
-    record.Flush();
+    bool saved = record.Flush();
     if (record.GetStoredKey() != record.GetPrimaryKey()) return context.Fail(kKeyTaken);
+    if (!saved) return context.Fail(kRecordNotSavedMessage);
     return kExitOk;
   }
   // delete

@@ -34,10 +34,11 @@ int LCmdServe(LCliContext& context, LCliArgs& args) {
   if (hasPort) {
     int port = LTextToInt(portText);
     if (port <= 0 || port > 65535 || std::to_string(port) != portText) return context.Fail("Numéro de port non valide.");
-    LUserSettingSetString("WebServer", "Port", portText);
+    if (!LUserSettingSetString("WebServer", "Port", portText)) return context.Fail(kWebSettingNotStored);
   }
   // First use: the service is started to serve the web, so the server starts switched on.
-  if (!LUserSettingTestExists("WebServer", "Enabled")) LUserSettingSetString("WebServer", "Enabled", "1");
+  if (!LUserSettingTestExists("WebServer", "Enabled") && !LUserSettingSetString("WebServer", "Enabled", "1"))
+    return context.Fail(kWebSettingNotStored);
 
   if (LWebAccountCount() == 0)
     context.out << "Aucun compte Web n'existe encore. Créez le premier administrateur :\n"

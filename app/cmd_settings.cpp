@@ -19,7 +19,8 @@ int LCmdSettings(LCliContext& context, LCliArgs& args) {
     return kExitOk;
   }
   if (words.size() == 4 && words[0] == "set") {
-    LUserSettingSetString(words[1], words[2], words[3]);
+    if (!LUserSettingSetString(words[1], words[2], words[3]))
+      return context.Fail("Impossible d'enregistrer le réglage.");
     return kExitOk;
   }
   return context.Usage();

@@ -70,8 +70,9 @@ int VatConfig(LCliContext& context, LCliArgs& args) {
   if (!FKVatConfigure(*profile, setVrn ? std::optional(vrn) : std::nullopt, setApi ? std::optional(api) : std::nullopt,
                       error))
     return context.Fail(error);
-  if (setCa) LUserSettingSetString("HTTPS", "CAFile", caFile);
-  if (setTimeout) LUserSettingSetString("HTTPS", "TimeoutSeconds", std::to_string(seconds));
+  if ((setCa && !LUserSettingSetString("HTTPS", "CAFile", caFile)) ||
+      (setTimeout && !LUserSettingSetString("HTTPS", "TimeoutSeconds", std::to_string(seconds))))
+    return context.Fail(kVatSettingNotStored);
 
   std::string vatNumber = FKVatRegistrationNumber(*profile);
   bool authorized = FKMTDforVATAuthorized();

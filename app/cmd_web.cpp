@@ -12,11 +12,18 @@
 #include "llib/web/weblettls.h"
 #include "llib/web/webrouting.h"
 #include "llib/gen/jsontext.h"
+#include "llib/gen/log.h"
 
 namespace {
 
 void ReportRestart(LCliContext& context, bool restarted) {
   if (restarted && !context.json) context.out << "Le service en cours d'exécution a redémarré le serveur Web.\n";
+}
+
+int ReportChange(LCliContext& context, LWebletSettingChange change) {
+  if (change == LWebletSettingChange::kNotStored) return context.Fail(kWebSettingNotStored);
+  ReportRestart(context, change == LWebletSettingChange::kRestarted);
+  return kExitOk;
 }
 
 int Status(LCliContext& context) {
@@ -57,7 +64,7 @@ int Https(LCliContext& context, LCliArgs& args) {
       (words[1] == "off" && hasCert))
     return context.Usage();
   if (words[1] == "off") {
-    LWebletSetSecure(false, {}, {});
+    if (!LWebletSetSecure(false, {}, {})) return context.Fail(kWebSettingNotStored);
     ReportRestart(context, LServiceEngineSendControl(kServiceControlRestart));
     return kExitOk;
   }
@@ -70,9 +77,10 @@ int Https(LCliContext& context, LCliArgs& args) {
     if (LTlsServerContext::Load(certFile, keyFile, why) == nullptr)
       return context.Fail("Le certificat du serveur Web ne peut pas être utilisé : " + why);
   }
-  LWebletSetSecure(true, certFile, keyFile);
+  if (!LWebletSetSecure(true, certFile, keyFile)) return context.Fail(kWebSettingNotStored);
   if (LWebletLoadTls(error) == nullptr) {
-    LWebletSetSecure(false, {}, {});
+    // The refusal is what the user must read; a failed switch back is only logged.
+    if (!LWebletSetSecure(false, {}, {})) LLogError("%s", std::string(kWebSettingNotStored).c_str());
     return context.Fail(error);
   }
   if (!context.json) context.out << "Certificat : " << LWebletCertificateFile() << "\n";
@@ -89,14 +97,12 @@ int LCmdWeb(LCliContext& context, LCliArgs& args) {
   if (!args.Finish(words, error)) return context.Usage(error);
   if (words.size() == 1 && words[0] == "status") return Status(context);
   if (words.size() == 1 && (words[0] == "enable" || words[0] == "disable")) {
-    ReportRestart(context, LWebletServer::EnableWebletServer(words[0] == "enable"));
-    return kExitOk;
+    return ReportChange(context, LWebletServer::EnableWebletServer(words[0] == "enable"));
   }
   if (words.size() == 2 && words[0] == "port") {
     int port = 0;
     if (!LWebletServer::ParseWebletServerPort(words[1], port)) return context.Fail(kWebletBadPortMessage);
-    ReportRestart(context, LWebletServer::SetWebletServerPort(port));
-    return kExitOk;
+    return ReportChange(context, LWebletServer::SetWebletServerPort(port));
   }
   return context.Usage();
 }

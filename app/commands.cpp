@@ -73,6 +73,7 @@ constexpr LCliCommand kCommands[] = {
      "kontavo cheque list [--account NUMBER]\n"
      "kontavo cheque void NUMBER [--account NUMBER] [--date D]\n"
      "kontavo cheque delete NUMBER [--account NUMBER]\n"
+     "kontavo cheque pdf NUMBER [--account NUMBER] [--out FILE]\n"
      "kontavo cheque next --account NUMBER [N]\n",
      "chèques émis d'un compte bancaire : écriture, annulation, numérotation", LCmdCheque},
     {"cash",
@@ -169,7 +170,7 @@ constexpr LCliCommand kCommands[] = {
      "kontavo invoice edit KEY (les mêmes options que new)\n"
      "kontavo invoice record KEY\n"
      "kontavo invoice delete KEY\n"
-     "kontavo invoice pdf KEY [--out FILE] [--facturx [--profile en16931|basic]]\n"
+     "kontavo invoice pdf KEY [--out FILE] [--form NAME] [--facturx [--profile en16931|basic]]\n"
      "kontavo invoice send KEY [--to ADDRESSES] [--subject TEXT] [--body TEXT] [--facturx|--no-facturx]\n"
      "kontavo invoice log KEY\n",
      "factures", LCmdInvoice},
@@ -183,7 +184,7 @@ constexpr LCliCommand kCommands[] = {
      "kontavo quote record KEY\n"
      "kontavo quote convert KEY [--draft]\n"
      "kontavo quote delete KEY\n"
-     "kontavo quote pdf KEY [--out FILE]\n"
+     "kontavo quote pdf KEY [--out FILE] [--form NAME]\n"
      "kontavo quote send KEY [--to ADDRESSES] [--subject TEXT] [--body TEXT] [--facturx|--no-facturx]\n"
      "kontavo quote log KEY\n",
      "devis", LCmdQuote},
@@ -197,7 +198,7 @@ constexpr LCliCommand kCommands[] = {
      "kontavo order record KEY\n"
      "kontavo order convert KEY [--draft]\n"
      "kontavo order delete KEY\n"
-     "kontavo order pdf KEY [--out FILE]\n"
+     "kontavo order pdf KEY [--out FILE] [--form NAME]\n"
      "kontavo order send KEY [--to ADDRESSES] [--subject TEXT] [--body TEXT] [--facturx|--no-facturx]\n"
      "kontavo order log KEY\n",
      "commandes clients", LCmdOrder},
@@ -210,7 +211,7 @@ constexpr LCliCommand kCommands[] = {
      "kontavo creditnote edit KEY (les mêmes options que new)\n"
      "kontavo creditnote record KEY\n"
      "kontavo creditnote delete KEY\n"
-     "kontavo creditnote pdf KEY [--out FILE] [--facturx [--profile en16931|basic]]\n"
+     "kontavo creditnote pdf KEY [--out FILE] [--form NAME] [--facturx [--profile en16931|basic]]\n"
      "kontavo creditnote send KEY [--to ADDRESSES] [--subject TEXT] [--body TEXT] [--facturx|--no-facturx]\n"
      "kontavo creditnote log KEY\n"
      "kontavo creditnote apply KEY INVOICE=AMOUNT...\n",
@@ -226,7 +227,7 @@ constexpr LCliCommand kCommands[] = {
      "kontavo porder receive KEY [--date D]\n"
      "kontavo porder bill KEY [--date D]\n"
      "kontavo porder delete KEY\n"
-     "kontavo porder pdf KEY [--out FILE]\n"
+     "kontavo porder pdf KEY [--out FILE] [--form NAME]\n"
      "kontavo porder send KEY [--to ADDRESSES] [--subject TEXT] [--body TEXT] [--facturx|--no-facturx]\n"
      "kontavo porder log KEY\n",
      "bons de commande", LCmdPOrder},
@@ -271,6 +272,10 @@ constexpr LCliCommand kCommands[] = {
     {"facturx",
      "kontavo facturx read FILE [--json]\n",
      "lit une facture électronique reçue (PDF Factur-X ou XML CII)", LCmdFacturX},
+    {"form",
+     "kontavo form list\n"
+     "kontavo form copy FROM TO\n",
+     "liste et copie les formulaires des documents imprimés (dossier Forms de l'entreprise)", LCmdForm},
     {"expr",
      "kontavo expr EXPRESSION [NOM=CENTIMES]... [--json]\n",
      "calcule une expression d'état modèle, sur des champs donnés en centimes", LCmdExpr},

@@ -63,6 +63,7 @@ int LCmdImport(LCliContext& context, LCliArgs& args);
 int LCmdImportCsv(LCliContext& context, LCliArgs& args);
 int LCmdBank(LCliContext& context, LCliArgs& args);
 int LCmdExpr(LCliContext& context, LCliArgs& args);
+int LCmdForm(LCliContext& context, LCliArgs& args);
 int LCmdFacturX(LCliContext& context, LCliArgs& args);
 int LCmdServe(LCliContext& context, LCliArgs& args);
 int LCmdDesk(LCliContext& context, LCliArgs& args);

@@ -5,6 +5,7 @@
 #include "invoice/shared/profile.h"
 #include "llib/gen/backup.h"
 #include "llib/gen/file.h"
+#include "llib/gen/log.h"
 #include "llib/gen/usersettings.h"
 
 namespace {
@@ -34,14 +35,15 @@ void MainDialog::InitDialog(LProfile& profile) {
   if (!folder.empty() && folder != profile.GetDatabaseName()) profile.SetDatabaseName(folder);
 }
 
-void MainDialog::SetWorkingFolder(const std::string& folder) {
-  LUserSettingSetString(kBusinessGroup, kWorkingFolderKey, folder);
+bool MainDialog::SetWorkingFolder(const std::string& folder) {
+  return LUserSettingSetString(kBusinessGroup, kWorkingFolderKey, folder);
 }
 
-void MainDialog::ForgetWorkingFolder(const std::string& folder) {
+bool MainDialog::ForgetWorkingFolder(const std::string& folder) {
   std::string remembered;
   if (_LUserSettingGetString(kBusinessGroup, kWorkingFolderKey, remembered) && remembered == folder)
-    LUserSettingDelete(kBusinessGroup, kWorkingFolderKey);
+    return LUserSettingDelete(kBusinessGroup, kWorkingFolderKey);
+  return true;
 }
 
 LProcessResult MainDialog::CmBackup(LFolderCopier& copier, const std::string& destination, std::string& backupPath,
@@ -49,7 +51,9 @@ LProcessResult MainDialog::CmBackup(LFolderCopier& copier, const std::string& de
   LProcessResult result =
       LBackupFolder(copier, LFile::GetSharedDataFolderApp(), destination, std::time(nullptr), backupPath, error);
   // Every attempt resets the reminder, a cancelled or failed one too.
-  LUserSettingSetString(kSettingGroup, kLastBackupKey, std::to_string(static_cast<long long>(std::time(nullptr))));
+  // An unremembered attempt only brings the reminder back early; the backup itself stands.
+  if (!LUserSettingSetString(kSettingGroup, kLastBackupKey, std::to_string(static_cast<long long>(std::time(nullptr)))))
+    LLogWarning("Backup: the time of the last backup could not be stored");
   return result;
 }
 

@@ -6,12 +6,15 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 
 #include "llib/gen/process.h"
 
 class LFolderCopier;
 class LRestoreServiceSwitch;
 class LProfile;
+
+inline constexpr std::string_view kWorkingFolderNotStored = "Impossible d'enregistrer l'entreprise de travail.";
 
 class MainDialog {
  public:
@@ -21,10 +24,11 @@ class MainDialog {
   // Start-up: switches profile to the remembered working folder when the setting exists,
   // differs from the profile's folder and names an existing folder; otherwise nothing changes.
   static void InitDialog(LProfile& profile);
-  // Makes folder the working folder for the next start.
-  static void SetWorkingFolder(const std::string& folder);
-  // Forgets the working folder when it is folder (a business being deleted).
-  static void ForgetWorkingFolder(const std::string& folder);
+  // Makes folder the working folder for the next start; false when it could not be stored.
+  [[nodiscard]] static bool SetWorkingFolder(const std::string& folder);
+  // Forgets the working folder when it is folder (a business being deleted); false when the
+  // setting could not be written.
+  [[nodiscard]] static bool ForgetWorkingFolder(const std::string& folder);
 
   // Backs the data root up into destination (LBackupFolder) and then, whatever the outcome,
   // stores the current time as "LastBackup". Result, backupPath and error as LBackupFolder.

@@ -92,7 +92,13 @@ bool LStartWizardRun(LProfile& profile, LStartWizardAnswers& answers, LStartWiza
     }
   }
   message.clear();
-  for (auto& page : pages) page->Write(profile, answers);
+  for (auto& page : pages) {
+    if (!page->Write(profile, answers)) {
+      message = kRecordNotSavedMessage;
+      profile.Reload();
+      return false;
+    }
+  }
   profile.Reload();
   return true;
 }

@@ -2,7 +2,10 @@
 //
 //   country          the country, and for Canada the province whose tax rates go into "Tax"
 //   company details  "Name", "Address", "Contact", "FiscalYearEnd" (month), "FiscalYearEndDay"
-//                    into "Company", then the country's default options
+//                    and the legal mentions printed documents carry ("SIREN", "SIRET",
+//                    "VATNumber", "LegalForm", "ShareCapital", "RCS", "LatePenaltyRate",
+//                    "VATExempt", "Email", "Phone", checked as the settings check them) into
+//                    "Company", then the country's default options
 //   currency         "CurrencySymbol", "CurrencyName", "CurrencySubunit" into "Options"
 //   accounting       "ManualCreateAccounts" into "Company"; the chart of accounts (the French
 //                    "Plan comptable général" or the generic chart); the opening balances of the
@@ -21,6 +24,8 @@
 #include <string_view>
 #include <vector>
 
+#include "invoice/shared/companydetails.h"
+
 class LProfile;
 
 inline constexpr std::string_view kWizardEmptyNameMessage = "Veuillez entrer le nom de l'entreprise.";
@@ -38,6 +43,8 @@ struct LStartWizardAnswers {
   std::string address;
   std::string contact;
   std::string fiscalYearEnd;                     // "MM-DD"; "" the country's
+  LCompanyDetails legal;                         // the legal mentions; its name, address and contact
+                                                 // are not read: the three above are the business's
   // Currency page ("" keeps the country's currency).
   std::string currencySymbol;
   std::string currencyName;

@@ -3,9 +3,8 @@
 #include "accounts/accounts.h"
 #include "accounts/pcgchart.h"
 
-void LStartWizardCreateDefaultAccounts(LProfile& profile, bool pcg) {
-  if (pcg) LAccountListCreatePCG(profile);
-  else LAccountListCreateDefault(profile);
+bool LStartWizardCreateDefaultAccounts(LProfile& profile, bool pcg) {
+  return pcg ? LAccountListCreatePCG(profile) : LAccountListCreateDefault(profile);
 }
 
 std::string_view LStartWizardCheckingAccount(bool pcg) { return pcg ? kPcgCheckingAccount : kStartWizardCheckingAccount; }
@@ -14,10 +13,9 @@ std::string_view LStartWizardCreditCardAccount(bool pcg) {
 }
 
 bool LStartWizardSetOpeningBalance(LProfile& profile, std::string_view accountNumber, long long amountCents) {
-  if (!LAccountIsLive(profile, accountNumber)) return false;
+  if (!LAccountIsLive(profile, accountNumber)) return true;
   LAccountList accounts(profile);
   LAccount account;
   if (!accounts.Open(account, accountNumber)) return false;
-  account.UpdateOpeningBalance(profile, amountCents);
-  return true;
+  return account.UpdateOpeningBalance(profile, amountCents);
 }

@@ -13,13 +13,14 @@ inline constexpr std::string_view kStartWizardPcgChart = "pcg";
 inline constexpr std::string_view kStartWizardGenericChart = "generic";
 
 // The chart of accounts of the business: the French general chart (LAccountListCreatePCG) when
-// pcg, else the generic default chart (LAccountListCreateDefault).
-void LStartWizardCreateDefaultAccounts(LProfile& profile, bool pcg);
+// pcg, else the generic default chart (LAccountListCreateDefault). false when a record could not
+// be written.
+[[nodiscard]] bool LStartWizardCreateDefaultAccounts(LProfile& profile, bool pcg);
 // The checking and credit-card accounts of the chart.
 std::string_view LStartWizardCheckingAccount(bool pcg);
 std::string_view LStartWizardCreditCardAccount(bool pcg);
 
 // The opening balance of the account numbered accountNumber, entered on its natural side, in
-// cents (LAccount::UpdateOpeningBalance). false, nothing written, when the chart has no live
-// account of that number (a country whose default chart leaves it out).
-bool LStartWizardSetOpeningBalance(LProfile& profile, std::string_view accountNumber, long long amountCents);
+// cents (LAccount::UpdateOpeningBalance). Nothing is written when the chart has no live account
+// of that number (a country whose default chart leaves it out). false when it could not be written.
+[[nodiscard]] bool LStartWizardSetOpeningBalance(LProfile& profile, std::string_view accountNumber, long long amountCents);

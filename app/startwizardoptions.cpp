@@ -33,9 +33,22 @@ bool LStartWizardTakeOptions(LCliArgs& args, LStartWizardAnswers& answers, bool&
       {"--currency-subunit", &answers.currencySubunit},
       {"--usage", &answers.usage},
       {"--chart", &answers.chart},
+      {"--siren", &answers.legal.siren},
+      {"--siret", &answers.legal.siret},
+      {"--vat-number", &answers.legal.vatNumber},
+      {"--legal-form", &answers.legal.legalForm},
+      {"--share-capital", &answers.legal.shareCapital},
+      {"--rcs", &answers.legal.rcs},
+      {"--late-penalty-rate", &answers.legal.latePenaltyRate},
+      {"--email", &answers.legal.email},
+      {"--phone", &answers.legal.phone},
   };
   for (auto& [option, value] : texts)
     if (args.TakeOption(option, *value)) given = true;
+  if (args.TakeFlag("--vat-exempt")) {
+    given = true;
+    answers.legal.vatExempt = true;
+  }
   if (args.TakeFlag("--manual-accounts")) {
     given = true;
     answers.manualAccounts = true;

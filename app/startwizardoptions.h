@@ -23,7 +23,9 @@ class LCliContext;
   "    [--name NAME] [--country CC] [--province N] [--address TEXT] [--contact TEXT]\n"                   \
   "    [--fiscal-year-end MM-DD] [--currency-symbol S] [--currency-name TEXT] [--currency-subunit TEXT]\n" \
   "    [--manual-accounts] [--opening-checking AMOUNT] [--opening-credit-card AMOUNT]\n"                   \
-  "    [--usage products|services] [--chart pcg|generic (pcg: plan comptable général, par défaut en FR)]\n"
+  "    [--usage products|services] [--chart pcg|generic (pcg: plan comptable général, par défaut en FR)]\n" \
+  "    [--siren N] [--siret N] [--vat-number N] [--legal-form TEXT] [--share-capital AMOUNT] [--rcs TEXT]\n"   \
+  "    [--late-penalty-rate PERCENT] [--vat-exempt] [--email ADDRESS] [--phone TEXT]\n"
 
 // Takes the wizard's options out of args into answers. given: any of them was present; named:
 // --name was. false (usage error in error) for a value that is not of its form.

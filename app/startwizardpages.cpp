@@ -109,6 +109,15 @@ bool AskOpening(LStartWizardPrompter& prompter, std::string_view hasPrompt, std:
   return true;
 }
 
+// The company details the settings page edits, as the wizard's answers give them.
+LCompanyDetails CompanyDetails(const LStartWizardAnswers& answers) {
+  LCompanyDetails details = answers.legal;
+  details.name = answers.name;
+  details.address = answers.address;
+  details.contact = answers.contact;
+  return details;
+}
+
 // The French general chart: asked for, or by default for a business in France.
 bool IsPcgChart(const LStartWizardAnswers& answers) {
   return answers.chart.empty() ? answers.country == "FR" : answers.chart == kStartWizardPcgChart;
@@ -150,7 +159,7 @@ bool LStartWizardCountryPage::Check(const LProfile&, const LStartWizardAnswers& 
   return true;
 }
 
-void LStartWizardCountryPage::Write(LProfile& profile, const LStartWizardAnswers& answers) {
+bool LStartWizardCountryPage::Write(LProfile& profile, const LStartWizardAnswers& answers) {
   {
     LOptions options;
     options.OpenFrom(profile);
@@ -168,22 +177,43 @@ void LStartWizardCountryPage::Write(LProfile& profile, const LStartWizardAnswers
       options.SetInt("MeasurementUnits", country.metric ? 0 : 1);
       options.SetInt("PrintedDateOrder", country.dateOrder);
     }
+    if (!options.Flush()) return false;
   }
-  if (answers.province > 0) {
-    LTaxOptions tax;
-    tax.OpenFrom(profile);
-    LTaxOptionsSetCanadaRates(tax, answers.province);
-  }
+  if (answers.province <= 0) return true;
+  LTaxOptions tax;
+  tax.OpenFrom(profile);
+  LTaxOptionsSetCanadaRates(tax, answers.province);
+  return tax.Flush();
 }
 
 // ---- Company details ---------------------------------------------------------------------------
 
 bool LStartWizardPageCompanyInfo::Ask(LStartWizardPrompter& prompter, const LProfile&, LStartWizardAnswers& answers) {
   std::string fiscalYearEnd = LStartWizardFiscalYearEndText(answers);
-  return prompter.Ask("Nom de l'entreprise", answers.name, answers.name) &&
-         prompter.Ask("Adresse", answers.address, answers.address) &&
-         prompter.Ask("Contact", answers.contact, answers.contact) &&
-         prompter.Ask("Fin de l'exercice (MM-JJ)", fiscalYearEnd, answers.fiscalYearEnd);
+  if (!prompter.Ask("Nom de l'entreprise", answers.name, answers.name) ||
+      !prompter.Ask("Adresse", answers.address, answers.address) ||
+      !prompter.Ask("Contact", answers.contact, answers.contact) ||
+      !prompter.Ask("Fin de l'exercice (MM-JJ)", fiscalYearEnd, answers.fiscalYearEnd))
+    return false;
+  LCompanyDetails& legal = answers.legal;
+  bool asked = !legal.siren.empty() || !legal.vatNumber.empty() || !legal.legalForm.empty();
+  if (!prompter.AskYesNo("Saisir les mentions légales (SIREN, n° de TVA, forme juridique…) ?", asked, asked)) return false;
+  if (!asked) return true;
+  std::pair<const char*, std::string*> questions[] = {
+      {"SIREN (9 chiffres)", &legal.siren},
+      {"SIRET (14 chiffres)", &legal.siret},
+      {"N° de TVA intracommunautaire", &legal.vatNumber},
+      {"Forme juridique (SARL, SAS…)", &legal.legalForm},
+      {"Capital social", &legal.shareCapital},
+      {"RCS (par exemple RCS Lyon)", &legal.rcs},
+      {"Taux des pénalités de retard (%)", &legal.latePenaltyRate},
+      {"E-mail", &legal.email},
+      {"Téléphone", &legal.phone},
+  };
+  for (auto& [prompt, value] : questions)
+    if (!prompter.Ask(prompt, *value, *value)) return false;
+  return prompter.AskYesNo("TVA non applicable (franchise en base, art. 293 B du CGI) ?", legal.vatExempt,
+                           legal.vatExempt);
 }
 
 bool LStartWizardPageCompanyInfo::Check(const LProfile& profile, const LStartWizardAnswers& answers,
@@ -201,20 +231,21 @@ bool LStartWizardPageCompanyInfo::Check(const LProfile& profile, const LStartWiz
     message = "Veuillez entrer une fin d'exercice valide (MM-JJ).";
     return false;
   }
-  return true;
+  std::string field;
+  message = LCompanyDetailsCheck(profile, CompanyDetails(answers), field);
+  return message.empty();
 }
 
-void LStartWizardPageCompanyInfo::Write(LProfile& profile, const LStartWizardAnswers& answers) {
+bool LStartWizardPageCompanyInfo::Write(LProfile& profile, const LStartWizardAnswers& answers) {
   int month = 12, day = 31;
   ParseMonthDay(LStartWizardFiscalYearEndText(answers), month, day);
+  if (!LCompanyDetailsStore(profile, CompanyDetails(answers))) return false;
   {
     LRecord company;
     OpenMisc(profile, company, "Company");
-    company.SetString("Name", answers.name);
-    company.SetString("Address", answers.address);
-    company.SetString("Contact", answers.contact);
     company.SetInt("FiscalYearEnd", month);
     company.SetInt("FiscalYearEndDay", day);
+    if (!company.Flush()) return false;
   }
   // The country's default options, on the records as the pages before left them.
   LOptions options;
@@ -227,6 +258,7 @@ void LStartWizardPageCompanyInfo::Write(LProfile& profile, const LStartWizardAns
   LOptionsSetRegionalDefaults(profile, options, tax, invoice, order);
   // Canada's defaults take the locale's province: the one chosen on the country page stays.
   if (answers.province > 0) LTaxOptionsSetCanadaRates(tax, answers.province);
+  return options.Flush() && tax.Flush() && invoice.Flush() && order.Flush();
 }
 
 // ---- Currency ------------------------------------------------------------------------------------
@@ -244,7 +276,7 @@ bool LStartWizardPageCurrencySettings::Check(const LProfile&, const LStartWizard
   return true;  // every answer has a default
 }
 
-void LStartWizardPageCurrencySettings::Write(LProfile& profile, const LStartWizardAnswers& answers) {
+bool LStartWizardPageCurrencySettings::Write(LProfile& profile, const LStartWizardAnswers& answers) {
   std::string symbol, name, subunit;
   LStartWizardCurrencyDefaults(answers, symbol, name, subunit);
   LOptions options;
@@ -252,6 +284,7 @@ void LStartWizardPageCurrencySettings::Write(LProfile& profile, const LStartWiza
   options.SetString("CurrencySymbol", symbol);
   options.SetString("CurrencyName", name);
   options.SetString("CurrencySubunit", subunit);
+  return options.Flush();
 }
 
 // ---- Accounting ----------------------------------------------------------------------------------
@@ -288,20 +321,24 @@ bool LStartWizardPageAccounting::Check(const LProfile& profile, const LStartWiza
   return true;
 }
 
-void LStartWizardPageAccounting::Write(LProfile& profile, const LStartWizardAnswers& answers) {
+bool LStartWizardPageAccounting::Write(LProfile& profile, const LStartWizardAnswers& answers) {
   {
     LRecord company;
     OpenMisc(profile, company, "Company");
     company.SetString("ManualCreateAccounts", answers.manualAccounts ? "1" : "0");
+    if (!company.Flush()) return false;
   }
   // The opening balances go on accounts of the chart: it comes first.
   bool pcg = IsPcgChart(answers);
-  LStartWizardCreateDefaultAccounts(profile, pcg);
+  if (!LStartWizardCreateDefaultAccounts(profile, pcg)) return false;
   long long amountCents;
-  if (ParseOpening(answers.openingChecking, profile, amountCents))
-    LStartWizardSetOpeningBalance(profile, LStartWizardCheckingAccount(pcg), amountCents);
-  if (ParseOpening(answers.openingCreditCard, profile, amountCents))
-    LStartWizardSetOpeningBalance(profile, LStartWizardCreditCardAccount(pcg), amountCents);
+  if (ParseOpening(answers.openingChecking, profile, amountCents) &&
+      !LStartWizardSetOpeningBalance(profile, LStartWizardCheckingAccount(pcg), amountCents))
+    return false;
+  if (ParseOpening(answers.openingCreditCard, profile, amountCents) &&
+      !LStartWizardSetOpeningBalance(profile, LStartWizardCreditCardAccount(pcg), amountCents))
+    return false;
+  return true;
 }
 
 // ---- Business usage ------------------------------------------------------------------------------
@@ -320,8 +357,8 @@ bool LStartWizardPageBusinessUsage::Check(const LProfile&, const LStartWizardAns
   return false;
 }
 
-void LStartWizardPageBusinessUsage::Write(LProfile& profile, const LStartWizardAnswers& answers) {
-  if (answers.usage != kServicesUsage) return;
+bool LStartWizardPageBusinessUsage::Write(LProfile& profile, const LStartWizardAnswers& answers) {
+  if (answers.usage != kServicesUsage) return true;
   LRecord style;
   OpenMisc(profile, style, "InvoiceStyle");
   style.SetInt("TextBlockBottomRight", 0);
@@ -329,4 +366,5 @@ void LStartWizardPageBusinessUsage::Write(LProfile& profile, const LStartWizardA
   OpenMisc(profile, invoice, "Invoice");
   invoice.SetString("QuantityColumnTitle", "Hres");
   invoice.SetString("ItemcodeColumnTitle", "Code taux");
+  return style.Flush() && invoice.Flush();
 }

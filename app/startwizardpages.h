@@ -20,8 +20,8 @@ class LStartWizardPage {
   virtual bool Ask(LStartWizardPrompter& prompter, const LProfile& profile, LStartWizardAnswers& answers) = 0;
   // true when the answers can be written; false with the page's message.
   virtual bool Check(const LProfile& profile, const LStartWizardAnswers& answers, std::string& message) = 0;
-  // Writes the checked answers into the business.
-  virtual void Write(LProfile& profile, const LStartWizardAnswers& answers) = 0;
+  // Writes the checked answers into the business; false when a record could not be written.
+  [[nodiscard]] virtual bool Write(LProfile& profile, const LStartWizardAnswers& answers) = 0;
 };
 
 class LStartWizardCountryPage : public LStartWizardPage {
@@ -29,22 +29,23 @@ class LStartWizardCountryPage : public LStartWizardPage {
   bool Ask(LStartWizardPrompter& prompter, const LProfile& profile, LStartWizardAnswers& answers) override;
   bool Check(const LProfile& profile, const LStartWizardAnswers& answers, std::string& message) override;
   // "CountryCode" into "Options"; for Canada the province's tax rates.
-  void Write(LProfile& profile, const LStartWizardAnswers& answers) override;
+  [[nodiscard]] bool Write(LProfile& profile, const LStartWizardAnswers& answers) override;
 };
 
 class LStartWizardPageCompanyInfo : public LStartWizardPage {
  public:
   bool Ask(LStartWizardPrompter& prompter, const LProfile& profile, LStartWizardAnswers& answers) override;
-  // An empty name, a name another business carries, an impossible fiscal-year end.
+  // An empty name, a name another business carries, an impossible fiscal-year end, legal
+  // mentions the company settings would refuse (LCompanyDetailsCheck).
   bool Check(const LProfile& profile, const LStartWizardAnswers& answers, std::string& message) override;
-  void Write(LProfile& profile, const LStartWizardAnswers& answers) override;
+  [[nodiscard]] bool Write(LProfile& profile, const LStartWizardAnswers& answers) override;
 };
 
 class LStartWizardPageCurrencySettings : public LStartWizardPage {
  public:
   bool Ask(LStartWizardPrompter& prompter, const LProfile& profile, LStartWizardAnswers& answers) override;
   bool Check(const LProfile& profile, const LStartWizardAnswers& answers, std::string& message) override;
-  void Write(LProfile& profile, const LStartWizardAnswers& answers) override;
+  [[nodiscard]] bool Write(LProfile& profile, const LStartWizardAnswers& answers) override;
 };
 
 class LStartWizardPageAccounting : public LStartWizardPage {
@@ -53,7 +54,7 @@ class LStartWizardPageAccounting : public LStartWizardPage {
   // A checking account or credit card whose opening balance is missing (or not an amount).
   bool Check(const LProfile& profile, const LStartWizardAnswers& answers, std::string& message) override;
   // "ManualCreateAccounts", the default chart of accounts, then the opening balances.
-  void Write(LProfile& profile, const LStartWizardAnswers& answers) override;
+  [[nodiscard]] bool Write(LProfile& profile, const LStartWizardAnswers& answers) override;
 };
 
 class LStartWizardPageBusinessUsage : public LStartWizardPage {
@@ -62,5 +63,5 @@ class LStartWizardPageBusinessUsage : public LStartWizardPage {
   bool Check(const LProfile& profile, const LStartWizardAnswers& answers, std::string& message) override;
   // Services billed by the hour: the invoice's text block goes bottom left
   // ("InvoiceStyle"/"TextBlockBottomRight" = 0) and its columns read "Hres" and "Code taux".
-  void Write(LProfile& profile, const LStartWizardAnswers& answers) override;
+  [[nodiscard]] bool Write(LProfile& profile, const LStartWizardAnswers& answers) override;
 };

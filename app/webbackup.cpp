@@ -6,6 +6,7 @@
 #include "app/maindialog.h"
 #include "llib/gen/backup.h"
 #include "llib/gen/file.h"
+#include "llib/gen/log.h"
 #include "llib/gen/textnum.h"
 #include "llib/gen/usersettings.h"
 #include "llib/web/webformat.h"
@@ -151,7 +152,9 @@ bool LWebBackupDialog::StartBackup() {
     PopupControlDataInvalid(kDestinationControl, kBackupNotWritableMessage);
     return false;
   }
-  LUserSettingSetString(kSettingGroup, kLastFolderKey, destination);
+  // Only the next backup's suggested folder depends on it.
+  if (!LUserSettingSetString(kSettingGroup, kLastFolderKey, destination))
+    LLogWarning("Backup: the destination folder could not be remembered");
   ShowJob(LWebJobStart(WLJobOwner(form_), [destination](LProcessInterface& process, LWebJobAnswer& answer) {
     LFolderCopierInProcess copier(process);
     std::string backupPath, error;

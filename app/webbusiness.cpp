@@ -3,6 +3,7 @@
 #include "app/maindialog.h"
 #include "invoice/shared/profile.h"
 #include "llib/gen/file.h"
+#include "llib/gen/log.h"
 #include "llib/web/webformat.h"
 #include "llib/web/webletform.h"
 #include "llib/web/weblist.h"
@@ -55,7 +56,8 @@ void WLBusinessOpen(LWebletForm& form) {
   LBusinessEntry business;
   if (LMultipleBusinessResolve(form.GetParam("id"), business) && LFile::IsFolder(business.folder)) {
     form.session.SetString("profile", business.folder);
-    if (WLIsDeskSession(form)) MainDialog::SetWorkingFolder(business.folder);
+    if (WLIsDeskSession(form) && !MainDialog::SetWorkingFolder(business.folder))
+      LLogWarning("Desk: the working folder could not be stored");
   }
   WLRedirect(form, "main");
 }
@@ -108,7 +110,8 @@ bool LWebBusinessDeleteDialog::CmOk() {
     PopupBoxError(error);
     return false;
   }
-  MainDialog::ForgetWorkingFolder(business_.folder);
+  // A remembered folder that no longer exists is passed over at the next start.
+  if (!MainDialog::ForgetWorkingFolder(business_.folder)) LLogWarning("Desk: the working folder could not be forgotten");
   // A session working in the deleted business goes back to the primary one.
   if (WLSessionBusinessFolder(form_) == business_.folder) form_.session.SetString("profile", "");
   return true;

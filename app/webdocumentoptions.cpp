@@ -1,6 +1,6 @@
 // Route "settingsdocuments?kind=RECORD": the options of one kind of document (its notes and
-// footer texts, and the terms of the documents that fall due), with the options every document
-// shares below them.
+// footer texts, the terms of the documents that fall due, the template form of the sales
+// documents), with the options every document shares below them.
 #include "app/websettings.h"
 #include "invoice/shared/documentoptions.h"
 #include "invoice/shared/profile.h"
@@ -14,6 +14,7 @@ constexpr int kInDaysRadio = 102;
 constexpr int kDaysControl = 103;
 constexpr int kNotesControl = 104;
 constexpr int kFooterControl = 105;
+constexpr int kFormControl = 106;
 constexpr int kLineDiscountsControl = 201;
 constexpr int kParenthesesControl = 202;
 constexpr int kFutureDatesControl = 203;
@@ -37,6 +38,7 @@ void LWebDocumentOptionsDialog::InitDialog() {
   SetText(kDaysControl, options.termsDays);
   SetText(kNotesControl, options.notes);
   SetText(kFooterControl, options.footer);
+  SetText(kFormControl, options.form);
   LGeneralDocumentOptions general;
   LGeneralDocumentOptionsLoad(profile, general);
   SetCheck(kLineDiscountsControl, general.lineDiscounts);
@@ -63,6 +65,13 @@ void LWebDocumentOptionsDialog::Generate() {
   }
   AddEdit(kNotesControl, "Notes :", 60, 3);
   AddEdit(kFooterControl, "Pied de page :", 60, 2);
+  LProfile profile(WLSessionBusinessFolder(form_));
+  if (std::vector<std::string> forms = LDocumentOptionsForms(profile, current); !forms.empty()) {
+    std::vector<std::string> texts = {"(formulaire par défaut)"}, values = {""};
+    texts.insert(texts.end(), forms.begin(), forms.end());
+    values.insert(values.end(), forms.begin(), forms.end());
+    AddPullDownList(kFormControl, "Formulaire imprimé :", texts, values);
+  }
   EndGroupBox();
   StartGroupBox("Tous les documents");
   AddCheckBox(kLineDiscountsControl, "Remises par ligne (colonne « Remise » des documents)");
@@ -78,6 +87,7 @@ bool LWebDocumentOptionsDialog::CmOk() {
   options.termsDays = GetTextAndTrim(kDaysControl);
   options.notes = GetText(kNotesControl);
   options.footer = GetText(kFooterControl);
+  options.form = GetText(kFormControl);
   if (std::string message = LDocumentOptionsCheck(kind, options); !message.empty()) {
     PopupControlDataInvalid(kDaysControl, message);
     return false;

@@ -118,7 +118,10 @@ bool LWebSelectProfileDialog::CmOk() {
   const LWebBusiness& chosen = allowed_[static_cast<std::size_t>(index)];
   form_.session.SetString("profile", chosen.folder);
   // The desk opens, next time, the business it worked in last, as the desktop does.
-  if (WLIsDeskSession(form_)) MainDialog::SetWorkingFolder(chosen.folder);
+  if (WLIsDeskSession(form_) && !MainDialog::SetWorkingFolder(chosen.folder)) {
+    PopupBoxError(std::string(kWorkingFolderNotStored));
+    return false;
+  }
   LWebAccount account;
   if (OpenSessionAccount(form_, account)) account.SetString("LastUsedProfiles", chosen.name);
   return true;

@@ -69,7 +69,10 @@ bool LWebMailSettingsDialog::CmOk() {
                             problem);
     return false;
   }
-  LEmailSettingsSave(settings);
+  if (!LEmailSettingsSave(settings)) {
+    PopupBoxError("Impossible d'enregistrer les réglages de messagerie.");
+    return false;
+  }
   if (form_.GetParam("submit") != kTestButton) return true;
   std::string to = GetTextAndTrim(kTestToControl);
   if (to.empty()) {

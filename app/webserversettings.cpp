@@ -47,7 +47,10 @@ bool LWebServerSettingsDialog::CmOk() {
     return false;
   }
   bool enabled = IsChecked(kEnabledControl);
-  LWebletServer::SetWebletServerSettingsSoon(enabled, port);
+  if (!LWebletServer::SetWebletServerSettingsSoon(enabled, port)) {
+    PopupBoxError(std::string(kWebSettingNotStored));
+    return false;
+  }
   if (enabled)
     // The new listener answers a moment later: the browser asks for a small file there until it
     // does, then goes.

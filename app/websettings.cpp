@@ -2,35 +2,17 @@
 
 #include <string_view>
 
+#include "app/webcompanyfields.h"
 #include "invoice/shared/companydetails.h"
 #include "invoice/shared/profile.h"
 #include "llib/web/webletform.h"
 
 namespace {
 
-// The fields of the page: control id, member, label, width.
-struct Field {
-  int id;
-  std::string LCompanyDetails::*member;
-  std::string_view name;  // as LCompanyDetailsCheck names it
-  std::string_view label;
-  int width;
-};
+constexpr int kBase = 100;
+constexpr int kNameControl = 101;
 constexpr int kAddressControl = 102;
-constexpr int kVatExemptControl = 120;
-const Field kFields[] = {
-    {101, &LCompanyDetails::name, "name", "Nom de l'entreprise :", 40},
-    {103, &LCompanyDetails::contact, "contact", "Contact :", 40},
-    {104, &LCompanyDetails::email, "email", "Courriel :", 40},
-    {105, &LCompanyDetails::phone, "phone", "Téléphone :", 20},
-    {106, &LCompanyDetails::legalForm, "legalForm", "Forme juridique :", 12},
-    {107, &LCompanyDetails::shareCapital, "shareCapital", "Capital social :", 14},
-    {108, &LCompanyDetails::siren, "siren", "SIREN :", 12},
-    {109, &LCompanyDetails::siret, "siret", "SIRET :", 16},
-    {110, &LCompanyDetails::rcs, "rcs", "RCS :", 20},
-    {111, &LCompanyDetails::vatNumber, "vatNumber", "N° de TVA intracommunautaire :", 16},
-    {112, &LCompanyDetails::latePenaltyRate, "latePenaltyRate", "Taux des pénalités de retard (%) :", 8},
-};
+constexpr int kContactControl = 103;
 
 }  // namespace
 
@@ -41,35 +23,37 @@ void LWebCompanySettingsDialog::InitDialog() {
   LProfile profile(WLSessionBusinessFolder(form_));
   LCompanyDetails details;
   LCompanyDetailsLoad(profile, details);
-  for (const Field& field : kFields) SetText(field.id, details.*field.member);
+  SetText(kNameControl, details.name);
   SetText(kAddressControl, details.address);
-  SetCheck(kVatExemptControl, details.vatExempt);
+  SetText(kContactControl, details.contact);
+  for (const LWebCompanyField& field : LWebCompanyFields()) SetText(kBase + field.offset, details.*field.member);
+  SetCheck(kBase + kWebCompanyVatExemptOffset, details.vatExempt);
 }
 
 void LWebCompanySettingsDialog::Generate() {
-  AddInput(kFields[0].id, kFields[0].label, "", kFields[0].width);
+  AddInput(kNameControl, "Nom de l'entreprise :", "", 40);
   AddEdit(kAddressControl, "Adresse :", 40, 3);
-  for (std::size_t i = 1; i < std::size(kFields); ++i) {
-    if (kFields[i].id == 106) StartGroupBox("Mentions légales des documents");
-    AddInput(kFields[i].id, kFields[i].label, "", kFields[i].width);
+  AddInput(kContactControl, "Contact :", "", 40);
+  for (const LWebCompanyField& field : LWebCompanyFields()) {
+    if (field.offset == kWebCompanyFirstLegalOffset) StartGroupBox(kWebCompanyLegalHeading);
+    AddInput(kBase + field.offset, field.label, "", field.width);
   }
-  AddCheckBox(kVatExemptControl, "TVA non applicable, art. 293 B du CGI (franchise en base)");
+  AddCheckBox(kBase + kWebCompanyVatExemptOffset, kWebCompanyVatExemptLabel);
   EndGroupBox();
 }
 
 bool LWebCompanySettingsDialog::CmOk() {
   LCompanyDetails details;
-  for (const Field& field : kFields) details.*field.member = GetTextAndTrim(field.id);
+  details.name = GetTextAndTrim(kNameControl);
   details.address = GetTextAndTrim(kAddressControl);
-  details.vatExempt = IsChecked(kVatExemptControl);
+  details.contact = GetTextAndTrim(kContactControl);
+  for (const LWebCompanyField& field : LWebCompanyFields()) details.*field.member = GetTextAndTrim(kBase + field.offset);
+  details.vatExempt = IsChecked(kBase + kWebCompanyVatExemptOffset);
   LProfile profile(WLSessionBusinessFolder(form_));
   std::string faulty;
   std::string message = LCompanyDetailsCheck(profile, details, faulty);
   if (!message.empty()) {
-    int control = kFields[0].id;
-    for (const Field& field : kFields)
-      if (field.name == faulty) control = field.id;
-    PopupControlDataInvalid(control, message);
+    PopupControlDataInvalid(LWebCompanyFieldControl(kBase, faulty, kNameControl), message);
     return false;
   }
   if (!LCompanyDetailsStore(profile, details)) {

@@ -7,6 +7,7 @@
 
 #include "app/multiplebusiness.h"
 #include "app/startwizardpages.h"
+#include "app/webcompanyfields.h"
 #include "invoice/shared/profile.h"
 #include "invoice/shared/regionaldefaults.h"
 #include "llib/gen/locale.h"
@@ -25,6 +26,7 @@ constexpr int kNameControl = 201;
 constexpr int kAddressControl = 202;
 constexpr int kContactControl = 203;
 constexpr int kFiscalYearEndControl = 204;
+constexpr int kLegalBase = 210;  // the company's contact and legal mentions: 214 to 222, 230
 constexpr int kCurrencySymbolControl = 311;
 constexpr int kCurrencyNameControl = 312;
 constexpr int kCurrencySubunitControl = 313;
@@ -65,6 +67,8 @@ constexpr std::string_view kKeyManual = "wizard.manualAccounts";
 constexpr std::string_view kKeyChecking = "wizard.openingChecking";
 constexpr std::string_view kKeyCreditCard = "wizard.openingCreditCard";
 constexpr std::string_view kKeyUsage = "wizard.usage";
+constexpr std::string_view kKeyLegalPrefix = "wizard.legal.";  // then the field's name
+constexpr std::string_view kKeyVatExempt = "wizard.legal.vatExempt";
 constexpr std::string_view kKeys[] = {kKeyCountry, kKeyProvince,     kKeyName,   kKeyAddress,  kKeyContact,
                                       kKeyFiscalYearEnd, kKeySymbol, kKeyCurrencyName, kKeySubunit, kKeyManual,
                                       kKeyChecking, kKeyCreditCard,  kKeyUsage};
@@ -77,6 +81,8 @@ std::optional<std::string> LoadOptional(const LWebletForm& form, std::string_vie
 }
 
 std::string SaveOptional(const std::optional<std::string>& value) { return value ? "1" + *value : ""; }
+
+std::string LegalKey(const LWebCompanyField& field) { return std::string(kKeyLegalPrefix) + std::string(field.name); }
 
 std::unique_ptr<LStartWizardPage> PageOfStep(int step) {
   switch (step) {
@@ -119,6 +125,9 @@ void LWebStartWizardLoad(LWebletForm& form, LStartWizardAnswers& answers) {
   answers.openingChecking = LoadOptional(form, kKeyChecking);
   answers.openingCreditCard = LoadOptional(form, kKeyCreditCard);
   answers.usage = session.GetString(kKeyUsage, "");
+  for (const LWebCompanyField& field : LWebCompanyFields())
+    answers.legal.*field.member = session.GetString(LegalKey(field), "");
+  answers.legal.vatExempt = std::string_view(session.GetString(kKeyVatExempt, "")) == "1";
 }
 
 void LWebStartWizardSave(LWebletForm& form, const LStartWizardAnswers& answers) {
@@ -136,10 +145,14 @@ void LWebStartWizardSave(LWebletForm& form, const LStartWizardAnswers& answers) 
   session.SetString(kKeyChecking, SaveOptional(answers.openingChecking));
   session.SetString(kKeyCreditCard, SaveOptional(answers.openingCreditCard));
   session.SetString(kKeyUsage, answers.usage);
+  for (const LWebCompanyField& field : LWebCompanyFields()) session.SetString(LegalKey(field), answers.legal.*field.member);
+  session.SetString(kKeyVatExempt, answers.legal.vatExempt ? "1" : "0");
 }
 
 void LWebStartWizardForget(LWebletForm& form) {
   for (std::string_view key : kKeys) form.session.DeleteField(key);
+  for (const LWebCompanyField& field : LWebCompanyFields()) form.session.DeleteField(LegalKey(field));
+  form.session.DeleteField(kKeyVatExempt);
 }
 
 // ---- The dialog -----------------------------------------------------------------------------------
@@ -177,6 +190,8 @@ void LWebStartWizardDialog::InitDialog() {
   SetText(kAddressControl, answers_.address);
   SetText(kContactControl, answers_.contact);
   SetText(kFiscalYearEndControl, LStartWizardFiscalYearEndText(answers_));
+  for (const LWebCompanyField& field : LWebCompanyFields()) SetText(kLegalBase + field.offset, answers_.legal.*field.member);
+  SetCheck(kLegalBase + kWebCompanyVatExemptOffset, answers_.legal.vatExempt);
   SetText(kCurrencySymbolControl, symbol);
   SetText(kCurrencyNameControl, name);
   SetText(kCurrencySubunitControl, subunit);
@@ -234,6 +249,15 @@ void LWebStartWizardDialog::GenerateCompany() {
   AddEdit(kAddressControl, "Adresse :", 40, 3);
   AddInput(kContactControl, "Contact :", "", 40);
   AddInput(kFiscalYearEndControl, "Fin de l'exercice (MM-JJ) :", "", 6);
+  for (const LWebCompanyField& field : LWebCompanyFields()) {
+    if (field.offset == kWebCompanyFirstLegalOffset) {
+      StartGroupBox(kWebCompanyLegalHeading);
+      AddStatic("Imprimées sur les factures ; vous pourrez les compléter plus tard dans les paramètres.");
+    }
+    AddInput(kLegalBase + field.offset, field.label, "", field.width);
+  }
+  AddCheckBox(kLegalBase + kWebCompanyVatExemptOffset, kWebCompanyVatExemptLabel);
+  EndGroupBox();
 }
 
 void LWebStartWizardDialog::GenerateCurrency() {
@@ -269,6 +293,9 @@ void LWebStartWizardDialog::ReadStep() {
       answers_.address = GetTextAndTrim(kAddressControl);
       answers_.contact = GetTextAndTrim(kContactControl);
       answers_.fiscalYearEnd = GetTextAndTrim(kFiscalYearEndControl);
+      for (const LWebCompanyField& field : LWebCompanyFields())
+        answers_.legal.*field.member = GetTextAndTrim(kLegalBase + field.offset);
+      answers_.legal.vatExempt = IsChecked(kLegalBase + kWebCompanyVatExemptOffset);
       break;
     case 3:
       answers_.currencySymbol = GetTextAndTrim(kCurrencySymbolControl);
@@ -299,6 +326,12 @@ bool LWebStartWizardDialog::CheckStep() {
   }
   if (passed) return true;
   int control = ControlOfStep(step_);
+  if (step_ == 2) {
+    std::string faulty;
+    LCompanyDetails details = answers_.legal;
+    details.name = answers_.name;
+    if (LCompanyDetailsCheck(profile, details, faulty) == message) control = LWebCompanyFieldControl(kLegalBase, faulty, control);
+  }
   if (message == kWizardCheckingMessage) control = kOpeningCheckingControl;
   if (message == kWizardCreditCardMessage) control = kOpeningCreditCardControl;
   PopupControlDataInvalid(control, message);

@@ -35,7 +35,7 @@ struct Business {
     ::setenv("KONTAVO_HOME", folder.Path().c_str(), 1);
     ::setenv("KONTAVO_COUNTRY", "FR", 1);
     profile = std::make_unique<LProfile>(folder.Path() + "/Shared");
-    LAccountListCreateDefault(*profile);
+    LBenchRequire(LAccountListCreateDefault(*profile), "LAccountListCreateDefault");
     std::string bank = LGetAccountNumberUsingDescription(*profile, "Compte-chèque");
     LTextBuffer ledgerFolder;
     LLegderGetBaseFolder(*profile, ledgerFolder);
@@ -73,10 +73,10 @@ struct Business {
       balancing.account = "6410";
       balancing.amount = -dayTotal;
       rows += balancing.BuildCSVRow();
-      (void)LFile::WriteAllAtomic(LFile::MakeFilePath(std::string(ledgerFolder), date + ".csv"), rows);
+      LBenchRequire(LFile::WriteAllAtomic(LFile::MakeFilePath(std::string(ledgerFolder), date + ".csv"), rows), "day file");
     }
     statement = folder.Path() + "/statement.csv";
-    (void)LFile::WriteAllAtomic(statement, csv);
+    LBenchRequire(LFile::WriteAllAtomic(statement, csv), "statement");
   }
   void ForgetImports() { LFile::RemoveTree(profile->GetDataStore().GetFolder() + "/BankLines"); }
   bool Import(int& nMatched) {

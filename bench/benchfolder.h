@@ -4,6 +4,7 @@
 
 #include <stdlib.h>
 
+#include <cstdio>
 #include <string>
 
 #include "llib/gen/file.h"
@@ -34,3 +35,10 @@ class LBenchHome : public LBenchFolder {
   }
   std::string Business() const { return Path() + "/Shared"; }
 };
+
+// A set-up write the benchmark depends on: when it failed there is nothing to measure.
+inline void LBenchRequire(bool ok, const char* what) {
+  if (ok) return;
+  std::fprintf(stderr, "benchmark set-up failed: %s\n", what);
+  std::abort();
+}

@@ -34,7 +34,7 @@ struct Business {
     ::setenv("KONTAVO_COUNTRY", "FR", 1);
     LAppInstall();
     profile = std::make_unique<LProfile>(home.Business());
-    LAccountListCreateDefault(*profile);
+    LBenchRequire(LAccountListCreateDefault(*profile), "LAccountListCreateDefault");
     {
       LRecord company;
       profile->List(kMiscList).OpenAlways(company, "Company");

@@ -35,11 +35,11 @@ void WriteFile(const std::string& path, const std::string& text) {
 
 // A year of day files; the first kDocuments transactions are invoices paid by payments.
 void MakeYear(LProfile& profile) {
-  LAccountListCreateDefault(profile);
+  LBenchRequire(LAccountListCreateDefault(profile), "LAccountListCreateDefault");
   LRecord company;
   profile.List(kMiscList).OpenAlways(company, "Company");
   company.SetString("SIREN", "732829320");
-  company.Flush();
+  LBenchRequire(company.Flush(), "company.Flush");
   LTextBuffer folder;
   LLegderGetBaseFolder(profile, folder);
   std::string store = profile.GetDataStore().GetFolder();

@@ -39,7 +39,7 @@ LLedgerTransaction Rent(long i) {
 void BM_PostBalancedTransaction(benchmark::State& state) {
   LBenchHome home("ledger");
   LProfile profile(home.Business());
-  LAccountListCreateDefault(profile);
+  LBenchRequire(LAccountListCreateDefault(profile), "LAccountListCreateDefault");
   long i = 0;
   for (auto _ : state) {
     if (!LAccountTransactionRecord(profile, Rent(i))) state.SkipWithError("posting failed");
@@ -90,7 +90,7 @@ BENCHMARK(BM_BareFileOperations)->Unit(benchmark::kMicrosecond);
 void BM_OpenBooksNothingToSettle(benchmark::State& state) {
   LBenchHome home("ledger");
   LProfile profile(home.Business());
-  LAccountListCreateDefault(profile);
+  LBenchRequire(LAccountListCreateDefault(profile), "LAccountListCreateDefault");
   for (auto _ : state) LLedgerSettleInterrupted(profile);
 }
 BENCHMARK(BM_OpenBooksNothingToSettle)->Unit(benchmark::kMicrosecond);
@@ -101,7 +101,7 @@ BENCHMARK(BM_OpenBooksNothingToSettle)->Unit(benchmark::kMicrosecond);
 void BM_OpenBooksAfterAnInterruptedPosting(benchmark::State& state) {
   LBenchHome home("ledger");
   LProfile profile(home.Business());
-  LAccountListCreateDefault(profile);
+  LBenchRequire(LAccountListCreateDefault(profile), "LAccountListCreateDefault");
   long i = 0;
   for (auto _ : state) {
     state.PauseTiming();
@@ -129,7 +129,7 @@ void BM_CheckOneMillionLines(benchmark::State& state) {
   LBenchHome home("ledger");
   {
     LProfile profile(home.Business());
-    LAccountListCreateDefault(profile);
+    LBenchRequire(LAccountListCreateDefault(profile), "LAccountListCreateDefault");
     LTextBuffer folder;
     LLegderGetBaseFolder(profile, folder);
     const char* accounts[] = {"1110", "1120", "1210", "2210", "4110", "6110", "6410", "6420"};

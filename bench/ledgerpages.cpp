@@ -33,11 +33,12 @@ struct Books {
     LOptions options;
     options.OpenFrom(profile);
     options.SetString("CountryCode", "FR");
-    (void)options.Flush();
-    LAccountListCreateDefault(profile);
+    LBenchRequire(options.Flush(), "options");
+    LBenchRequire(LAccountListCreateDefault(profile), "LAccountListCreateDefault");
     for (int i = 0; i < kExtraAccounts; ++i)
-      LCreateAccount(profile, std::to_string(7000 + i), "Compte analytique " + std::to_string(i), kAccountExpense, false,
-                     1, kClassificationNone);
+      LBenchRequire(LCreateAccount(profile, std::to_string(7000 + i), "Compte analytique " + std::to_string(i),
+                                   kAccountExpense, false, 1, kClassificationNone),
+                    "LCreateAccount");
     // The day files written directly, as the ledger writes its rows: two lines a transaction.
     LTextBuffer folder;
     LLegderGetBaseFolder(profile, folder);
@@ -53,7 +54,7 @@ struct Books {
         txn.AddLine("1110", "Écriture de test", -12345, "bench", "", "");
         for (const auto& line : txn.Lines()) rows += line.BuildCSVRow();
       }
-      (void)LFile::WriteAllAtomic(std::string(folder) + "/" + date + ".csv", rows);
+      LBenchRequire(LFile::WriteAllAtomic(std::string(folder) + "/" + date + ".csv", rows), "day file");
     }
     LWebletForm form(nullptr);
     form.session.CreateNewSession(false);

@@ -11,7 +11,7 @@
 #include <string>
 
 #include "accounts/ofx.h"
-#include "app/templatereportformdata.h"
+#include "invoice/shared/templatereportformdata.h"
 #include "bench/benchfolder.h"
 #include "invoice/shared/profile.h"
 #include "llib/gen/file.h"

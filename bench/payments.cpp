@@ -30,7 +30,7 @@ struct Business {
     ::setenv("KONTAVO_COUNTRY", "FR", 1);
     LAppInstall();
     profile = std::make_unique<LProfile>(folder.Path() + "/Shared");
-    LAccountListCreateDefault(*profile);
+    LBenchRequire(LAccountListCreateDefault(*profile), "LAccountListCreateDefault");
     LCustomer customer;
     profile->MainList(kCustomersList).OpenAlways(customer, "C1");
     customer.SetString("Name", "Client");
@@ -46,7 +46,7 @@ struct Business {
       invoice.SetInt64("AmountPaid", 0);
       invoice.SetInt64("AmountRefunded", 0);
     }
-    LCustomerChangeBalance(*profile, "C1", kInvoices * kInvoiceTotal);
+    LBenchRequire(LCustomerChangeBalance(*profile, "C1", kInvoices * kInvoiceTotal), "LCustomerChangeBalance");
   }
 };
 

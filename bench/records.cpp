@@ -75,9 +75,9 @@ void BM_NewKeyInFullList(benchmark::State& state) {
     LRecord record;
     f.list.CreateNewRecord(record);
     record.SetString("Name", "x");
-    record.Flush();
+    LBenchRequire(record.Flush(), "record.Flush");
     state.PauseTiming();
-    f.list.Delete(record.GetPrimaryKey());
+    LBenchRequire(f.list.Delete(record.GetPrimaryKey()), "f.list.Delete");
     state.ResumeTiming();
   }
 }

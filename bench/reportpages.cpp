@@ -36,9 +36,9 @@ struct Books {
     LProfile profile(home.Business());
     LAccountListCreateDefault(profile);
     LRecord company;  // a business with a name: the main page does not send it to the start wizard
-    (void)profile.MainList("Misc").OpenAlways(company, "Company");
+    LBenchRequire(profile.MainList("Misc").OpenAlways(company, "Company"), "Company");
     company.SetString("Name", "Atelier SARL");
-    (void)company.Flush();
+    LBenchRequire(company.Flush(), "Company");
     // The day files written directly, as the ledger writes its rows, and each account's month
     // buckets set to their sums, as the posting API would have kept them.
     LTextBuffer folder;
@@ -60,22 +60,22 @@ struct Books {
         buckets[{account, date.MonthIndex()}] += amount;
         buckets[{"1110", date.MonthIndex()}] -= amount;
       }
-      (void)LFile::WriteAllAtomic(std::string(folder) + "/" + date.ToText() + ".csv", rows);
+      LBenchRequire(LFile::WriteAllAtomic(std::string(folder) + "/" + date.ToText() + ".csv", rows), "day file");
     }
     LAccountList chart(profile);
     for (const auto& [key, amount] : buckets) {
       LAccount account;
-      (void)chart.Open(account, key.first);
+      LBenchRequire(chart.Open(account, key.first), "account");
       account.SetInt64(LAccountBucketField(key.second), amount);
       if (account.GetInt64("BalanceFirst", key.second) >= key.second) account.SetInt64("BalanceFirst", key.second);
       account.SetInt64("TotalBalance", account.GetInt64("TotalBalance", 0) + amount);
-      (void)account.Flush();
+      LBenchRequire(account.Flush(), "account");
     }
     // One customer with a thousand invoices over the year, half of them paid.
     LRecord customer;
-    (void)profile.MainList("Customers").OpenAlways(customer, "C1");
+    LBenchRequire(profile.MainList("Customers").OpenAlways(customer, "C1"), "customer");
     customer.SetString("Name", "Client fidèle");
-    (void)customer.Flush();
+    LBenchRequire(customer.Flush(), "customer");
     for (int i = 1; i <= kInvoices; ++i) {
       LRecord invoice;
       profile.MainList("Invoices").CreateNewRecord(invoice, std::to_string(i));
@@ -83,7 +83,7 @@ struct Books {
       invoice.SetString("Date", LDate(2025, 1, 1).AddDays(i * 364 / kInvoices).ToText());
       invoice.SetInt64("Total", 10000 + i);
       invoice.SetInt64("AmountPaid", i % 2 == 0 ? 10000 + i : 0);
-      (void)invoice.Flush();
+      LBenchRequire(invoice.Flush(), "invoice");
     }
     LWebletForm form(nullptr);
     form.session.CreateNewSession(false);

@@ -43,7 +43,7 @@ struct Book {
   Book() {
     ::setenv("KONTAVO_COUNTRY", "FR", 1);
     profile = std::make_unique<LProfile>(home.Business());
-    LAccountListCreateDefault(*profile);
+    LBenchRequire(LAccountListCreateDefault(*profile), "LAccountListCreateDefault");
     std::vector<std::string> postable;
     {
       LAccountList accounts(*profile);
@@ -89,7 +89,7 @@ struct Book {
       record.SetInt64("BalanceFirst", months.begin()->first);
       record.SetInt64("TotalBalance", total);
       record.SetBool("IsAccountUsed", true);
-      record.Flush();
+      LBenchRequire(record.Flush(), "record.Flush");
     }
   }
 };

@@ -26,7 +26,7 @@ struct Business {
     ::setenv("KONTAVO_COUNTRY", "FR", 1);
     LAppInstall();
     profile = std::make_unique<LProfile>(home.Business());
-    LAccountListCreateDefault(*profile);
+    LBenchRequire(LAccountListCreateDefault(*profile), "LAccountListCreateDefault");
     for (int c = 0; c < kCustomers; ++c) {
       LCustomer customer;
       profile->MainList(kCustomersList).OpenAlways(customer, "C" + std::to_string(c));
@@ -77,7 +77,7 @@ void BM_OldestDueOver100000Invoices(benchmark::State& state) {
     invoice.SetInt64("Total", 1000 + i % 500);
   }
   for (int c = 0; c < kCustomers; ++c)
-    LCustomerChangeBalance(*business.profile, "C" + std::to_string(c), 50000);
+    LBenchRequire(LCustomerChangeBalance(*business.profile, "C" + std::to_string(c), 50000), "LCustomerChangeBalance");
   for (auto _ : state) {
     LCoreDataRetotalCustomerData data{business.profile.get(), {}};
     LProcessInterfaceVoid silent;

@@ -93,7 +93,7 @@ struct Stock {
                        date + "|" + moved + "|" + std::to_string(qty) + "|" + std::to_string(cost(random)));
       }
       item.SetInt("MoveCount", kMovesPerItem);
-      item.Flush();
+      LBenchRequire(item.Flush(), "item.Flush");
     }
   }
 };

@@ -8,7 +8,7 @@
 #include <string>
 #include <string_view>
 
-#include "app/templatereportformdata.h"
+#include "invoice/shared/templatereportformdata.h"
 
 namespace {
 

@@ -31,9 +31,14 @@ std::string_view ListOf(const LSalesDocumentKind& kind, const LSalesDocument& do
 }  // namespace
 
 bool LMakeSalesDocumentPdf(LProfile& profile, const LSalesDocumentKind& kind, const LSalesDocument& document,
-                           std::optional<LFacturXProfile> facturX, LPrintedForm& form, std::string* error) {
+                           std::optional<LFacturXProfile> facturX, std::string_view formName, LPrintedForm& form,
+                           std::string* error) {
   form = LPrintedForm();
-  if (!LSalesDocumentPdf(profile, kind, document, form.pdf, error, &form.warning)) return false;
+  LTemplateForm layout;
+  std::string formWarning;
+  if (!LTemplateFormLoad(profile, kind, formName, layout, error, formWarning)) return false;
+  if (!LSalesDocumentPdf(profile, kind, document, layout, form.pdf, error, &form.warning)) return false;
+  if (!formWarning.empty()) form.warning = formWarning + (form.warning.empty() ? "" : "\n" + form.warning);
   if (facturX) {
     std::string plain = std::move(form.pdf);
     if (!LFacturXPdf(profile, kind, document, *facturX, plain, form.pdf, error)) return false;
@@ -43,12 +48,12 @@ bool LMakeSalesDocumentPdf(LProfile& profile, const LSalesDocumentKind& kind, co
 }
 
 bool LPrintSalesDocument(LProfile& profile, const LSalesDocumentKind& kind, std::string_view key,
-                         std::optional<LFacturXProfile> facturX, std::string_view user, LPrintedForm& form,
-                         std::string* error) {
+                         std::optional<LFacturXProfile> facturX, std::string_view formName, std::string_view user,
+                         LPrintedForm& form, std::string* error) {
   form = LPrintedForm();
   LSalesDocument document;
   if (!LSalesDocumentOpen(profile, kind, key, document)) return NotFound("Document", key, error);
-  if (!LMakeSalesDocumentPdf(profile, kind, document, facturX, form, error)) return false;
+  if (!LMakeSalesDocumentPdf(profile, kind, document, facturX, formName, form, error)) return false;
   Printed(profile, ListOf(kind, document), key, form, user);
   return true;
 }

@@ -28,13 +28,15 @@ struct LPrintedForm {
 // (the attachment of an e-mail).
 [[nodiscard]] bool LMakeSalesDocumentPdf(LProfile& profile, const LSalesDocumentKind& kind,
                                          const LSalesDocument& document, std::optional<LFacturXProfile> facturX,
-                                         LPrintedForm& form, std::string* error);
-// The document key of kind (recorded, else draft). With facturX, the Factur-X PDF/A-3 of that
-// profile (invoices and credit notes only). false with "Document introuvable : KEY." (or why
-// the PDF could not be made) in error (may be null).
+                                         std::string_view formName, LPrintedForm& form, std::string* error);
+// The document key of kind (recorded, else draft), laid out by the template form formName (empty:
+// the one chosen for the kind; templateform.h). With facturX, the Factur-X PDF/A-3 of that
+// profile (invoices and credit notes only). false with "Document introuvable : KEY.",
+// "Formulaire introuvable : NAME." (or why the PDF could not be made) in error (may be null). A
+// form that could not be used is told in the form's warning.
 [[nodiscard]] bool LPrintSalesDocument(LProfile& profile, const LSalesDocumentKind& kind, std::string_view key,
-                                       std::optional<LFacturXProfile> facturX, std::string_view user, LPrintedForm& form,
-                                       std::string* error);
+                                       std::optional<LFacturXProfile> facturX, std::string_view formName,
+                                       std::string_view user, LPrintedForm& form, std::string* error);
 // The receipt of payment key; false with "Paiement introuvable : KEY." when there is none.
 [[nodiscard]] bool LPrintReceipt(LProfile& profile, std::string_view key, std::string_view user, LPrintedForm& form,
                                  std::string* error);

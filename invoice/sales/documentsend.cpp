@@ -11,6 +11,7 @@
 #include "invoice/shared/profile.h"
 #include "llib/gen/file.h"
 #include "llib/net/email.h"
+#include "llib/net/emailsendbg.h"
 #include "llib/net/emailaddress.h"
 #include "llib/net/emailsettings.h"
 
@@ -108,21 +109,38 @@ LDocumentMail LDocumentMailDefaults(LProfile& profile, const LSalesDocumentKind&
   return mail;
 }
 
-LProcessResult LSendSalesDocument(LProcessInterface& process, LProfile& profile, const LSalesDocumentKind& kind,
-                                  std::string_view key, const LDocumentMail& request, std::optional<bool> facturX,
-                                  std::string_view user) {
+namespace {
+
+// A document's mail ready to leave: its texts and recipients, the PDF in a folder of its own
+// (the mail shows the file's name), and the list the document's history is kept under.
+struct PreparedMail {
+  LDocumentMail mail;
+  std::string list;
+  std::string folder;
+  std::string attachment;
+};
+
+// Prepares the mail of the document key of kind. false with message set (and, when the document
+// exists, its history saying "failed" with it): no recipient, an invalid address, the PDF not
+// made.
+bool PrepareMail(LProfile& profile, const LSalesDocumentKind& kind, std::string_view key, const LDocumentMail& request,
+                 std::optional<bool> facturX, std::string_view user, PreparedMail& prepared, std::string& message) {
   LSalesDocument document;
-  if (!LSalesDocumentOpen(profile, kind, key, document))
-    return Fail(process, "Document introuvable : " + std::string(key) + ".");
-  std::string_view list = document.IsDraft() ? kind.draftsList : kind.recordedList;
-  LDocumentMail mail = LDocumentMailDefaults(profile, kind, document);
+  if (!LSalesDocumentOpen(profile, kind, key, document)) {
+    message = "Document introuvable : " + std::string(key) + ".";
+    return false;
+  }
+  prepared.list = document.IsDraft() ? kind.draftsList : kind.recordedList;
+  LDocumentMail& mail = prepared.mail;
+  mail = LDocumentMailDefaults(profile, kind, document);
   if (!request.to.empty()) mail.to = request.to;
   if (!request.subject.empty()) mail.subject = request.subject;
   if (!request.body.empty()) mail.body = request.body;
   if (facturX) mail.facturX = *facturX;
-  auto failed = [&](std::string_view message) {
-    (void)LDocumentHistoryEmail(profile, list, key, "failed", user, mail.to, message);  // a trace only
-    return Fail(process, message);
+  auto failed = [&](std::string text) {
+    (void)LDocumentHistoryEmail(profile, prepared.list, key, "failed", user, mail.to, text);  // a trace only
+    message = std::move(text);
+    return false;
   };
   if (mail.to.empty())
     return failed("Aucune adresse de courriel pour « " + document.GetCustomer() +
@@ -134,27 +152,61 @@ LProcessResult LSendSalesDocument(LProcessInterface& process, LProfile& profile,
   std::string error;
   std::optional<LFacturXProfile> profileX;
   if (mail.facturX) profileX = LFacturXProfile::kEn16931;
-  if (!LMakeSalesDocumentPdf(profile, kind, document, profileX, form, &error)) return failed(error);
-  // The attachment goes under its own name (the mail shows it) in a folder of its own.
-  std::string folderTemplate = LFile::GetTempFolder() + "/kontavo-courriel-XXXXXX";
-  if (::mkdtemp(folderTemplate.data()) == nullptr) return failed("Impossible de préparer la pièce jointe.");
-  std::string attachment = folderTemplate + "/" + form.fileName;
-  if (!LWritePrintedForm(form, attachment, &error)) {
-    LFile::RemoveTree(folderTemplate);
+  if (!LMakeSalesDocumentPdf(profile, kind, document, profileX, {}, form, &error)) return failed(error);
+  prepared.folder = LFile::GetTempFolder() + "/kontavo-courriel-XXXXXX";
+  if (::mkdtemp(prepared.folder.data()) == nullptr) return failed("Impossible de préparer la pièce jointe.");
+  prepared.attachment = prepared.folder + "/" + form.fileName;
+  if (!LWritePrintedForm(form, prepared.attachment, &error)) {
+    LFile::RemoveTree(prepared.folder);
     return failed(error);
   }
+  return true;
+}
 
+}  // namespace
+
+LProcessResult LSendSalesDocument(LProcessInterface& process, LProfile& profile, const LSalesDocumentKind& kind,
+                                  std::string_view key, const LDocumentMail& request, std::optional<bool> facturX,
+                                  std::string_view user) {
+  PreparedMail prepared;
+  std::string message;
+  if (!PrepareMail(profile, kind, key, request, facturX, user, prepared, message)) return Fail(process, message);
   EmailSMTPSendProcess send;
   LEmailSettingsFillRequest(LEmailSettingsLoad(), send);
-  send.recipients = mail.to;
-  send.subject = mail.subject;
-  send.text = mail.body;
-  send.attachments = {attachment};
+  send.recipients = prepared.mail.to;
+  send.subject = prepared.mail.subject;
+  send.text = prepared.mail.body;
+  send.attachments = {prepared.attachment};
   ErrorKeeper keeper(process);
   LProcessResult result = Process(keeper, send);
-  LFile::RemoveTree(folderTemplate);
+  LFile::RemoveTree(prepared.folder);
   // The history is a trace: the mail left (or not) whether or not it can be written.
-  if (result == kProcessFinished) (void)LDocumentHistoryEmail(profile, list, key, "sent", user, mail.to);
-  else if (result == kProcessFailed) (void)LDocumentHistoryEmail(profile, list, key, "failed", user, mail.to, keeper.Error());
+  const LDocumentMail& mail = prepared.mail;
+  if (result == kProcessFinished) (void)LDocumentHistoryEmail(profile, prepared.list, key, "sent", user, mail.to);
+  else if (result == kProcessFailed)
+    (void)LDocumentHistoryEmail(profile, prepared.list, key, "failed", user, mail.to, keeper.Error());
   return result;
+}
+
+bool LQueueSalesDocumentMail(LProfile& profile, const LSalesDocumentKind& kind, std::string_view key,
+                             const LDocumentMail& request, std::optional<bool> facturX, std::string_view user,
+                             std::string* message) {
+  PreparedMail prepared;
+  std::string problem;
+  if (!PrepareMail(profile, kind, key, request, facturX, user, prepared, problem)) {
+    if (message != nullptr) *message = problem;
+    return false;
+  }
+  (void)LDocumentHistoryEmail(profile, prepared.list, key, "pending", user, prepared.mail.to);  // a trace only
+  // The sender's thread hears of each attempt: the history follows it, in a profile of its own.
+  LEmailSendReport report = [business = profile.GetDatabaseName(), list = prepared.list, key = std::string(key),
+                             user = std::string(user), to = prepared.mail.to,
+                             folder = prepared.folder](LProcessResult result, const std::string& error, bool willRetry) {
+    LProfile books(business);
+    (void)LDocumentHistoryEmail(books, list, key, result == kProcessFinished ? "sent" : "failed", user, to, error);
+    if (!willRetry) LFile::RemoveTree(folder);
+  };
+  LSendEmailBackground(prepared.mail.to, "", prepared.mail.subject, prepared.mail.body, {prepared.attachment}, false,
+                       std::move(report));
+  return true;
 }

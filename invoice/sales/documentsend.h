@@ -38,3 +38,10 @@ LDocumentMail LDocumentMailDefaults(LProfile& profile, const LSalesDocumentKind&
 LProcessResult LSendSalesDocument(LProcessInterface& process, LProfile& profile, const LSalesDocumentKind& kind,
                                   std::string_view key, const LDocumentMail& request, std::optional<bool> facturX,
                                   std::string_view user);
+// Queues the document's mail on the background sender of the service, which retries a failed
+// send: the history says "pending" at once, then "sent", or "failed" with the server's reason,
+// as each attempt ends. false with message set when the mail could not be prepared (the reasons
+// of LSendSalesDocument before sending); nothing is queued then.
+[[nodiscard]] bool LQueueSalesDocumentMail(LProfile& profile, const LSalesDocumentKind& kind, std::string_view key,
+                                           const LDocumentMail& request, std::optional<bool> facturX,
+                                           std::string_view user, std::string* message);

@@ -132,14 +132,22 @@ bool LPaymentCreate(LProfile& profile, const LPaymentRequest& request, std::stri
     return false;
   }
   newKey = key;
-  LCoreDataPaymentApply(profile, payment, +1);
-  intent.NotePosting(kPaymentsList, key, {}, LSalesDocumentTakeReference(profile, payment, true));
+  if (!LCoreDataPaymentApply(profile, payment, +1)) {
+    SetError(error, std::string(kRecordNotSavedMessage));
+    return false;
+  }
+  std::string reference = LSalesDocumentTakeReference(profile, payment, true);
+  if (reference.empty()) {
+    SetError(error, "Impossible d'écrire dans le grand livre.");
+    return false;
+  }
+  intent.NotePosting(kPaymentsList, key, {}, reference);
   bool posted = LPaymentRecordTransactions(profile, payment, LGetPostingUserName());
-  payment.Flush();  // keeps "JournalTxnRef"
-  LPaymentApplyList(profile, payment, *distribution);
-  payment.Flush();
+  // The flush keeps "JournalTxnRef"; the applications are written whatever the posting did.
+  bool written = payment.Flush() && LPaymentApplyList(profile, payment, *distribution);
   if (!posted) SetError(error, "Impossible d'écrire dans le grand livre.");
-  return posted;
+  else if (!written) SetError(error, "Impossible d'enregistrer le paiement.");
+  return posted && written;
 }
 
 namespace {
@@ -150,7 +158,10 @@ bool DeletePayment(LProfile& profile, std::string_view key, LPayment& payment, L
   intent.NoteDeleting(kPaymentsList, key);
   LPaymentUnapply(payment, profile, payment.IsRefund());
   LSalesDocumentRemoveTransaction(profile, payment, payment.GetDate());
-  LCoreDataPaymentReverse(profile, payment, false);
+  if (!LCoreDataPaymentReverse(profile, payment, false)) {
+    SetError(error, std::string(kRecordNotSavedMessage));
+    return false;
+  }
   payment.Invalidate();
   if (profile.MainList(kPaymentsList).Delete(key)) return true;
   SetError(error, "Impossible de supprimer le paiement " + std::string(key) + ".");
@@ -226,30 +237,42 @@ bool LCreditNoteApply(LProfile& profile, std::string_view key, const std::vector
     SetError(error, "Le montant imputé dépasse le solde de l'avoir.");
     return false;
   }
+  bool written = true;
   for (const auto& application : applications) {
     LSalesDocument invoice;
-    if (Invoices(profile).Open(invoice, application.invoice))
-      LCreditNoteApplyToInvoice(creditNote, invoice, application.amount, profile);
+    if (!Invoices(profile).Open(invoice, application.invoice)) continue;
+    LCreditNoteApplyToInvoice(creditNote, invoice, application.amount, profile);
+    written = invoice.Flush() && written;
   }
-  creditNote.Flush();
+  if (!creditNote.Flush() || !written) {
+    SetError(error, "Impossible d'enregistrer l'avoir.");
+    return false;
+  }
   return true;
 }
 
-void LInvoiceRemoveApplications(LProfile& profile, LSalesDocument& invoice) {
+bool LInvoiceRemoveApplications(LProfile& profile, LSalesDocument& invoice) {
   const std::string& key = invoice.GetPrimaryKey();
   std::vector<std::string> keys;
   LPayment payment;
   for (LFileStoreIteratorBase it(profile.MainList(kPaymentsList), payment); payment.IsAttached(); it.Next(payment))
     if (payment.GetAppliedAmount(key, profile) != 0) keys.push_back(payment.GetPrimaryKey());
-  for (const auto& holder : keys)
-    if (profile.MainList(kPaymentsList).Open(payment, holder))
-      LPaymentUnapply(payment, invoice, profile, payment.IsRefund());
-  payment.Invalidate();
+  bool written = true;
+  for (const auto& holder : keys) {
+    if (!profile.MainList(kPaymentsList).Open(payment, holder)) continue;
+    LPaymentUnapply(payment, invoice, profile, payment.IsRefund());
+    written = payment.Flush() && written;
+  }
+  payment.DetachWithoutSave();
 
   keys.clear();
   LSalesDocument creditNote;
   for (LFileStoreIteratorBase it(CreditNotes(profile), creditNote); creditNote.IsAttached(); it.Next(creditNote))
     if (LAppliedAmountOf(LReadAppliedAmounts(creditNote), key) != 0) keys.push_back(creditNote.GetPrimaryKey());
-  for (const auto& holder : keys)
-    if (CreditNotes(profile).Open(creditNote, holder)) LCreditNoteUnapply(creditNote, invoice, profile);
+  for (const auto& holder : keys) {
+    if (!CreditNotes(profile).Open(creditNote, holder)) continue;
+    LCreditNoteUnapply(creditNote, invoice, profile);
+    written = creditNote.Flush() && written;
+  }
+  return invoice.Flush() && written;
 }

@@ -54,5 +54,6 @@ bool LPaymentApply(LProfile& profile, std::string_view key, const std::vector<LA
 bool LCreditNoteApply(LProfile& profile, std::string_view key, const std::vector<LAppliedAmount>& applications,
                       std::string* error);
 
-// Takes every payment, refund and credit-note application off the invoice (before it goes).
-void LInvoiceRemoveApplications(LProfile& profile, LSalesDocument& invoice);
+// Takes every payment, refund and credit-note application off the invoice (before it goes), and
+// flushes the invoice. false when a record could not be written.
+[[nodiscard]] bool LInvoiceRemoveApplications(LProfile& profile, LSalesDocument& invoice);

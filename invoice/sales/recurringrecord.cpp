@@ -46,12 +46,13 @@ bool MakeOccurrence(LProfile& profile, const LSalesDocumentKind& kind, const LRe
     SetError(error, "Impossible d'enregistrer le document.");
     return false;
   }
-  beforeTotals();
+  bool written = beforeTotals();
   LRecurringUpdateDescriptionAndPrice(profile, document);
-  LSalesDocumentSumTotals(profile, kind, document);
+  written = written && LSalesDocumentSumTotals(profile, kind, document).written;
   document.SetString("IsDraft", "0");
-  document.Flush();
-  return true;
+  if (written && document.Flush()) return true;
+  SetError(error, "Impossible d'enregistrer le document.");
+  return false;
 }
 
 // The due date of the template as text; empty (with the message) when it is never due.
@@ -79,7 +80,7 @@ std::string LRecurringRecord(LProfile& profile, LRecord& schedule, std::string* 
     return {};
   }
   LSalesDocument invoice;
-  auto addToBalance = [&] { LCustomerChangeBalance(profile, invoice.GetCustomer(), invoice.GetTotal()); };
+  auto addToBalance = [&] { return LCustomerChangeBalance(profile, invoice.GetCustomer(), invoice.GetTotal()); };
   if (!MakeOccurrence(profile, LSalesDocumentKindOf(LSalesDocumentType::kInvoice), schedule, date, invoice,
                       addToBalance, error))
     return {};
@@ -87,9 +88,10 @@ std::string LRecurringRecord(LProfile& profile, LRecord& schedule, std::string* 
   bool stocked = LSalesDocumentMoveStock(profile, LSalesDocumentKindOf(LSalesDocumentType::kInvoice),
                                          invoice.GetPrimaryKey(), nullptr, &invoice, &stockError);
   bool posted = LInvoiceRecordTransactions(profile, invoice, LGetPostingUserName(), true);
-  invoice.Flush();  // keeps "JournalTxnRef"
+  bool saved = invoice.Flush();  // keeps "JournalTxnRef"
   bool moved = MoveScheduleOn(schedule, date, error);
   if (moved && !posted) SetError(error, "Impossible d'écrire dans le grand livre.");
+  else if (moved && !saved) SetError(error, "Impossible d'enregistrer le document.");
   else if (moved && !stocked) SetError(error, stockError);
   return invoice.GetPrimaryKey();
 }
@@ -98,7 +100,7 @@ std::string LRecurringOrderRecord(LProfile& profile, LRecord& schedule, std::str
   std::string date = DueDateOf(schedule, error);
   if (date.empty()) return {};
   LSalesDocument order;
-  if (!MakeOccurrence(profile, LSalesDocumentKindOf(LSalesDocumentType::kOrder), schedule, date, order, [] {}, error))
+  if (!MakeOccurrence(profile, LSalesDocumentKindOf(LSalesDocumentType::kOrder), schedule, date, order, [] { return true; }, error))
     return {};
   MoveScheduleOn(schedule, date, error);
   return order.GetPrimaryKey();

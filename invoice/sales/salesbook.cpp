@@ -20,9 +20,21 @@
 namespace {
 
 constexpr std::string_view kSuppliersList = "Suppliers";
+constexpr std::string_view kDocumentNotSaved = "Impossible d'enregistrer le document.";
 
 void SetError(std::string* error, std::string message) {
   if (error != nullptr) *error = std::move(message);
+}
+
+// A write failed: the user is told and the change goes no further.
+bool NotSaved(std::string* error) {
+  SetError(error, std::string(kDocumentNotSaved));
+  return false;
+}
+
+bool DeleteRefused(std::string_view key, std::string* error) {
+  SetError(error, "Impossible de supprimer le document " + std::string(key) + ".");
+  return false;
 }
 
 bool IsPosted(const LSalesDocumentKind& kind) {
@@ -77,11 +89,12 @@ bool IsCarriedToNewDocument(std::string_view field) {
 }
 
 // Reopens document from its list so that fields deleted by the last save are gone for good
-// (a deleted field would come back on a second save of the same object).
-void Reopen(const LFileStoreListBase& list, LSalesDocument& document) {
+// (a deleted field would come back on a second save of the same object). The document must
+// have been flushed.
+bool Reopen(const LFileStoreListBase& list, LSalesDocument& document) {
   std::string key = document.GetPrimaryKey();
   document.Invalidate();
-  list.Open(document, key);
+  return list.Open(document, key);
 }
 
 // Invoices are neither made nor changed while a linked account is missing: their postings would
@@ -99,7 +112,7 @@ bool AuditDocument(LProfile& profile, const LSalesDocumentKind& kind, std::strin
                    const LSalesDocument& document, std::string* error) {
   LSalesDocument totalled;  // detached and without a key: totalling it moves no balance
   totalled.CopyRecord(document);
-  LSalesDocumentSumTotals(profile, kind, totalled);
+  (void)LSalesDocumentSumTotals(profile, kind, totalled);  // a detached copy: nothing to write
   if (LAuditAppendDocument(profile, action, kind.title, key, totalled)) return true;
   SetError(error, std::string(kAuditNotWrittenMessage));
   return false;
@@ -111,20 +124,25 @@ bool Post(LProfile& profile, const LSalesDocumentKind& kind, LSalesDocument& doc
           std::string_view oldDate, std::string* error) {
   std::string had = document.GetString("JournalTxnRef");
   std::string reference = LSalesDocumentTakeReference(profile, document, false);
+  if (reference.empty()) {
+    SetError(error, "Impossible d'écrire dans le grand livre.");
+    return false;
+  }
   if (reference != had) intent.NotePosting(kind.recordedList, document.GetPrimaryKey(), oldDate, reference);
   std::string userName = LGetPostingUserName();
   bool posted = kind.type == LSalesDocumentType::kInvoice
                     ? LInvoiceRecordTransactions(profile, document, userName, false)
                     : LCreditNoteRecordTransactions(profile, document, userName);
-  document.Flush();  // keeps "JournalTxnRef"
+  bool saved = document.Flush();  // keeps "JournalTxnRef"
   if (!posted) SetError(error, "Impossible d'écrire dans le grand livre.");
-  return posted;
+  else if (!saved) SetError(error, std::string(kDocumentNotSaved));
+  return posted && saved;
 }
 
 }  // namespace
 
-void LCoreDataCreditNoteApply(LProfile& profile, const LSalesDocument& creditNote, int sign) {
-  LCustomerChangeBalance(profile, creditNote.GetCustomer(), -sign * creditNote.GetTotal());
+bool LCoreDataCreditNoteApply(LProfile& profile, const LSalesDocument& creditNote, int sign) {
+  return LCustomerChangeBalance(profile, creditNote.GetCustomer(), -sign * creditNote.GetTotal());
 }
 
 LFKTotalsChange LSalesDocumentSumTotals(LProfile& profile, const LSalesDocumentKind& kind, LSalesDocument& document) {
@@ -160,10 +178,7 @@ bool LSalesDocumentCreate(LProfile& profile, const LSalesDocumentKind& kind, con
   if (!draft && IsPosted(kind)) intent.NoteReserving(kind.recordedList);
   if (key.empty()) {
     takenKey = LSalesReserveFirstFreeKey(list, draft ? kDraftKeyPrefix : std::string_view());
-    if (takenKey.empty()) {
-      SetError(error, "Impossible d'enregistrer le document.");
-      return false;
-    }
+    if (takenKey.empty()) return NotSaved(error);
   } else if (!ReserveKey(list, takenKey)) {
     SetError(error, "Un document porte déjà le numéro " + takenKey + ".");
     return false;
@@ -183,8 +198,7 @@ bool LSalesDocumentCreate(LProfile& profile, const LSalesDocumentKind& kind, con
   if (!document.Flush()) {
     document.DetachWithoutSave();
     (void)list.Delete(takenKey);  // the number goes back
-    SetError(error, "Impossible d'enregistrer le document.");
-    return false;
+    return NotSaved(error);
   }
   newKey = document.GetPrimaryKey();
   if (!draft && !AuditDocument(profile, kind, kAuditRecord, newKey, document, error)) {
@@ -196,9 +210,10 @@ bool LSalesDocumentCreate(LProfile& profile, const LSalesDocumentKind& kind, con
   // The history is a trace, not the document: a failure to write it does not undo the document.
   (void)LDocumentHistoryAdd(profile, draft ? kind.draftsList : kind.recordedList, newKey,
                             draft ? kHistoryCreated : kHistoryRecorded, LGetPostingUserName());
-  LSalesDocumentSumTotals(profile, kind, document);
-  if (!draft && kind.type == LSalesDocumentType::kCreditNote) LCoreDataCreditNoteApply(profile, document, +1);
-  document.Flush();
+  if (!LSalesDocumentSumTotals(profile, kind, document).written) return NotSaved(error);
+  if (!draft && kind.type == LSalesDocumentType::kCreditNote && !LCoreDataCreditNoteApply(profile, document, +1))
+    return NotSaved(error);
+  if (!document.Flush()) return NotSaved(error);
   if (draft) return true;
   // Stock moves first: the posting of an invoice reads the cost of what left.
   bool stocked = LSalesDocumentMoveStock(profile, kind, newKey, nullptr, &document, error);
@@ -242,32 +257,33 @@ bool LSalesDocumentEdit(LProfile& profile, const LSalesDocumentKind& kind, std::
   std::string oldDate = document.GetDate();
   std::string reference = document.GetString("JournalTxnRef");
   if (inBooks) intent.NotePosting(kind.recordedList, key, reference.empty() ? std::string() : oldDate, reference);
-  if (inBooks && kind.type == LSalesDocumentType::kCreditNote) LCoreDataCreditNoteApply(profile, document, -1);
+  if (inBooks && kind.type == LSalesDocumentType::kCreditNote && !LCoreDataCreditNoteApply(profile, document, -1))
+    return NotSaved(error);
 
   change(document);
   // The reference belongs to the ledger: an edit posts again in the same place.
   if (reference.empty()) document.DeleteField("JournalTxnRef");
   else document.SetString("JournalTxnRef", reference);
-  document.Flush();
-  Reopen(list, document);
+  if (!document.Flush() || !Reopen(list, document)) return NotSaved(error);
 
   // The totaller moves an invoice's balance by the change of its total, on the customer it names
   // now; a change of customer first carries the old total across, and the old customer's
   // payments and credit notes let go of the invoice.
-  if (inBooks && kind.type == LSalesDocumentType::kInvoice && document.GetCustomer() != oldCustomer) {
-    LInvoiceRemoveApplications(profile, document);
-    LCustomerChangeBalance(profile, oldCustomer, -oldTotal);
-    LCustomerChangeBalance(profile, document.GetCustomer(), oldTotal);
-  }
-  LSalesDocumentSumTotals(profile, kind, document);
-  if (inBooks && kind.type == LSalesDocumentType::kCreditNote) LCoreDataCreditNoteApply(profile, document, +1);
-  document.Flush();
+  if (inBooks && kind.type == LSalesDocumentType::kInvoice && document.GetCustomer() != oldCustomer &&
+      !(LInvoiceRemoveApplications(profile, document) && LCustomerChangeBalance(profile, oldCustomer, -oldTotal) &&
+        LCustomerChangeBalance(profile, document.GetCustomer(), oldTotal)))
+    return NotSaved(error);
+  if (!LSalesDocumentSumTotals(profile, kind, document).written) return NotSaved(error);
+  if (inBooks && kind.type == LSalesDocumentType::kCreditNote && !LCoreDataCreditNoteApply(profile, document, +1))
+    return NotSaved(error);
+  if (!document.Flush()) return NotSaved(error);
   bool stocked = !recorded || LSalesDocumentMoveStock(profile, kind, key, &before, &document, error);
   if (!inBooks) return stocked;
   if (kind.type == LSalesDocumentType::kInvoice) {
     // A lower total gives back what its payments and credit notes now hold beyond it.
     document.RemoveExcessPayments(profile);
     document.RemoveExcessCreditNotes(profile);
+    if (!document.Flush()) return NotSaved(error);
   }
   LSalesDocumentRemoveTransaction(profile, document, oldDate);
   return Post(profile, kind, document, intent, oldDate, error) && stocked;
@@ -282,11 +298,16 @@ bool LSalesDocumentRecordDraft(LProfile& profile, const LSalesDocumentKind& kind
     return false;
   }
   if (!LSalesDocumentCreate(profile, kind, draft, false, {}, newKey, error)) return false;
-  if (kind.type == LSalesDocumentType::kInvoice) LConvertedInvoiceMoved(profile, draft, draftKey, newKey);
+  if (kind.type == LSalesDocumentType::kInvoice && !LConvertedInvoiceMoved(profile, draft, draftKey, newKey))
+    return NotSaved(error);
   (void)LDocumentHistoryRecordDraft(profile, kind.draftsList, draftKey, kind.recordedList, newKey,
                                     LGetPostingUserName());  // a trace only, as above
-  draft.Invalidate();
-  drafts.Delete(draftKey);
+  draft.DetachWithoutSave();
+  if (!drafts.Delete(draftKey)) {
+    SetError(error, "Le document " + newKey + " est enregistré, mais le brouillon " + std::string(draftKey) +
+                        " n'a pas pu être supprimé.");
+    return false;
+  }
   return true;
 }
 
@@ -296,20 +317,18 @@ namespace {
 bool DeleteRecorded(LProfile& profile, const LSalesDocumentKind& kind, std::string_view key, LSalesDocument& document,
                     std::string* error) {
   bool isInvoice = kind.type == LSalesDocumentType::kInvoice;
-  if (isInvoice) {
-    LInvoiceRemoveApplications(profile, document);
-    LConvertedInvoiceMoved(profile, document, key, {});
-  }
+  if (isInvoice &&
+      !(LInvoiceRemoveApplications(profile, document) && LConvertedInvoiceMoved(profile, document, key, {})))
+    return NotSaved(error);
   if (kind.type == LSalesDocumentType::kCreditNote) LCreditNoteUnapply(document, profile);
   if (IsPosted(kind)) LSalesDocumentRemoveTransaction(profile, document, document.GetDate());
-  if (isInvoice) LCustomerChangeBalance(profile, document.GetCustomer(), -document.GetTotal());
-  if (kind.type == LSalesDocumentType::kCreditNote) LCoreDataCreditNoteApply(profile, document, -1);
+  if (isInvoice && !LCustomerChangeBalance(profile, document.GetCustomer(), -document.GetTotal()))
+    return NotSaved(error);
+  if (kind.type == LSalesDocumentType::kCreditNote && !LCoreDataCreditNoteApply(profile, document, -1))
+    return NotSaved(error);
   bool stocked = LSalesDocumentMoveStock(profile, kind, key, &document, nullptr, error);
   document.Invalidate();
-  if (!profile.MainList(kind.recordedList).Delete(key)) {
-    SetError(error, "Impossible de supprimer le document " + std::string(key) + ".");
-    return false;
-  }
+  if (!profile.MainList(kind.recordedList).Delete(key)) return DeleteRefused(key, error);
   return stocked;
 }
 
@@ -342,9 +361,9 @@ bool LSalesDocumentDelete(LProfile& profile, const LSalesDocumentKind& kind, std
     return DeleteRecorded(profile, kind, key, document, error);
   }
   if (draftsList.Open(document, key)) {
-    if (isInvoice) LConvertedInvoiceMoved(profile, document, key, {});
-    document.Invalidate();
-    draftsList.Delete(key);
+    if (isInvoice && !LConvertedInvoiceMoved(profile, document, key, {})) return NotSaved(error);
+    document.DetachWithoutSave();
+    if (!draftsList.Delete(key)) return DeleteRefused(key, error);
     return true;
   }
   SetError(error, "Document introuvable : " + std::string(key) + ".");

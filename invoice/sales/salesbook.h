@@ -26,8 +26,8 @@ class LFileStoreListBase;
 class LProfile;
 
 // Moves the customer's balance by -sign × "Total" of the credit note: +1 when a credit note is
-// recorded, -1 when it is taken back.
-void LCoreDataCreditNoteApply(LProfile& profile, const LSalesDocument& creditNote, int sign);
+// recorded, -1 when it is taken back. false when the customer could not be written.
+[[nodiscard]] bool LCoreDataCreditNoteApply(LProfile& profile, const LSalesDocument& creditNote, int sign);
 
 // The party of a document of kind must be named and exist: a customer, or a supplier for a
 // purchase order. false with "Veuillez sélectionner un client." or "Le client « X » n'existe

@@ -65,9 +65,11 @@ long long InclusiveTax(const LTaxOptions& tax, std::string_view rateText, long l
   return LCalculateTaxByNumber(tax, taxNumber, amount, true);
 }
 
+// Empty when the counter could not be written.
 std::string NewReference(LProfile& profile, const LReferenceCounter& counter) {
   std::string prefix = LReferencePrefix(profile, counter);
-  return LFormatReference(prefix, LTakeReferenceNumber(profile, counter));
+  int number = LTakeReferenceNumber(profile, counter);
+  return number == 0 ? std::string() : LFormatReference(prefix, number);
 }
 
 }  // namespace
@@ -177,6 +179,7 @@ namespace {
 
 bool PostSalesDocument(LProfile& profile, LSalesDocument& document, bool creditNote, std::string_view userName) {
   std::string reference = LSalesDocumentTakeReference(profile, document, false);
+  if (reference.empty()) return false;
   LLedgerTransaction txn;
   LSalesDocumentBuildTransaction(profile, document, creditNote, document.GetDate(), reference, userName, txn);
   return LAccountTransactionRecord(profile, txn);
@@ -196,7 +199,7 @@ std::string LSalesDocumentTakeReference(LProfile& profile, LRecord& document, bo
   std::string reference = document.GetString("JournalTxnRef");
   if (!reference.empty()) return reference;
   reference = NewReference(profile, payment ? kReceiptCounter : kSalesCounter);
-  document.SetString("JournalTxnRef", reference);
+  if (!reference.empty()) document.SetString("JournalTxnRef", reference);
   return reference;
 }
 
@@ -217,8 +220,10 @@ void LPaymentBuildTransaction(LProfile& profile, const LRecord& payment, std::st
 }
 
 bool LPaymentRecordTransactions(LProfile& profile, LRecord& payment, std::string_view userName) {
+  std::string reference = LSalesDocumentTakeReference(profile, payment, true);
+  if (reference.empty()) return false;
   LLedgerTransaction txn;
-  LPaymentBuildTransaction(profile, payment, LSalesDocumentTakeReference(profile, payment, true), userName, txn);
+  LPaymentBuildTransaction(profile, payment, reference, userName, txn);
   return LAccountTransactionRecord(profile, txn);
 }
 
@@ -237,6 +242,7 @@ bool LSalesDocumentRepost(LProfile& profile, std::string_view list, LSalesDocume
   bool keptReference = !document.GetString("JournalTxnRef").empty();
   if (!keptReference && !reference.empty()) document.SetString("JournalTxnRef", reference);
   std::string ref = LSalesDocumentTakeReference(profile, document, payment);
+  if (ref.empty()) return false;
   // The reference is kept before anything is posted under it, so that a settler that dies here
   // leaves the next one the place to look.
   if (!keptReference && !document.Flush()) return false;

@@ -73,7 +73,8 @@ void LPaymentBuildTransaction(LProfile& profile, const LRecord& payment, std::st
                               std::string_view userName, LLedgerTransaction& txn);
 
 // Gives the document (an invoice or credit note; a payment when payment) the next number of its
-// counter as "JournalTxnRef" when it has none (the caller saves it) and returns its reference.
+// counter as "JournalTxnRef" when it has none (the caller saves it) and returns its reference;
+// empty when the counter could not be written.
 std::string LSalesDocumentTakeReference(LProfile& profile, LRecord& document, bool payment);
 
 // Takes the document's transaction (its "JournalTxnRef" on date) out of the ledger and the

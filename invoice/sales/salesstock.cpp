@@ -63,9 +63,11 @@ bool LSalesDocumentMoveStock(LProfile& profile, const LSalesDocumentKind& kind, 
   if (previous.empty() && lines.empty()) return true;
   LLedgerLock lock(profile);
   bool moved = LStockReplaceDocumentMoves(profile, LSalesStockDocument(kind, key), date, lines, previous, error);
-  if (kind.type == LSalesDocumentType::kInvoice) {
-    if (!previous.empty()) LItemSyncDocument(profile, *before, +1);
-    if (!date.empty()) LItemSyncDocument(profile, *after, -1);
+  if (kind.type == LSalesDocumentType::kInvoice &&
+      !((previous.empty() || LItemSyncDocument(profile, *before, +1)) &&
+        (date.empty() || LItemSyncDocument(profile, *after, -1)))) {
+    if (moved && error != nullptr) *error = "Impossible d'enregistrer les mouvements à synchroniser.";
+    return false;
   }
   return moved;
 }

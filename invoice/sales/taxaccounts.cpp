@@ -25,14 +25,16 @@ std::string FirstFreeNumber(const LProfile& profile, int digits) {
 
 }  // namespace
 
-void LTaxOptionsCreateDefaultTaxAccounts(LProfile& profile) {
+bool LTaxOptionsCreateDefaultTaxAccounts(LProfile& profile) {
   LTaxOptions tax;
   tax.OpenFrom(profile);
   int digits = LAccountGetNumberOfDigits(profile);
   for (int n = 1, count = tax.GetTaxCount(); n <= count; ++n) {
     std::string description = tax.GetTaxAccountPayable(n);
     if (description.empty() || !LGetAccountNumberUsingDescription(profile, description).empty()) continue;
-    LCreateAccount(profile, FirstFreeNumber(profile, digits), description, kAccountLiability, false, 0,
-                   kClassificationOperating);
+    if (!LCreateAccount(profile, FirstFreeNumber(profile, digits), description, kAccountLiability, false, 0,
+                        kClassificationOperating))
+      return false;
   }
+  return true;
 }

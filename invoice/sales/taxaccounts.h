@@ -10,4 +10,4 @@ class LProfile;
 // liability account of that description at the first free number from 2411 on (from "2411"
 // followed by zeros when the chart has more than four digits). Accounts that exist are left
 // alone.
-void LTaxOptionsCreateDefaultTaxAccounts(LProfile& profile);
+[[nodiscard]] bool LTaxOptionsCreateDefaultTaxAccounts(LProfile& profile);

@@ -1,6 +1,7 @@
 #include "invoice/sales/webpages.h"
 
 #include "invoice/sales/webcustomers.h"
+#include "invoice/sales/webdocumentoutput.h"
 #include "invoice/sales/webhelpers.h"
 #include "invoice/sales/webimportcsv.h"
 #include "invoice/sales/webitems.h"
@@ -104,6 +105,7 @@ const LWebletRoute kSalesRoutes[] = {
 
 void LSalesInstallWebPages() {
   LWebletInstallScripts(kSalesRoutes);
+  LSalesInstallDocumentOutputPages();
   LWebletInstallPostScript("importcsv", WLWebUploadDialogRun<LWebImportCsvDialog>);
   LSalesInstallVatReturnPages();
   for (const LWebNavTab& tab : {LWebNavTab{"customerlist", "Clients", 20}, LWebNavTab{"quotelist", "Devis", 30},

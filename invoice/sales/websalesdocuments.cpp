@@ -11,6 +11,7 @@
 #include "invoice/sales/webcustomers.h"
 #include "invoice/shared/customer.h"
 #include "invoice/shared/documentconversion.h"
+#include "invoice/shared/documenthistory.h"
 #include "invoice/shared/documentinput.h"
 #include "invoice/shared/listindexes.h"
 #include "invoice/shared/profile.h"
@@ -109,6 +110,13 @@ void LWebSalesDocumentsPage::Generate() {
     newLink += "<a href='orderschedule' class=actionlink>Commandes récurrentes</a>";
   UseListScript();
   LWebWritePeriodListPage(form_, profile, PeriodList(), newLink, [this](LWebletForm& out) { WriteListBlock(out); });
+  // The boxes ticked in the list's "Courriel" column name the documents to mail.
+  if (WLMayChangeData(form_))
+    form_.Write(LWebFormat("<form id=emailselection method=post action='recordemailfromlist'><input type=hidden name=kind "
+                           "value='%s'><input type=submit class=button id=emailselected value='Envoyer la sélection par "
+                           "courriel'> <a href='invoiceprintlog' class=actionlink>Journal des impressions et des envois</a>"
+                           "</form>",
+                           kind_.command.data()));
 }
 
 void LWebSalesDocumentsPage::WriteListBlock(LWebletForm& out) {
@@ -130,6 +138,7 @@ void LWebSalesDocumentsPage::WriteListBlock(LWebletForm& out) {
   if (isInvoice) list.AddColumn("Reste dû", 14, kListAlignRight, true);
   if (isInvoice) list.AddColumn("État", 12, kListAlignLeft, true);
   if (converts || purchase) list.AddColumn("Facture", 16, kListAlignLeft, true);
+  list.AddColumn("Courriel", 12, kListAlignLeft, true);
   list.AddColumn("", 10, kListAlignCenter, false);
   long long sum = 0;
   const LCurrencyFormat& money = profile.GetCurrencyFormat();
@@ -177,6 +186,15 @@ void LWebSalesDocumentsPage::WriteListBlock(LWebletForm& out) {
         else
           row->AddCell("", "");
       }
+      LDocumentHistory history = LDocumentHistoryRead(profile, listName, key);
+      std::string state = history.emailState == "sent"      ? "envoyé"
+                          : history.emailState == "pending" ? "en attente"
+                          : history.emailState == "failed"  ? "échec"
+                                                            : "";
+      std::string select = mayChange ? LWebFormat("<input type=checkbox name='sel_%H' value=1 form=emailselection> ", key.c_str())
+                                     : std::string();
+      row->AddCell(state, select + LWebFormat("<span class=emailstate title='%H'>%H</span>", history.emailError.c_str(),
+                                              state.c_str()));
       if (mayChange)
         row->AddCell("", LWebFormat("<a href='%sdelete?id=%U' class=deletelink onclick=\"return confirm('%s')\">"
                                     "Supprimer</a>",
@@ -291,6 +309,15 @@ void LWebSalesDocumentDialog::Generate() {
   std::string totals = BuildDocument(document, true) ? TotalsHtml(document) : std::string();
   form_.Write(LWebFormat("<tr><td colspan=2><div id=fktotals data-route='%s' data-control=%d>%s</div></td></tr>",
                          GetRouteName().c_str(), kTotalsControl, totals.c_str()));
+  if (LSalesDocument stored; !key.empty() && LSalesDocumentOpen(Profile(), kind_, key, stored)) {
+    stored.DetachWithoutSave();
+    std::string query = LWebFormat("kind=%U&id=%U", kind_.command.data(), key.c_str());
+    form_.Write(LWebFormat("<tr><td></td><td class=outputlinks id=outputlinks><a href='invoiceprintview?%s' "
+                           "class=actionlink>Aperçu et impression</a> <a href='generatepdf?%s' class=actionlink>PDF</a> "
+                           "<a href='recordemailinfo?%s' class=actionlink>Envoyer par courriel</a> "
+                           "<a href='invoicelog?%s' class=actionlink>Historique</a></td></tr>",
+                           query.c_str(), query.c_str(), query.c_str(), query.c_str()));
+  }
   if (!WLMayChangeData(form_)) return;
   // What is typed goes to the session as it is typed (itemgrid.js), so that it survives leaving.
   form_.Write(LWebFormat("<tr><td colspan=2><div id=fkdraft data-route='%s'>%s</div></td></tr>",

@@ -81,7 +81,8 @@ std::string LCompanyDetailsCheck(const LProfile& profile, const LCompanyDetails&
 
 bool LCompanyDetailsStore(LProfile& profile, const LCompanyDetails& details) {
   LCompany company;
-  if (!profile.List(kMiscList).OpenAlways(company, kCompanyRecord)) return false;
+  // OpenAlways says whether the record was there: a new business gets its "Company" now.
+  (void)profile.List(kMiscList).OpenAlways(company, kCompanyRecord);
   company.SetString("Name", details.name);
   company.SetString("Address", details.address);
   company.SetString("Contact", details.contact);

@@ -12,16 +12,16 @@
 
 // ---- Balance ----------------------------------------------------------------------------------
 
-void LCustomerChangeBalance(LProfile& profile, std::string_view customer, long long delta) {
-  if (customer.empty()) return;
+bool LCustomerChangeBalance(LProfile& profile, std::string_view customer, long long delta) {
+  if (customer.empty()) return true;
   LCustomer record;
-  if (!profile.MainList(kCustomersList).Open(record, customer)) return;
-  LCustomerChangeBalance(profile, record, delta);
+  if (!profile.MainList(kCustomersList).Open(record, customer)) return true;
+  return LCustomerChangeBalance(profile, record, delta);
 }
 
-void LCustomerChangeBalance(LProfile&, LCustomer& customer, long long delta) {
+bool LCustomerChangeBalance(LProfile&, LCustomer& customer, long long delta) {
   customer.SetInt64("Balance", customer.GetBalance() + delta);
-  customer.Flush();
+  return customer.Flush();
 }
 
 namespace {
@@ -90,11 +90,16 @@ std::string OldestDue(std::vector<DueInvoice> invoices, long long balance) {
   return {};
 }
 
-void StoreOldestDue(LProfile& profile, std::string_view key, std::string_view oldestDue) {
+LProcessResult Fail(LProcessInterface& process) {
+  process.SetError(kRecordNotSavedMessage);
+  return kProcessFailed;
+}
+
+bool StoreOldestDue(LProfile& profile, std::string_view key, std::string_view oldestDue) {
   LCustomer customer;
-  if (!profile.MainList(kCustomersList).Open(customer, key)) return;
+  if (!profile.MainList(kCustomersList).Open(customer, key)) return true;
   customer.SetString("OldestDue", oldestDue);
-  customer.Flush();
+  return customer.Flush();
 }
 
 }  // namespace
@@ -119,6 +124,7 @@ LProcessResult Process(LProcessInterface& process, LCoreDataRetotalCustomerData&
     long long balance = customer.GetBalance();
     if (balance < 1) {
       customer.SetString("OldestDue", "");
+      if (!customer.Flush()) return Fail(process);
       continue;
     }
     pending.push_back({key, balance});
@@ -139,7 +145,8 @@ LProcessResult Process(LProcessInterface& process, LCoreDataRetotalCustomerData&
     if (found != invoicesByCustomer.end()) found->second.push_back({LInvoiceCalculateDueDate(invoice), total});
   }
   for (const auto& customer : pending)
-    StoreOldestDue(profile, customer.key, OldestDue(invoicesByCustomer[FoldCase(customer.key)], customer.balance));
+    if (!StoreOldestDue(profile, customer.key, OldestDue(invoicesByCustomer[FoldCase(customer.key)], customer.balance)))
+      return Fail(process);
   process.SetProgress(1.0);
   return kProcessFinished;
 }

@@ -27,10 +27,10 @@ class LCustomer : public LRecord {
 };
 
 // When "Customers" holds a record of that key, adds delta to its "Balance" (see below); an
-// unknown key is ignored without a message.
-void LCustomerChangeBalance(LProfile& profile, std::string_view customer, long long delta);
-// "Balance" (0 when absent) + delta, flushed at once.
-void LCustomerChangeBalance(LProfile& profile, LCustomer& customer, long long delta);
+// unknown key is ignored without a message. false when the customer could not be written.
+[[nodiscard]] bool LCustomerChangeBalance(LProfile& profile, std::string_view customer, long long delta);
+// "Balance" (0 when absent) + delta, flushed at once; false when it could not be written.
+[[nodiscard]] bool LCustomerChangeBalance(LProfile& profile, LCustomer& customer, long long delta);
 
 // The balance a customer should have according to the documents: the totals of its recorded
 // invoices, less its recorded credit notes and the amounts of its payments ("Payments"), plus

@@ -91,12 +91,12 @@ bool LInvoice::LoadFromOrder(LProfile& profile, std::string_view orderKey) {
   return true;
 }
 
-void LConvertedInvoiceMoved(LProfile& profile, const LRecord& invoice, std::string_view oldKey,
+bool LConvertedInvoiceMoved(LProfile& profile, const LRecord& invoice, std::string_view oldKey,
                             std::string_view newKey) {
   std::string orderKey = invoice.GetString("OrderNumber");
   bool fromOrder = !orderKey.empty();
   std::string sourceKey = fromOrder ? orderKey : invoice.GetString("QuoteNumber");
-  if (sourceKey.empty()) return;
+  if (sourceKey.empty()) return true;
   const LSalesDocumentKind& kind =
       LSalesDocumentKindOf(fromOrder ? LSalesDocumentType::kOrder : LSalesDocumentType::kQuote);
   for (std::string_view list : {kind.recordedList, kind.draftsList}) {
@@ -104,11 +104,11 @@ void LConvertedInvoiceMoved(LProfile& profile, const LRecord& invoice, std::stri
     if (!profile.MainList(list).Open(source, sourceKey)) continue;
     if (LConvertedInvoiceKey(source) != oldKey) {
       source.DetachWithoutSave();
-      return;
+      return true;
     }
     if (newKey.empty()) source.DeleteField(kConvertedInvoiceField);
     else source.SetString(kConvertedInvoiceField, newKey);
-    source.Flush();
-    return;
+    return source.Flush();
   }
+  return true;
 }

@@ -42,6 +42,6 @@ class LProfile;
 // The quote or order an invoice came from ("OrderNumber", else "QuoteNumber") follows the invoice:
 // when its key changes from oldKey (a draft recorded) the source's mark names newKey; when the
 // invoice is deleted (newKey empty) the mark goes, so that the source can be converted again. A
-// source whose mark names another invoice is left alone.
-void LConvertedInvoiceMoved(LProfile& profile, const LRecord& invoice, std::string_view oldKey,
-                            std::string_view newKey);
+// source whose mark names another invoice is left alone. false when the source could not be written.
+[[nodiscard]] bool LConvertedInvoiceMoved(LProfile& profile, const LRecord& invoice, std::string_view oldKey,
+                                          std::string_view newKey);

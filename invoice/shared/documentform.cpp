@@ -8,6 +8,7 @@
 #include "invoice/shared/printformat.h"
 #include "invoice/shared/profile.h"
 #include "invoice/shared/taxoptions.h"
+#include "invoice/shared/templatereportformdata.h"
 #include "invoice/shared/totals.h"
 #include "llib/gen/date.h"
 #include "llib/gen/pdfcanvas.h"
@@ -254,6 +255,79 @@ void DrawConditions(LPdfCanvas& canvas, const FormData& data, double& y) {
   LFormNotesAndFooter(canvas, ContinuedText(data), data.kindOptions, &notes, y);
 }
 
+// ---- Elements a form places itself ------------------------------------------------------------
+
+constexpr double kPointsPerMm = 72.0 / 25.4;
+
+// The document's amounts under the names expressions use.
+void SetAmounts(const LSalesDocument& document, KVTemplateReportFormManager& manager) {
+  long long total = document.GetTotal(), tax = document.GetTaxTotal(), paid = document.GetInt64("AmountPaid", 0);
+  const long long values[] = {total, tax, paid, document.GetShippingCosts(), total - tax, total - paid};
+  const std::vector<std::string_view>& names = LTemplateFormAmountNames();
+  for (std::size_t i = 0; i < names.size(); ++i) manager.SetFieldValue(names[i], values[i]);
+}
+
+// The value an element prints after its label; false (reason in problem) when it has none.
+bool ElementText(LProfile& profile, const FormData& data, const LTemplateElement& element, std::string& text,
+                 std::string& problem) {
+  switch (element.type) {
+    case LTemplateElementType::kField: {
+      std::string value = data.document.GetString(element.value);
+      text = element.money ? data.format.Money(data.document.GetInt64(element.value, 0)) : data.format.Date(value);
+      return true;
+    }
+    case LTemplateElementType::kExpression: {
+      const LCurrencyFormat& currency = profile.GetCurrencyFormat();
+      KVTemplateReportFormManager manager(currency.digits, currency.decimal);
+      SetAmounts(data.document, manager);
+      long long amount = manager.EvaluateSimpleExpression(element.value, problem);
+      text = data.format.Money(amount);
+      return problem.empty();
+    }
+    default:
+      text = element.value;
+      return true;
+  }
+}
+
+// Text, a field, an expression, an image or a rule: at its place when it has one, else at y,
+// which then moves below it. A problem that leaves the element out goes into notes.
+void DrawElement(LPdfCanvas& canvas, LProfile& profile, const FormData& data, const LTemplateElement& element,
+                 double& y, std::string& notes) {
+  bool placed = element.x.has_value();
+  double x = placed ? *element.x * kPointsPerMm : canvas.Left();
+  double top = placed ? *element.y * kPointsPerMm : y;
+  double width = element.width > 0 ? element.width * kPointsPerMm : canvas.Right() - x;
+  auto note = [&notes, &element](const std::string& problem) {
+    notes += (notes.empty() ? "" : "\n") + std::string("Formulaire, ligne ") + std::to_string(element.line) + " : " + problem;
+  };
+  double bottom = top;
+  if (element.type == LTemplateElementType::kRule) {
+    canvas.Line(x, top, x + width, top, 0.6);
+    bottom = top + 6;
+  } else if (element.type == LTemplateElementType::kImage) {
+    std::string path = element.value.starts_with("/") ? element.value : LTemplateFormsFolder(profile) + "/" + element.value;
+    double height = element.height > 0 ? element.height * kPointsPerMm : 20 * kPointsPerMm;
+    double drawn = 0;
+    std::string problem;
+    if (!canvas.Image(path, x, top, element.width > 0 ? width : 40 * kPointsPerMm, height, &drawn, &problem)) note(problem);
+    bottom = top + drawn + 6;
+  } else {
+    std::string text, problem;
+    if (!ElementText(profile, data, element, text, problem)) {
+      note(problem);
+      return;
+    }
+    text = element.label + text;
+    if (!placed) {
+      LFormParagraph(canvas, ContinuedText(data), text, element.style, y);
+      return;
+    }
+    bottom = top + canvas.Text(x, top, width, text, element.style);
+  }
+  if (!placed) y = std::max(y, bottom);
+}
+
 }  // namespace
 
 std::string LSalesDocumentPdfName(const LSalesDocumentKind& kind, std::string_view key) {
@@ -261,7 +335,7 @@ std::string LSalesDocumentPdfName(const LSalesDocumentKind& kind, std::string_vi
 }
 
 bool LSalesDocumentPdf(LProfile& profile, const LSalesDocumentKind& kind, const LSalesDocument& document,
-                       std::string& pdf, std::string* error, std::string* warning) {
+                       const LTemplateForm& form, std::string& pdf, std::string* error, std::string* warning) {
   if (warning != nullptr) warning->clear();
   FormData data{kind, document, LPrintFormat(profile), LFormSeller(profile), {}, {}, false, false};
   std::string party = document.GetCustomer();
@@ -276,10 +350,29 @@ bool LSalesDocumentPdf(LProfile& profile, const LSalesDocumentKind& kind, const 
 
   LPdfCanvas canvas(data.seller.paper);
   LFormBegin(canvas, data.seller, data.format, std::string(kind.title) + " " + document.GetPrimaryKey());
-  double y = DrawHeader(canvas, data, warning);
-  y = DrawParty(canvas, data, y);
-  DrawLines(canvas, profile, data, taxes, y);
-  DrawTotals(canvas, data, taxes, y);
-  DrawConditions(canvas, data, y);
+  double y = canvas.Top();
+  std::string notes;
+  for (const LTemplateElement& element : form.elements) {
+    switch (element.type) {
+      case LTemplateElementType::kHeader: y = std::max(y, DrawHeader(canvas, data, warning)); break;
+      case LTemplateElementType::kParty: y = DrawParty(canvas, data, y); break;
+      case LTemplateElementType::kLines: DrawLines(canvas, profile, data, taxes, y); break;
+      case LTemplateElementType::kTotals: DrawTotals(canvas, data, taxes, y); break;
+      case LTemplateElementType::kConditions: DrawConditions(canvas, data, y); break;
+      default: DrawElement(canvas, profile, data, element, y, notes);
+    }
+  }
+  if (!notes.empty() && warning != nullptr) *warning += (warning->empty() ? "" : "\n") + notes;
   return canvas.Finish(pdf, error);
+}
+
+bool LSalesDocumentPdf(LProfile& profile, const LSalesDocumentKind& kind, const LSalesDocument& document,
+                       std::string& pdf, std::string* error, std::string* warning) {
+  LTemplateForm form;
+  std::string reason;
+  if (!LTemplateFormParse(LTemplateFormDefaultText(kind), profile.GetCurrencyFormat(), form, reason)) {
+    if (error != nullptr) *error = reason;
+    return false;
+  }
+  return LSalesDocumentPdf(profile, kind, document, form, pdf, error, warning);
 }

@@ -14,6 +14,7 @@
 #include <string>
 
 #include "invoice/shared/salesdocument.h"
+#include "invoice/shared/templateform.h"
 
 class LProfile;
 
@@ -21,9 +22,15 @@ class LProfile;
 // that cannot be in a file name replaced by "_").
 std::string LSalesDocumentPdfName(const LSalesDocumentKind& kind, std::string_view key);
 
-// Prints document (of kind) into pdf. false with a French message in error (may be null) when
+// Prints document (of kind) into pdf with the kind's default form. false with a French message in error (may be null) when
 // the PDF could not be made; pdf is then empty. A logo that cannot be drawn does not stop the
 // printing: the form is printed without it and the reason is put in warning (may be null;
 // left empty when all went well).
 [[nodiscard]] bool LSalesDocumentPdf(LProfile& profile, const LSalesDocumentKind& kind, const LSalesDocument& document,
                                      std::string& pdf, std::string* error, std::string* warning);
+// The same, laid out by form (templateform.h): its elements drawn in its order. What left an
+// element of the form out (an image that cannot be drawn, an expression that divides by 0) is
+// put in warning too.
+[[nodiscard]] bool LSalesDocumentPdf(LProfile& profile, const LSalesDocumentKind& kind, const LSalesDocument& document,
+                                     const LTemplateForm& form, std::string& pdf, std::string* error,
+                                     std::string* warning);

@@ -2,6 +2,7 @@
 
 #include "invoice/shared/options.h"
 #include "invoice/shared/profile.h"
+#include "invoice/shared/templateform.h"
 #include "llib/gen/textnum.h"
 
 namespace {
@@ -38,6 +39,7 @@ void LDocumentOptionsLoad(const LProfile& profile, const LDocumentOptionKind& ki
   options.termsDays = std::to_string(record.GetInt("PaymentTermsDays", 30));
   options.notes = record.GetString("NotesText");
   options.footer = record.GetString("FooterText");
+  options.form = record.GetString("Form");
 }
 
 void LGeneralDocumentOptionsLoad(const LProfile& profile, LGeneralDocumentOptions& options) {
@@ -56,14 +58,24 @@ std::string LDocumentOptionsCheck(const LDocumentOptionKind& kind, const LDocume
 
 bool LDocumentOptionsStore(LProfile& profile, const LDocumentOptionKind& kind, const LDocumentOptions& options) {
   LRecord record;
-  if (!profile.List(kMiscList).OpenAlways(record, kind.record)) return false;
+  // OpenAlways says whether the record was there: a kind never set gets its record now.
+  (void)profile.List(kMiscList).OpenAlways(record, kind.record);
   if (kind.hasTerms) {
     record.SetInt("PaymentTerms", options.paymentTerms);
     if (options.paymentTerms == kTermsInDays) record.SetInt("PaymentTermsDays", ParseDays(options.termsDays));
   }
   record.SetString("NotesText", options.notes);
   record.SetString("FooterText", options.footer);
+  if (options.form.empty()) record.DeleteField("Form");
+  else record.SetString("Form", options.form);
   return record.Flush();
+}
+
+std::vector<std::string> LDocumentOptionsForms(const LProfile& profile, const LDocumentOptionKind& kind) {
+  for (LSalesDocumentType type : {LSalesDocumentType::kInvoice, LSalesDocumentType::kQuote, LSalesDocumentType::kOrder,
+                                  LSalesDocumentType::kCreditNote, LSalesDocumentType::kPOrder})
+    if (LSalesDocumentKindOf(type).optionsRecord == kind.record) return LTemplateFormNames(profile);
+  return {};
 }
 
 bool LGeneralDocumentOptionsStore(LProfile& profile, const LGeneralDocumentOptions& options) {

@@ -2,7 +2,8 @@
 // document has its own option record in "Misc" ("Invoice", "Order", "Quote", "CreditNote",
 // "POrder", "Receipt", "PackingSlip", "Bill") with the texts printed on it ("NotesText", copied
 // into a new document's notes, and "FooterText") and, for the documents that fall due, the
-// terms a new one gets ("PaymentTerms" 1 due on receipt, 2 due after "PaymentTermsDays" days).
+// terms a new one gets ("PaymentTerms" 1 due on receipt, 2 due after "PaymentTermsDays" days)
+// and, for the sales documents, the template form they print with ("Form"; templateform.h).
 // Documents are numbered by the first free number of their list: there is no numbering option.
 // Beside them, "Options" holds what applies to every document: line discounts (counted only
 // while "DontShowDiscountColumn" is off), negative amounts in parentheses
@@ -13,6 +14,7 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <vector>
 
 class LProfile;
 
@@ -34,6 +36,7 @@ struct LDocumentOptions {
   std::string termsDays = "30";     // days as typed
   std::string notes;
   std::string footer;
+  std::string form;                 // the template form; "" the kind's default
 };
 
 struct LGeneralDocumentOptions {
@@ -46,6 +49,9 @@ void LDocumentOptionsLoad(const LProfile& profile, const LDocumentOptionKind& ki
 void LGeneralDocumentOptionsLoad(const LProfile& profile, LGeneralDocumentOptions& options);
 // "" when options can be stored; otherwise the French message of the fault (the days).
 std::string LDocumentOptionsCheck(const LDocumentOptionKind& kind, const LDocumentOptions& options);
+// The template forms a kind may print with (templateform.h); empty for the kinds that print
+// without one (receipts, packing slips, bills).
+std::vector<std::string> LDocumentOptionsForms(const LProfile& profile, const LDocumentOptionKind& kind);
 // Store checked options. false when a record cannot be written.
 [[nodiscard]] bool LDocumentOptionsStore(LProfile& profile, const LDocumentOptionKind& kind,
                                          const LDocumentOptions& options);

@@ -7,7 +7,7 @@
 #include "llib/gen/textnum.h"
 
 void LForEachLineItem(LProfile& profile, const LSalesDocument& document,
-                      const std::function<void(int index, LItem& item)>& visit) {
+                      const std::function<void(int index, const LItem& item)>& visit) {
   const LFileStoreListBase& items = profile.MainList(kItemsList);
   LFKItemCollectionRecord lines = document.Items();
   int count = lines.GetItemCount();
@@ -15,17 +15,17 @@ void LForEachLineItem(LProfile& profile, const LSalesDocument& document,
     std::string code = lines.GetItemCode(i);
     LItem item;
     if (code.empty() || !items.Open(item, code)) continue;
+    item.DetachWithoutSave();
     visit(i, item);
-    item.Flush();
   }
 }
 
-void LItemSyncDocument(LProfile& profile, const LSalesDocument& document, int sign) {
+bool LItemSyncDocument(LProfile& profile, const LSalesDocument& document, int sign) {
   LOptions options;
   options.OpenFrom(profile);
   bool enabled = options.GetBool("ClientEnabled", false);
   options.DetachWithoutSave();
-  if (!enabled) return;
+  if (!enabled) return true;
   const LFileStoreListBase& queue = profile.MainList(kItemSyncList);
   LFKItemCollectionRecord lines = document.Items();
   int count = lines.GetItemCount();
@@ -34,8 +34,9 @@ void LItemSyncDocument(LProfile& profile, const LSalesDocument& document, int si
     queue.CreateNewRecord(movement);
     movement.SetString("Name", lines.GetItemCode(i));
     movement.SetString("Qty", ftotl(sign * lines.GetItemQty(i)));
-    movement.Flush();
+    if (!movement.Flush()) return false;
   }
+  return true;
 }
 
 bool LItemSave(LProfile& profile, std::string_view code, const LItemInput& input, bool create, std::string* error) {

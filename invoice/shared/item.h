@@ -33,14 +33,15 @@ class LItem : public LRecord {
 };
 
 // Calls visit(index, item) for each line (0-based index) of the document whose code is a record
-// of "Items", with that record open; what visit changes in the item is saved.
+// of "Items", with that record read.
 void LForEachLineItem(LProfile& profile, const LSalesDocument& document,
-                      const std::function<void(int index, LItem& item)>& visit);
+                      const std::function<void(int index, const LItem& item)>& visit);
 
 // When "ClientEnabled" is set in "Options": queues in "ItemSync" (under the first free numbers)
 // one record per line of the document, "Name" = the line's item code (empty for a line without
-// one), "Qty" = sign × the line's quantity. Does nothing otherwise.
-void LItemSyncDocument(LProfile& profile, const LSalesDocument& document, int sign);
+// one), "Qty" = sign × the line's quantity. Does nothing otherwise. false when a record could not
+// be written.
+[[nodiscard]] bool LItemSyncDocument(LProfile& profile, const LSalesDocument& document, int sign);
 
 // What a form, the command line or an import sets on an item; what is not given is left as it
 // is.

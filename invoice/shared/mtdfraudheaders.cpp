@@ -17,6 +17,7 @@
 #include <vector>
 
 #include "invoice/shared/mtdvat.h"
+#include "llib/gen/log.h"
 #include "llib/gen/percent.h"
 #include "llib/gen/system.h"
 #include "llib/gen/usersettings.h"
@@ -53,7 +54,8 @@ std::string DeviceId() {
   std::snprintf(text, sizeof text, "%02x%02x%02x%02x-%02x%02x-%02x%02x-%02x%02x-%02x%02x%02x%02x%02x%02x", bytes[0],
                 bytes[1], bytes[2], bytes[3], bytes[4], bytes[5], bytes[6], bytes[7], bytes[8], bytes[9], bytes[10],
                 bytes[11], bytes[12], bytes[13], bytes[14], bytes[15]);
-  LUserSettingSetString(kMTDSettingsGroup, "DeviceID", text);
+  // Unremembered, the next request names another device: HMRC takes it, the log says why.
+  if (!LUserSettingSetString(kMTDSettingsGroup, "DeviceID", text)) LLogWarning("MTD: the device id could not be stored");
   return text;
 }
 

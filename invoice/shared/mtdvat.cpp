@@ -9,6 +9,7 @@
 #include "invoice/shared/mtdfraudheaders.h"
 #include "invoice/shared/options.h"
 #include "invoice/shared/profile.h"
+#include "llib/gen/log.h"
 #include "llib/gen/percent.h"
 #include "llib/gen/usersettings.h"
 #include "llib/gen/jsontext.h"
@@ -148,7 +149,8 @@ bool ReadVatObligations(LProfile& profile, std::string_view text) {
   std::vector<std::string> keys;
   LRecord walker;
   for (LFileStoreIteratorBase it(list, walker); walker.IsAttached(); it.Next(walker)) keys.push_back(walker.GetPrimaryKey());
-  for (const auto& key : keys) list.Delete(key);
+  for (const auto& key : keys)
+    if (!list.Delete(key)) return false;
   for (const auto& element : *obligations) {
     LVATObligation obligation;
     list.OpenAlways(obligation, JsonText(element, "periodKey"));
@@ -157,7 +159,7 @@ bool ReadVatObligations(LProfile& profile, std::string_view text) {
     obligation.SetString("DueDate", JsonText(element, "due"));
     obligation.SetString("Status", JsonText(element, "status"));
     obligation.SetString("ReceivedDate", JsonText(element, "received"));
-    list.Save(obligation);
+    if (!obligation.Flush()) return false;
   }
   return true;
 }
@@ -299,15 +301,16 @@ bool FKMTDforVATAuthDlg::Authorize(std::string_view pasted) {
   LUserSettingGetPassword(kMTDPasswordSection, "AuthorizationCode", oldCode);
   LUserSettingGetPassword(kMTDPasswordSection, "AccessToken", oldAccess);
   LUserSettingGetPassword(kMTDPasswordSection, "RefreshToken", oldRefresh);
-  LUserSettingSetPassword(kMTDPasswordSection, "AuthorizationCode", parsed);
-  LUserSettingDeletePassword(kMTDPasswordSection, "AccessToken");
-  LUserSettingDeletePassword(kMTDPasswordSection, "RefreshToken");
-  if (OAuthAccessTokenRequest(process_, FKMTDOAuthClient())) return true;
-  // A refused code leaves the tokens as they were.
-  if (oldCode.empty()) LUserSettingDeletePassword(kMTDPasswordSection, "AuthorizationCode");
-  else LUserSettingSetPassword(kMTDPasswordSection, "AuthorizationCode", oldCode);
-  if (!oldAccess.empty()) LUserSettingSetPassword(kMTDPasswordSection, "AccessToken", oldAccess);
-  if (!oldRefresh.empty()) LUserSettingSetPassword(kMTDPasswordSection, "RefreshToken", oldRefresh);
+  bool stored = LUserSettingSetPassword(kMTDPasswordSection, "AuthorizationCode", parsed) &&
+                LUserSettingDeletePassword(kMTDPasswordSection, "AccessToken") &&
+                LUserSettingDeletePassword(kMTDPasswordSection, "RefreshToken");
+  if (stored && OAuthAccessTokenRequest(process_, FKMTDOAuthClient())) return true;
+  // A refused code, or one that could not be kept, leaves the tokens as they were.
+  bool restored = (oldCode.empty() ? LUserSettingDeletePassword(kMTDPasswordSection, "AuthorizationCode")
+                                   : LUserSettingSetPassword(kMTDPasswordSection, "AuthorizationCode", oldCode)) &&
+                  (oldAccess.empty() || LUserSettingSetPassword(kMTDPasswordSection, "AccessToken", oldAccess)) &&
+                  (oldRefresh.empty() || LUserSettingSetPassword(kMTDPasswordSection, "RefreshToken", oldRefresh));
+  if (!restored) LLogError("MTD: the previous tokens could not be put back");
   alert_ = {std::string(process_.IsToStop() ? kCancelled : kConnectFailed), std::string(kAuthorizationFailed)};
   return false;
 }

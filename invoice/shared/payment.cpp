@@ -104,12 +104,11 @@ long long LPayment::GetUnappliedAmount(LProfile& profile) {
 
 // ---- Customer balance -------------------------------------------------------------------------
 
-void LCoreDataPaymentApply(LProfile& profile, const LPayment& payment, int sign) {
+bool LCoreDataPaymentApply(LProfile& profile, const LPayment& payment, int sign) {
   long long received = payment.IsRefund() ? -payment.GetAmount() : payment.GetAmount();
-  LCustomerChangeBalance(profile, payment.GetCustomer(), -sign * received);
+  return LCustomerChangeBalance(profile, payment.GetCustomer(), -sign * received);
 }
 
-void LCoreDataPaymentReverse(LProfile& profile, LPayment& payment, bool flag) {
-  LCoreDataPaymentApply(profile, payment, flag ? +1 : -1);
-  payment.Flush();
+bool LCoreDataPaymentReverse(LProfile& profile, LPayment& payment, bool flag) {
+  return LCoreDataPaymentApply(profile, payment, flag ? +1 : -1) && payment.Flush();
 }

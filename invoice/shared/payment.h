@@ -88,7 +88,8 @@ long long LCreditNoteUnapply(LSalesDocument& creditNote, LProfile& profile);
 
 // Customer balance effects. A payment lowers what its customer owes by "Amount" and a refund
 // raises it: the balance moves by -sign × "Amount" (+sign × "Amount" for a refund); sign +1
-// when a payment is recorded, -1 when it is taken back.
-void LCoreDataPaymentApply(LProfile& profile, const LPayment& payment, int sign);
+// when a payment is recorded, -1 when it is taken back. false when the customer could not be written.
+[[nodiscard]] bool LCoreDataPaymentApply(LProfile& profile, const LPayment& payment, int sign);
 // LCoreDataPaymentApply with sign +1 when flag is set, -1 otherwise; then flushes the payment.
-void LCoreDataPaymentReverse(LProfile& profile, LPayment& payment, bool flag);
+// false when either could not be written.
+[[nodiscard]] bool LCoreDataPaymentReverse(LProfile& profile, LPayment& payment, bool flag);

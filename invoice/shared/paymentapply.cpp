@@ -59,7 +59,7 @@ long long Unapply(LProfile& profile, Applier& applier, LSalesDocument& invoice) 
   entries.erase(found);
   LWriteAppliedAmounts(applier.record, entries);
   invoice.SetInt64(CachedField(applier.refundSide), current - removed);
-  invoice.Flush();
+  invoice.FlushOrKeepDirty();
   return removed;
 }
 
@@ -115,7 +115,7 @@ long long Apply(LProfile& profile, Applier& applier, LSalesDocument& invoice, lo
   Entries(profile, applier);  // an old payment's lists are rebuilt before one is added
   Append(applier.record, key, amount);
   invoice.SetInt64(CachedField(applier.refundSide), current + amount);
-  invoice.Flush();
+  invoice.FlushOrKeepDirty();
   RemoveExcess(profile, invoice, applier.refundSide, &applier);
   return amount;
 }
@@ -138,7 +138,7 @@ bool RemoveExcess(LProfile& profile, LSalesDocument& invoice, bool refundSide, A
   long long excess = CachedAmount(profile, invoice, refundSide) - invoice.GetTotal();
   if (excess <= 0) return false;
   // The walk reads the stored lists: the applier being changed is stored first.
-  if (current != nullptr) current->record.Flush();
+  if (current != nullptr) current->record.FlushOrKeepDirty();
   bool changed = false;
   std::vector<std::string_view> lists{kPaymentsList};
   if (refundSide) lists.push_back(CreditNotesList());
@@ -158,8 +158,8 @@ bool RemoveExcess(LProfile& profile, LSalesDocument& invoice, bool refundSide, A
       } else {
         excess -= Unapply(profile, applier, invoice);
       }
-      applier.record.Flush();
-      invoice.Flush();
+      applier.record.FlushOrKeepDirty();
+      invoice.FlushOrKeepDirty();
       changed = true;
     }
   }
@@ -233,14 +233,14 @@ long long LSalesDocument::GetAmountRefunded(LProfile& profile) {
 long long LSalesDocument::UpdateAmountPaid(LProfile& profile) {
   long long sum = SumHeld(profile, *this, false);
   SetInt64("AmountPaid", sum);
-  Flush();
+  FlushOrKeepDirty();
   return RemoveExcessPayments(profile) ? GetTotal() : sum;
 }
 
 long long LSalesDocument::UpdateAmountRefunded(LProfile& profile) {
   long long sum = SumHeld(profile, *this, true);
   SetInt64("AmountRefunded", sum);
-  Flush();
+  FlushOrKeepDirty();
   return RemoveExcessCreditNotes(profile) ? GetTotal() : sum;
 }
 

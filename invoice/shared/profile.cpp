@@ -4,6 +4,7 @@
 #include "invoice/shared/options.h"
 #include "invoice/shared/taxoptions.h"
 #include "llib/gen/file.h"
+#include "llib/gen/log.h"
 #include "llib/gen/locale.h"
 
 namespace {
@@ -130,7 +131,8 @@ void LProfile::Reload() {
     misc.OpenAlways(order, "Order");
     LOptionsSetRegionalDefaults(*this, options, tax, invoice, order);
     options.SetInt("Init", 1);
-    options.Flush();
+    // Unwritten, the defaults are simply written again at the next opening.
+    if (!options.Flush()) LLogWarning("Profile: the first options could not be stored in %s", databaseName_.c_str());
   }
   currency_.symbol = options.GetString("CurrencySymbol", "$");
   currency_.order = options.GetInt("CurrencyOrder", 0);

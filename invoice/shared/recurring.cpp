@@ -94,7 +94,7 @@ bool LRecurringTestList(LProfile& profile, std::string_view list, time_t now) {
 bool LRecurringTest(LProfile& profile, time_t now) { return LRecurringTestList(profile, kRecurringInvoicesList, now); }
 
 void LRecurringUpdateDescriptionAndPrice(LProfile& profile, LSalesDocument& document) {
-  LForEachLineItem(profile, document, [&document](int index, LItem& item) {
+  LForEachLineItem(profile, document, [&document](int index, const LItem& item) {
     if (!item.GetDescription().empty())
       document.SetString(LFKItemCollectionRecord::ItemField(index, "Description"), item.GetDescription());
     if (item.TestFieldExists("Price")) {

@@ -103,12 +103,13 @@ long long LPrioritySortedInvoiceList::Cap(const LSortedInvoice& entry, bool isRe
 
 // ---- Writing the result -----------------------------------------------------------------------
 
-long long LPaymentApplyList(LProfile& profile, LPayment& payment, const LSortedInvoiceList& list) {
+bool LPaymentApplyList(LProfile& profile, LPayment& payment, const LSortedInvoiceList& list) {
   bool isRefund = payment.IsRefund();
   const LFileStoreListBase& invoices = profile.MainList(LSalesDocumentKindOf(LSalesDocumentType::kInvoice).recordedList);
   payment.UpdateInvoiceAmounts(profile);
   std::unordered_map<std::string, long long> before;
   for (const auto& entry : LReadAppliedAmounts(payment)) before.emplace(entry.invoice, entry.amount);
+  bool written = true;
   for (const auto& entry : list.Entries()) {
     long long wanted = isRefund ? entry.GetRefundedAppliedAmount() : entry.GetAppliedAmount();
     auto found = before.find(entry.GetKey());
@@ -117,13 +118,7 @@ long long LPaymentApplyList(LProfile& profile, LPayment& payment, const LSortedI
     if (!invoices.Open(invoice, entry.GetKey())) continue;
     if (wanted > 0) LPaymentApplyToInvoice(payment, invoice, wanted, profile, isRefund);
     else LPaymentUnapply(payment, invoice, profile, isRefund);
+    written = invoice.Flush() && written;
   }
-  std::unordered_map<std::string, long long> after;
-  for (const auto& entry : LReadAppliedAmounts(payment)) after.emplace(entry.invoice, entry.amount);
-  long long held = 0;
-  for (const auto& entry : list.Entries()) {
-    auto found = after.find(entry.GetKey());
-    if (found != after.end()) held += found->second;
-  }
-  return held;
+  return payment.Flush() && written;
 }

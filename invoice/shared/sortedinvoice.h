@@ -101,5 +101,5 @@ class LPrioritySortedInvoiceList : public LSortedInvoiceList {
 
 // Makes the payment hold on each invoice of list what the entry received (refund-applied
 // amounts for a refund): changed amounts are applied again, entries that received 0 are
-// unapplied. Returns the total the payment then holds on the list's invoices.
-long long LPaymentApplyList(LProfile& profile, LPayment& payment, const LSortedInvoiceList& list);
+// unapplied, and the payment is flushed. false when the payment or an invoice could not be written.
+[[nodiscard]] bool LPaymentApplyList(LProfile& profile, LPayment& payment, const LSortedInvoiceList& list);

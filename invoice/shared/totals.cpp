@@ -133,12 +133,12 @@ LFKTotalsChange SumTotals(LProfile& profile, LSalesDocument& document, bool isIn
   change.newTotal = total;
   if (change.TotalChanged()) {
     document.SetInt64("Total", total);
-    document.Flush();
+    change.written = document.Flush();
     const std::string& key = document.GetPrimaryKey();
-    if (isInvoice && !key.empty() && profile.MainList("Invoices").TestRecordExists(key)) {
-      LCustomerChangeBalance(profile, document.GetCustomer(), change.newTotal - change.oldTotal);
-      FKAdjustVatRunningFigures(profile, document.GetTaxTotal() - change.oldTaxTotal,
-                                document.GetSubTotal() - change.oldSubTotal);
+    if (change.written && isInvoice && !key.empty() && profile.MainList("Invoices").TestRecordExists(key)) {
+      change.written = LCustomerChangeBalance(profile, document.GetCustomer(), change.newTotal - change.oldTotal) &&
+                       FKAdjustVatRunningFigures(profile, document.GetTaxTotal() - change.oldTaxTotal,
+                                                 document.GetSubTotal() - change.oldSubTotal);
     }
   }
   change.newTaxTotal = document.GetTaxTotal();

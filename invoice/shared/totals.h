@@ -82,20 +82,22 @@ LFKItemSums LFKSumItems(LFKItemCollection& items, LFKTaxTable& table, const LFKT
 long long LApplyTaxes(const LFKTaxTable& table, bool inclusive, bool combinedPass, LFKTaxAmounts& amounts,
                       std::vector<std::string>* missing = nullptr);
 
-// The totals before and after one run of the totaller.
-struct LFKTotalsChange {
+// The totals before and after one run of the totaller, and whether what it stored was written.
+struct [[nodiscard]] LFKTotalsChange {
   long long oldTotal = 0;
   long long newTotal = 0;
   long long oldTaxTotal = 0;
   long long newTaxTotal = 0;
   long long oldSubTotal = 0;
   long long newSubTotal = 0;
+  bool written = true;  // false: the document, the customer's balance or the VAT figures were not
   bool TotalChanged() const { return oldTotal != newTotal; }
 };
 
-// The whole totaller on one document. Never fails: missing fields read as 0 or empty. Writes the
-// tax amount fields; stores "Total" and flushes only when the total changed; for LInvoiceSumTotals,
-// a document whose key exists in "Invoices" then moves its customer's balance by the change.
+// The whole totaller on one document. Missing fields read as 0 or empty; only a write can fail
+// ("written" of the result). Writes the tax amount fields; stores "Total" and flushes only when
+// the total changed; for LInvoiceSumTotals, a document whose key exists in "Invoices" then moves
+// its customer's balance by the change.
 LFKTotalsChange LInvoiceSumTotals(LProfile& profile, LSalesDocument& invoice);
 LFKTotalsChange LOrderSumTotals(LProfile& profile, LSalesDocument& order);
 LFKTotalsChange LQuoteSumTotals(LProfile& profile, LSalesDocument& quote);

@@ -6,13 +6,13 @@
 
 namespace {
 
-void Adjust(const LProfile& profile, const char* field, long long change) {
-  if (change == 0) return;
+bool Adjust(const LProfile& profile, const char* field, long long change) {
+  if (change == 0) return true;
   LFileStoreListBase misc = profile.List(kMiscList);
   LRecord figures;
   misc.OpenAlways(figures, kVatReturnRecord);
   figures.SetInt64(field, figures.GetInt64(field, 0) + change);
-  misc.Save(figures);
+  return figures.Flush();
 }
 
 }  // namespace
@@ -33,21 +33,20 @@ FKVatRunningFigures FKVatRunningFiguresLoad(const LProfile& profile) {
   return figures;
 }
 
-void FKAdjustOutputTax(const LProfile& profile, long long change) { Adjust(profile, "OutputTax", change); }
+bool FKAdjustOutputTax(const LProfile& profile, long long change) { return Adjust(profile, "OutputTax", change); }
 
-void FKAdjustTotalValueSalesExVat(const LProfile& profile, long long change) {
-  Adjust(profile, "TotalValueSalesExVat", change);
+bool FKAdjustTotalValueSalesExVat(const LProfile& profile, long long change) {
+  return Adjust(profile, "TotalValueSalesExVat", change);
 }
 
-void FKAdjustTotalValueGoodsSuppliedExVat(const LProfile& profile, long long change) {
-  Adjust(profile, "TotalValueGoodsSuppliedExVat", change);
+bool FKAdjustTotalValueGoodsSuppliedExVat(const LProfile& profile, long long change) {
+  return Adjust(profile, "TotalValueGoodsSuppliedExVat", change);
 }
 
-void FKAdjustVatRunningFigures(const LProfile& profile, long long taxTotalChange, long long subTotalChange) {
-  if (!FKMTDforVATAvailable(profile)) return;
-  FKAdjustOutputTax(profile, taxTotalChange);
-  FKAdjustTotalValueSalesExVat(profile, subTotalChange);
-  FKAdjustTotalValueGoodsSuppliedExVat(profile, subTotalChange);
+bool FKAdjustVatRunningFigures(const LProfile& profile, long long taxTotalChange, long long subTotalChange) {
+  if (!FKMTDforVATAvailable(profile)) return true;
+  return FKAdjustOutputTax(profile, taxTotalChange) && FKAdjustTotalValueSalesExVat(profile, subTotalChange) &&
+         FKAdjustTotalValueGoodsSuppliedExVat(profile, subTotalChange);
 }
 
 void FKVatReturnFromFigures(const FKVatGivenFigures& given, const FKVatRunningFigures& running,
@@ -71,8 +70,7 @@ void FKVatReturnFromFigures(const FKVatGivenFigures& given, const FKVatRunningFi
   vatReturn.totalAcquisitionsExVAT = box[9].value_or(0);
 }
 
-void FKVatRunningFiguresTakeOut(const LProfile& profile, const FKVatRunningFigures& used) {
-  FKAdjustOutputTax(profile, -used.outputTax);
-  FKAdjustTotalValueSalesExVat(profile, -used.salesExVat);
-  FKAdjustTotalValueGoodsSuppliedExVat(profile, -used.goodsSuppliedExVat);
+bool FKVatRunningFiguresTakeOut(const LProfile& profile, const FKVatRunningFigures& used) {
+  return FKAdjustOutputTax(profile, -used.outputTax) && FKAdjustTotalValueSalesExVat(profile, -used.salesExVat) &&
+         FKAdjustTotalValueGoodsSuppliedExVat(profile, -used.goodsSuppliedExVat);
 }

@@ -25,10 +25,10 @@ bool FKMTDforVATAvailable(const LProfile& profile);
 
 FKVatRunningFigures FKVatRunningFiguresLoad(const LProfile& profile);
 
-// Each adds change (minor units) to its figure.
-void FKAdjustOutputTax(const LProfile& profile, long long change);
-void FKAdjustTotalValueSalesExVat(const LProfile& profile, long long change);
-void FKAdjustTotalValueGoodsSuppliedExVat(const LProfile& profile, long long change);
+// Each adds change (minor units) to its figure; false when the record could not be written.
+[[nodiscard]] bool FKAdjustOutputTax(const LProfile& profile, long long change);
+[[nodiscard]] bool FKAdjustTotalValueSalesExVat(const LProfile& profile, long long change);
+[[nodiscard]] bool FKAdjustTotalValueGoodsSuppliedExVat(const LProfile& profile, long long change);
 
 // The boxes of a return as the user gives them; an absent box takes its default.
 struct FKVatGivenFigures {
@@ -42,10 +42,10 @@ struct FKVatGivenFigures {
 void FKVatReturnFromFigures(const FKVatGivenFigures& given, const FKVatRunningFigures& running,
                             FKVatReturns& vatReturn, FKVatRunningFigures& used);
 // After an accepted submission: takes used out of the running figures, so that sales recorded
-// meanwhile count toward the next return.
-void FKVatRunningFiguresTakeOut(const LProfile& profile, const FKVatRunningFigures& used);
+// meanwhile count toward the next return. false when the figures could not be written.
+[[nodiscard]] bool FKVatRunningFiguresTakeOut(const LProfile& profile, const FKVatRunningFigures& used);
 
 // What the totaller calls when a recorded invoice's total changed: when submission is in use,
 // the output tax by the change of the tax total and both sales figures by the change of the
-// sub-total.
-void FKAdjustVatRunningFigures(const LProfile& profile, long long taxTotalChange, long long subTotalChange);
+// sub-total. false when the figures could not be written.
+[[nodiscard]] bool FKAdjustVatRunningFigures(const LProfile& profile, long long taxTotalChange, long long subTotalChange);

@@ -26,7 +26,10 @@ bool FKVatConfigure(LProfile& profile, const std::optional<std::string>& vrn, co
       return false;
     }
   }
-  if (api) LUserSettingSetString(kMTDSettingsGroup, "ApiBaseURL", address);
+  if (api && !LUserSettingSetString(kMTDSettingsGroup, "ApiBaseURL", address)) {
+    error = kVatSettingNotStored;
+    return false;
+  }
   return true;
 }
 
@@ -93,7 +96,12 @@ bool FKVatSubmitReturn(LProfile& profile, LProcessInterface& process, std::strin
   bool submitted = dialog.SubmitVatReturns(vatReturn, receipt);
   alert = dialog.Alert();
   if (!submitted) return false;
-  FKVatRunningFiguresTakeOut(profile, used);
+  // The return stands once accepted: figures left in would be declared again next time, so the
+  // user is told beside HMRC's acceptance.
+  if (!FKVatRunningFiguresTakeOut(profile, used)) {
+    alert.message += std::string(alert.message.empty() ? "" : " ") + std::string(kVatFiguresNotTakenOutMessage);
+    LLogError("%s", std::string(kVatFiguresNotTakenOutMessage).c_str());
+  }
   LLogInfo("Déclaration de TVA %s transmise à HMRC.", std::string(periodKey).c_str());
   return true;
 }

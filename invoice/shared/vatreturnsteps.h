@@ -14,9 +14,15 @@
 
 class LProcessInterface;
 
+inline constexpr std::string_view kVatSettingNotStored = "Impossible d'enregistrer le réglage.";
+// Added to HMRC's acceptance when the declared figures could not be taken out of the running ones.
+inline constexpr std::string_view kVatFiguresNotTakenOutMessage =
+    "La déclaration a été acceptée, mais les chiffres déclarés n'ont pas pu être retirés des chiffres en cours : "
+    "corrigez-les avant la prochaine déclaration.";
+
 // Stores what is given: the business's VAT registration number; the API base address of the
 // user's configuration ("sandbox" and "production" name HMRC's hosts). false, nothing stored,
-// with a French message for an address that does not read.
+// with a French message for an address that does not read or a setting that cannot be written.
 [[nodiscard]] bool FKVatConfigure(LProfile& profile, const std::optional<std::string>& vrn, const std::optional<std::string>& api,
                     std::string& error);
 // The business's VAT registration number.
@@ -36,7 +42,8 @@ std::vector<std::unique_ptr<LVATObligation>> FKVatObligationsWithStatus(LProfile
 FKVatReturns FKVatReturnToSubmit(LProfile& profile, std::string_view periodKey, const FKVatGivenFigures& given);
 // Submits the return of the open period periodKey and, once HMRC accepted it, takes what it
 // declared of the running figures out of them. alert: the outcome as FKMTDforVATDlg words it (the
-// period's refusal with an empty caption when the period cannot be chosen); receipt (when given)
-// the service's answer body.
+// period's refusal with an empty caption when the period cannot be chosen; after an acceptance whose
+// figures could not be taken out, kVatFiguresNotTakenOutMessage ends its message); receipt (when
+// given) the service's answer body.
 [[nodiscard]] bool FKVatSubmitReturn(LProfile& profile, LProcessInterface& process, std::string_view periodKey,
                        const FKVatGivenFigures& given, FKVatAlert& alert, std::string* receipt);

@@ -135,7 +135,7 @@ class LCSVWriterRow {
 
 // Appends one row of columns, ended by CR LF, under an exclusive lock (5,000 ms); true when the
 // whole row was written, false when the file cannot be opened.
-bool LCSVWriteRow(const std::string& path, const std::vector<std::string_view>& columns);
+[[nodiscard]] bool LCSVWriteRow(const std::string& path, const std::vector<std::string_view>& columns);
 
 // Filters a file in place: walk its rows with Next, RowAccept the ones to keep; the destructor
 // replaces the file by the kept rows (each ended by LF), written beside it and renamed over it,

@@ -289,7 +289,7 @@ LFileStoreIteratorBase::~LFileStoreIteratorBase() {
 }
 
 void LFileStoreIteratorBase::Next(LRecord& r) {
-  if (r.IsAttached()) r.Flush();
+  if (r.IsAttached()) (void)r.Flush();  // moving on saves as the destructor does: the store logs a failure
   while (dir_ != nullptr) {
     dirent* entry = ::readdir(dir_);
     if (entry == nullptr) break;

@@ -70,14 +70,14 @@ class LFileStoreListBase {
   // Writes r with the rename, new-key and merge rules. false when a new numeric key could not be
   // created or the new text could not be written (the file keeps its old content, r stays dirty
   // and the failure is logged); a record file that cannot be opened is reported as saved.
-  bool Save(LRecord& r) const;
+  [[nodiscard]] bool Save(LRecord& r) const;
   // true when the file was removed.
-  bool Delete(std::string_view key) const;
+  [[nodiscard]] bool Delete(std::string_view key) const;
 
  private:
   std::string folder_;  // data folder + "/" + list name
   void Attach(LRecord& r) const;
-  bool SaveUnderNewKey(LRecord& r) const;
+  [[nodiscard]] bool SaveUnderNewKey(LRecord& r) const;
 };
 
 // The handle of a record attached to a file list. It keeps its own copy of the list (a folder
@@ -86,7 +86,7 @@ template <class List>
 class LDataStoreRecordStore : public LRecordStore {
  public:
   explicit LDataStoreRecordStore(const List& list) : list_(list) {}
-  bool Save(LRecord& record) override { return list_.Save(record); }
+  [[nodiscard]] bool Save(LRecord& record) override { return list_.Save(record); }
 
  private:
   List list_;

@@ -4,8 +4,10 @@
 
 #include "llib/gen/textnum.h"
 
+// The implicit saves of the destructor and Invalidate have no caller to tell: the store logs a
+// failure, and code whose write matters calls Flush first and checks it.
 LRecord::~LRecord() {
-  if (store_ && dirty_) store_->Save(*this);
+  if (store_ && dirty_) (void)store_->Save(*this);
   store_.reset();
 }
 
@@ -178,7 +180,7 @@ void LRecord::CopyRecord(const LRecord& src) {
 
 void LRecord::Invalidate() {
   if (store_) {
-    if (dirty_) store_->Save(*this);
+    if (dirty_) (void)store_->Save(*this);
     store_.reset();
   }
   key_.clear();
@@ -192,6 +194,10 @@ bool LRecord::Flush() {
   bool saved = store_->Save(*this);
   dirty_ = false;
   return saved;
+}
+
+void LRecord::FlushOrKeepDirty() {
+  if (!Flush()) dirty_ = true;
 }
 
 void LRecord::AppendLoadedField(std::string_view name, std::string_view value) {

@@ -25,13 +25,16 @@
 
 class LRecord;
 
+// What the user is told when a record could not be written.
+inline constexpr std::string_view kRecordNotSavedMessage = "Impossible d'enregistrer la fiche.";
+
 // The handle through which an attached record saves itself. The record owns it and releases it
 // when it detaches.
 class LRecordStore {
  public:
   virtual ~LRecordStore() = default;
   // Writes the record to its store; true on success.
-  virtual bool Save(LRecord& record) = 0;
+  [[nodiscard]] virtual bool Save(LRecord& record) = 0;
 };
 
 struct LRecordField {
@@ -100,7 +103,10 @@ class LRecord {
   void Invalidate();
   // Attached and dirty: the store's Save result (dirty is cleared even when it fails);
   // otherwise true.
-  bool Flush();
+  [[nodiscard]] bool Flush();
+  // Flush for writes whose caller cannot be told at once: a failed save leaves the record dirty,
+  // so that the next Flush, which the code able to tell the user checks, tries again and reports.
+  void FlushOrKeepDirty();
 
   bool IsDirty() const { return dirty_; }
   bool IsAttached() const { return store_ != nullptr; }

@@ -29,19 +29,19 @@ bool GetFrom(const LFileStoreListBase& list, std::string_view group, std::string
   return true;
 }
 
-void SetIn(const LFileStoreListBase& list, std::string_view group, std::string_view key,
+bool SetIn(const LFileStoreListBase& list, std::string_view group, std::string_view key,
            std::string_view value) {
   LRecord record;
   list.OpenAlways(record, group);
   record.SetString(key, value);
-  record.Flush();
+  return record.Flush();
 }
 
-void DeleteIn(const LFileStoreListBase& list, std::string_view group, std::string_view key) {
+bool DeleteIn(const LFileStoreListBase& list, std::string_view group, std::string_view key) {
   LRecord record;
-  if (!list.Open(record, group)) return;
+  if (!list.Open(record, group)) return true;
   record.DeleteField(key);
-  record.Flush();
+  return record.Flush();
 }
 
 void RestrictToOwner(const LFileStoreListBase& list, std::string_view section) {
@@ -65,30 +65,30 @@ std::string LUserSettingGetString(std::string_view group, std::string_view key, 
   return value;
 }
 
-void LUserSettingSetString(std::string_view group, std::string_view key, std::string_view value) {
-  SetIn(SettingsList(), group, key, value);
+bool LUserSettingSetString(std::string_view group, std::string_view key, std::string_view value) {
+  return SetIn(SettingsList(), group, key, value);
 }
 
-void LUserSettingDelete(std::string_view group, std::string_view key) {
-  DeleteIn(SettingsList(), group, key);
+bool LUserSettingDelete(std::string_view group, std::string_view key) {
+  return DeleteIn(SettingsList(), group, key);
 }
 
 bool LUserSettingGetPassword(std::string_view section, std::string_view key, std::string& out) {
   return GetFrom(PasswordList(), section, key, out);
 }
 
-void LUserSettingSetPassword(std::string_view section, std::string_view key, std::string_view secret) {
+bool LUserSettingSetPassword(std::string_view section, std::string_view key, std::string_view secret) {
   LFileStoreListBase list = PasswordList();
   // Created empty and restricted first, so the secret is never readable by others.
   if (!list.TestRecordExists(section)) {
     LRecord empty;
     list.CreateNewRecord(empty, section);
-    empty.Flush();
+    if (!empty.Flush()) return false;
   }
   RestrictToOwner(list, section);
-  SetIn(list, section, key, secret);
+  return SetIn(list, section, key, secret);
 }
 
-void LUserSettingDeletePassword(std::string_view section, std::string_view key) {
-  DeleteIn(PasswordList(), section, key);
+bool LUserSettingDeletePassword(std::string_view section, std::string_view key) {
+  return DeleteIn(PasswordList(), section, key);
 }

@@ -13,10 +13,11 @@ bool LUserSettingTestExists(std::string_view group, std::string_view key);
 bool _LUserSettingGetString(std::string_view group, std::string_view key, std::string& out);
 // The stored text, or def when absent.
 std::string LUserSettingGetString(std::string_view group, std::string_view key, std::string_view def = {});
-void LUserSettingSetString(std::string_view group, std::string_view key, std::string_view value);
-void LUserSettingDelete(std::string_view group, std::string_view key);
+// Each write below: false when the record file could not be written (the store logs why).
+[[nodiscard]] bool LUserSettingSetString(std::string_view group, std::string_view key, std::string_view value);
+[[nodiscard]] bool LUserSettingDelete(std::string_view group, std::string_view key);
 
 // The stored secret; false (out emptied) when absent.
 bool LUserSettingGetPassword(std::string_view section, std::string_view key, std::string& out);
-void LUserSettingSetPassword(std::string_view section, std::string_view key, std::string_view secret);
-void LUserSettingDeletePassword(std::string_view section, std::string_view key);
+[[nodiscard]] bool LUserSettingSetPassword(std::string_view section, std::string_view key, std::string_view secret);
+[[nodiscard]] bool LUserSettingDeletePassword(std::string_view section, std::string_view key);

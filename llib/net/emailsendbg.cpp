@@ -105,6 +105,7 @@ void LEmailSendBackgroundThread::Finish(Item& item, LProcessResult result, const
     }
     if (keep) retry_.push_back(item);
   }
+  if (item.report && result != kProcessCancelled) item.report(result, error, keep);
   if (!keep && item.deleteAttachmentsWhenDone)
     for (const auto& path : item.attachments) ::unlink(path.c_str());
 }
@@ -125,8 +126,9 @@ void LEmailSendBackgroundThread::ThreadMain() {
 
 void LSendEmailBackground(std::string_view recipients, std::string_view sender, std::string_view subject,
                           std::string_view text, const std::vector<std::string>& attachments,
-                          bool deleteAttachmentsWhenDone) {
+                          bool deleteAttachmentsWhenDone, LEmailSendReport report) {
   LEmailSendBackgroundThread::Item item;
+  item.report = std::move(report);
   item.recipients = recipients;
   item.sender = sender;
   item.subject = subject;

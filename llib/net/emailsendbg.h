@@ -11,6 +11,7 @@
 
 #include <chrono>
 #include <deque>
+#include <functional>
 #include <mutex>
 #include <string>
 #include <string_view>
@@ -20,12 +21,19 @@
 #include "llib/gen/signalobject.h"
 #include "llib/gen/thread.h"
 
+// What became of one attempt to send a queued message, told to whoever queued it (a document's
+// history): kProcessFinished when the server took it; kProcessFailed with the server's reason
+// (or why the connection failed) in error, willRetry saying whether another attempt will come.
+// Called on the background thread, without its mutex held.
+using LEmailSendReport = std::function<void(LProcessResult result, const std::string& error, bool willRetry)>;
+
 // Queues one message and wakes (or starts) the background thread. sender empty: the one of the
 // settings. With deleteAttachmentsWhenDone the attached files are removed once the message was
-// sent or given up (files made only to be mailed, such as a PDF of an invoice).
+// sent or given up (files made only to be mailed, such as a PDF of an invoice). report (may be
+// empty) hears of every attempt.
 void LSendEmailBackground(std::string_view recipients, std::string_view sender, std::string_view subject,
                           std::string_view text, const std::vector<std::string>& attachments,
-                          bool deleteAttachmentsWhenDone);
+                          bool deleteAttachmentsWhenDone, LEmailSendReport report = {});
 // Asks the thread to stop; does not wait. A send under way ends at its next wait.
 void LSendEmailBackgroundStopSoon();
 // Asks the thread to stop and waits until it has.
@@ -63,6 +71,7 @@ class LEmailSendBackgroundThread : public LThread {
     std::string text;
     std::vector<std::string> attachments;
     bool deleteAttachmentsWhenDone = false;
+    LEmailSendReport report;                           // may be empty
     int failedAttempts = 0;                            // failed sends so far
     std::chrono::steady_clock::time_point lastAttempt; // when the last send began
   };

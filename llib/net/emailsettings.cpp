@@ -2,6 +2,7 @@
 
 #include <string_view>
 
+#include "llib/gen/log.h"
 #include "llib/gen/usersettings.h"
 #include "llib/net/email.h"
 #include "llib/net/emailaddress.h"
@@ -23,7 +24,7 @@ std::string_view FlagText(bool on) { return on ? "1" : "0"; }
 
 }  // namespace
 
-void LEmailSettingsCreateDefaults() {
+bool LEmailSettingsCreateDefaults() {
   const LEmailSettings defaults;
   const std::pair<std::string_view, std::string_view> keys[] = {
       {kServer, defaults.server},
@@ -35,33 +36,38 @@ void LEmailSettingsCreateDefaults() {
       {kCAFile, defaults.caFile},
   };
   for (const auto& [key, value] : keys)
-    if (!LUserSettingTestExists(kGroup, key)) LUserSettingSetString(kGroup, key, value);
+    if (!LUserSettingTestExists(kGroup, key) && !LUserSettingSetString(kGroup, key, value)) return false;
+  return true;
 }
 
 LEmailSettings LEmailSettingsLoad() {
-  LEmailSettingsCreateDefaults();
+  // Unwritten defaults are still read as defaults below; they are written again next time.
+  if (!LEmailSettingsCreateDefaults()) LLogWarning("Email: the default settings could not be stored");
+  const LEmailSettings defaults;
   LEmailSettings settings;
-  settings.server = LUserSettingGetString(kGroup, kServer);
-  settings.user = LUserSettingGetString(kGroup, kUser);
-  settings.sender = LUserSettingGetString(kGroup, kSender);
-  settings.replyTo = LUserSettingGetString(kGroup, kReplyTo);
-  settings.useEncryption = LUserSettingGetString(kGroup, kUseEncryption) != "0";
-  settings.verifyCertificate = LUserSettingGetString(kGroup, kVerifyCertificate) != "0";
-  settings.caFile = LUserSettingGetString(kGroup, kCAFile);
+  settings.server = LUserSettingGetString(kGroup, kServer, defaults.server);
+  settings.user = LUserSettingGetString(kGroup, kUser, defaults.user);
+  settings.sender = LUserSettingGetString(kGroup, kSender, defaults.sender);
+  settings.replyTo = LUserSettingGetString(kGroup, kReplyTo, defaults.replyTo);
+  settings.useEncryption = LUserSettingGetString(kGroup, kUseEncryption, FlagText(defaults.useEncryption)) != "0";
+  settings.verifyCertificate =
+      LUserSettingGetString(kGroup, kVerifyCertificate, FlagText(defaults.verifyCertificate)) != "0";
+  settings.caFile = LUserSettingGetString(kGroup, kCAFile, defaults.caFile);
   LUserSettingGetPassword(kGroup, kPasswordKey, settings.password);
   return settings;
 }
 
-void LEmailSettingsSave(const LEmailSettings& settings) {
-  LUserSettingSetString(kGroup, kServer, settings.server);
-  LUserSettingSetString(kGroup, kUser, settings.user);
-  LUserSettingSetString(kGroup, kSender, settings.sender);
-  LUserSettingSetString(kGroup, kReplyTo, settings.replyTo);
-  LUserSettingSetString(kGroup, kUseEncryption, FlagText(settings.useEncryption));
-  LUserSettingSetString(kGroup, kVerifyCertificate, FlagText(settings.verifyCertificate));
-  LUserSettingSetString(kGroup, kCAFile, settings.caFile);
-  if (settings.password.empty()) LUserSettingDeletePassword(kGroup, kPasswordKey);
-  else LUserSettingSetPassword(kGroup, kPasswordKey, settings.password);
+bool LEmailSettingsSave(const LEmailSettings& settings) {
+  bool saved = LUserSettingSetString(kGroup, kServer, settings.server) &&
+               LUserSettingSetString(kGroup, kUser, settings.user) &&
+               LUserSettingSetString(kGroup, kSender, settings.sender) &&
+               LUserSettingSetString(kGroup, kReplyTo, settings.replyTo) &&
+               LUserSettingSetString(kGroup, kUseEncryption, FlagText(settings.useEncryption)) &&
+               LUserSettingSetString(kGroup, kVerifyCertificate, FlagText(settings.verifyCertificate)) &&
+               LUserSettingSetString(kGroup, kCAFile, settings.caFile);
+  if (!saved) return false;
+  return settings.password.empty() ? LUserSettingDeletePassword(kGroup, kPasswordKey)
+                                   : LUserSettingSetPassword(kGroup, kPasswordKey, settings.password);
 }
 
 void LEmailSettingsFillRequest(const LEmailSettings& settings, EmailSMTPSendProcess& request) {

@@ -29,16 +29,18 @@ struct LEmailSettings {
   std::string caFile;
 };
 
-// Writes the default of every key that is missing (existing keys are left alone).
-void LEmailSettingsCreateDefaults();
-// The stored settings, defaults created first.
+// Writes the default of every key that is missing (existing keys are left alone); false when one
+// could not be written.
+[[nodiscard]] bool LEmailSettingsCreateDefaults();
+// The stored settings, defaults created first; a setting never stored reads as its default.
 LEmailSettings LEmailSettingsLoad();
 // "" when settings can be stored; otherwise the French message of the first fault: a server
 // that is not "host[:port]" ("Serveur de messagerie non valide : ..."), a sender or reply
 // address that is not one valid address ("Adresse de courriel non valide : ...").
 std::string LEmailSettingsCheck(const LEmailSettings& settings);
-// Stores every setting (the password in the password store; an empty password is removed).
-void LEmailSettingsSave(const LEmailSettings& settings);
+// Stores every setting (the password in the password store; an empty password is removed);
+// false when a setting could not be written.
+[[nodiscard]] bool LEmailSettingsSave(const LEmailSettings& settings);
 // Sends the test message of the e-mail settings page to the addresses to through settings.
 // true when the server accepted it; false with error set to the SMTP dialogue's own message.
 [[nodiscard]] bool LEmailSendTestMessage(const LEmailSettings& settings, const std::string& to, std::string& error);

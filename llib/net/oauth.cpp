@@ -121,7 +121,10 @@ bool OAuthAccessTokenRequest(LProcessInterface& process, const LOAuthClient& cli
     process.SetError("the token endpoint answered " + std::to_string(status) + " without tokens");
     return false;
   }
-  LUserSettingSetPassword(client.passwordSection, "AccessToken", json["access_token"].get<std::string>());
-  LUserSettingSetPassword(client.passwordSection, "RefreshToken", json["refresh_token"].get<std::string>());
+  if (!LUserSettingSetPassword(client.passwordSection, "AccessToken", json["access_token"].get<std::string>()) ||
+      !LUserSettingSetPassword(client.passwordSection, "RefreshToken", json["refresh_token"].get<std::string>())) {
+    process.SetError("Impossible d'enregistrer les jetons d'accès.");
+    return false;
+  }
   return true;
 }

@@ -44,7 +44,10 @@ std::string ServiceLogPath() { return LFile::GetUserDataFolderApp() + "/" + std:
 
 LDeskStart LWebDeskStartService(const std::string& program, int& port) {
   port = LWebletServer::GetWebletServerPort();
-  if (!LWebletServer::IsWebletServerEnabled()) (void)LWebletServer::EnableWebletServer(true);
+  // A server that could not be switched on would never listen.
+  if (!LWebletServer::IsWebletServerEnabled() &&
+      LWebletServer::EnableWebletServer(true) == LWebletSettingChange::kNotStored)
+    return LDeskStart::kServiceFailed;
   int pid = -1;
   if (!LServiceEngineIsRunning()) {
     if (!LServiceEngineLaunch(program, {"serve"}, ServiceLogPath(), pid)) return LDeskStart::kServiceFailed;

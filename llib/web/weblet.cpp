@@ -27,6 +27,12 @@ bool IsOn(std::string_view key) {
   return !value.empty() && value[0] != '0';
 }
 
+LWebletSettingChange StoreAndRestart(std::string_view key, std::string_view value) {
+  if (!LUserSettingSetString(kGroup, key, value)) return LWebletSettingChange::kNotStored;
+  return LServiceEngineSendControl(kServiceControlRestart) ? LWebletSettingChange::kRestarted
+                                                           : LWebletSettingChange::kStored;
+}
+
 }  // namespace
 
 // ---- Settings ------------------------------------------------------------------------------------
@@ -52,28 +58,26 @@ bool LWebletServer::ParseWebletServerPort(std::string_view text, int& port) {
   return true;
 }
 
-bool LWebletServer::SetWebletServerPort(int port) {
-  if ((port == 0 ? kWebletDefaultPort : port) == GetWebletServerPort()) return false;
-  LUserSettingSetString(kGroup, "Port", std::to_string(port));
-  return LServiceEngineSendControl(kServiceControlRestart);
+LWebletSettingChange LWebletServer::SetWebletServerPort(int port) {
+  if ((port == 0 ? kWebletDefaultPort : port) == GetWebletServerPort()) return LWebletSettingChange::kStored;
+  return StoreAndRestart("Port", std::to_string(port));
 }
 
-bool LWebletServer::EnableWebletServer(bool on) {
-  LUserSettingSetString(kGroup, "Enabled", on ? "1" : "0");
-  return LServiceEngineSendControl(kServiceControlRestart);
-}
+LWebletSettingChange LWebletServer::EnableWebletServer(bool on) { return StoreAndRestart("Enabled", on ? "1" : "0"); }
 
-void LWebletServer::SetWebletServerSettingsSoon(bool enabled, int port) {
-  LUserSettingSetString(kGroup, "Enabled", enabled ? "1" : "0");
-  LUserSettingSetString(kGroup, "Port", std::to_string(port));
+bool LWebletServer::SetWebletServerSettingsSoon(bool enabled, int port) {
+  if (!LUserSettingSetString(kGroup, "Enabled", enabled ? "1" : "0") ||
+      !LUserSettingSetString(kGroup, "Port", std::to_string(port)))
+    return false;
   std::thread([] {
     LSleepMs(kWebletRestartSoonMs);
     LServiceEngineSendControl(kServiceControlRestart);
   }).detach();
+  return true;
 }
 
-void LWebletServer::EnablePublicWebletServer(bool on) {
-  LUserSettingSetString(kGroup, "PublicEnabled", on ? "1" : "0");
+bool LWebletServer::EnablePublicWebletServer(bool on) {
+  return LUserSettingSetString(kGroup, "PublicEnabled", on ? "1" : "0");
 }
 
 // ---- The server ----------------------------------------------------------------------------------

@@ -51,6 +51,15 @@ class LWebletServerListener : public LThread {
   std::atomic<bool> bindConflict_{false};                 // the port is held by another program
 };
 
+inline constexpr std::string_view kWebSettingNotStored = "Impossible d'enregistrer le réglage du serveur Web.";
+
+// What became of a change of the server's settings.
+enum class LWebletSettingChange {
+  kNotStored,  // the setting could not be written
+  kStored,     // written (or unchanged); no running service took a restart
+  kRestarted,  // written, and the running service restarted the server
+};
+
 class LWebletServer {
  public:
   // ---- Settings ----------------------------------------------------------------------------
@@ -65,15 +74,18 @@ class LWebletServer {
   // unchanged) otherwise; the user is then told kWebletBadPortMessage.
   static bool ParseWebletServerPort(std::string_view text, int& port);
   // Stores the port as "%d" when it differs from the current one and tells a running service to
-  // restart. Returns true when a running service took the restart.
-  static bool SetWebletServerPort(int port);
-  // Store "1" or "0" and tell a running service to restart. true as above.
-  static bool EnableWebletServer(bool on);
-  static void EnablePublicWebletServer(bool on);
+  // restart: whether the setting could not be stored, was stored, or a running service also
+  // took the restart.
+  [[nodiscard]] static LWebletSettingChange SetWebletServerPort(int port);
+  // Store "1" or "0" and tell a running service to restart, as above.
+  [[nodiscard]] static LWebletSettingChange EnableWebletServer(bool on);
+  // false when the setting could not be stored.
+  [[nodiscard]] static bool EnablePublicWebletServer(bool on);
   // For a page served by the server itself: stores "Enabled" and "Port" as the two above do,
   // then tells a running service to restart a moment later from a thread of its own, once the
-  // page has answered (the restart stops every connection, the asking one with them).
-  static void SetWebletServerSettingsSoon(bool enabled, int port);
+  // page has answered (the restart stops every connection, the asking one with them). false,
+  // nothing restarted, when the settings could not be stored.
+  [[nodiscard]] static bool SetWebletServerSettingsSoon(bool enabled, int port);
 
   // ---- The server of this process ------------------------------------------------------------
   LWebletServer() = default;

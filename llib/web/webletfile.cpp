@@ -49,7 +49,8 @@ void LogFileNotFound(const std::string& path, const std::string& client) {
                now - lastFailure > kQuietAfterFailureSeconds;
   if (quiet) LLogWarning("Weblet: File not found: %s for connection %s", path.c_str(), client.c_str());
   else LLogError("Weblet: File not found: %s for connection %s", path.c_str(), client.c_str());
-  LUserSettingSetString("Settings", "LastWebletErrorFileNotFound", std::to_string(static_cast<long long>(now)));
+  if (!LUserSettingSetString("Settings", "LastWebletErrorFileNotFound", std::to_string(static_cast<long long>(now))))
+    LLogWarning("Weblet: the time of this failure could not be remembered");
 }
 
 }  // namespace

@@ -54,11 +54,10 @@ std::string LWebletKeyFile() {
   return given.empty() || LWebletUsesOwnCertificate() ? OwnFile("key.pem") : given;
 }
 
-void LWebletSetSecure(bool on, const std::string& certFile, const std::string& keyFile) {
-  LUserSettingSetString(kGroup, "Secure", on ? "1" : "0");
-  if (!on) return;
-  LUserSettingSetString(kGroup, "CertificateFile", certFile);
-  LUserSettingSetString(kGroup, "KeyFile", keyFile);
+bool LWebletSetSecure(bool on, const std::string& certFile, const std::string& keyFile) {
+  if (!LUserSettingSetString(kGroup, "Secure", on ? "1" : "0")) return false;
+  if (!on) return true;
+  return LUserSettingSetString(kGroup, "CertificateFile", certFile) && LUserSettingSetString(kGroup, "KeyFile", keyFile);
 }
 
 std::shared_ptr<const LTlsServerContext> LWebletLoadTls(std::string& error) {

@@ -24,7 +24,8 @@ std::string LWebletKeyFile();
 // true when the certificate is the server's own self-signed one.
 bool LWebletUsesOwnCertificate();
 // Stores "Secure" and, when on, the certificate and key (both empty: the server's own pair).
-void LWebletSetSecure(bool on, const std::string& certFile, const std::string& keyFile);
+// false when a setting could not be written.
+[[nodiscard]] bool LWebletSetSecure(bool on, const std::string& certFile, const std::string& keyFile);
 
 // The TLS context of the configured certificate, making the server's own pair first when it is
 // used and missing. null with error (French, for the log and the command line) when it cannot be

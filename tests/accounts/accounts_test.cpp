@@ -21,8 +21,8 @@ class AccountsTest : public LHomeTest {
     LOptions options;
     options.OpenFrom(profile_);
     options.SetString("CountryCode", country);
-    options.Flush();
-    LAccountListCreateDefault(profile_);
+    EXPECT_TRUE(options.Flush());
+    EXPECT_TRUE(LAccountListCreateDefault(profile_));
   }
   std::unique_ptr<LAccount> Open(const char* number) {
     auto account = std::make_unique<LAccount>();
@@ -94,14 +94,14 @@ TEST_F(AccountsTest, DefaultChartTwiceChangesNothingAndBringsDeletedAccountsBack
   {
     auto renamed = Open("1110");
     renamed->SetString("Description", "Banque populaire");
-    renamed->Flush();
+    EXPECT_TRUE(renamed->Flush());
     auto hidden = Open("1120");
     hidden->SetBool("Deleted", true);
     hidden->SetString("Description", "Ancien livret");
-    hidden->Flush();
+    EXPECT_TRUE(hidden->Flush());
   }
   std::string before = LReadFile(home_.SharedFolder() + "/Accounts/1110.dat");
-  LAccountListCreateDefault(profile_);
+  EXPECT_TRUE(LAccountListCreateDefault(profile_));
   // A live account is never overwritten.
   EXPECT_EQ(LReadFile(home_.SharedFolder() + "/Accounts/1110.dat"), before);
   auto revived = Open("1120");
@@ -111,12 +111,12 @@ TEST_F(AccountsTest, DefaultChartTwiceChangesNothingAndBringsDeletedAccountsBack
 }
 
 TEST_F(AccountsTest, CreateAccountOnlyRevivesAnExistingNumber) {
-  LCreateAccount(profile_, "1112", "Caisse", kAccountAsset, true, 0, kClassificationNone);
+  EXPECT_TRUE(LCreateAccount(profile_, "1112", "Caisse", kAccountAsset, true, 0, kClassificationNone));
   auto created = Open("1112");
   EXPECT_EQ(created->GetString("Header"), "0");
   created->SetBool("Deleted", true);
-  created->Flush();
-  LCreateAccount(profile_, "1112", "Autre nom", kAccountLiability, false, 1, kClassificationFinancing);
+  EXPECT_TRUE(created->Flush());
+  EXPECT_TRUE(LCreateAccount(profile_, "1112", "Autre nom", kAccountLiability, false, 1, kClassificationFinancing));
   auto revived = Open("1112");
   EXPECT_FALSE(revived->IsDeleted());
   EXPECT_EQ(revived->GetDescription(), "Caisse");
@@ -125,8 +125,8 @@ TEST_F(AccountsTest, CreateAccountOnlyRevivesAnExistingNumber) {
 }
 
 TEST_F(AccountsTest, LookupByNameIsExactAndTakesTheLowestNumber) {
-  LCreateAccount(profile_, "5200", "Loyer", kAccountExpense, false, 1, kClassificationNone);
-  LCreateAccount(profile_, "5100", "Loyer", kAccountExpense, false, 1, kClassificationNone);
+  EXPECT_TRUE(LCreateAccount(profile_, "5200", "Loyer", kAccountExpense, false, 1, kClassificationNone));
+  EXPECT_TRUE(LCreateAccount(profile_, "5100", "Loyer", kAccountExpense, false, 1, kClassificationNone));
   LAccountList list(profile_);
   for (auto [name, expected] : {std::pair{"Loyer", "5100"}, {"loyer", ""}, {"Loyer ", ""}}) {
     std::string number;
@@ -138,31 +138,31 @@ TEST_F(AccountsTest, LookupByNameIsExactAndTakesTheLowestNumber) {
 
 TEST_F(AccountsTest, OpeningBalanceIsBalancedByTheHistoricalAccount) {
   DefaultChart("FR");
-  Open("2150")->UpdateOpeningBalance(profile_, 50000);
+  EXPECT_TRUE(Open("2150")->UpdateOpeningBalance(profile_, 50000));
   EXPECT_EQ(Open("2150")->GetOpeningBalance(), -50000);  // a liability keeps it on the credit side
   EXPECT_EQ(Open("2150")->GetTotalBalance(), -50000);
   EXPECT_TRUE(Open("2150")->IsAccountUsed());
   EXPECT_EQ(Open("3999")->GetTotalBalance(), 50000);
   auto bank = Open("1110");
-  bank->UpdateOpeningBalance(profile_, 120000);
-  bank->UpdateOpeningBalance(profile_, 100000);  // changing it again moves only the difference
+  EXPECT_TRUE(bank->UpdateOpeningBalance(profile_, 120000));
+  EXPECT_TRUE(bank->UpdateOpeningBalance(profile_, 100000));  // changing it again moves only the difference
   EXPECT_EQ(Open("3999")->GetOpeningBalance(), 50000 - 100000);
   long long sum = 0;
   for (const std::string& number : LAccountList(profile_).GetNumbers()) sum += Open(number.c_str())->GetOpeningBalance();
   EXPECT_EQ(sum, 0);
   // The same amount again changes nothing, not even the "used" mark of an untouched account.
-  Open("4110")->UpdateOpeningBalance(profile_, 0);
+  EXPECT_TRUE(Open("4110")->UpdateOpeningBalance(profile_, 0));
   EXPECT_FALSE(Open("4110")->IsAccountUsed());
 }
 
 TEST_F(AccountsTest, BalancesByMonth) {
-  LCreateAccount(profile_, "1110", "Compte-chèque", kAccountAsset, true, 0, kClassificationNone);
+  EXPECT_TRUE(LCreateAccount(profile_, "1110", "Compte-chèque", kAccountAsset, true, 0, kClassificationNone));
   auto account = Open("1110");
-  account->AddBalance(2024, 1, 1500);
+  EXPECT_TRUE(account->AddBalance(2024, 1, 1500));
   EXPECT_EQ(account->GetInt64("Balance24288", 0), 1500);  // year * 12 + month - 1
-  account->AddBalance(2023, 12, -200);
-  account->AddBalance(2024, 3, 700);
-  account->IncrementTotalBalance(2000);
+  EXPECT_TRUE(account->AddBalance(2023, 12, -200));
+  EXPECT_TRUE(account->AddBalance(2024, 3, 700));
+  EXPECT_TRUE(account->IncrementTotalBalance(2000));
   auto stored = Open("1110");
   EXPECT_EQ(stored->GetInt("BalanceFirst", 0), 24287);
   stored->SetInt64("OpeningBalance", 10);
@@ -182,7 +182,7 @@ TEST_F(AccountsTest, ReceivableAndPayableTotalsSumTheStoredBalances) {
     LRecord record;
     profile_.List(list).OpenAlways(record, key);
     record.SetString("Balance", balance);
-    record.Flush();
+    EXPECT_TRUE(record.Flush());
   }
   EXPECT_EQ(LGetTotalAccountsReceivable(profile_), 1000);
   EXPECT_EQ(LGetTotalAccountsPayable(profile_), 777);

@@ -22,8 +22,8 @@ namespace {
 class TotalerTest : public LHomeTest {
  protected:
   void SetUp() override {
-    LCreateAccount(profile_, "1110", "Compte-chèque", kAccountAsset, true, 0, kClassificationNone);
-    LCreateAccount(profile_, "6410", "Loyer", kAccountExpense, false, 1, kClassificationNone);
+    EXPECT_TRUE(LCreateAccount(profile_, "1110", "Compte-chèque", kAccountAsset, true, 0, kClassificationNone));
+    EXPECT_TRUE(LCreateAccount(profile_, "6410", "Loyer", kAccountExpense, false, 1, kClassificationNone));
   }
   static void SetBucket(LProfile& profile, const char* number, int year, int month, long long amount) {
     LAccount account;
@@ -31,13 +31,13 @@ class TotalerTest : public LHomeTest {
     int index = year * 12 + month - 1;
     account.SetInt64(LAccountBucketField(index), amount);
     if (account.GetInt64("BalanceFirst", index) >= index) account.SetInt64("BalanceFirst", index);
-    account.Flush();
+    EXPECT_TRUE(account.Flush());
   }
   void SetField(const char* number, const char* field, long long value) {
     LAccount account;
     LAccountList(profile_).Open(account, number);
     account.SetInt64(field, value);
-    account.Flush();
+    EXPECT_TRUE(account.Flush());
   }
   // A journal line in the day file only (no bucket moves).
   static void DayLine(LProfile& profile, const std::string& date, const char* account, long long amount) {
@@ -142,8 +142,8 @@ TEST_F(TotalerTest, FilterKeepsOneAccountInRecordsAndDayFiles) {
 }
 
 TEST_F(TotalerTest, EveryAccountGetsAnItemInNumberOrderDeletedIncludedUnknownDropped) {
-  LCreateAccount(profile_, "1000", "Actifs", kAccountAsset, false, 0, kClassificationNone);
-  LCreateAccount(profile_, "3000", "Vide", kAccountEquity, false, 0, kClassificationNone);
+  EXPECT_TRUE(LCreateAccount(profile_, "1000", "Actifs", kAccountAsset, false, 0, kClassificationNone));
+  EXPECT_TRUE(LCreateAccount(profile_, "3000", "Vide", kAccountEquity, false, 0, kClassificationNone));
   SetField("3000", "Deleted", 1);
   DayLine(profile_, "2024-04-02", "9999", 5);  // a day line of an unknown account
   LAccountTotalerList list = Total("2024-01-01", "2024-04-10");
@@ -159,8 +159,8 @@ TEST_F(TotalerTest, SeveralBusinessesAreScaledTruncatedAndMergedByNumberAndDescr
   ASSERT_TRUE(LFile::MakeFolder(otherFolder));
   {
     LProfile other(otherFolder);
-    LCreateAccount(other, "1110", "Compte-chèque", kAccountAsset, true, 0, kClassificationNone);
-    LCreateAccount(other, "6410", "Loyer du dépôt", kAccountExpense, false, 1, kClassificationNone);
+    EXPECT_TRUE(LCreateAccount(other, "1110", "Compte-chèque", kAccountAsset, true, 0, kClassificationNone));
+    EXPECT_TRUE(LCreateAccount(other, "6410", "Loyer du dépôt", kAccountExpense, false, 1, kClassificationNone));
     SetBucket(other, "1110", 2024, 1, 3);
     SetBucket(other, "6410", 2024, 1, -3);
     DayLine(other, "2024-02-10", "1110", 1001);
@@ -248,9 +248,9 @@ TEST_F(TotalerTest, FoldCountsHeadingAndSubAccountsOnceThenYieldsZero) {
 }
 
 TEST_F(TotalerTest, IncomeExpenseAndProfitOfAPeriodAndAssets) {
-  LCreateAccount(profile_, "4110", "Recettes générales", kAccountIncome, false, 0, kClassificationNone);
-  LCreateAccount(profile_, "4910", "Revenu d'intérêt", kAccountIncome, false, 1, kClassificationNone);
-  LCreateAccount(profile_, "6910", "Frais financiers", kAccountExpense, false, 2, kClassificationNone);
+  EXPECT_TRUE(LCreateAccount(profile_, "4110", "Recettes générales", kAccountIncome, false, 0, kClassificationNone));
+  EXPECT_TRUE(LCreateAccount(profile_, "4910", "Revenu d'intérêt", kAccountIncome, false, 1, kClassificationNone));
+  EXPECT_TRUE(LCreateAccount(profile_, "6910", "Frais financiers", kAccountExpense, false, 2, kClassificationNone));
   for (auto [number, amount] : {std::pair{"4110", -100000}, {"4910", -500}, {"6410", 30000}, {"6910", 700}, {"1110", 70800}})
     SetBucket(profile_, number, 2024, 5, amount);
   long long income = 0, expense = 0, profit = 0, assets = 0;

@@ -21,7 +21,7 @@ class AuditTrailTest : public LHomeTest {
  protected:
   void SetUp() override {
     profile_ = std::make_unique<LProfile>(home_.SharedFolder());
-    LAccountListCreateDefault(*profile_);
+    EXPECT_TRUE(LAccountListCreateDefault(*profile_));
   }
   void Post(const std::string& date, const std::string& reference, long long amount) {
     LLedgerTransaction txn(date, reference, "General");

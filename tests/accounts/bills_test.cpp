@@ -20,7 +20,7 @@ class BillSaveTest : public LSalesTestBusiness {
  protected:
   void SetUp() override {
     LSalesTestBusiness::SetUp();
-    LCreateAccount(Profile(), kExpense, "Essais", kAccountExpense, false, 0, kClassificationNone);
+    EXPECT_TRUE(LCreateAccount(Profile(), kExpense, "Essais", kAccountExpense, false, 0, kClassificationNone));
   }
   static void Fill(LBill& bill, const char* date, long long amount, const char* reference = "") {
     bill.SetString("Supplier", "Martin");

@@ -27,8 +27,8 @@ class ChequesTest : public LHomeTest {
     LOptions options;
     options.OpenFrom(profile_);
     options.SetString("CountryCode", "FR");
-    options.Flush();
-    LAccountListCreateDefault(profile_);
+    EXPECT_TRUE(options.Flush());
+    EXPECT_TRUE(LAccountListCreateDefault(profile_));
   }
   long long Total(const char* number) {
     LAccount account;

@@ -14,7 +14,7 @@ namespace {
 
 class DashboardTest : public LHomeTest {
  protected:
-  void SetUp() override { LAccountListCreateDefault(profile_); }
+  void SetUp() override { ASSERT_TRUE(LAccountListCreateDefault(profile_)); }
   void Post(const char* date, const char* debit, const char* credit, long long amount) {
     static int counter = 0;
     LLedgerTransaction txn(date, "D" + std::to_string(++counter), "General");
@@ -28,7 +28,7 @@ class DashboardTest : public LHomeTest {
 TEST_F(DashboardTest, MonthsOfTheYearWithIncomeExpensesAndCashAtEachEnd) {
   LAccount bank;
   ASSERT_TRUE(LAccountList(profile_).Open(bank, "1110"));
-  bank.UpdateOpeningBalance(profile_, 100000);  // 1,000.00 in the bank before any posting
+  ASSERT_TRUE(bank.UpdateOpeningBalance(profile_, 100000));  // 1,000.00 in the bank before any posting
   bank.DetachWithoutSave();
   Post("2024-12-20", "1110", "4110", 50000);   // last year: in the cash, not in the months
   Post("2025-02-03", "1110", "4110", 300000);  // a sale paid at once

@@ -24,8 +24,8 @@ class JournalEntryTest : public LHomeTest {
     LOptions options;
     options.OpenFrom(profile_);
     options.SetString("CountryCode", "FR");
-    options.Flush();
-    LAccountListCreateDefault(profile_);
+    EXPECT_TRUE(options.Flush());
+    EXPECT_TRUE(LAccountListCreateDefault(profile_));
   }
   // An entry debiting debit and crediting credit by amount.
   LJournalEntryDlg Rent(LAsker& asker, const LDate& date, long long amount, const char* reference = "GJ[auto]",
@@ -42,7 +42,7 @@ class JournalEntryTest : public LHomeTest {
     LRecord record;
     profile_.List(kMiscList).OpenAlways(record, key);
     record.SetString(field, value);
-    record.Flush();
+    EXPECT_TRUE(record.Flush());
   }
   long long Total(const char* number) {
     LAccount account;

@@ -26,9 +26,9 @@ class LedgerTest : public LHomeTest {
  protected:
   void SetUp() override {
     for (const char* number : {"1110", "1120", "1130"})
-      LCreateAccount(profile_, number, number, kAccountAsset, true, 0, kClassificationNone);
+      EXPECT_TRUE(LCreateAccount(profile_, number, number, kAccountAsset, true, 0, kClassificationNone));
     for (const char* number : {"6410", "6420"})
-      LCreateAccount(profile_, number, number, kAccountExpense, false, 1, kClassificationNone);
+      EXPECT_TRUE(LCreateAccount(profile_, number, number, kAccountExpense, false, 1, kClassificationNone));
   }
   std::string DayFile(const std::string& date) { return home_.SharedFolder() + "/Ledger/" + date + ".csv"; }
   std::unique_ptr<LAccount> Open(const char* number) {
@@ -170,8 +170,8 @@ TEST_F(LedgerTest, DeletedAndRepostedEqualsPostedOnce) {
   std::string onceAccount;
   {
     LProfile once;
-    LCreateAccount(once, "1110", "1110", kAccountAsset, true, 0, kClassificationNone);
-    LCreateAccount(once, "6410", "6410", kAccountExpense, false, 1, kClassificationNone);
+    EXPECT_TRUE(LCreateAccount(once, "1110", "1110", kAccountAsset, true, 0, kClassificationNone));
+    EXPECT_TRUE(LCreateAccount(once, "6410", "6410", kAccountExpense, false, 1, kClassificationNone));
     ASSERT_TRUE(LAccountTransactionRecord(once, Rent("2024-03-31", "GJ7", 4200)));
     onceText = LReadFile(onceHome.SharedFolder() + "/Ledger/2024-03-31.csv");
     onceAccount = LReadFile(onceHome.SharedFolder() + "/Accounts/6410.dat");
@@ -287,7 +287,7 @@ TEST_F(LedgerTest, CheckFindsAndFixesEveryDifference) {
     rent->SetInt64("TotalBalance", 1);
     rent->DeleteField("Balance24290");
     rent->SetInt("BalanceFirst", 24300);
-    rent->Flush();
+    EXPECT_TRUE(rent->Flush());
   }
   LCheckReport report = Check();
   std::set<std::string> fields;

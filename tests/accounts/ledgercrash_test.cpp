@@ -35,9 +35,9 @@ namespace {
 
 void CreateChart(LProfile& profile) {
   for (const char* number : {"1110", "1120", "1130"})
-    LCreateAccount(profile, number, number, kAccountAsset, true, 0, kClassificationNone);
+    EXPECT_TRUE(LCreateAccount(profile, number, number, kAccountAsset, true, 0, kClassificationNone));
   for (const char* number : {"6410", "6420"})
-    LCreateAccount(profile, number, number, kAccountExpense, false, 1, kClassificationNone);
+    EXPECT_TRUE(LCreateAccount(profile, number, number, kAccountExpense, false, 1, kClassificationNone));
 }
 
 LLedgerTransaction Rent(const std::string& date, const std::string& reference, long long amount) {

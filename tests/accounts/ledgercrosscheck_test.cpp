@@ -42,7 +42,7 @@ std::string LedgerAmount(long long cents) { return LFormatAmountPlain(cents, 2);
 class LedgerCrossCheck : public LHomeTest {
  protected:
   void SetUp() override {
-    LAccountListCreateDefault(profile_);
+    EXPECT_TRUE(LAccountListCreateDefault(profile_));
     chart_ = ReadChart(profile_);
     std::mt19937 random(20240611);
     // Opening balances on a few balance-sheet accounts; 3999 takes the other side of each.
@@ -52,7 +52,7 @@ class LedgerCrossCheck : public LHomeTest {
       long long amount = std::uniform_int_distribution<long long>(1, 5000000)(random);
       LAccount account;
       LAccountList(profile_).Open(account, number);
-      account.UpdateOpeningBalance(profile_, amount);
+      EXPECT_TRUE(account.UpdateOpeningBalance(profile_, amount));
       long long stored = account.GetType() == kAccountAsset ? amount : -amount;
       journal_ << "    " << number << "  " << LedgerAmount(stored) << "\n";
       openingSum += stored;

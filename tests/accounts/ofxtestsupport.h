@@ -69,7 +69,7 @@ class LOFXTest : public LHomeTest {
       LOptions options;
       options.OpenFrom(*profile_);
       options.SetInt("CurrencyDigits", digits);
-      options.Flush();
+      EXPECT_TRUE(options.Flush());
       profile_->Reload();
     }
     return *profile_;

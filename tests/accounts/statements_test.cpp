@@ -64,7 +64,7 @@ std::vector<std::string> Labels(const LReportTable& table) {
 class StatementsTest : public LHomeTest {
  protected:
   void SetUp() override {
-    LAccountListCreateDefault(profile_);
+    EXPECT_TRUE(LAccountListCreateDefault(profile_));
     // 2023: capital 10,000.00; 2024: sales, cost of sales, rent, advertising under 6300, a loan.
     Post(profile_, "2023-12-15", {{"1110", 1000000}, {"3010", -1000000}});
     Post(profile_, "2024-01-10", {{"1210", 500000}, {"4110", -500000}});
@@ -79,13 +79,13 @@ class StatementsTest : public LHomeTest {
     LOptions options;
     options.OpenFrom(profile_);
     options.SetBool(name, on);
-    options.Flush();
+    EXPECT_TRUE(options.Flush());
   }
   void DeleteAccount(const char* number) {
     LAccount account;
     LAccountList(profile_).Open(account, number);
     account.SetBool("Deleted", true);
-    account.Flush();
+    EXPECT_TRUE(account.Flush());
   }
   LReportTable ProfitAndLoss(std::string from = "2024-01-01", std::string to = "2024-12-31") {
     LReportTable table;
@@ -140,7 +140,7 @@ TEST_F(StatementsTest, BalanceSheetBalancesOnRetainedEarnings) {
 TEST_F(StatementsTest, BalanceSheetIncludesOpeningBalances) {
   LAccount account;
   LAccountList(profile_).Open(account, "1120");
-  account.UpdateOpeningBalance(profile_, 70000);
+  EXPECT_TRUE(account.UpdateOpeningBalance(profile_, 70000));
   LReportTable table;
   ASSERT_TRUE(LBalanceSheet(profile_, "2023-12-31", {}, table));
   EXPECT_EQ(Values(table, {"1120 Compte épargne", "3999 Comptabilité historique", "Total capitaux propres :"}),

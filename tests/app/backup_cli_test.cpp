@@ -80,7 +80,7 @@ TEST_F(BackupCliTest, RestoredDataReadsExactlyAsAtTheBackup) {
 }
 
 TEST_F(BackupCliTest, RefusedOrCancelledBackupsStillResetTheReminder) {
-  LUserSettingSetString("Setting", "LastBackup", "1000");
+  EXPECT_TRUE(LUserSettingSetString("Setting", "LastBackup", "1000"));
   LExpectRefused({"backup", home_.Path() + "/nowhere"}, kNoWriteAccess);
   EXPECT_GT(LastBackup(), 1000);
   LExpectRefused(
@@ -94,7 +94,7 @@ TEST_F(BackupCliTest, RefusedOrCancelledBackupsStillResetTheReminder) {
     bool IsToStop() override { return true; }
   } stop;
   LFolderCopierInProcess copier(stop);
-  LUserSettingSetString("Setting", "LastBackup", "1000");
+  EXPECT_TRUE(LUserSettingSetString("Setting", "LastBackup", "1000"));
   std::string path, error;
   EXPECT_EQ(MainDialog::CmBackup(copier, drive_, path, error), kProcessCancelled);
   EXPECT_EQ(path, "");
@@ -105,7 +105,7 @@ TEST_F(BackupCliTest, RefusedOrCancelledBackupsStillResetTheReminder) {
 TEST_F(BackupCliTest, BackupIntoAReadOnlyFolderStoresNothing) {
   LSmallFileSystem readOnly(1024 * 1024, true);
   if (readOnly.Path().empty()) GTEST_SKIP() << "no read-only tmpfs can be mounted here";
-  LUserSettingSetString("Setting", "LastBackup", "1000");
+  EXPECT_TRUE(LUserSettingSetString("Setting", "LastBackup", "1000"));
   LExpectRefused({"backup", readOnly.Path()}, kNoWriteAccess);
   EXPECT_TRUE(std::filesystem::is_empty(readOnly.Path()));
   EXPECT_GT(LastBackup(), 1000);

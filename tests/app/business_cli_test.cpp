@@ -106,6 +106,17 @@ TEST_F(BusinessCliTest, FiscalYearEndFollowsTheCountry) {
   EXPECT_EQ(Misc("Fin juin", "Company", "FiscalYearEndDay"), "30");
 }
 
+TEST_F(BusinessCliTest, WizardStoresTheLegalMentionsOfTheInvoices) {
+  LExpectSuccess({"business", "add", "--name", "Atelier Legrand", "--country", "FR", "--siren", "123456789", "--siret",
+                  "12345678900017", "--vat-number", "FR32123456789", "--legal-form", "SAS", "--share-capital", "10000",
+                  "--rcs", "RCS Lyon", "--late-penalty-rate", "12.5", "--vat-exempt", "--email", "a@legrand.fr"});
+  const std::pair<const char*, const char*> stored[] = {
+      {"SIREN", "123456789"}, {"SIRET", "12345678900017"}, {"VATNumber", "FR32123456789"}, {"LegalForm", "SAS"},
+      {"ShareCapital", "1000000"}, {"RCS", "RCS Lyon"}, {"LatePenaltyRate", "12.500000"}, {"VATExempt", "1"},
+      {"Email", "a@legrand.fr"}, {"FiscalYearEnd", "12"}};
+  for (const auto& [field, value] : stored) EXPECT_EQ(Misc("Atelier Legrand", "Company", field), value) << field;
+}
+
 TEST_F(BusinessCliTest, RefusedWizardLeavesNoFolderWithThePagesMessage) {
   PrimaryAndFiliale();
   std::filesystem::create_directories(MultiBus("__MACOSX") + "/Misc");
@@ -120,6 +131,11 @@ TEST_F(BusinessCliTest, RefusedWizardLeavesNoFolderWithThePagesMessage) {
       {{"--name", "Neuve", "--opening-checking", "abc"}, "Veuillez entrer un solde initial pour le compte-chèque."},
       {{"--name", "Neuve", "--opening-credit-card", ""}, "Veuillez entrer un solde de compte de carte de crédit."},
       {{"--country", "CA", "--province", "14"}, "Veuillez choisir une province du Canada dans la liste."},
+      // The legal mentions are checked as the company settings check them.
+      {{"--name", "Neuve", "--siren", "12345"}, "Le numéro SIREN doit compter 9 chiffres."},
+      {{"--name", "Neuve", "--siren", "123456789", "--siret", "98765432100011"},
+       "Le numéro SIRET doit compter 14 chiffres et commencer par le numéro SIREN."},
+      {{"--name", "Neuve", "--vat-number", "32123"}, "Numéro de TVA intracommunautaire non valide (par exemple FR32123456789)."},
   };
   // Standard input is no terminal here, so nothing is asked: the answers given are all there is.
   for (const auto& [options, message] : cases) {

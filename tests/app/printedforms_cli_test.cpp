@@ -124,3 +124,34 @@ TEST_F(PrintedForms, ReportsPrintOverPagesWithTheirHeadings) {
 }
 
 }  // namespace
+
+namespace {
+
+// The cheque and its stub: the amount in figures and in words, the payee, the place taken from
+// the business's address; a void cheque is printed crossed out.
+TEST_F(PrintedForms, ChequeCarriesItsAmountInWordsAndItsStub) {
+  LExpectSuccess({"cheque", "next", "--account", "1110", "4051"});
+  EXPECT_EQ(LExpectSuccess({"cheque", "add", "--account", "1110", "--payee", "SCI Les Tilleuls", "--amount", "1280.75",
+                            "--date", "2026-11-03", "6410:1200:Loyer novembre", "6510:80.75"}),
+            "PMT10000\n");
+  EXPECT_EQ(RunHere("cheque pdf 4051"), "Chèque-4051.pdf\n");
+  std::string path = home_.Path() + "/Chèque-4051.pdf";
+  std::string text = LPdfText(path);
+  ExpectAll(text, {"Talon du chèque n° 4051", "Date : 03/11/2026", "À l'ordre de : SCI Les Tilleuls",
+                   "Montant : 1 280,75 €", "Loyer novembre", "Payez contre ce chèque",
+                   "mille deux cent quatre-vingts euros et soixante-quinze centimes", "SCI Les Tilleuls",
+                   "À Lyon, le 03/11/2026", "Atelier Dupuis", "Chèque n° 4051"});
+  EXPECT_EQ(text.find("ANNULÉ"), std::string::npos);
+  EXPECT_EQ(LPdfInfo(path, "Pages"), "1");
+  EXPECT_NE(LPdfFontRows(path).find("DejaVuSans"), std::string::npos);
+  EXPECT_EQ(LKeepPdfRendering(path, "cheque"), 1);
+
+  LExpectSuccess({"cheque", "void", "4051", "--date", "2026-11-10"});
+  std::string voided = home_.Path() + "/void.pdf";
+  LExpectSuccess({"cheque", "pdf", "PMT10000", "--out", voided});
+  ExpectAll(LPdfText(voided), {"ANNULÉ", "Annulé le 10/11/2026"});
+  LExpectRefused({"cheque", "pdf", "77"}, "Le chèque n° 77 n'existe pas.");
+  LExpectUsageErrors({{"cheque", "pdf"}, {"cheque", "pdf", "1", "2"}});
+}
+
+}  // namespace

@@ -16,7 +16,7 @@ class ReportCliTest : public LHomeTest {
  protected:
   void SetUp() override {
     LProfile profile;
-    LAccountListCreateDefault(profile);
+    EXPECT_TRUE(LAccountListCreateDefault(profile));
     Post(profile, "2023-06-15", "1110", "4110", 200000);
     Post(profile, "2024-01-10", "1110", "4110", 500000);
     Post(profile, "2024-03-06", "6410", "1110", 80000);
@@ -95,7 +95,7 @@ TEST_F(ReportCliTest, ConsolidationOverBusinessesByNumber) {
   ASSERT_TRUE(LFile::MakeFolder(home_.SharedFolder() + "/MultiBus/1"));
   {
     LProfile other(home_.SharedFolder() + "/MultiBus/1");
-    LAccountListCreateDefault(other);
+    EXPECT_TRUE(LAccountListCreateDefault(other));
     Post(other, "2024-02-02", "1110", "4110", 1001);
   }
   nlohmann::json report = LRunKontavoJson({"report", "pl", "--from", "2024-01-01", "--to", "2024-12-31", "--consolidate",

@@ -62,8 +62,9 @@ class TerminalCliTest : public LHomeTest {};
 TEST_F(TerminalCliTest, WizardAsksEveryPageAndAsksARefusedPageAgain) {
   const std::string typed =
       "fr\n"                    // country
-      "\n\n\n\n"                // name left empty: refused, the page is asked again
+      "\n\n\n\n\n"              // name left empty: refused, the page is asked again
       "Atelier\n12 rue Haute\nMarie\n\n"
+      "o\n123456789\n12345678900017\nFR32123456789\nSARL\n5000\nRCS Lyon\n\n\n\nn\n"  // legal mentions
       "\nLivre\n\n"             // currency: the symbol and subunit by default, another name
       "\nn\no\n\nn\n"           // the general chart; a checking account without its balance: refused
       "\no\no\n250.50\nn\n"     // asked again
@@ -78,7 +79,8 @@ TEST_F(TerminalCliTest, WizardAsksEveryPageAndAsksARefusedPageAgain) {
   const std::tuple<const char*, const char*, const char*> written[] = {
       {"Company", "Name", "Atelier"},      {"Company", "Address", "12 rue Haute"},
       {"Company", "ManualCreateAccounts", "1"}, {"Options", "CurrencyName", "Livre"},
-      {"Options", "CurrencySubunit", "Centime"}, {"Invoice", "QuantityColumnTitle", "Hres"}};
+      {"Options", "CurrencySubunit", "Centime"}, {"Invoice", "QuantityColumnTitle", "Hres"},
+      {"Company", "SIRET", "12345678900017"}, {"Company", "ShareCapital", "500000"}, {"Company", "RCS", "RCS Lyon"}};
   for (const auto& [record, field, value] : written)
     EXPECT_EQ(LStoredField("Misc", record, field, "1"), value) << field;
   EXPECT_EQ(LStoredField("Accounts", "512000", "OpeningBalance", "1"), "25050");

@@ -96,6 +96,12 @@ TEST_F(WebSettingsTest, EachPageStoresWhatTheCommandLineReadsBack) {
   EXPECT_EQ(LStoredField("Misc", "Quote", "PaymentTermsDays"), "45");
   EXPECT_EQ(LStoredField("Misc", "Quote", "NotesText"), "Devis valable un mois.");
   EXPECT_EQ(LStoredField("Misc", "Quote", "FooterText"), "Merci");
+  // A kind never set before gets its record; its template form is kept, and "" goes back to
+  // the default.
+  EXPECT_NE(post("settingsdocuments", "kind=CreditNote&rbg1=101&104=Avoir&106=maison&201=on").find(done), std::string::npos);
+  EXPECT_EQ(LStoredField("Misc", "CreditNote", "Form"), "maison");
+  EXPECT_NE(post("settingsdocuments", "kind=CreditNote&rbg1=101&104=Avoir&106=&201=on").find(done), std::string::npos);
+  EXPECT_EQ(LStoredField("Misc", "CreditNote", "Form"), "<absent>");
   EXPECT_EQ(LStoredField("Misc", "Options", "DontShowDiscountColumn"), "0");
 
   // The closing date.

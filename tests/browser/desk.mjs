@@ -57,6 +57,15 @@ try {
   await page.fill('[id="201"]', 'Boulangerie Martin');
   await page.fill('[id="202"]', '3 place du Marché\n69002 Lyon');
   await page.fill('[id="203"]', 'Claire Martin');
+  // The legal mentions of the invoices, checked as the company settings check them.
+  await page.fill('[id="216"]', 'SARL');
+  await page.fill('[id="218"]', '12345');
+  await next();
+  await expectError(/Le numéro SIREN doit compter 9 chiffres\./);
+  assert.equal(await page.evaluate(() => document.activeElement.id), '218');
+  await page.fill('[id="218"]', '123456789');
+  await page.fill('[id="221"]', 'FR32123456789');
+  await snap(page, 'wizard-company-legal');
   await next();
   await page.waitForURL(/step=3/);
   assert.equal(await page.inputValue('[id="311"]'), '€');
@@ -95,6 +104,8 @@ try {
   assert.match(chart, /1 500,50 €/);
   await snap(page, 'main-with-chart');
   assert.equal(run(['record', 'get', 'Misc', 'Company', 'Name']).trim(), 'Boulangerie Martin');
+  assert.equal(run(['record', 'get', 'Misc', 'Company', 'SIREN']).trim(), '123456789');
+  assert.equal(run(['record', 'get', 'Misc', 'Company', 'VATNumber']).trim(), 'FR32123456789');
   assert.equal(run(['record', 'get', 'Misc', 'Invoice', 'QuantityColumnTitle']).trim(), 'Hres');
 
   // A second business through the same wizard, then opened and deleted again.

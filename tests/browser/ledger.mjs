@@ -123,6 +123,12 @@ try {
   await page.waitForURL(/checklist/);
   assert.match(await page.locator('table.hltbl').innerText(), /Traiteur Martin\s+\D*80[,.]00\D*\s+Émis/);
   await snap(page, 'cheque-written');
+  // Printed with its stub, the amount in words, read back with poppler.
+  const [cheque] = await Promise.all([page.waitForEvent('download'), page.click('table.hltbl a:has-text("Imprimer")')]);
+  assert.equal(cheque.suggestedFilename(), 'Chèque-1.pdf');
+  await cheque.saveAs(join(output, 'cheque.pdf'));
+  assert.match(execFileSync('pdftotext', ['-layout', join(output, 'cheque.pdf'), '-'], { encoding: 'utf8' }),
+               /Talon du chèque n° 1[\s\S]*quatre-vingts euros[\s\S]*Traiteur Martin/);
   await page.click('table.hltbl a:has-text("Annuler")');
   await page.waitForURL(/checkvoid/);
   await press(page, 'Annuler le chèque');

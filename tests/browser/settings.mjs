@@ -116,11 +116,14 @@ try {
   await page.waitForURL(base + 'settingsdocuments?kind=Quote');
   await page.fill('[id="103"]', '15');
   await page.fill('[id="104"]', 'Devis valable quinze jours.');
+  // The template form the quotes print with: the default ones are offered from the start.
+  await page.selectOption('[id="106"]', 'commande');
   await page.check('[id="201"]');
   await snap(page, 'settings-documents');
   await ok('settingsmenu');
   assert.equal(field('Misc', 'Quote', 'PaymentTermsDays'), '15');
   assert.equal(field('Misc', 'Quote', 'NotesText'), 'Devis valable quinze jours.');
+  assert.equal(field('Misc', 'Quote', 'Form'), 'commande');
   assert.equal(field('Misc', 'Options', 'DontShowDiscountColumn'), '0');
 
   // Linked accounts: the deposit account becomes the cash box.

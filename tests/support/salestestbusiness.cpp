@@ -11,7 +11,7 @@
 void LSalesTestBusiness::SetUp() {
   ::setenv("KONTAVO_COUNTRY", "US", 1);
   profile_ = std::make_unique<LProfile>(home_.SharedFolder());
-  LAccountListCreateDefault(*profile_);
+  EXPECT_TRUE(LAccountListCreateDefault(*profile_));
   LTaxOptions tax;
   tax.OpenFrom(*profile_);
   struct Tax {

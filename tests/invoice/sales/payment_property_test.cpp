@@ -98,7 +98,7 @@ class PaymentProperty : public LSalesTestBusiness {
       long long room = payment.GetUnappliedAmount(Profile()) + payment.GetAppliedAmount(invoice.GetPrimaryKey(), Profile());
       if (room > 0) LPaymentApplyToInvoice(payment, invoice, Between(1, room), Profile(), payment.IsRefund());
     }
-    payment.Flush();
+    EXPECT_TRUE(payment.Flush());
   }
 
   void ApplyCreditNote() {

@@ -107,7 +107,7 @@ TEST_F(Payments, ApplyingAgainReplacesTheEarlierAmountOfTheSamePayment) {
   ASSERT_TRUE(Profile().MainList(kPaymentsList).Open(payment, key));
   ASSERT_TRUE(Profile().MainList("Invoices").Open(document, invoice));
   EXPECT_EQ(LPaymentApplyToInvoice(payment, document, 300, Profile(), false), 300);
-  payment.Flush();
+  EXPECT_TRUE(payment.Flush());
   EXPECT_EQ(Paid(invoice), 300 - 200 + 300);
   EXPECT_EQ(Field(kPaymentsList, key, "InvoiceNumber"), invoice);
   EXPECT_EQ(Field(kPaymentsList, key, "InvoiceAmounts"), "300");
@@ -152,7 +152,7 @@ TEST_F(Payments, CachedAmountsAreReadAsymmetrically) {
   EXPECT_EQ(document.GetAmountPaid(Profile()), 300);      // absent: recomputed
   document.DeleteField("AmountRefunded");
   EXPECT_EQ(document.GetAmountRefunded(Profile()), 120);
-  document.Flush();
+  EXPECT_TRUE(document.Flush());
   EXPECT_EQ(Field("Invoices", invoice, "AmountPaid"), "300");
 
   // Drafts and records without a key have nothing paid whatever they hold.

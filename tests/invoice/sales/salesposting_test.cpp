@@ -126,7 +126,7 @@ TEST_F(SalesPosting, TaxesItemAccountsAndShipping) {
   LItem item;
   Profile().MainList(kItemsList).OpenAlways(item, "W");
   item.SetString("PLAccount", "Frais de port perçus");  // any income account found by description
-  item.Flush();
+  EXPECT_TRUE(item.Flush());
   LRecord content;
   For(content);
   AddLine(content, 10000, -1, 1, 0, "2", "");  // tax A 10 %
@@ -147,11 +147,11 @@ TEST_F(SalesPosting, TaxAccountThatNoLongerExistsGoesTo2301) {
   LTaxOptions tax;
   tax.OpenFrom(Profile());
   tax.SetTaxAccountPayable(1, "Taxe disparue");  // unknown: the linked slot 5 instead
-  tax.Flush();
+  EXPECT_TRUE(tax.Flush());
   LOptions options;
   options.OpenFrom(Profile());
   options.SetDefAccountNumber(5, "2999");  // and slot 5 names an account that is gone
-  options.Flush();
+  EXPECT_TRUE(options.Flush());
   LInvoice invoice;
   invoice.SetPrimaryKey("1");
   For(invoice);
@@ -207,8 +207,8 @@ TEST_F(SalesPosting, PaymentsCreditTheReceivableAndDebitTheDeposit) {
   ASSERT_TRUE(LPaymentRecordTransactions(Profile(), payment, "anne"));
   EXPECT_EQ(payment.GetString("JournalTxnRef"), "REC10000");
   EXPECT_EQ(Posted("2024-05-04", "REC10000"), (Lines{{kReceivable, -5000}, {kChecking, 5000}}));
-  payment.Flush();
-  LCustomerChangeBalance(Profile(), "C1", -5000);  // as applying the payment does
+  EXPECT_TRUE(payment.Flush());
+  EXPECT_TRUE(LCustomerChangeBalance(Profile(), "C1", -5000));  // as applying the payment does
 
   // Deleted from the ledger: through the payment, whose amount goes back onto the balance.
   EXPECT_TRUE(LedgerTransactionDelete(Profile(), "2024-05-04", "REC10000"));
@@ -268,7 +268,7 @@ TEST_F(SalesPosting, RefusedWhileALinkedAccountIsMissing) {
   LOptions options;
   options.OpenFrom(Profile());
   options.SetString("DefAccount2Number", "");
-  options.Flush();
+  EXPECT_TRUE(options.Flush());
   LRecord content;
   For(content, "2024-05-02", 1000);
   std::string key, error;
@@ -335,7 +335,7 @@ TEST_F(SalesPosting, BalancesAndBookCheckAgreeAfterAnySequence) {
   for (const auto& p : report.problems) ADD_FAILURE() << p.file << ": " << p.message;
 
   // A balance moved by hand is found, and fixed.
-  LCustomerChangeBalance(Profile(), "C2", 12345);
+  EXPECT_TRUE(LCustomerChangeBalance(Profile(), "C2", 12345));
   report = Check(true);
   ASSERT_EQ(report.differences.size(), 1u);
   EXPECT_EQ(report.differences[0].key, "C2");
@@ -348,11 +348,11 @@ TEST_F(SalesPosting, MissingTaxAccountsAreCreatedWithTheChart) {
   LTaxOptions tax;
   tax.OpenFrom(Profile());
   ASSERT_TRUE(LTaxOptionsSetCanadaRates(tax, kProvinceQuebec));
-  tax.Flush();
-  LTaxOptionsCreateDefaultTaxAccounts(Profile());
+  EXPECT_TRUE(tax.Flush());
+  EXPECT_TRUE(LTaxOptionsCreateDefaultTaxAccounts(Profile()));
   EXPECT_EQ(LGetAccountNumberUsingDescription(Profile(), "TVQ perçue"), "2411");
   EXPECT_EQ(LGetAccountNumberUsingDescription(Profile(), "Taxe à la vente perçue"), "2410");
-  LTaxOptionsCreateDefaultTaxAccounts(Profile());  // nothing more the second time
+  EXPECT_TRUE(LTaxOptionsCreateDefaultTaxAccounts(Profile()));  // nothing more the second time
   LAccount account;
   EXPECT_FALSE(LAccountList(Profile()).Open(account, "2412"));
 }

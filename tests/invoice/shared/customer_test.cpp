@@ -50,10 +50,10 @@ class CustomerBalance : public LSalesTestBusiness {
 
 TEST_F(CustomerBalance, ChangeAddsToTheStoredBalanceAndIgnoresUnknownKeys) {
   AddCustomer("C1");
-  LCustomerChangeBalance(Profile(), "C1", 1500);
-  LCustomerChangeBalance(Profile(), "C1", -200);
+  EXPECT_TRUE(LCustomerChangeBalance(Profile(), "C1", 1500));
+  EXPECT_TRUE(LCustomerChangeBalance(Profile(), "C1", -200));
   EXPECT_EQ(Customer("C1")->GetBalance(), 1300);
-  LCustomerChangeBalance(Profile(), "Nobody", 100);
+  EXPECT_TRUE(LCustomerChangeBalance(Profile(), "Nobody", 100));
   EXPECT_FALSE(Profile().MainList(kCustomersList).TestRecordExists("Nobody"));
 }
 
@@ -113,7 +113,7 @@ TEST_F(CustomerBalance, RecordedInvoiceMovesTheBalanceByTheChangeOfItsTotalOnly)
   Profile().MainList("Invoices").OpenAlways(invoice, "7");
   invoice.SetString("Customer", "C1");
   AddLine(invoice, 10000, -1, 1, 0, "2", "");
-  invoice.Flush();
+  EXPECT_TRUE(invoice.Flush());
   EXPECT_TRUE(LInvoiceSumTotals(Profile(), invoice).TotalChanged());
   EXPECT_EQ(Customer("C1")->GetBalance(), 11000);
   // Unchanged: nothing is written, the balance stays.
@@ -130,7 +130,7 @@ TEST_F(CustomerBalance, RecordedInvoiceMovesTheBalanceByTheChangeOfItsTotalOnly)
   LInvoice edited;
   ASSERT_TRUE(Profile().MainList("Invoices").Open(edited, "7"));
   AddLine(edited, 1000, -1, 1, 0, "2", "");
-  LInvoiceSumTotals(Profile(), edited);
+  ASSERT_TRUE(LInvoiceSumTotals(Profile(), edited).written);
   EXPECT_EQ(Customer("C1")->GetBalance(), 12100);
 }
 
@@ -144,8 +144,8 @@ TEST_F(CustomerBalance, DraftsAndOtherKindsLeaveTheBalanceAlone) {
     document->SetString("Customer", "C1");
     AddLine(*document, 5000, -1, 1, 0, "2", "");
   }
-  LInvoiceSumTotals(Profile(), draft);
-  LOrderSumTotals(Profile(), order);
+  ASSERT_TRUE(LInvoiceSumTotals(Profile(), draft).written);
+  ASSERT_TRUE(LOrderSumTotals(Profile(), order).written);
   EXPECT_EQ(draft.GetTotal() + order.GetTotal(), 11000);
   EXPECT_EQ(Customer("C1")->GetBalance(), 0);
 }

@@ -41,7 +41,7 @@ class MtdVatTest : public LHomeTest {
     LOptions options;
     options.OpenFrom(*profile_);
     options.SetString(kVATRegistrationField, "123456789");
-    options.Flush();
+    EXPECT_TRUE(options.Flush());
   }
   // (Re)starts the stand-in with hmrcserver.py's options and a fresh journal.
   void StartServer(const std::vector<std::string>& options = {}) {
@@ -49,14 +49,14 @@ class MtdVatTest : public LHomeTest {
     std::filesystem::remove_all(home_.Path() + "/hmrc");
     server_ = std::make_unique<LHmrcTestServer>(home_.Path() + "/hmrc", options);
     ASSERT_TRUE(server_->IsRunning());
-    LUserSettingSetString(kMTDSettingsGroup, "ApiBaseURL", server_->BaseUrl());
-    LUserSettingSetString("HTTPS", "CAFile", server_->CertFile());
-    LUserSettingSetString("HTTPS", "TimeoutSeconds", "20");
+    EXPECT_TRUE(LUserSettingSetString(kMTDSettingsGroup, "ApiBaseURL", server_->BaseUrl()));
+    EXPECT_TRUE(LUserSettingSetString("HTTPS", "CAFile", server_->CertFile()));
+    EXPECT_TRUE(LUserSettingSetString("HTTPS", "TimeoutSeconds", "20"));
   }
   static void SetTokens(const std::string& access, const std::string& refresh, const std::string& code = {}) {
     for (auto [key, value] : {std::pair{"AccessToken", access}, {"RefreshToken", refresh}, {"AuthorizationCode", code}}) {
-      if (value.empty()) LUserSettingDeletePassword(kMTDPasswordSection, key);
-      else LUserSettingSetPassword(kMTDPasswordSection, key, value);
+      EXPECT_TRUE(value.empty() ? LUserSettingDeletePassword(kMTDPasswordSection, key)
+                                : LUserSettingSetPassword(kMTDPasswordSection, key, value));
     }
   }
   static std::string Password(const char* key) {
@@ -73,7 +73,7 @@ class MtdVatTest : public LHomeTest {
     LVATObligation obligation;
     profile_->List(kVATObligationsList).OpenAlways(obligation, key);
     obligation.SetString("Status", "O");
-    obligation.Flush();
+    EXPECT_TRUE(obligation.Flush());
   }
   // What the dialog shows the user: "caption: message".
   static std::string Alert(const FKMTDforVATDlg& dialog) { return dialog.Alert().caption + ": " + dialog.Alert().message; }
@@ -305,12 +305,12 @@ TEST_F(MtdVatTest, AReplyThatNeverEndsTimesOutAndACancelEndsItAtOnce) {
   StartServer({"--hang"});
   SetTokens("acc-0", "ref-0");
   StoreObligation("OLD1");
-  LUserSettingSetString("HTTPS", "TimeoutSeconds", "1");
+  EXPECT_TRUE(LUserSettingSetString("HTTPS", "TimeoutSeconds", "1"));
   FKMTDforVATDlg dialog(*profile_, process_);
   EXPECT_FALSE(dialog.RetrieveVatObligations(true));
   EXPECT_EQ(dialog.Alert().message, "Failed to connect to HMRC");
 
-  LUserSettingSetString("HTTPS", "TimeoutSeconds", "30");
+  EXPECT_TRUE(LUserSettingSetString("HTTPS", "TimeoutSeconds", "30"));
   CancelAfter cancel(300);
   FKMTDforVATDlg cancelled(*profile_, cancel);
   auto start = std::chrono::steady_clock::now();
@@ -323,7 +323,7 @@ TEST_F(MtdVatTest, AReplyThatNeverEndsTimesOutAndACancelEndsItAtOnce) {
 
 TEST_F(MtdVatTest, AServerWithAnUntrustedCertificateIsRefused) {
   StartServer();
-  LUserSettingDelete("HTTPS", "CAFile");
+  EXPECT_TRUE(LUserSettingDelete("HTTPS", "CAFile"));
   SetTokens("acc-0", "ref-0");
   StoreObligation("OLD1");
   FKMTDforVATDlg dialog(*profile_, process_);

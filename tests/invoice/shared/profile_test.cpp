@@ -93,7 +93,7 @@ TEST_F(ProfileTest, DefaultAccountSlotsHoldEachAccountOnce) {
   options.SetDefAccountNumber(3, "1210");
   for (auto [slot, number] : {std::pair{2, ""}, {3, "1210"}, {0, ""}, {10, ""}})
     EXPECT_EQ(options.GetDefAccountNumber(profile, slot), number) << slot;
-  options.Flush();
+  EXPECT_TRUE(options.Flush());
   std::string slot3;
   LOptions::GetDefAccountNumber(profile, 3, slot3);
   EXPECT_EQ(slot3, "1210");

@@ -111,14 +111,14 @@ TEST_F(RecurringTemplates, AnythingDueLooksAtInvoiceTemplatesOnly) {
   LRecord order;
   Profile().List(kRecurringOrdersList).OpenAlways(order, "1");
   order.SetString("RecurStart", "2024-01-01");
-  order.Flush();
+  EXPECT_TRUE(order.Flush());
   EXPECT_FALSE(LRecurringTest(Profile(), now));
   EXPECT_TRUE(LRecurringTestList(Profile(), kRecurringOrdersList, now));
 
   LRecord invoice;
   Profile().List(kRecurringInvoicesList).OpenAlways(invoice, "1");
   invoice.SetString("RecurStart", "2024-06-02");
-  invoice.Flush();
+  EXPECT_TRUE(invoice.Flush());
   EXPECT_FALSE(LRecurringTest(Profile(), now));
   EXPECT_TRUE(LRecurringTest(Profile(), LocalMidnight("2024-06-02")));
 }

@@ -75,7 +75,7 @@ class SalesReports : public LSalesTestBusiness {
   }
   // Writes every document made so far.
   void Save() {
-    for (auto& document : documents_) document->Flush();
+    for (auto& document : documents_) EXPECT_TRUE(document->Flush());
   }
   template <class Report>
   LReportTable Make(LSalesReportFilter filter = {}) {
@@ -126,7 +126,7 @@ TEST_F(SalesReports, AgingSumsEachCustomersInvoicesIntoBuckets) {
   LOptions options;
   options.OpenFrom(Profile());
   options.SetBool("UseParenthesesForNegative", true);
-  options.Flush();
+  EXPECT_TRUE(options.Flush());
 
   LReportAccountsReceivableAgingReport report(Profile(), {}, now);
   LReportTable table;

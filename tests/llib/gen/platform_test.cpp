@@ -40,17 +40,17 @@ TEST(MakeFilePath, AddsOneSlashAndCutsAt259Bytes) {
 TEST(UserSettings, GroupsKeepEveryKeyAndSecretsStayPrivate) {
   LTempHome home;
   EXPECT_FALSE(LUserSettingTestExists("MultipleBusiness", "WorkingFolder"));
-  LUserSettingSetString("MultipleBusiness", "WorkingFolder", "/x/y");
-  LUserSettingSetString("MultipleBusiness", "Other", "é & =");
+  EXPECT_TRUE(LUserSettingSetString("MultipleBusiness", "WorkingFolder", "/x/y"));
+  EXPECT_TRUE(LUserSettingSetString("MultipleBusiness", "Other", "é & ="));
   std::string value;
   ASSERT_TRUE(_LUserSettingGetString("MultipleBusiness", "WorkingFolder", value));
   EXPECT_EQ(value, "/x/y");
   EXPECT_EQ(LUserSettingGetString("MultipleBusiness", "Other"), "é & =");
   EXPECT_EQ(LUserSettingGetString("Setting", "LastBackup", "none"), "none");
-  LUserSettingDelete("MultipleBusiness", "Other");
+  EXPECT_TRUE(LUserSettingDelete("MultipleBusiness", "Other"));
   EXPECT_FALSE(LUserSettingTestExists("MultipleBusiness", "Other"));
 
-  LUserSettingSetPassword("MTDForVAT", "AccessToken", "secret");
+  EXPECT_TRUE(LUserSettingSetPassword("MTDForVAT", "AccessToken", "secret"));
   ASSERT_TRUE(LUserSettingGetPassword("MTDForVAT", "AccessToken", value));
   EXPECT_EQ(value, "secret");
   struct stat st;
@@ -58,7 +58,7 @@ TEST(UserSettings, GroupsKeepEveryKeyAndSecretsStayPrivate) {
   EXPECT_EQ(st.st_mode & 0777, 0600u);
   ASSERT_EQ(::stat((home.Path() + "/Keychain").c_str(), &st), 0);
   EXPECT_EQ(st.st_mode & 0777, 0700u);
-  LUserSettingDeletePassword("MTDForVAT", "AccessToken");
+  EXPECT_TRUE(LUserSettingDeletePassword("MTDForVAT", "AccessToken"));
   EXPECT_FALSE(LUserSettingGetPassword("MTDForVAT", "AccessToken", value));
   EXPECT_EQ(value, "");
 }

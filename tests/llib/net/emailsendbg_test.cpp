@@ -8,6 +8,7 @@
 #include <chrono>
 #include <filesystem>
 #include <functional>
+#include <mutex>
 #include <thread>
 
 #include "llib/net/emailsettings.h"
@@ -44,7 +45,7 @@ class EmailSendBackground : public LHomeTest {
     settings.server = address;
     settings.useEncryption = false;
     settings.replyTo = "factures@mon-entreprise.fr";
-    LEmailSettingsSave(settings);
+    ASSERT_TRUE(LEmailSettingsSave(settings));
   }
   std::string Attachment() {
     std::string path = home_.Path() + "/Facture-1042.pdf";
@@ -99,8 +100,24 @@ TEST_F(EmailSendBackground, AMessageRefusedOnceIsSentOnItsFirstRetry) {
   ASSERT_TRUE(server.IsRunning());
   UseServer(server.Address());
   std::string file = Attachment();
-  LSendEmailBackground("client@exemple.fr", "", "Relance", "texte", {file}, false);
-  ASSERT_TRUE(WaitUntil([] { return LSendEmailBackgroundGetState().sent == 1; }));
+  // Whoever queued the message hears of each attempt: the refusal with the server's words, then
+  // the sending.
+  std::mutex mutex;
+  std::vector<std::string> heard;
+  LSendEmailBackground("client@exemple.fr", "", "Relance", "texte", {file}, false,
+                       [&](LProcessResult result, const std::string& error, bool willRetry) {
+                         std::lock_guard<std::mutex> lock(mutex);
+                         heard.push_back(result == kProcessFinished ? "sent" : (willRetry ? "retry: " : "dropped: ") + error);
+                       });
+  ASSERT_TRUE(WaitUntil([&] {
+    std::lock_guard<std::mutex> lock(mutex);
+    return heard.size() == 2;
+  }));
+  {
+    std::lock_guard<std::mutex> lock(mutex);
+    EXPECT_TRUE(heard[0].starts_with("retry: ") && heard[0].find("451") != std::string::npos) << heard[0];
+    EXPECT_EQ(heard[1], "sent");
+  }
   LEmailSendBackgroundState state = LSendEmailBackgroundGetState();
   EXPECT_EQ(state.attempts, 2u);
   EXPECT_EQ(state.dropped, 0u);

@@ -1,7 +1,7 @@
 // Template report expressions: the solver's checks and their order, its precedence and the odd
 // readings kept on purpose, the field substitution, the truncation to minor units, and the
 // decimal symbol shared by the substituted values and the solver.
-#include "app/templatereportformdata.h"
+#include "invoice/shared/templatereportformdata.h"
 
 #include <gtest/gtest.h>
 

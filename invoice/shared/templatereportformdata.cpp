@@ -1,4 +1,4 @@
-#include "app/templatereportformdata.h"
+#include "invoice/shared/templatereportformdata.h"
 
 #include <algorithm>
 #include <clocale>
