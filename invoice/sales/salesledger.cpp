@@ -21,7 +21,7 @@
 #include "invoice/sales/salesposting.h"
 #include "invoice/sales/taxaccounts.h"
 #include "invoice/shared/customer.h"
-#include "invoice/shared/documentdateindex.h"
+#include "invoice/shared/listindexes.h"
 #include "invoice/shared/profile.h"
 #include "llib/gen/file.h"
 #include "llib/gen/filestore.h"
@@ -139,7 +139,7 @@ void LSalesLedgerInstall() {
     LLedgerSetDocumentDeleteRoute(kTxnTypeSales, LSalesDeleteForLedger);
     LLedgerSetDocumentDeleteRoute(kTxnTypeReceipt, LPaymentDeleteForLedger);
     LCheckAddBookCheck(LCheckCustomerBalances);
-    LCheckAddBookCheck(LCheckDocumentDateIndexes);
+    LCheckAddBookCheck(LCheckListIndexes);
     LLedgerAddIntentSettler(kSalesChangeIntentExtension, SettleSalesChange);
     LAccountsSetTaxAccountsCreator(LTaxOptionsCreateDefaultTaxAccounts);
     LBankSetCustomerPaymentPoster(LBankPostCustomerPayment);
@@ -159,15 +159,14 @@ void LCheckCustomerBalances(LProfile& profile, bool fix, LCheckReport& report) {
   }
 }
 
-void LCheckDocumentDateIndexes(LProfile& profile, bool fix, LCheckReport& report) {
-  for (std::string_view listName : LDocumentDateIndexedLists()) {
-    for (const LFileStoreIndexMismatch& mismatch :
-         LFileStoreIndexVerify(profile.MainList(listName), kDocumentDateField, fix)) {
+void LCheckListIndexes(LProfile& profile, bool fix, LCheckReport& report) {
+  for (const LListIndex& index : LListIndexes()) {
+    for (const LFileStoreIndexMismatch& mismatch : LFileStoreIndexVerify(profile.MainList(index.list), index.field, fix)) {
       if (fix) continue;  // rebuilt
-      report.problems.push_back({std::string(listName) + "/.index." + std::string(kDocumentDateField), 0,
-                                 "L'index des dates ne suit pas le document « " + mismatch.key +
-                                     " » (kontavo check --fix le reconstruit)",
-                                 "index « " + mismatch.indexed + " », document « " + mismatch.actual + " »"});
+      report.problems.push_back({std::string(index.list) + "/.index." + std::string(index.field), 0,
+                                 "L'index « " + std::string(index.field) + " » ne suit pas l'enregistrement « " +
+                                     mismatch.key + " » (kontavo check --fix le reconstruit)",
+                                 "index « " + mismatch.indexed + " », enregistrement « " + mismatch.actual + " »"});
     }
   }
 }

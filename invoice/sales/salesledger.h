@@ -3,7 +3,7 @@
 //   - deleting a "Recettes" transaction deletes its invoice or credit note, and deleting a
 //     "Reçus" transaction its payment, through the sales side (salesbook.h);
 //   - checking the books also compares every customer's "Balance" with its documents, and the
-//     date index of every dated sales list with its records;
+//     indexes of the sales lists with their records;
 //   - the default chart of a new business also receives the accounts its taxes are collected
 //     into (taxaccounts.h);
 //   - a sales change killed midway (LSalesChangeIntent) has the documents it noted brought back
@@ -49,8 +49,8 @@ void LSalesLedgerInstall();
 // computed balance is written.
 void LCheckCustomerBalances(LProfile& profile, bool fix, LCheckReport& report);
 
-// The check of the date indexes of the sales lists (invoice/shared/documentdateindex.h): each
-// record whose entry gives another date than the record's own is reported as a problem; with fix
-// the index is rebuilt from the records instead. Entries left stale by a crash or a copy of the
-// folder are mended without a word, as every list page does.
-void LCheckDocumentDateIndexes(LProfile& profile, bool fix, LCheckReport& report);
+// The check of the indexes of the sales lists (invoice/shared/listindexes.h): each record whose
+// entry gives another value than the record's own is reported as a problem; with fix the index is
+// rebuilt from the records instead. Entries left stale by a crash or a copy of the folder are
+// mended without a word, as every list page does.
+void LCheckListIndexes(LProfile& profile, bool fix, LCheckReport& report);

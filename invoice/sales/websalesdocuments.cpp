@@ -11,9 +11,9 @@
 #include "invoice/sales/webcustomers.h"
 #include "invoice/shared/customer.h"
 #include "invoice/shared/documentconversion.h"
-#include "invoice/shared/documentdateindex.h"
 #include "invoice/shared/documenthistory.h"
 #include "invoice/shared/documentinput.h"
+#include "invoice/shared/listindexes.h"
 #include "invoice/shared/profile.h"
 #include "invoice/shared/webnavtabs.h"
 #include "llib/gen/date.h"
@@ -144,7 +144,8 @@ void LWebSalesDocumentsPage::WriteListBlock(LWebletForm& out) {
   const LCurrencyFormat& money = profile.GetCurrencyFormat();
   for (std::string_view listName : {kind_.recordedList, kind_.draftsList}) {
     const LFileStoreListBase& records = profile.MainList(listName);
-    for (const std::string& dated : LDocumentKeysDated(profile, listName, [&filter](std::string_view date) { return filter.Holds(date); })) {
+    auto inPeriod = [&filter](std::string_view date) { return filter.Holds(date); };
+    for (const std::string& dated : LDocumentKeysDated(profile, listName, inPeriod)) {
       LSalesDocument document;
       if (!records.Open(document, dated)) continue;  // deleted meanwhile
       std::string date = document.GetDate();

@@ -1,6 +1,6 @@
 #include "invoice/shared/profile.h"
 
-#include "invoice/shared/documentdateindex.h"
+#include "invoice/shared/listindexes.h"
 #include "invoice/shared/options.h"
 #include "invoice/shared/taxoptions.h"
 #include "llib/gen/file.h"
@@ -69,7 +69,7 @@ void LProfile::SetDatabaseName(std::string_view folder) {
 }
 
 void LProfile::Create() {
-  LDocumentDateIndexDeclare();
+  LListIndexesDeclare();
   LFile::MakeFolder(databaseName_);
   dataStore_.SetFolder(databaseName_);
   for (std::string_view name : kMainLists)

@@ -5,19 +5,17 @@
 #include <utility>
 
 #include "invoice/shared/customer.h"
+#include "invoice/shared/listindexes.h"
 #include "invoice/shared/partyfields.h"
 #include "invoice/shared/profile.h"
-#include "llib/gen/filestore.h"
 
 namespace {
 
-// The records of a list of parties as pull-down choices, by key, after an empty choice.
+// The parties of a list as pull-down choices, by key, after an empty choice (names from the
+// list's index: no record is opened).
 void PartyChoices(LProfile& profile, std::string_view listName, std::vector<std::string>& texts,
                   std::vector<std::string>& values) {
-  std::vector<std::pair<std::string, std::string>> all;
-  LRecord party;
-  for (LFileStoreIteratorBase it(profile.MainList(listName), party); party.IsAttached(); it.Next(party))
-    all.emplace_back(party.GetPrimaryKey(), party.GetString("Name"));
+  std::vector<std::pair<std::string, std::string>> all = LPartyNames(profile, listName);
   std::sort(all.begin(), all.end());
   texts = {""};
   values = {""};

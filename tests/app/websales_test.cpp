@@ -152,7 +152,7 @@ TEST_F(WebSalesTest, ListsShowAPeriodPageLongListsAndFilterByCustomer) {
             "window.location = 'quotelist?prd=all&from=&to=&customer=MAR';\n");
 }
 
-TEST_F(WebSalesTest, AMonthsListFollowsTheDateIndexAndShowingItWritesNothing) {
+TEST_F(WebSalesTest, ListsFollowTheIndexesOfDatesAndNamesAndShowingThemWritesNothing) {
   for (const char* date : {"2026-01-15", "2026-02-10"})
     ASSERT_EQ(LRunKontavo({"invoice", "new", "--customer", "DUP", "--date", date, "--line", "PAIN||1||"}).exitCode, 0);
   std::string session = Session();
@@ -179,10 +179,15 @@ TEST_F(WebSalesTest, AMonthsListFollowsTheDateIndexAndShowingItWritesNothing) {
   LWriteFile(invoices + ".index.Date", LReadFile(invoices + ".index.Date") + std::to_string(LFileStoreInodeOf(invoices + "2.dat")) + " 2 2026-01-01\n");
   LRunResult check = LRunKontavo({"check"});
   EXPECT_EQ(check.exitCode, 1);
-  EXPECT_NE(check.out.find("L'index des dates ne suit pas le document « 2 »"), std::string::npos) << check.out;
+  EXPECT_NE(check.out.find("L'index « Date » ne suit pas l'enregistrement « 2 »"), std::string::npos) << check.out;
   EXPECT_EQ(LRunKontavo({"check", "--fix"}).exitCode, 0);
   EXPECT_EQ(LRunKontavo({"check"}).exitCode, 0);
   EXPECT_NE(month("2026-02-01", "2026-02-28").find("2 document(s)"), std::string::npos);
+
+  // The customer choices come from the customers' name index, kept in step by another process.
+  ASSERT_EQ(LRunKontavo({"record", "set", "Customers", "DUP", "Name=Dupont et Fils"}).exitCode, 0);
+  EXPECT_NE(LHttpGet(port_, "/invoiceprop", session).body.find("<option value='DUP'>DUP - Dupont et Fils</option>"),
+            std::string::npos);
 }
 
 TEST_F(WebSalesTest, QuoteBecomesAnInvoiceOnceAndDeletesGoThroughTheSalesBook) {
