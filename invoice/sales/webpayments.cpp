@@ -335,6 +335,8 @@ void LWebPaymentDialog::GenerateRecorded(const std::string& key) {
               (applications.empty() ? std::string("aucune") : "<ul class=applications>" + applications + "</ul>") +
               "</td></tr>");
   show("Non imputé :", Money(unapplied));
+  form_.Write(LWebFormat("<tr><td></td><td><a href='receiptsaveaspdf?id=%U' class=actionlink>Reçu (PDF)</a></td></tr>",
+                         key.c_str()));
   if (WLMayChangeData(form_)) {
     std::string links;
     if (unapplied > 0)

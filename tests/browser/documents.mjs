@@ -5,7 +5,7 @@
 // e-mail of a list's selection through the background sender, whose outcome the list then shows.
 // Usage: node documents.mjs KONTAVO_BINARY OUTPUT_FOLDER
 import { execFileSync, spawn } from 'node:child_process';
-import { mkdtempSync, mkdirSync, readdirSync, readFileSync, rmSync, writeFileSync } from 'node:fs';
+import { mkdtempSync, mkdirSync, readdirSync, readFileSync, rmSync } from 'node:fs';
 import { tmpdir } from 'node:os';
 import { dirname, join } from 'node:path';
 import { fileURLToPath } from 'node:url';
@@ -80,9 +80,10 @@ try {
   const label = await downloadedText(page, '#labellink', 'Etiquette-F1.pdf');
   assert.match(label, /Destinataire[\s\S]*Boulangerie Martin/);
 
-  const receipt = await context.request.get(base + 'receiptsaveaspdf?id=1');
-  assert.equal(receipt.headers()['content-type'], 'application/pdf');
-  writeFileSync(join(output, 'receipt.pdf'), await receipt.body());
+  // The receipt is printed from the payment's page.
+  await page.goto(base + 'paymentprop?id=1');
+  const [receipt] = await Promise.all([page.waitForEvent('download'), page.click('a:has-text("Reçu (PDF)")')]);
+  await receipt.saveAs(join(output, 'receipt.pdf'));
   assert.match(pdfText(join(output, 'receipt.pdf')), /REÇU[\s\S]*Montant reçu : 30,00 €/);
 
   // ---- E-mail from the document's page --------------------------------------------------------
