@@ -7,8 +7,7 @@ import { mkdtempSync, mkdirSync, rmSync, writeFileSync } from 'node:fs';
 import { tmpdir } from 'node:os';
 import { join } from 'node:path';
 import assert from 'node:assert/strict';
-import { chromium } from 'playwright-core';
-import { startKontavoServer, logOn } from './serve.mjs';
+import { startKontavoServer, logOn, launchBrowser, screenshotTaker } from './serve.mjs';
 
 const [kontavo, output] = process.argv.slice(2);
 mkdirSync(output, { recursive: true });
@@ -36,9 +35,8 @@ writeFileSync(statement, 'Jour;Opération;Valeur\n03/03/2026;VIR SEPA DUPONT SAR
 
 const { server, base } = await startKontavoServer(kontavo, env);
 
-const browser = await chromium.launch({ executablePath: '/usr/bin/chromium', args: ['--no-sandbox'] });
-let shot = 0;
-const snap = (page, name) => page.screenshot({ path: join(output, `bank-${String(++shot).padStart(2, '0')}-${name}.png`), fullPage: true });
+const browser = await launchBrowser();
+const snap = screenshotTaker(output, 'bank-');
 const press = (page, text) => page.click(`input[name=submit][value="${text}"]`);
 
 try {

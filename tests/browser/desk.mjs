@@ -8,8 +8,7 @@ import { mkdtempSync, mkdirSync, rmSync, existsSync } from 'node:fs';
 import { tmpdir } from 'node:os';
 import { join } from 'node:path';
 import assert from 'node:assert/strict';
-import { chromium } from 'playwright-core';
-import { freeLoopbackPort, stopDeskService } from './serve.mjs';
+import { freeLoopbackPort, stopDeskService, launchBrowser, screenshotTaker } from './serve.mjs';
 
 const [kontavo, output] = process.argv.slice(2);
 mkdirSync(output, { recursive: true });
@@ -24,9 +23,8 @@ run(['web', 'port', String(port)]);
 const base = `http://127.0.0.1:${port}/`;
 
 
-const browser = await chromium.launch({ executablePath: '/usr/bin/chromium', args: ['--no-sandbox'] });
-let shot = 0;
-const snap = (page, name) => page.screenshot({ path: join(output, `${String(++shot).padStart(2, '0')}-${name}.png`), fullPage: true });
+const browser = await launchBrowser();
+const snap = screenshotTaker(output, '');
 const errorText = (page) => page.locator('#errorTag').innerText();
 
 try {

@@ -10,8 +10,7 @@ import { tmpdir } from 'node:os';
 import { dirname, join } from 'node:path';
 import { fileURLToPath } from 'node:url';
 import assert from 'node:assert/strict';
-import { chromium } from 'playwright-core';
-import { logOn, startKontavoServer } from './serve.mjs';
+import { logOn, startKontavoServer, launchBrowser, screenshotTaker } from './serve.mjs';
 
 const [kontavo, output] = process.argv.slice(2);
 mkdirSync(output, { recursive: true });
@@ -41,9 +40,8 @@ run(['mail', 'config', '--server', `127.0.0.1:${smtpPort}`, '--sender', 'compta@
 run(['user', 'add', 'colette@example.fr', '--name', 'Colette', '--user', '--profile', 'Atelier Dupuis', '--password-stdin'], 'colette12\n');
 
 const { server, base } = await startKontavoServer(kontavo, env);
-const browser = await chromium.launch({ executablePath: '/usr/bin/chromium', args: ['--no-sandbox'] });
-let shot = 0;
-const snap = (page, name) => page.screenshot({ path: join(output, `${String(++shot).padStart(2, '0')}-${name}.png`), fullPage: true });
+const browser = await launchBrowser();
+const snap = screenshotTaker(output, '');
 const errorText = (page) => page.locator('#errorTag').innerText();
 
 // Saves what a click downloads and returns its text as poppler reads it.

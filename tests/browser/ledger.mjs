@@ -8,8 +8,7 @@ import { mkdtempSync, mkdirSync, rmSync } from 'node:fs';
 import { tmpdir } from 'node:os';
 import { join } from 'node:path';
 import assert from 'node:assert/strict';
-import { chromium } from 'playwright-core';
-import { startKontavoServer, logOn } from './serve.mjs';
+import { startKontavoServer, logOn, launchBrowser, screenshotTaker } from './serve.mjs';
 
 const [kontavo, output] = process.argv.slice(2);
 mkdirSync(output, { recursive: true });
@@ -25,9 +24,8 @@ const day = (offset) => new Date(Date.now() + offset * 86400000).toISOString().s
 const today = day(0);
 
 const { server, base } = await startKontavoServer(kontavo, env);
-const browser = await chromium.launch({ executablePath: '/usr/bin/chromium', args: ['--no-sandbox'] });
-let shot = 0;
-const snap = (page, name) => page.screenshot({ path: join(output, `ledger-${String(++shot).padStart(2, '0')}-${name}.png`), fullPage: true });
+const browser = await launchBrowser();
+const snap = screenshotTaker(output, 'ledger-');
 const press = (page, text) => page.click(`input[name=submit][value="${text}"]`);
 const refusal = async (page, text) => {
   try {

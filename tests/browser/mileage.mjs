@@ -8,8 +8,7 @@ import { mkdtempSync, mkdirSync, rmSync } from 'node:fs';
 import { tmpdir } from 'node:os';
 import { join } from 'node:path';
 import assert from 'node:assert/strict';
-import { chromium } from 'playwright-core';
-import { startKontavoServer, logOn } from './serve.mjs';
+import { startKontavoServer, logOn, launchBrowser, screenshotTaker } from './serve.mjs';
 
 const [kontavo, output] = process.argv.slice(2);
 mkdirSync(output, { recursive: true });
@@ -23,9 +22,8 @@ run(['user', 'add', 'eve@example.fr', '--name', 'Ève Comptable', '--user', '--p
 const last = new Date().getFullYear() - 1;
 
 const { server, base } = await startKontavoServer(kontavo, env);
-const browser = await chromium.launch({ executablePath: '/usr/bin/chromium', args: ['--no-sandbox'] });
-let shot = 0;
-const snap = (page, name) => page.screenshot({ path: join(output, `mileage-${String(++shot).padStart(2, '0')}-${name}.png`), fullPage: true });
+const browser = await launchBrowser();
+const snap = screenshotTaker(output, 'mileage-');
 const press = (page, text) => page.click(`input[name=submit][value="${text}"]`);
 
 try {

@@ -7,8 +7,7 @@ import { mkdtempSync, mkdirSync, rmSync } from 'node:fs';
 import { tmpdir } from 'node:os';
 import { join } from 'node:path';
 import assert from 'node:assert/strict';
-import { chromium } from 'playwright-core';
-import { startKontavoServer, logOn } from './serve.mjs';
+import { startKontavoServer, logOn, launchBrowser, screenshotTaker } from './serve.mjs';
 
 const [kontavo, output] = process.argv.slice(2);
 mkdirSync(output, { recursive: true });
@@ -31,9 +30,8 @@ run(['budget', 'add', 'Prévisions', '--year', String(last), '6410=9600', '4110=
 run(['user', 'add', 'eve@example.fr', '--name', 'Ève Comptable', '--user', '--profile', 'Atelier SARL', '--password-stdin'], 'evesecret\n');
 
 const { server, base } = await startKontavoServer(kontavo, env);
-const browser = await chromium.launch({ executablePath: '/usr/bin/chromium', args: ['--no-sandbox'] });
-let shot = 0;
-const snap = (page, name) => page.screenshot({ path: join(output, `reports-${String(++shot).padStart(2, '0')}-${name}.png`), fullPage: true });
+const browser = await launchBrowser();
+const snap = screenshotTaker(output, 'reports-');
 const press = (page, text) => page.click(`input[name=submit][value="${text}"]`);
 
 try {

@@ -11,8 +11,7 @@ import { tmpdir } from 'node:os';
 import { dirname, join } from 'node:path';
 import { fileURLToPath } from 'node:url';
 import assert from 'node:assert/strict';
-import { chromium } from 'playwright-core';
-import { startKontavoServer, logOn } from './serve.mjs';
+import { startKontavoServer, logOn, launchBrowser, screenshotTaker } from './serve.mjs';
 
 const [kontavo, output] = process.argv.slice(2);
 mkdirSync(output, { recursive: true });
@@ -60,9 +59,8 @@ const { hmrc, cert, base: hmrcBase } = await startHmrc();
 run(['vat', 'config', '--ca-file', cert]);
 
 const { server, base } = await startKontavoServer(kontavo, env);
-const browser = await chromium.launch({ executablePath: '/usr/bin/chromium', args: ['--no-sandbox'] });
-let shot = 0;
-const snap = (page, name) => page.screenshot({ path: join(output, `reportsadmin-${String(++shot).padStart(2, '0')}-${name}.png`), fullPage: true });
+const browser = await launchBrowser();
+const snap = screenshotTaker(output, 'reportsadmin-');
 
 try {
   const context = await browser.newContext({ viewport: { width: 1280, height: 900 }, acceptDownloads: true });

@@ -6,8 +6,7 @@ import { mkdtempSync, mkdirSync, rmSync } from 'node:fs';
 import { tmpdir } from 'node:os';
 import { join } from 'node:path';
 import assert from 'node:assert/strict';
-import { chromium } from 'playwright-core';
-import { startKontavoServer } from './serve.mjs';
+import { startKontavoServer, launchBrowser, screenshotTaker } from './serve.mjs';
 
 const [kontavo, output] = process.argv.slice(2);
 mkdirSync(output, { recursive: true });
@@ -29,9 +28,8 @@ run(['user', 'add', 'victor@example.fr', '--name', 'Victor', '--viewer', '--prof
 run(['item', 'add', 'PAIN', '--description', 'Pain de campagne', '--price', '2.50']);
 
 const { server, base } = await startKontavoServer(kontavo, env);
-const browser = await chromium.launch({ executablePath: '/usr/bin/chromium', args: ['--no-sandbox'] });
-let shot = 0;
-const snap = (page, name) => page.screenshot({ path: join(output, `${String(++shot).padStart(2, '0')}-${name}.png`), fullPage: true });
+const browser = await launchBrowser();
+const snap = screenshotTaker(output, '');
 
 async function logon(page, email, password) {
   await page.goto(base + 'logon');

@@ -3,6 +3,7 @@
 import { spawn } from 'node:child_process';
 import { createServer, createConnection } from 'node:net';
 import { join } from 'node:path';
+import { chromium } from 'playwright-core';
 
 export function freeLoopbackPort() {
   return new Promise((resolve) => {
@@ -57,4 +58,14 @@ export async function logOn(page, base, email, password) {
     await page.click('input[name=submit][value="  OK  "]');
     await page.waitForURL(base + 'main');
   }
+}
+
+// Debian's chromium, headless.
+export const launchBrowser = () => chromium.launch({ executablePath: '/usr/bin/chromium', args: ['--no-sandbox'] });
+
+// A screenshot taker for one flow: files prefixNN-name.png in output, numbered in the order taken.
+export function screenshotTaker(output, prefix) {
+  let shot = 0;
+  return (page, name) =>
+    page.screenshot({ path: join(output, `${prefix}${String(++shot).padStart(2, '0')}-${name}.png`), fullPage: true });
 }

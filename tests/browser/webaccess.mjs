@@ -6,8 +6,7 @@ import { copyFileSync, mkdtempSync, mkdirSync, readFileSync, rmSync } from 'node
 import { tmpdir } from 'node:os';
 import { join } from 'node:path';
 import assert from 'node:assert/strict';
-import { chromium } from 'playwright-core';
-import { startKontavoServer } from './serve.mjs';
+import { startKontavoServer, launchBrowser, screenshotTaker } from './serve.mjs';
 
 const [kontavo, output] = process.argv.slice(2);
 mkdirSync(output, { recursive: true });
@@ -32,9 +31,8 @@ run(['user', 'add', 'admin@example.fr', '--name', 'Alice Admin', '--admin', '--p
 
 const { server, base } = await startKontavoServer(kontavo, env);
 
-const browser = await chromium.launch({ executablePath: '/usr/bin/chromium', args: ['--no-sandbox'] });
-let shot = 0;
-const snap = (page, name) => page.screenshot({ path: join(output, `${String(++shot).padStart(2, '0')}-${name}.png`), fullPage: true });
+const browser = await launchBrowser();
+const snap = screenshotTaker(output, '');
 const errorText = (page) => page.locator('#errorTag').innerText();
 
 async function logon(page, email, password, { remember = false, enter = false } = {}) {
