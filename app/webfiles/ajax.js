@@ -58,14 +58,19 @@ function HandleAjaxJSReturn(text) {
   (new Function(text))();
 }
 
-// The red message beside a control's row, replacing an earlier one.
-function ShowControlError(controlId, message) {
+// Takes away the red message of an earlier refusal, once the control's value was accepted.
+function ClearControlError() {
   var previous = document.getElementById('errorTag');
   if (previous) previous.parentNode.removeChild(previous);
   var marker = document.getElementById('invalidTag');
   if (marker) marker.parentNode.removeChild(marker);
   var invalid = document.querySelectorAll('.invalid');
   for (var k = 0; k < invalid.length; k++) invalid[k].classList.remove('invalid');
+}
+
+// The red message beside a control's row, replacing an earlier one.
+function ShowControlError(controlId, message) {
+  ClearControlError();
   var lines = String(message).split('\n');
   var cell = document.createElement('td');
   cell.colSpan = 2;
