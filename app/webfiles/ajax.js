@@ -71,9 +71,13 @@ function ClearControlError() {
 // The red message beside a control's row, replacing an earlier one.
 function ShowControlError(controlId, message) {
   ClearControlError();
+  var control = document.getElementById(controlId);
+  var anchor = control;
+  while (anchor && anchor.tagName !== 'TR') anchor = anchor.parentNode;
   var lines = String(message).split('\n');
   var cell = document.createElement('td');
-  cell.colSpan = 2;
+  // As wide as the control's row, so that a message in a table of several columns does not wrap.
+  cell.colSpan = anchor && anchor.cells.length > 2 ? anchor.cells.length : 2;
   cell.className = 'rowerror';
   for (var i = 0; i < lines.length; i++) {
     if (i > 0) cell.appendChild(document.createElement('br'));
@@ -83,9 +87,6 @@ function ShowControlError(controlId, message) {
   row.id = 'errorTag';
   row.className = 'rowerror';
   row.appendChild(cell);
-  var control = document.getElementById(controlId);
-  var anchor = control;
-  while (anchor && anchor.tagName !== 'TR') anchor = anchor.parentNode;
   if (anchor) {
     anchor.parentNode.insertBefore(row, anchor);
   } else {

@@ -96,7 +96,7 @@ try {
   const taxes = Number(run(['tax', 'show']).match(/^Taxes : (\d+)/)[1]);
   await page.fill(`[id="${1100 + 2}"]`, 'dix');
   await press('  OK  ');
-  await expectError(/valeur invalide : 2=dix/);
+  await expectError(/Taux invalide pour la taxe 2 : « dix »/);
   await page.fill(`[id="${1100 + 2}"]`, '10');
   await page.fill(`[id="${1000 + 2}"]`, 'TVA intermédiaire');
   await page.fill(`[id="${1000 + taxes + 1}"]`, 'TVA spéciale');
