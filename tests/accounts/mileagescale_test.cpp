@@ -45,8 +45,10 @@ TEST_F(MileageScaleTest, PublishedExamplesBandByBand) {
   ASSERT_TRUE(LMileageScaleFor(profile_, 2024, scale, error));
   long long cents = 0;
   EXPECT_FALSE(LMileageAllowance(scale, "car", 0, false, 100, cents));  // a car without horsepower
-  EXPECT_EQ(LMileageBandFormula(*scale.BandFor("car", 5, 8000)), "d × 0,357 + 1 395 €");
-  EXPECT_EQ(LMileageBandFormula(*scale.BandFor("car", 5, 30000)), "d × 0,427");
+  LCurrencyFormat euros{"€", 3, 2, ",", " "}, dollars;
+  EXPECT_EQ(LMileageBandFormula(*scale.BandFor("car", 5, 8000), euros), "d × 0,357 + 1 395 €");
+  EXPECT_EQ(LMileageBandFormula(*scale.BandFor("car", 5, 8000), dollars), "d × 0.357 + $1,395");
+  EXPECT_EQ(LMileageBandFormula(*scale.BandFor("car", 5, 30000), euros), "d × 0,427");
 }
 
 TEST_F(MileageScaleTest, YearOfTheDistancesAndImportedYears) {
