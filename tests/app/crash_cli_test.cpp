@@ -23,6 +23,7 @@
 #include "invoice/shared/profile.h"
 #include "llib/gen/file.h"
 #include "llib/gen/filestore.h"
+#include "tests/support/envscope.h"
 #include "tests/support/testhome.h"
 
 namespace {
@@ -32,7 +33,6 @@ using LPosting = std::pair<std::string, std::string>;  // date, reference
 class CrashCli : public LHomeTest {
  protected:
   void SetUp() override {
-    ::setenv("KONTAVO_COUNTRY", "US", 1);
     ASSERT_EQ(LRunKontavo({"init"}).exitCode, 0);
     ASSERT_EQ(LRunKontavo({"account", "defaults"}).exitCode, 0);
     ASSERT_EQ(LRunKontavo({"customer", "add", "C1", "Name=Dupont"}).exitCode, 0);
@@ -56,6 +56,7 @@ class CrashCli : public LHomeTest {
   static std::vector<std::string> Payment() {
     return {"payment", "add", "--customer", "C1", "--amount", "20", "--date", "2026-01-06", "--auto"};
   }
+  LEnvScope country_{"KONTAVO_COUNTRY", "US"};
 };
 
 // Every recorded document of list has its reference and the ledger holds exactly the transaction

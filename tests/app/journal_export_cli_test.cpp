@@ -13,6 +13,7 @@
 #include "llib/gen/csvtable.h"
 #include "llib/gen/money.h"
 #include "tests/app/clitest.h"
+#include "tests/support/envscope.h"
 #include "tests/support/testhome.h"
 
 namespace {
@@ -24,7 +25,6 @@ std::string NumberOf(const std::string& name) { return name.substr(0, name.find(
 class JournalExportCli : public LHomeTest {
  protected:
   void SetUp() override {
-    ::setenv("KONTAVO_COUNTRY", "FR", 1);
     for (std::vector<std::string> args : std::vector<std::vector<std::string>>{
              {"init"},
              {"account", "defaults"},
@@ -78,6 +78,7 @@ class JournalExportCli : public LHomeTest {
   }
 
   std::string journalPath_;
+  LEnvScope country_{"KONTAVO_COUNTRY", "FR"};
 };
 
 TEST_F(JournalExportCli, LedgerAndHledgerBalancesEqualTheTrialBalance) {
