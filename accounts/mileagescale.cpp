@@ -136,8 +136,14 @@ bool LMileageScaleParse(std::string_view text, std::vector<LMileageScale>& scale
       return refuse("montant fixe invalide");
     for (int year = first; year <= last; ++year) ScaleOf(read, year).bands.push_back(band);
   }
-  for (const LMileageScale& scale : read)
+  for (const LMileageScale& scale : read) {
+    // An increase alone would stand for a year whose every allowance is missing.
+    if (scale.bands.empty()) {
+      error = "Barème kilométrique " + std::to_string(scale.year) + " : aucune tranche pour cette année.";
+      return false;
+    }
     if (!CheckClasses(scale, error)) return false;
+  }
   scales = std::move(read);
   return true;
 }

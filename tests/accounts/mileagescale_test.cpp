@@ -102,6 +102,7 @@ TEST_F(MileageScaleTest, TextThatDoesNotReadIsRefusedWithItsLine) {
       {"2025 car 1 - - 0.5001 0\n", "ligne 1 : taux invalide"},
       {"2025 car 1 - - 0.5 -3\n", "ligne 1 : montant fixe invalide"},
       {"2025 electric 150\n", "ligne 1 : majoration invalide"},
+      {"2025 electric 20\n", "2025 : aucune tranche"},
       {"2025 car 1 - 5000 0.5 0\n", "les tranches de car 1 - doivent croître"},
       {"2025 car 1 - 5000 0.5 0\n2025 car 1 - 4000 0.4 0\n2025 car 1 - - 0.3 0\n", "doivent croître"},
   };

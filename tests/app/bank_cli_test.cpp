@@ -5,7 +5,6 @@
 // of its cleared transactions deleted from the ledger; `kontavo check` stays clean throughout.
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <map>
 #include <nlohmann/json.hpp>
 #include <set>

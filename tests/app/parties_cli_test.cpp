@@ -3,7 +3,6 @@
 // and its sales person carried onto them, and `import csv` reporting refused rows by line.
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <nlohmann/json.hpp>
 
 #include "tests/app/clitest.h"

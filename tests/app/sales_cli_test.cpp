@@ -2,7 +2,6 @@
 // their exit statuses, messages and JSON.
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <nlohmann/json.hpp>
 
 #include "tests/support/envscope.h"

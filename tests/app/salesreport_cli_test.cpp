@@ -2,7 +2,6 @@
 // "report aging", "invoices" and "unpaid" with --date, --from and --customer, in each format.
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <nlohmann/json.hpp>
 
 #include "tests/support/envscope.h"

@@ -3,7 +3,6 @@
 // and "report movements", and the refusals of bad input.
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <nlohmann/json.hpp>
 
 #include "tests/app/clitest.h"
