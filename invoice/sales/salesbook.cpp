@@ -25,6 +25,7 @@ namespace {
 
 constexpr std::string_view kSuppliersList = "Suppliers";
 constexpr std::string_view kDocumentNotSaved = "Impossible d'enregistrer le document.";
+constexpr std::string_view kLedgerNotWritten = "Impossible d'écrire dans le grand livre.";
 
 void SetError(std::string* error, std::string message) {
   if (error != nullptr) *error = std::move(message);
@@ -134,7 +135,7 @@ bool Post(LProfile& profile, const LSalesDocumentKind& kind, LSalesDocument& doc
   std::string had = document.GetString("JournalTxnRef");
   std::string reference = LSalesDocumentTakeReference(profile, document, false);
   if (reference.empty()) {
-    SetError(error, "Impossible d'écrire dans le grand livre.");
+    SetError(error, std::string(kLedgerNotWritten));
     return false;
   }
   if (reference != had) intent.NotePosting(kind.recordedList, document.GetPrimaryKey(), oldDate, reference);
@@ -143,7 +144,7 @@ bool Post(LProfile& profile, const LSalesDocumentKind& kind, LSalesDocument& doc
                     ? LInvoiceRecordTransactions(profile, document, userName, false)
                     : LCreditNoteRecordTransactions(profile, document, userName);
   bool saved = document.Flush();  // keeps "JournalTxnRef"
-  if (!posted) SetError(error, "Impossible d'écrire dans le grand livre.");
+  if (!posted) SetError(error, std::string(kLedgerNotWritten));
   else if (!saved) SetError(error, std::string(kDocumentNotSaved));
   return posted && saved;
 }
@@ -218,6 +219,16 @@ bool LSalesDocumentCreate(LProfile& profile, const LSalesDocumentKind& kind, con
     (void)list.Delete(newKey);  // nothing else was written yet
     newKey.clear();
     return false;
+  }
+  // The reference is taken before the totals are written, which keep it: the posting then writes
+  // the document no more (each write of a record is a new file, what a file system does slowest).
+  if (IsPosted(kind) && !draft) {
+    std::string reference = LSalesDocumentTakeReference(profile, document, false);
+    if (reference.empty()) {
+      SetError(error, std::string(kLedgerNotWritten));
+      return false;
+    }
+    intent.NotePosting(kind.recordedList, newKey, {}, reference);
   }
   // The history is a trace, not the document: a failure to write it does not undo the document.
   (void)LDocumentHistoryAdd(profile, draft ? kind.draftsList : kind.recordedList, newKey,

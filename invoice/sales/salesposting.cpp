@@ -14,6 +14,7 @@
 #include "invoice/shared/stock.h"
 #include "invoice/shared/taxcalc.h"
 #include "invoice/shared/taxoptions.h"
+#include "llib/gen/filestorecache.h"
 #include "llib/gen/money.h"
 #include "llib/gen/system.h"
 #include "llib/gen/textnum.h"
@@ -79,7 +80,7 @@ std::string NewReference(LProfile& profile, const LReferenceCounter& counter) {
 // ---- Options ----------------------------------------------------------------------------------
 
 void LInvoiceOptions::OpenFrom(const LProfile& profile, std::string_view record) {
-  profile.List(kMiscList).OpenAlways(*this, record);
+  (void)LFileStoreOpenAlwaysCached(profile.List(kMiscList), *this, record);  // read at every posting
 }
 
 std::string LInvoiceOptions::GetAccountsReceivable() const {

@@ -3,6 +3,7 @@
 #include <cstdio>
 
 #include "invoice/shared/profile.h"
+#include "llib/gen/filestorecache.h"
 #include "llib/gen/locale.h"
 
 namespace {
@@ -22,7 +23,10 @@ std::string_view LDefAccountDefault(int slot) {
   return kDefaults[slot - 1];
 }
 
-void LOptions::OpenFrom(const LProfile& profile) { profile.List(kMiscList).OpenAlways(*this, "Options"); }
+// Read by nearly every operation, written seldom: from the per-process copy while its file is unchanged.
+void LOptions::OpenFrom(const LProfile& profile) {
+  (void)LFileStoreOpenAlwaysCached(profile.List(kMiscList), *this, "Options");
+}
 
 void LOptions::GetDefAccountNumber(const LProfile& profile, int slot, std::string& out) {
   LOptions options;

@@ -2,6 +2,7 @@
 
 #include "invoice/shared/options.h"
 #include "invoice/shared/profile.h"
+#include "llib/gen/filestorecache.h"
 
 std::string LTaxOptions::TaxField(std::string_view prefix, int taxNumber) {
   std::string name(prefix);
@@ -9,7 +10,9 @@ std::string LTaxOptions::TaxField(std::string_view prefix, int taxNumber) {
   return name;
 }
 
-void LTaxOptions::OpenFrom(const LProfile& profile) { profile.List(kMiscList).OpenAlways(*this, kTaxOptionsRecord); }
+void LTaxOptions::OpenFrom(const LProfile& profile) {
+  (void)LFileStoreOpenAlwaysCached(profile.List(kMiscList), *this, kTaxOptionsRecord);  // as the options
+}
 
 std::string LTaxOptions::GetTaxName(int taxNumber) const {
   std::string name = GetString(TaxField("TaxName", taxNumber));

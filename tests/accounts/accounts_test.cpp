@@ -6,16 +6,14 @@
 #include <gtest/gtest.h>
 
 #include <sys/wait.h>
-#include <time.h>
 #include <unistd.h>
 
-#include <chrono>
 #include <memory>
-#include <thread>
 #include <tuple>
 
 #include "invoice/shared/options.h"
 #include "invoice/shared/profile.h"
+#include "tests/support/fileclock.h"
 #include "tests/support/testhome.h"
 
 namespace {
@@ -142,10 +140,7 @@ TEST_F(AccountsTest, LookupByNameIsExactAndTakesTheLowestNumber) {
 TEST_F(AccountsTest, LookupsSeeWhatAnotherProcessChangedInTheChart) {
   EXPECT_TRUE(LCreateAccount(profile_, "5100", "Loyer", kAccountExpense, false, 1, kClassificationNone));
   EXPECT_TRUE(LCreateAccount(profile_, "5200", "Bureau", kAccountExpense, false, 1, kClassificationNone));
-  // Past the file clock's tick, the names read next are trusted without reading the folder again.
-  timespec tick{};
-  ASSERT_EQ(::clock_getres(CLOCK_REALTIME_COARSE, &tick), 0);
-  std::this_thread::sleep_for(std::chrono::nanoseconds(2 * (tick.tv_sec * 1000000000LL + tick.tv_nsec)));
+  LWaitFileClockTick();  // the names read next are trusted without reading the folder again
   EXPECT_EQ(LGetAccountNumberUsingDescription(profile_, "Loyer"), "5100");
   EXPECT_TRUE(LAccountIsLive(profile_, "5200"));
 
