@@ -9,6 +9,7 @@
 #include "accounts/ledger.h"
 #include "accounts/ledgerdelete.h"
 #include "accounts/ledgerlock.h"
+#include "accounts/purchaseintent.h"
 #include "accounts/references.h"
 #include "accounts/suppliers.h"
 #include "invoice/shared/profile.h"
@@ -215,6 +216,7 @@ std::string FreeKey(const LFileStoreListBase& payments) {
 bool LBillPaymentCreate(LProfile& profile, const LBillPaymentRequest& request, std::string& reference,
                         std::string& error) {
   LLedgerLock lock(profile);
+  LPurchaseChangeIntent intent(profile);
   std::vector<LAppliedAmount> entries =
       request.autoApply ? Spread(profile, request.supplier, request.amount) : Merged(request.applications);
   if (!CheckApplications(profile, request.supplier, request.amount, entries, {}, error)) return false;
@@ -263,6 +265,7 @@ bool LBillPaymentCreate(LProfile& profile, const LBillPaymentRequest& request, s
 bool LBillPaymentEdit(LProfile& profile, std::string_view key, const LBillPaymentRequest& request,
                       std::string& error) {
   LLedgerLock lock(profile);
+  LPurchaseChangeIntent intent(profile);
   LBillPayment payment;
   if (!OpenPayment(profile, key, payment, error)) return false;
   if (!MayChange(payment, error) || !ChequeFiguresKept(payment, request, error)) {
@@ -327,6 +330,7 @@ bool LBillPaymentEdit(LProfile& profile, std::string_view key, const LBillPaymen
 bool LBillPaymentApply(LProfile& profile, std::string_view key, std::string_view bill, long long amount,
                        std::string& error) {
   LLedgerLock lock(profile);
+  LPurchaseChangeIntent intent(profile);
   LBillPayment payment;
   if (!OpenPayment(profile, key, payment, error)) return false;
   if (!MayChange(payment, error)) {
@@ -352,6 +356,7 @@ bool LBillPaymentApply(LProfile& profile, std::string_view key, std::string_view
 
 bool LBillPaymentDelete(LProfile& profile, std::string_view key, std::string& error) {
   LLedgerLock lock(profile);
+  LPurchaseChangeIntent intent(profile);
   LFileStoreListBase payments = profile.List(kBillPaymentsList);
   LBillPayment payment;
   if (!OpenPayment(profile, key, payment, error)) return false;
@@ -403,6 +408,7 @@ long long LBillPaymentCountedAmount(const LRecord& payment) {
 bool LBillPaymentVoid(LProfile& profile, std::string_view key, std::string_view date, std::string_view voidReference,
                       std::string& error) {
   LLedgerLock lock(profile);
+  LPurchaseChangeIntent intent(profile);
   LBillPayment payment;
   if (!OpenPayment(profile, key, payment, error)) return false;
   if (LBillPaymentIsVoid(payment)) {
@@ -425,6 +431,7 @@ bool LBillPaymentVoid(LProfile& profile, std::string_view key, std::string_view 
 
 bool LBillPaymentUnvoid(LProfile& profile, std::string_view key, std::string& error) {
   LLedgerLock lock(profile);
+  LPurchaseChangeIntent intent(profile);
   LBillPayment payment;
   if (!OpenPayment(profile, key, payment, error)) return false;
   if (!LBillPaymentIsVoid(payment)) {

@@ -11,6 +11,7 @@
 #include "accounts/ledger.h"
 #include "accounts/ledgerdelete.h"
 #include "accounts/ledgerlock.h"
+#include "accounts/purchaseintent.h"
 #include "accounts/references.h"
 #include "accounts/suppliers.h"
 #include "invoice/shared/options.h"
@@ -146,8 +147,18 @@ std::string BillReference(LProfile& profile, const LBill& bill) {
 bool LBillRecordTransactions(LProfile& profile, LBill& bill, std::string_view userName) {
   std::string reference = BillReference(profile, bill);
   if (reference.empty()) return false;
+  LLedgerTransaction txn;
+  LBillBuildTransaction(profile, bill, reference, userName, txn);
+  bool recorded = LAccountTransactionRecord(profile, txn);
+  bill.SetPrimaryKey(reference);
+  bill.SetString("JournalTxnRef", reference);
+  return recorded;
+}
+
+void LBillBuildTransaction(const LProfile& profile, const LBill& bill, std::string_view reference,
+                           std::string_view userName, LLedgerTransaction& txn) {
   std::string notes = bill.GetString("Notes");
-  LLedgerTransaction txn(bill.GetString("Date"), reference, kTxnTypePurchase);
+  txn = LLedgerTransaction(bill.GetString("Date"), reference, kTxnTypePurchase);
   txn.AddLine(bill.GetAccount(profile), notes, -bill.GetInt64("Total", 0), userName, "", reference);
   for (int line = 1; line <= bill.GetItemCount(); ++line)
     txn.AddLine(bill.GetItemAccount(line), notes, bill.GetItemAmount(profile, line), userName,
@@ -156,10 +167,6 @@ bool LBillRecordTransactions(LProfile& profile, LBill& bill, std::string_view us
     long long amount = bill.GetTaxAmount(tax);
     if (amount != 0) txn.AddLine(LBillTaxPaidAccountNumber(profile, tax), notes, amount, userName, reference, "");
   }
-  bool recorded = LAccountTransactionRecord(profile, txn);
-  bill.SetPrimaryKey(reference);
-  bill.SetString("JournalTxnRef", reference);
-  return recorded;
 }
 
 long long LBillSumTotal(const LProfile& profile, const LBill& bill) {
@@ -173,6 +180,7 @@ bool LBillSave(LProfile& profile, LBill& bill, std::string_view userName, std::s
   bill.SetInt64("Total", LBillSumTotal(profile, bill));
   LFileStoreListBase bills = profile.List(kBillsList);
   LLedgerLock lock(profile);
+  LPurchaseChangeIntent intent(profile);
   // The reference is taken first: it is the bill's key, which the trail names.
   std::string reference = BillReference(profile, bill);
   if (reference.empty()) return false;
@@ -189,17 +197,20 @@ bool LBillSave(LProfile& profile, LBill& bill, std::string_view userName, std::s
   std::string oldSupplier;
   long long oldTotal = 0, paid = 0;
   std::vector<std::string> oldCodes;
-  if (LBill old; !reference.empty() && bills.Open(old, reference)) {
+  std::string previousDate;
+  if (LBill old; bills.Open(old, reference)) {
     stored = true;
-    std::string previousDate = old.GetString("Date");
+    previousDate = old.GetString("Date");
     oldSupplier = old.GetString("Supplier");
     oldTotal = old.GetInt64("Total", 0);
     paid = old.GetInt64("AmountPaid", 0);
     oldCodes = StockCodes(old);
     old.DetachWithoutSave();
+  }
+  intent.NoteBill(reference, previousDate, bill.GetString("Date"));
+  if (stored)
     replacing = LLedgerTransactionLoad(profile, previous, previousDate, reference) &&
                 LAccountTransactionDelete(profile, previousDate, reference);
-  }
   auto restore = [&] { return !replacing || LAccountTransactionRecord(profile, previous); };
   if (!LBillRecordTransactions(profile, bill, userName)) {
     (void)restore();  // a ledger that refused the new posting may refuse the old one: nothing more to do
@@ -236,6 +247,7 @@ bool LBillSave(LProfile& profile, LBill& bill, std::string_view userName, std::s
 bool LBillDelete(LProfile& profile, std::string_view key, std::string* error) {
   LFileStoreListBase bills = profile.List(kBillsList);
   LLedgerLock lock(profile);
+  LPurchaseChangeIntent intent(profile);
   LBill bill;
   if (key.empty() || !bills.Open(bill, key)) {
     if (error != nullptr) *error = "La facture fournisseur « " + std::string(key) + " » n'existe pas.";
@@ -251,6 +263,7 @@ bool LBillDelete(LProfile& profile, std::string_view key, std::string* error) {
   long long total = bill.GetInt64("Total", 0);
   std::vector<std::string> codes = StockCodes(bill);
   bill.DetachWithoutSave();
+  intent.NoteBill(key, date, {});
   if (!bills.Delete(key)) {
     if (error != nullptr) *error = "Impossible de supprimer la facture fournisseur « " + std::string(key) + " ».";
     return false;

@@ -21,6 +21,7 @@
 #include "invoice/shared/purchaselists.h"
 #include "llib/gen/record.h"
 
+class LLedgerTransaction;
 class LProfile;
 
 inline constexpr std::string_view kBillsDraftsList = "BillsDrafts";
@@ -65,6 +66,9 @@ std::string LBillTaxPaidAccountNumber(const LProfile& profile, int tax);
 // "JournalTxnRef" are the reference (the caller saves the bill). false when the ledger could
 // not be written.
 [[nodiscard]] bool LBillRecordTransactions(LProfile& profile, LBill& bill, std::string_view userName);
+// The transaction that posting makes under reference, into txn.
+void LBillBuildTransaction(const LProfile& profile, const LBill& bill, std::string_view reference,
+                           std::string_view userName, LLedgerTransaction& txn);
 
 // The bill's "Total": the amounts of its item lines plus its tax amounts (taxes 1 to
 // LBillTaxCount).

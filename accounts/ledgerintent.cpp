@@ -190,6 +190,16 @@ std::vector<std::string> NotesOf(const std::vector<std::string>& paths) {
 
 }  // namespace
 
+std::vector<std::string_view> LIntentNoteParts(std::string_view note) {
+  std::vector<std::string_view> parts;
+  for (std::size_t at = 0;;) {
+    std::size_t tab = note.find('\t', at);
+    parts.push_back(note.substr(at, tab == std::string_view::npos ? std::string_view::npos : tab - at));
+    if (tab == std::string_view::npos) return parts;
+    at = tab + 1;
+  }
+}
+
 void LLedgerAddIntentSettler(std::string_view extension, LIntentSettler settler) {
   LSettlers& settlers = Settlers();
   std::lock_guard<std::mutex> guard(settlers.mutex);

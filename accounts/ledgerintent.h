@@ -91,6 +91,8 @@ class LLedgerIntent {
 // registered for the extension with the complete lines of every such file (a line cut short by
 // the crash is dropped), so that it brings what they name back in step.
 using LIntentSettler = void (*)(const LProfile& profile, const std::vector<std::string>& notes);
+// The tab-separated parts of a note, as views into it: how changes write their notes.
+std::vector<std::string_view> LIntentNoteParts(std::string_view note);
 // Registers the settler of extension (".sales"); call once at start-up.
 void LLedgerAddIntentSettler(std::string_view extension, LIntentSettler settler);
 

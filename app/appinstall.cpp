@@ -1,5 +1,9 @@
 #include "app/appinstall.h"
 
+#include "accounts/purchaseintent.h"
 #include "invoice/sales/salesledger.h"
 
-void LAppInstall() { LSalesLedgerInstall(); }
+void LAppInstall() {
+  LSalesLedgerInstall();
+  LPurchaseLedgerInstall();
+}

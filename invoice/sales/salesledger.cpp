@@ -22,6 +22,7 @@
 #include "invoice/sales/taxaccounts.h"
 #include "invoice/shared/customer.h"
 #include "invoice/shared/listindexes.h"
+#include "invoice/shared/payment.h"
 #include "invoice/shared/profile.h"
 #include "llib/gen/file.h"
 #include "llib/gen/filestore.h"
@@ -40,16 +41,6 @@ struct LNotedDocument {
   std::string oldDate;    // where its posting was before the change, when it had one
   std::string reference;  // the last reference noted
 };
-
-std::vector<std::string_view> SplitTabs(std::string_view line) {
-  std::vector<std::string_view> parts;
-  for (std::size_t at = 0;;) {
-    std::size_t tab = line.find('\t', at);
-    parts.push_back(line.substr(at, tab == std::string_view::npos ? std::string_view::npos : tab - at));
-    if (tab == std::string_view::npos) return parts;
-    at = tab + 1;
-  }
-}
 
 // Brings one noted document and its posting back in step. The document record is what the user
 // asked for and what every page shows, and it is written before its posting, so a record or an
@@ -100,14 +91,14 @@ void TakeBackReservations(LProfile& profile, const std::string& list) {
 }
 
 // A sales change killed midway may have saved a document without its posting, or the other way
-// round, and moved its customer's balance or not: the documents it noted are settled, then every
-// balance is computed again from the documents.
+// round, and moved its customer's balance or an invoice's amount paid or not: the documents it
+// noted are settled, then every balance and amount paid is computed again from the documents.
 void SettleSalesChange(const LProfile& profile, const std::vector<std::string>& notes) {
   LProfile books(profile.GetDataStore().GetFolder());
   std::map<std::pair<std::string, std::string>, LNotedDocument> documents;
   std::set<std::string> reserving;
   for (const std::string& note : notes) {
-    std::vector<std::string_view> parts = SplitTabs(note);
+    std::vector<std::string_view> parts = LIntentNoteParts(note);
     if (parts.size() == 2 && parts[0] == kNoteReserving) reserving.emplace(parts[1]);
     if (parts.size() < 3) continue;
     LNotedDocument& noted = documents[{std::string(parts[1]), std::string(parts[2])}];
@@ -120,6 +111,7 @@ void SettleSalesChange(const LProfile& profile, const std::vector<std::string>& 
   for (const auto& [document, noted] : documents) SettleDocument(books, document.first, document.second, noted);
   LCheckReport report;
   LCheckCustomerBalances(books, true, report);
+  LCheckInvoiceAmounts(books, true, report);
 }
 
 }  // namespace
@@ -144,6 +136,7 @@ void LSalesLedgerInstall() {
     LLedgerSetDocumentDeleteRoute(kTxnTypeSales, LSalesDeleteForLedger);
     LLedgerSetDocumentDeleteRoute(kTxnTypeReceipt, LPaymentDeleteForLedger);
     LCheckAddBookCheck(LCheckCustomerBalances);
+    LCheckAddBookCheck(LCheckInvoiceAmounts);
     LCheckAddBookCheck(LCheckListIndexes);
     LLedgerAddIntentSettler(kSalesChangeIntentExtension, SettleSalesChange);
     LAccountsSetTaxAccountsCreator(LTaxOptionsCreateDefaultTaxAccounts);
@@ -161,6 +154,39 @@ void LCheckCustomerBalances(LProfile& profile, bool fix, LCheckReport& report) {
     if (stored == expected) continue;
     report.differences.push_back({std::string(kCustomersList), customer.GetPrimaryKey(), "Balance", stored, expected, fix});
     if (fix) customer.SetInt64("Balance", expected);  // saved as the iterator moves on
+  }
+}
+
+void LCheckInvoiceAmounts(LProfile& profile, bool fix, LCheckReport& report) {
+  // What each invoice holds of its own customer's payments, refunds and credit notes, by side.
+  std::map<std::pair<std::string, std::string>, long long> held[2];  // [refund side][invoice, customer]
+  std::set<std::string> unknown;  // named by a payment of an older program, whose amounts are worked out on reading
+  LPayment payment;
+  for (LFileStoreIteratorBase it(profile.MainList(kPaymentsList), payment); payment.IsAttached(); it.Next(payment)) {
+    bool oldLists = !payment.TestFieldExists("InvoiceAmounts") && !payment.GetString("InvoiceNumber").empty();
+    for (const LAppliedAmount& entry : LReadAppliedAmounts(payment)) {
+      if (oldLists) unknown.insert(entry.invoice);
+      else held[payment.IsRefund()][{entry.invoice, payment.GetCustomer()}] += entry.amount;
+    }
+  }
+  const LSalesDocumentKind& creditNotes = LSalesDocumentKindOf(LSalesDocumentType::kCreditNote);
+  LSalesDocument document;
+  for (LFileStoreIteratorBase it(profile.MainList(creditNotes.recordedList), document); document.IsAttached(); it.Next(document))
+    for (const LAppliedAmount& entry : LReadAppliedAmounts(document))
+      held[1][{entry.invoice, document.GetCustomer()}] += entry.amount;
+  const LSalesDocumentKind& invoices = LSalesDocumentKindOf(LSalesDocumentType::kInvoice);
+  for (LFileStoreIteratorBase it(profile.MainList(invoices.recordedList), document); document.IsAttached(); it.Next(document)) {
+    if (unknown.contains(document.GetPrimaryKey())) continue;
+    for (int side = 0; side < 2; ++side) {
+      std::string_view field = side == 0 ? "AmountPaid" : "AmountRefunded";
+      if (!document.TestFieldExists(field)) continue;  // worked out when first read
+      long long stored = document.GetInt64(field, 0);
+      long long expected = held[side][{document.GetPrimaryKey(), document.GetCustomer()}];
+      if (stored == expected) continue;
+      report.differences.push_back({std::string(invoices.recordedList), document.GetPrimaryKey(), std::string(field),
+                                    stored, expected, fix});
+      if (fix) document.SetInt64(field, expected);  // saved as the iterator moves on
+    }
   }
 }
 

@@ -2,13 +2,14 @@
 // it, once per process, what it needs to know:
 //   - deleting a "Recettes" transaction deletes its invoice or credit note, and deleting a
 //     "Reçus" transaction its payment, through the sales side (salesbook.h);
-//   - checking the books also compares every customer's "Balance" with its documents, and the
-//     indexes of the sales lists with their records;
+//   - checking the books also compares every customer's "Balance" with its documents, every
+//     invoice's amounts paid and refunded with the payments and credit notes applied to it, and
+//     the indexes of the sales lists with their records;
 //   - the default chart of a new business also receives the accounts its taxes are collected
 //     into (taxaccounts.h);
 //   - a sales change killed midway (LSalesChangeIntent) has the documents it noted brought back
-//     in step with their postings, and every customer balance computed again from the
-//     documents, by the next holder of the ledger lock;
+//     in step with their postings, and every customer balance and invoice amount paid computed
+//     again from the documents, by the next holder of the ledger lock;
 //   - a statement line can be posted as a customer payment from the ledger side's pages
 //     (bankpayment.h).
 #pragma once
@@ -48,6 +49,12 @@ void LSalesLedgerInstall();
 // invoices less its credit notes and payments. Every difference is reported; with fix the
 // computed balance is written.
 void LCheckCustomerBalances(LProfile& profile, bool fix, LCheckReport& report);
+
+// The check of the invoices' "AmountPaid" and "AmountRefunded": each against what its own
+// customer's payments (refunds) and credit notes hold for it. Every difference is reported; with
+// fix the computed amount is written. Invoices named by a payment of an older program, whose
+// amounts are worked out when first read, are left alone.
+void LCheckInvoiceAmounts(LProfile& profile, bool fix, LCheckReport& report);
 
 // The check of the indexes of the sales lists (invoice/shared/listindexes.h): each record whose
 // entry gives another value than the record's own is reported as a problem; with fix the index is

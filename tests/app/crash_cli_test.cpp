@@ -17,6 +17,8 @@
 #include <utility>
 #include <vector>
 
+#include "accounts/bills.h"
+#include "accounts/billpayments.h"
 #include "accounts/ledger.h"
 #include "accounts/ledgeriterator.h"
 #include "invoice/sales/salesposting.h"
@@ -56,6 +58,15 @@ class CrashCli : public LHomeTest {
   static std::vector<std::string> Delete(const std::string& key) { return {"invoice", "delete", key}; }
   static std::vector<std::string> Payment() {
     return {"payment", "add", "--customer", "C1", "--amount", "20", "--date", "2026-01-06", "--auto"};
+  }
+  // The first command after the kills settled everything: the books check, the audit trail's
+  // chain holds and no intent is left.
+  void ExpectSettledWithoutRepair() const {
+    LRunResult check = LRunKontavo({"check"});
+    EXPECT_EQ(check.exitCode, 0) << check.out << check.err;
+    LRunResult audit = LRunKontavo({"audit", "verify"});
+    EXPECT_EQ(audit.exitCode, 0) << audit.out << audit.err;
+    EXPECT_TRUE(LFile::ListFolder(home_.SharedFolder() + "/Ledger/Intents").empty());
   }
   // Records a first invoice; how long that took (0 when it failed), so that the kills fall all
   // over a recording.
@@ -105,7 +116,7 @@ void ExpectTrailAgrees(LProfile& profile, const std::string& log, std::string_vi
                        std::string_view amountField) {
   std::map<std::string, LHashTable> last = LastDocumentEntries(log);
   LRecord document;
-  for (LFileStoreIteratorBase it(profile.MainList(list), document); document.IsAttached(); it.Next(document)) {
+  for (LFileStoreIteratorBase it(profile.List(list), document); document.IsAttached(); it.Next(document)) {
     std::string reference = title + " " + document.GetPrimaryKey();
     auto found = last.find(reference);
     if (found == last.end()) {
@@ -213,16 +224,69 @@ TEST_F(CrashCli, KilledDocumentChangesLeaveTheAuditTrailSayingWhatTheBooksShow) 
   EXPECT_GT(nKilled, 0);
   EXPECT_GT(nLeft, 0) << "no change was ever killed midway: the test proved nothing";
 
-  LRunResult check = LRunKontavo({"check"});
-  EXPECT_EQ(check.exitCode, 0) << check.out << check.err;
-  LRunResult audit = LRunKontavo({"audit", "verify"});
-  EXPECT_EQ(audit.exitCode, 0) << audit.out << audit.err;
-  EXPECT_TRUE(LFile::ListFolder(home_.SharedFolder() + "/Ledger/Intents").empty());
+  ExpectSettledWithoutRepair();
 
   LProfile profile(home_.SharedFolder());
   std::string log = LReadFile(home_.SharedFolder() + "/AuditTrail.log");
   ExpectTrailAgrees(profile, log, "Invoices", "Facture", "Total");
   ExpectTrailAgrees(profile, log, kPaymentsList, "Paiement", "Amount");
+}
+
+// Bills recorded and replaced and bill payments spread over them, killed at random moments: the
+// next command brings every bill's posting, amount paid and the supplier's balance back in step,
+// and the audit trail says what the documents show.
+TEST_F(CrashCli, KilledPurchaseChangesLeaveBillsPostingsAndFiguresTheNextCommandBringsInStep) {
+  ASSERT_EQ(LRunKontavo({"supplier", "add", "S1", "Name=Fournil"}).exitCode, 0);
+  auto bill = [](int n) {
+    return std::vector<std::string>{"bill", "add", "--supplier", "S1", "--date", "2026-03-0" + std::to_string(1 + n % 9),
+                                    "6410:" + std::to_string(40 + n % 7)};
+  };
+  using Clock = std::chrono::steady_clock;
+  Clock::time_point start = Clock::now();
+  ASSERT_EQ(LRunKontavo(bill(0)).exitCode, 0);
+  long long runUs = std::chrono::duration_cast<std::chrono::microseconds>(Clock::now() - start).count();
+
+  std::mt19937 random(31);
+  int nLeft = 0, nKilled = 0;
+  const Clock::time_point deadline = Clock::now() + std::chrono::seconds(90);
+  for (int round = 0; round < 100 && Clock::now() < deadline; ++round) {
+    std::vector<std::string> keys;
+    for (const std::string& name : LFile::ListFolder(home_.SharedFolder() + "/Bills"))
+      if (name.ends_with(".dat")) keys.push_back(name.substr(0, name.size() - 4));
+    std::vector<std::vector<std::string>> commands{
+        bill(round), {"billpayment", "add", "--supplier", "S1", "--amount", "30", "--date", "2026-03-10", "--auto"}};
+    if (!keys.empty()) {
+      std::vector<std::string> replaced = bill(round + 3);
+      replaced.insert(replaced.begin() + 2, {"--ref", keys[random() % keys.size()]});
+      commands.push_back(replaced);
+    }
+    RunKilled(commands, runUs * static_cast<long long>(commands.size()), random, nKilled, nLeft);
+  }
+  EXPECT_GT(nKilled, 0);
+  EXPECT_GT(nLeft, 0) << "no change was ever killed midway: the test proved nothing";
+
+  ExpectSettledWithoutRepair();
+
+  // Every bill has exactly its posting, and every purchase posting its bill.
+  LProfile profile(home_.SharedFolder());
+  std::set<LPosting> bills, purchases;
+  LBill record;
+  for (LFileStoreIteratorBase it(profile.List(kBillsList), record); record.IsAttached(); it.Next(record)) {
+    LLedgerTransaction built, posted;
+    LBillBuildTransaction(profile, record, record.GetPrimaryKey(), "", built);
+    EXPECT_TRUE(LLedgerTransactionLoad(profile, posted, record.GetString("Date"), record.GetPrimaryKey()));
+    EXPECT_TRUE(LLedgerTransactionEqual(posted, built)) << record.GetPrimaryKey();
+    bills.insert({record.GetString("Date"), record.GetPrimaryKey()});
+  }
+  record.Invalidate();
+  LLedgerAccountLineIterator lines(profile, "", "");
+  for (lines.SkipToValidLine(); lines.valid; lines.SkipToValidLine())
+    if (lines.line.type == kTxnTypePurchase) purchases.insert({lines.line.date, lines.line.reference});
+  EXPECT_GT(bills.size(), 1u);
+  EXPECT_EQ(purchases, bills);
+  std::string log = LReadFile(home_.SharedFolder() + "/AuditTrail.log");
+  ExpectTrailAgrees(profile, log, kBillsList, "Facture fournisseur", "Total");
+  ExpectTrailAgrees(profile, log, kBillPaymentsList, "Règlement", "Amount");
 }
 
 }  // namespace
