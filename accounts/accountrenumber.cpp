@@ -84,7 +84,7 @@ LProcessResult Process(LProcessInterface& process, LAccountRenumberProcess& data
   LLedgerLock lock(profile);
   process.SetStatus("Modifier le numéro de compte", 0);
   // The trail announces the renumbering before any file changes; without it nothing changes.
-  if (!LAuditAppend(profile, {std::string(kAuditRenumber), data.oldNumber + " -> " + data.newNumber, {}, 0, {}})) {
+  if (!LAuditAppend(profile, {std::string(kAuditRenumber), data.oldNumber + " -> " + data.newNumber, {}, 0, {}, {}, {}})) {
     process.SetError(std::string(kAuditNotWrittenMessage));
     return kProcessFailed;
   }

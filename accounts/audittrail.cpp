@@ -39,7 +39,9 @@ std::string HeadText(long long seq, std::string_view lastLine) {
   return std::to_string(seq) + " " + LAuditHash(lastLine) + "\n";
 }
 
-std::string UtcNow() {
+}  // namespace
+
+std::string LAuditTimeNow() {
   std::time_t now = std::time(nullptr);
   std::tm utc{};
   ::gmtime_r(&now, &utc);
@@ -47,6 +49,8 @@ std::string UtcNow() {
   std::strftime(text, sizeof text, "%Y-%m-%dT%H:%M:%SZ", &utc);
   return text;
 }
+
+namespace {
 
 // The last line of the open log without its line end; empty for an empty log. false when the
 // file cannot be read.
@@ -171,6 +175,16 @@ long long LAuditLogSize(const LProfile& profile) {
   return ::stat(LogPath(profile).c_str(), &info) == 0 ? static_cast<long long>(info.st_size) : 0;
 }
 
+std::string LAuditReadFrom(const LProfile& profile, long long size) {
+  LFileDescriptor log(LRobustOpen(LogPath(profile), O_RDONLY));
+  struct stat info {};
+  if (!log.IsOpen() || ::fstat(log.Get(), &info) != 0 || info.st_size <= size) return {};
+  std::string text(static_cast<std::size_t>(info.st_size - size), '\0');
+  ssize_t got = ::pread(log.Get(), text.data(), text.size(), static_cast<off_t>(size));
+  text.resize(got < 0 ? 0 : static_cast<std::size_t>(got));
+  return text;
+}
+
 bool LAuditCutBack(const LProfile& profile, long long size) {
   LLedgerLock ledgerLock(profile);
   LAuditLetGoOfFiles();  // the end is read again after the cut
@@ -240,8 +254,8 @@ std::string EntryText(const LAuditEvent& event, const std::string& last) {
   LHashTable entry;
   entry.SetString("Seq", std::to_string(seq));
   entry.SetString("Prev", last.empty() ? std::string(kAuditFirstPrev) : LAuditHash(last));
-  entry.SetString("Time", UtcNow());
-  entry.SetString("User", LGetPostingUserName());
+  entry.SetString("Time", event.time.empty() ? LAuditTimeNow() : event.time);
+  entry.SetString("User", event.user.empty() ? LGetPostingUserName() : event.user);
   entry.SetString("Action", event.action);
   entry.SetString("Reference", event.reference);
   entry.SetString("Date", event.date);
@@ -319,6 +333,11 @@ bool LAuditAppendTransaction(const LProfile& profile, std::string_view action, c
 
 bool LAuditAppendDocument(const LProfile& profile, std::string_view action, std::string_view title,
                           std::string_view key, const LRecord& document) {
+  return LAuditAppend(profile, LAuditDocumentEvent(action, title, key, document));
+}
+
+LAuditEvent LAuditDocumentEvent(std::string_view action, std::string_view title, std::string_view key,
+                                const LRecord& document) {
   LAuditEvent event;
   event.action = action;
   event.reference = std::string(title) + " " + std::string(key);
@@ -330,7 +349,7 @@ bool LAuditAppendDocument(const LProfile& profile, std::string_view action, std:
       if (!field.deleted) fields.SetString(field.name, field.text);
     fields.SaveHTTPString(event.lines);
   }
-  return LAuditAppend(profile, event);
+  return event;
 }
 
 std::string LAuditTransactionKey(std::string_view date, std::string_view reference) {

@@ -6,12 +6,16 @@
 //     Seq=7&Time=2026-01-10T09%3A14%3A03Z&User=anne
 //
 //   Action     "post", "delete" (a transaction taken out of the ledger), "renumber" (an
-//              account), "record", "edit", "delete-document" (a sales document)
+//              account), "record", "edit", "delete-document" (a document), "apply", "unapply"
+//              (a payment or credit note applied to an invoice, or let go of it), "cancel" (the
+//              change of an earlier entry did not take effect: refused or cut short by a crash
+//              after its entry; Lines holds that entry's "Seq")
 //   Reference  the transaction's reference, the account or the document ("Facture 12")
 //   Date       the transaction's date, or the document's
 //   Amount     the sum of the debits of the transaction, or the document's total (cents)
 //   Lines      the journal rows concerned, as the day file holds them; for a deleted document,
-//              its whole record, so what was deleted can be read back
+//              its whole record, so what was deleted can be read back; for an application, the
+//              invoice and the amount it now holds of the payment or credit note
 //   Time       when the change was made (UTC), User who made it (the posting user name)
 //   Seq        1, 2, 3... ; Prev the SHA-256 (hexadecimal) of the whole previous line, 64 zeros
 //              for the first entry
@@ -43,6 +47,9 @@ inline constexpr std::string_view kAuditRenumber = "renumber";
 inline constexpr std::string_view kAuditRecord = "record";
 inline constexpr std::string_view kAuditEdit = "edit";
 inline constexpr std::string_view kAuditDeleteDocument = "delete-document";
+inline constexpr std::string_view kAuditApply = "apply";
+inline constexpr std::string_view kAuditUnapply = "unapply";
+inline constexpr std::string_view kAuditCancel = "cancel";
 inline constexpr std::string_view kAuditTrailHeadFile = "AuditTrail.head";
 inline constexpr std::string_view kAuditFirstPrev =
     "0000000000000000000000000000000000000000000000000000000000000000";
@@ -54,6 +61,10 @@ struct LAuditEvent {
   std::string date;
   long long amount = 0;
   std::string lines;
+  // When and by whom the change was made; empty: now, and the posting user. An entry written
+  // late for a change cut short keeps the change's own.
+  std::string time;
+  std::string user;
 };
 
 // Appends an entry for event. Every change writes its entry before it changes the books, and is
@@ -64,6 +75,10 @@ struct LAuditEvent {
 void LAuditLetGoOfFiles();
 // The size of the log (0 when there is none): where the next entry begins.
 long long LAuditLogSize(const LProfile& profile);
+// The entries from offset size on, one line each (empty when there are none).
+std::string LAuditReadFrom(const LProfile& profile, long long size);
+// The current time as entries give it ("2026-01-10T09:14:03Z", UTC).
+std::string LAuditTimeNow();
 // Takes the entries from offset size on off the log and points the head at the entry left last:
 // the entries of a change that did not happen after all. Callers hold the ledger lock, which
 // every writer of the trail holds, so those entries are the last ones. false when the log or
@@ -79,6 +94,9 @@ bool LAuditCutBack(const LProfile& profile, long long size);
 // whole record (every field, percent-encoded) when it is deleted.
 [[nodiscard]] bool LAuditAppendDocument(const LProfile& profile, std::string_view action, std::string_view title,
                                         std::string_view key, const LRecord& document);
+// The event of that entry, to be written later (accounts/auditpending.h).
+LAuditEvent LAuditDocumentEvent(std::string_view action, std::string_view title, std::string_view key,
+                                const LRecord& document);
 
 // How the trail names documents of the purchase side ("Facture fournisseur B12", "Règlement 3").
 inline constexpr std::string_view kBillTitle = "Facture fournisseur";

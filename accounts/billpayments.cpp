@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "accounts/accounts.h"
+#include "accounts/auditpending.h"
 #include "accounts/audittrail.h"
 #include "accounts/bills.h"
 #include "accounts/ledger.h"
@@ -140,7 +141,9 @@ bool MayChange(const LRecord& payment, std::string& error) {
 // error) when either could not be written.
 bool SaveChanged(const LProfile& profile, LBillPayment& payment, std::string& error) {
   std::string key = payment.GetPrimaryKey();
-  bool audited = LAuditAppendDocument(profile, kAuditEdit, kBillPaymentTitle, key, payment);
+  LAuditPending audit(profile, LAuditDocumentEvent(kAuditEdit, kBillPaymentTitle, key, payment),
+                      profile.List(kBillPaymentsList).MakeRecordPath(key));
+  bool audited = audit.Append();
   if (audited && payment.Flush()) return true;
   payment.DetachWithoutSave();
   error = audited ? "Impossible d'enregistrer le règlement « " + key + " »." : std::string(kAuditNotWrittenMessage);
@@ -192,15 +195,19 @@ bool LBillPaymentRecordTransactions(LProfile& profile, LBillPayment& payment, st
 namespace {
 
 // The trail's entry of an edit, written before the payment changes: its new date and amount.
-bool AuditEdit(const LProfile& profile, std::string_view key, const LBillPayment& payment,
-               const LBillPaymentRequest& request, std::string& error) {
+LAuditEvent EditEvent(std::string_view key, const LBillPayment& payment, const LBillPaymentRequest& request) {
   LRecord edited;
   edited.CopyRecord(payment);
   edited.SetString("Date", request.date);
   edited.SetInt64("Amount", request.amount);
-  if (LAuditAppendDocument(profile, kAuditEdit, kBillPaymentTitle, key, edited)) return true;
-  error = kAuditNotWrittenMessage;
-  return false;
+  return LAuditDocumentEvent(kAuditEdit, kBillPaymentTitle, key, edited);
+}
+
+// The first number no payment has: the key of a new one. Payments are made only under the ledger
+// lock, so it stays free until the payment is saved.
+std::string FreeKey(const LFileStoreListBase& payments) {
+  for (long number = 1;; ++number)
+    if (std::string key = std::to_string(number); !payments.TestRecordExists(key)) return key;
 }
 
 }  // namespace
@@ -213,7 +220,7 @@ bool LBillPaymentCreate(LProfile& profile, const LBillPaymentRequest& request, s
   if (!CheckApplications(profile, request.supplier, request.amount, entries, {}, error)) return false;
   LFileStoreListBase payments = profile.List(kBillPaymentsList);
   LBillPayment payment;
-  payments.CreateNewRecord(payment);
+  payments.CreateNewRecord(payment, FreeKey(payments));
   payment.SetString("Supplier", request.supplier);
   payment.SetInt64("Amount", request.amount);
   payment.SetString("Date", request.date);
@@ -222,14 +229,17 @@ bool LBillPaymentCreate(LProfile& profile, const LBillPaymentRequest& request, s
   if (!request.method.empty()) payment.SetString("BillPaymentMethod", request.method);
   if (!request.cheque.empty()) payment.SetString(kChequeNumberField, request.cheque);
   WriteApplications(payment, entries);
-  // The payment's key is its identifier in the ledger: it is taken before posting.
+  // The payment's key is its identifier in the ledger: it is taken before posting. The "record"
+  // entry follows the save; a crash between is settled from the note.
+  std::string key = payment.GetPrimaryKey();
+  LAuditPending audit(profile, LAuditDocumentEvent(kAuditRecord, kBillPaymentTitle, key, payment),
+                      payments.MakeRecordPath(key));
   if (!payment.Flush()) {
     payment.DetachWithoutSave();
     error = "Impossible de créer la fiche.";
     return false;
   }
-  std::string key = payment.GetPrimaryKey();
-  if (!LAuditAppendDocument(profile, kAuditRecord, kBillPaymentTitle, key, payment)) {
+  if (!audit.Append()) {
     payment.DetachWithoutSave();
     (void)payments.Delete(key);  // nothing else was written yet
     error = kAuditNotWrittenMessage;
@@ -259,7 +269,13 @@ bool LBillPaymentEdit(LProfile& profile, std::string_view key, const LBillPaymen
     payment.DetachWithoutSave();
     return false;
   }
-  if (!AuditEdit(profile, key, payment, request, error)) return false;
+  // Should the edit not take effect after its entry, a "cancel" entry follows (auditpending.h).
+  LAuditPending audit(profile, EditEvent(key, payment, request), profile.List(kBillPaymentsList).MakeRecordPath(key));
+  if (!audit.Append()) {
+    payment.DetachWithoutSave();
+    error = kAuditNotWrittenMessage;
+    return false;
+  }
   std::vector<LAppliedAmount> held = Applications(payment);
   std::string oldSupplier = payment.GetString("Supplier"), oldDate = payment.GetString("Date");
   std::string reference = payment.GetString("JournalTxnRef");
@@ -339,7 +355,9 @@ bool LBillPaymentDelete(LProfile& profile, std::string_view key, std::string& er
   LFileStoreListBase payments = profile.List(kBillPaymentsList);
   LBillPayment payment;
   if (!OpenPayment(profile, key, payment, error)) return false;
-  if (!LAuditAppendDocument(profile, kAuditDeleteDocument, kBillPaymentTitle, key, payment)) {
+  LAuditPending audit(profile, LAuditDocumentEvent(kAuditDeleteDocument, kBillPaymentTitle, key, payment),
+                      payments.MakeRecordPath(key));
+  if (!audit.Append()) {
     error = kAuditNotWrittenMessage;
     return false;
   }

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "accounts/accounts.h"
+#include "accounts/auditpending.h"
 #include "accounts/audittrail.h"
 #include "accounts/billpayments.h"
 #include "accounts/ledger.h"
@@ -125,17 +126,26 @@ std::string LBillTaxPaidAccountNumber(const LProfile& profile, int tax) {
 
 // ---- Posting ----------------------------------------------------------------------------------
 
-bool LBillRecordTransactions(LProfile& profile, LBill& bill, std::string_view userName) {
+namespace {
+
+// The bill's "JournalTxnRef", or the next purchases number not already a bill's identifier (empty
+// when the counter could not be written).
+std::string BillReference(LProfile& profile, const LBill& bill) {
   std::string reference = bill.GetString("JournalTxnRef");
-  if (reference.empty()) {
-    std::string prefix = LReferencePrefix(profile, kPurchasesCounter);
-    LFileStoreListBase bills = profile.List(kBillsList);
-    int number = LTakeReferenceNumber(profile, kPurchasesCounter, [&](int candidate) {
-      return bills.TestRecordExists(LFormatReference(prefix, candidate));
-    });
-    if (number == 0) return false;
-    reference = LFormatReference(prefix, number);
-  }
+  if (!reference.empty()) return reference;
+  std::string prefix = LReferencePrefix(profile, kPurchasesCounter);
+  LFileStoreListBase bills = profile.List(kBillsList);
+  int number = LTakeReferenceNumber(profile, kPurchasesCounter, [&](int candidate) {
+    return bills.TestRecordExists(LFormatReference(prefix, candidate));
+  });
+  return number == 0 ? std::string() : LFormatReference(prefix, number);
+}
+
+}  // namespace
+
+bool LBillRecordTransactions(LProfile& profile, LBill& bill, std::string_view userName) {
+  std::string reference = BillReference(profile, bill);
+  if (reference.empty()) return false;
   std::string notes = bill.GetString("Notes");
   LLedgerTransaction txn(bill.GetString("Date"), reference, kTxnTypePurchase);
   txn.AddLine(bill.GetAccount(profile), notes, -bill.GetInt64("Total", 0), userName, "", reference);
@@ -163,11 +173,17 @@ bool LBillSave(LProfile& profile, LBill& bill, std::string_view userName, std::s
   bill.SetInt64("Total", LBillSumTotal(profile, bill));
   LFileStoreListBase bills = profile.List(kBillsList);
   LLedgerLock lock(profile);
+  // The reference is taken first: it is the bill's key, which the trail names.
+  std::string reference = BillReference(profile, bill);
+  if (reference.empty()) return false;
+  bill.SetPrimaryKey(reference);
+  bill.SetString("JournalTxnRef", reference);
   // The trail records the bill as it will stand before anything changes; without it, nothing does.
-  std::string_view action = bills.TestRecordExists(bill.GetPrimaryKey()) ? kAuditEdit : kAuditRecord;
-  if (!LAuditAppendDocument(profile, action, kBillTitle, bill.GetPrimaryKey(), bill)) return false;
+  // Should the bill's record not be written after all, a "cancel" entry follows (auditpending.h).
+  std::string_view action = bills.TestRecordExists(reference) ? kAuditEdit : kAuditRecord;
+  LAuditPending audit(profile, LAuditDocumentEvent(action, kBillTitle, reference, bill), bills.MakeRecordPath(reference));
+  if (!audit.Append()) return false;
   // The posting a stored bill of that reference made, taken out first and put back on failure.
-  std::string reference = bill.GetString("JournalTxnRef");
   LLedgerTransaction previous;
   bool replacing = false, stored = false;
   std::string oldSupplier;
@@ -225,7 +241,8 @@ bool LBillDelete(LProfile& profile, std::string_view key, std::string* error) {
     if (error != nullptr) *error = "La facture fournisseur « " + std::string(key) + " » n'existe pas.";
     return false;
   }
-  if (!LAuditAppendDocument(profile, kAuditDeleteDocument, kBillTitle, key, bill)) {
+  LAuditPending audit(profile, LAuditDocumentEvent(kAuditDeleteDocument, kBillTitle, key, bill), bills.MakeRecordPath(key));
+  if (!audit.Append()) {
     if (error != nullptr) *error = kAuditNotWrittenMessage;
     return false;
   }

@@ -13,6 +13,7 @@
 #include <optional>
 #include <vector>
 
+#include "accounts/auditpending.h"
 #include "accounts/audittrail.h"
 #include "accounts/ledger.h"
 #include "accounts/ledgerlock.h"
@@ -181,6 +182,18 @@ bool IsAbandoned(const std::string& path) {
   return locked == 0 && LFile::Exists(path);
 }
 
+// The complete lines of the files (a line cut short by the crash is dropped).
+std::vector<std::string> NotesOf(const std::vector<std::string>& paths) {
+  std::vector<std::string> notes;
+  for (const std::string& path : paths) {
+    std::string text;
+    if (!LFile::ReadAll(path, text)) continue;
+    for (std::size_t at = 0, end; (end = text.find('\n', at)) != std::string::npos; at = end + 1)
+      notes.push_back(text.substr(at, end - at));
+  }
+  return notes;
+}
+
 }  // namespace
 
 void LLedgerAddIntentSettler(std::string_view extension, LIntentSettler settler) {
@@ -192,25 +205,27 @@ void LLedgerAddIntentSettler(std::string_view extension, LIntentSettler settler)
 int LLedgerSettleIntents(const LProfile& profile) {
   std::string folder = IntentsFolder(profile);
   int nSettled = SettleLockFile(profile) ? 1 : 0;
-  // Abandoned change files by settler: however many a crash left, each settler runs once.
+  // Abandoned change files by settler: however many a crash left, each settler runs once. The
+  // audit trail's pending entries go first: they judge from the records as the crash left them,
+  // which the other settlers may write again.
+  std::vector<std::string> pendingAudit;
   std::map<LIntentSettler, std::vector<std::string>> abandoned;
   for (const std::string& name : LFile::ListFolder(folder)) {
     std::string path = LFile::MakeFilePath(folder, name);
     if (name.ends_with(kIntentExtension)) {
       if (SettleFile(profile, path)) ++nSettled;
+    } else if (name.ends_with(kAuditPendingExtension)) {
+      if (IsAbandoned(path)) pendingAudit.push_back(path);
     } else if (LIntentSettler settler = FindSettler(name); settler != nullptr && IsAbandoned(path)) {
       abandoned[settler].push_back(path);
     }
   }
+  if (!pendingAudit.empty()) {
+    LAuditSettlePending(profile, NotesOf(pendingAudit));
+    for (const std::string& path : pendingAudit) nSettled += ::unlink(path.c_str()) == 0;
+  }
   for (const auto& [settler, paths] : abandoned) {
-    std::vector<std::string> notes;
-    for (const std::string& path : paths) {
-      std::string text;
-      if (!LFile::ReadAll(path, text)) continue;
-      for (std::size_t at = 0, end; (end = text.find('\n', at)) != std::string::npos; at = end + 1)
-        notes.push_back(text.substr(at, end - at));
-    }
-    settler(profile, notes);
+    settler(profile, NotesOf(paths));
     LLogWarning("Une modification des documents a été interrompue : les documents, leurs écritures et les soldes "
                 "qui en dépendent ont été remis en accord.");
     for (const std::string& path : paths) nSettled += ::unlink(path.c_str()) == 0;

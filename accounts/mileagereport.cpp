@@ -6,6 +6,7 @@
 
 #include "accounts/mileagescale.h"
 #include "accounts/vehicles.h"
+#include "invoice/shared/profile.h"
 
 namespace {
 
@@ -55,7 +56,7 @@ bool AddVehicle(LProfile& profile, const LVehicle& vehicle, const std::vector<LV
       return false;
     const LMileageBand* band = scale.BandFor(vehicle.kind, vehicle.horsepower, before + within);
     std::string label = "Indemnité " + std::to_string(year) + ", barème " + std::to_string(scale.year) + " : " +
-                        LMileageBandFormula(*band);
+                        LMileageBandFormula(*band, profile.GetCurrencyFormat());
     if (vehicle.electric && scale.electricPercent != 0)
       label += ", majoré de " + std::to_string(scale.electricPercent) + " %";
     if (before != 0) label += " (après " + Km(before) + " km dans l'année)";

@@ -136,8 +136,14 @@ bool LMileageScaleParse(std::string_view text, std::vector<LMileageScale>& scale
       return refuse("montant fixe invalide");
     for (int year = first; year <= last; ++year) ScaleOf(read, year).bands.push_back(band);
   }
-  for (const LMileageScale& scale : read)
+  for (const LMileageScale& scale : read) {
+    // An increase alone would stand for a year whose every allowance is missing.
+    if (scale.bands.empty()) {
+      error = "Barème kilométrique " + std::to_string(scale.year) + " : aucune tranche pour cette année.";
+      return false;
+    }
     if (!CheckClasses(scale, error)) return false;
+  }
   scales = std::move(read);
   return true;
 }
@@ -161,16 +167,15 @@ bool LMileageAllowance(const LMileageScale& scale, std::string_view kind, int ho
   return true;
 }
 
-std::string LMileageBandFormula(const LMileageBand& band) {
-  std::string rate = LFormatAmountPlain(band.rateMilli, 3);
-  std::replace(rate.begin(), rate.end(), '.', ',');
-  std::string formula = "d × " + rate;
+std::string LMileageBandFormula(const LMileageBand& band, const LCurrencyFormat& currency) {
+  LCurrencyFormat rate = currency;
+  rate.digits = 3;
+  std::string formula = "d × " + LFormatNumber(band.rateMilli, rate);
   if (band.fixedCents == 0) return formula;
-  LCurrencyFormat euros;
-  euros.decimal = ",";
-  euros.thousands = " ";
-  euros.digits = band.fixedCents % 100 == 0 ? 0 : 2;
-  return formula + " + " + LFormatNumber(euros.digits == 0 ? band.fixedCents / 100 : band.fixedCents, euros) + " €";
+  // A whole amount without its decimals, as the published scale writes it.
+  LCurrencyFormat fixed = currency;
+  fixed.digits = band.fixedCents % 100 == 0 ? 0 : 2;
+  return formula + " + " + LFormatMoney(fixed.digits == 0 ? band.fixedCents / 100 : band.fixedCents, fixed);
 }
 
 std::vector<LMileageScale> LMileageScales(LProfile& profile) {

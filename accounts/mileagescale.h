@@ -17,6 +17,8 @@
 #include <string_view>
 #include <vector>
 
+#include "llib/gen/money.h"
+
 class LProfile;
 
 inline constexpr std::string_view kMileageScalesList = "MileageScales";
@@ -49,8 +51,9 @@ std::string LMileageScaleText(const LMileageScale& scale);
 // then the electric increase. false when the scale has no band for the vehicle.
 bool LMileageAllowance(const LMileageScale& scale, std::string_view kind, int horsepower, bool electric,
                        long long km, long long& cents);
-// "d × 0,357 + 1 395 €" of a band, as the report shows it.
-std::string LMileageBandFormula(const LMileageBand& band);
+// "d × 0,357 + 1 395 €" of a band, as the report shows it, in the business's number and currency
+// format (the allowance it gives is shown so too).
+std::string LMileageBandFormula(const LMileageBand& band, const LCurrencyFormat& currency);
 
 // The scales that apply in the business: the shipped ones, each year the business imported in
 // place of the shipped one; sorted by year.

@@ -1,5 +1,5 @@
 // The report catalogue: each report's name, title, group and the builder that fills its table
-// from the request's period and customer choices. Periods not given default to the calendar year
+// from the request's period and customer choices. Periods not given default to the fiscal year
 // of the end date (profit and loss, cash flow) or to everything up to it (trial balance); the end
 // date defaults to the request's date.
 #include <algorithm>
@@ -22,6 +22,7 @@
 #include "invoice/shared/profile.h"
 #include "invoice/shared/agingreport.h"
 #include "invoice/shared/customerstatementreport.h"
+#include "invoice/shared/fiscalyear.h"
 #include "invoice/shared/inventory.h"
 #include "invoice/shared/itemsreport.h"
 #include "invoice/shared/salesreports.h"
@@ -33,11 +34,11 @@ std::string EndDate(const LReportRequest& request) {
   return (request.to.IsValid() ? request.to : request.date).ToText();
 }
 
-// The from day, or the first of January of the end date's year.
-LDTPeriod YearPeriod(const LReportRequest& request) {
+// The from day, or the first day of the fiscal year that holds the end date.
+LDTPeriod FiscalYearPeriod(LProfile& profile, const LReportRequest& request) {
   LDate end = request.to.IsValid() ? request.to : request.date;
-  LDate from = request.from.IsValid() ? request.from : LDate(end.year, 1, 1);
-  return {from.ToText(), end.ToText()};
+  if (request.from.IsValid()) return {request.from.ToText(), end.ToText()};
+  return {LFiscalYearOf(profile, end).from, end.ToText()};
 }
 
 constexpr std::string_view kBadPeriod = "Période invalide.";
@@ -49,7 +50,7 @@ bool BuildChart(LProfile& profile, const LReportRequest&, LReportTable& table, s
 
 bool BuildProfitAndLoss(LProfile& profile, const LReportRequest& request, LReportTable& table,
                         std::string& error) {
-  if (LProfitAndLoss(profile, YearPeriod(request), request.businesses, table)) return true;
+  if (LProfitAndLoss(profile, FiscalYearPeriod(profile, request), request.businesses, table)) return true;
   error = kBadPeriod;
   return false;
 }
@@ -57,7 +58,7 @@ bool BuildProfitAndLoss(LProfile& profile, const LReportRequest& request, LRepor
 // The compared period defaults to the same dates one year earlier.
 bool BuildProfitAndLossCompare(LProfile& profile, const LReportRequest& request, LReportTable& table,
                                std::string& error) {
-  LDTPeriod period = YearPeriod(request);
+  LDTPeriod period = FiscalYearPeriod(profile, request);
   LDate from, to;
   LDate::Parse(period.from, from);
   LDate::Parse(period.to, to);
@@ -90,7 +91,7 @@ bool BuildTrialBalance(LProfile& profile, const LReportRequest& request, LReport
 
 bool BuildCashFlow(LProfile& profile, const LReportRequest& request, LReportTable& table,
                    std::string& error) {
-  if (LCashFlowStatement(profile, YearPeriod(request), request.businesses, table)) return true;
+  if (LCashFlowStatement(profile, FiscalYearPeriod(profile, request), request.businesses, table)) return true;
   error = kBadPeriod;
   return false;
 }
@@ -154,7 +155,8 @@ bool BuildAging(LProfile& profile, const LReportRequest& request, LReportTable& 
   return true;
 }
 
-// The French VAT return of the period; without a first day, the calendar quarter of the end date.
+// The French VAT return of the period; without a first day, the calendar quarter of the end date:
+// returns are filed by calendar month or quarter whatever the fiscal year.
 bool BuildVatCa3(LProfile& profile, const LReportRequest& request, LReportTable& table, std::string&) {
   LDate to = request.to.IsValid() ? request.to : request.date;
   LDate from = request.from.IsValid() ? request.from : LDate(to.year, (to.month - 1) / 3 * 3 + 1, 1);
@@ -205,12 +207,11 @@ bool BuildBudget(LProfile& profile, const LReportRequest& request, LReportTable&
 }
 
 // The trips and allowances of the vehicle named by the request's subject (every vehicle when none)
-// over the period (the calendar year of the end date when none is given).
+// over the period (the calendar year of the end date when none is given: the kilometric scale and
+// its yearly distance bands run by calendar year whatever the fiscal year).
 bool BuildMileage(LProfile& profile, const LReportRequest& request, LReportTable& table, std::string& error) {
-  LDTPeriod period = YearPeriod(request);
-  LDate from, to;
-  (void)LDate::Parse(period.from, from);
-  (void)LDate::Parse(period.to, to);
+  LDate to = request.to.IsValid() ? request.to : request.date;
+  LDate from = request.from.IsValid() ? request.from : LDate(to.year, 1, 1);
   return LMileageReport(profile, request.subject, from, to, table, error);
 }
 

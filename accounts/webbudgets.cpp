@@ -7,6 +7,7 @@
 #include "accounts/budgets.h"
 #include "accounts/webbank.h"
 #include "accounts/webreports.h"
+#include "invoice/shared/fiscalyear.h"
 #include "invoice/shared/profile.h"
 #include "llib/gen/log.h"
 #include "llib/gen/money.h"
@@ -70,7 +71,11 @@ class LWebBudgetNewDialog : public LWebDialogEx {
     SetCancelPage("budgetlist");
     AddNavLink("budgetlist", "Budgets");
   }
-  void InitDialog() override { SetText(kYearControl, std::to_string(LDate::Today().year)); }
+  // The fiscal year in progress, named like every budget by the year it ends in.
+  void InitDialog() override {
+    LProfile profile(WLSessionBusinessFolder(form_));
+    SetText(kYearControl, LFiscalYearOf(profile, LDate::Today()).to.substr(0, 4));
+  }
   void Generate() override {
     LProfile profile(WLSessionBusinessFolder(form_));
     AddInput(kNameControl, "Nom :", GetText(kNameControl), 30);

@@ -3,6 +3,7 @@
 #include <unistd.h>
 
 #include "accounts/fecexport.h"
+#include "invoice/shared/fiscalyear.h"
 #include "invoice/shared/profile.h"
 #include "invoice/shared/webaccess.h"
 #include "llib/gen/date.h"
@@ -42,10 +43,14 @@ void LWebFecPage::Generate() {
     form_.Write(kAdministratorsOnly);
     return;
   }
-  int thisYear = LDate::Today().year;
+  // The last closed fiscal year is chosen, named by the year it ended in.
+  LProfile profile(WLSessionBusinessFolder(form_));
+  LDate today = LDate::Today(), yearStart;
+  (void)LDate::Parse(LFiscalYearOf(profile, today).from, yearStart);
+  int thisYear = today.year, lastClosed = yearStart.AddDays(-1).year;
   std::string options;
   for (int year = thisYear; year > thisYear - kYearsOffered; --year)
-    options += LWebFormat("<option value='%d'%s>%d</option>", year, year == thisYear - 1 ? " selected" : "", year);
+    options += LWebFormat("<option value='%d'%s>%d</option>", year, year == lastClosed ? " selected" : "", year);
   form_.Write(LWebFormat(
       "<p>Le fichier des écritures comptables (FEC) de l'exercice clos dans l'année choisie, tel que l'administration "
       "fiscale le demande lors d'un contrôle : une ligne par écriture, à-nouveaux en tête.</p>"

@@ -33,7 +33,7 @@ std::string DistanceText(long long afterKm, long long upToKm) {
   return "de " + std::to_string(afterKm + 1) + " à " + std::to_string(upToKm) + " km";
 }
 
-std::string ScaleTable(const LMileageScale& scale) {
+std::string ScaleTable(const LMileageScale& scale, const LCurrencyFormat& currency) {
   std::string html = LWebFormat("<table class=report id=scale%d><caption>Barème %d", scale.year, scale.year);
   if (scale.electricPercent != 0)
     html += LWebFormat(" <span class=subtitle>véhicules électriques : +%d %%</span>", scale.electricPercent);
@@ -46,7 +46,7 @@ std::string ScaleTable(const LMileageScale& scale) {
       html += LWebFormat("%s<tr><td>%H</td>", i == 0 ? "" : "</tr>", ClassText(band).c_str());
       afterKm = 0;
     }
-    html += LWebFormat("<td>%H : %H</td>", DistanceText(afterKm, band.upToKm).c_str(), LMileageBandFormula(band).c_str());
+    html += LWebFormat("<td>%H : %H</td>", DistanceText(afterKm, band.upToKm).c_str(), LMileageBandFormula(band, currency).c_str());
     afterKm = band.upToKm;
   }
   return html + (scale.bands.empty() ? "" : "</tr>") + "</tbody></table>";
@@ -68,7 +68,7 @@ class LWebMileageScaleDialog : public LWebDialogEx {
     AddStatic("Pour chaque année, l'indemnité de la distance d parcourue dans l'année. Une année dont le barème "
               "n'est pas encore publié prend le dernier barème connu.");
     std::string tables;
-    for (const LMileageScale& scale : LMileageScales(profile)) tables = ScaleTable(scale) + tables;  // newest first
+    for (const LMileageScale& scale : LMileageScales(profile)) tables = ScaleTable(scale, profile.GetCurrencyFormat()) + tables;  // newest first
     form_.Write("<tr><td colspan=2>" + tables + "</td></tr>");
     if (!WLMayChangeData(form_)) return;
     AddStatic("Importer le barème d'une année : une ligne par tranche, « ANNÉE GENRE CV_MIN CV_MAX KM_MAX TAUX FIXE » "

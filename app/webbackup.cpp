@@ -28,6 +28,7 @@ constexpr std::string_view kLastFolderKey = "LastBackupFolder";  // the folder o
 constexpr std::string_view kJobScript = R"(var jobId = '';
 function ShowJob(id) {
   jobId = id;
+  ClearControlError();
   document.getElementById('jobpanel').style.display = 'block';
   var result = document.getElementById('jobresult');
   result.textContent = '';

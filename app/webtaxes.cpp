@@ -41,6 +41,17 @@ std::string CellValue(const LTaxOptions& tax, LTaxSettingField field, int n) {
   return {};
 }
 
+// The refusal of one cell, said in the table's terms rather than the command line's "K=VALUE".
+std::string CellRefusal(LTaxSettingField field, int n, const std::string& value) {
+  if (field == LTaxSettingField::kRate)
+    return LWebFormat("Taux invalide pour la taxe %d : « %s ». Entrez un pourcentage (par exemple 20 ou 5.5), "
+                      "ou deux taux et 0 ou 1 pour une taxe composée (par exemple 5/9.975/1).",
+                      n, value.c_str());
+  if (field == LTaxSettingField::kName)
+    return LWebFormat("Nom invalide pour la taxe %d : « %s ».", n, value.c_str());
+  return LWebFormat("Valeur invalide pour la taxe %d : « %s ».", n, value.c_str());
+}
+
 }  // namespace
 
 LWebTaxSettingsDialog::LWebTaxSettingsDialog(LWebletForm& form) : LWebSettingsDialog(form, "settingstax", "taxes") {}
@@ -93,7 +104,12 @@ bool LWebTaxSettingsDialog::CmOk() {
   change.defaultRate = defaultRate >= 1 && defaultRate <= count ? defaultRate : 1;
   change.inclusive = IsChecked(kInclusiveControl);
   change.trackPaid = IsChecked(kTrackPaidControl);
-  std::vector<int> controls;  // the control of each assignment
+  struct Cell {
+    int control;
+    int n;
+    std::string value;
+  };
+  std::vector<Cell> cells;  // the cell of each assignment
   for (int n = 1; n <= count; ++n)
     for (const Column& column : kColumns) {
       std::string value = GetTextAndTrim(column.base + n);
@@ -101,14 +117,14 @@ bool LWebTaxSettingsDialog::CmOk() {
       // A combination has no rate of its own: an empty rate is left as it is.
       if (column.field == LTaxSettingField::kRate && value.empty()) continue;
       change.assignments.push_back({column.field, std::to_string(n) + "=" + value});
-      controls.push_back(column.base + n);
+      cells.push_back({column.base + n, n, value});
     }
   LProfile profile(WLSessionBusinessFolder(form_));
   std::string error;
   if (!LTaxSettingsApply(profile, change, &error)) {
     for (std::size_t i = 0; i < change.assignments.size(); ++i)
       if (error == LTaxSettingsInvalidMessage(change.assignments[i].text)) {
-        PopupControlDataInvalid(controls[i], error);
+        PopupControlDataInvalid(cells[i].control, CellRefusal(change.assignments[i].field, cells[i].n, cells[i].value));
         return false;
       }
     PopupBoxError(error);

@@ -58,17 +58,26 @@ function HandleAjaxJSReturn(text) {
   (new Function(text))();
 }
 
-// The red message beside a control's row, replacing an earlier one.
-function ShowControlError(controlId, message) {
+// Takes away the red message of an earlier refusal, once the control's value was accepted.
+function ClearControlError() {
   var previous = document.getElementById('errorTag');
   if (previous) previous.parentNode.removeChild(previous);
   var marker = document.getElementById('invalidTag');
   if (marker) marker.parentNode.removeChild(marker);
   var invalid = document.querySelectorAll('.invalid');
   for (var k = 0; k < invalid.length; k++) invalid[k].classList.remove('invalid');
+}
+
+// The red message beside a control's row, replacing an earlier one.
+function ShowControlError(controlId, message) {
+  ClearControlError();
+  var control = document.getElementById(controlId);
+  var anchor = control;
+  while (anchor && anchor.tagName !== 'TR') anchor = anchor.parentNode;
   var lines = String(message).split('\n');
   var cell = document.createElement('td');
-  cell.colSpan = 2;
+  // As wide as the control's row, so that a message in a table of several columns does not wrap.
+  cell.colSpan = anchor && anchor.cells.length > 2 ? anchor.cells.length : 2;
   cell.className = 'rowerror';
   for (var i = 0; i < lines.length; i++) {
     if (i > 0) cell.appendChild(document.createElement('br'));
@@ -78,9 +87,6 @@ function ShowControlError(controlId, message) {
   row.id = 'errorTag';
   row.className = 'rowerror';
   row.appendChild(cell);
-  var control = document.getElementById(controlId);
-  var anchor = control;
-  while (anchor && anchor.tagName !== 'TR') anchor = anchor.parentNode;
   if (anchor) {
     anchor.parentNode.insertBefore(row, anchor);
   } else {

@@ -3,8 +3,10 @@
 #include <map>
 #include <memory>
 
+#include "accounts/auditpending.h"
 #include "accounts/audittrail.h"
 #include "accounts/ledgerlock.h"
+#include "invoice/sales/applicationaudit.h"
 #include "invoice/sales/salesbook.h"
 #include "invoice/sales/salesledger.h"
 #include "invoice/sales/salesposting.h"
@@ -76,6 +78,29 @@ std::unique_ptr<LSortedInvoiceList> Distribute(LProfile& profile, LPayment& paym
   return chosen;
 }
 
+// Writes into distributed (a detached copy of payment, for the trail) the lists the payment will
+// hold once the distribution is applied.
+void Distributed(const LPayment& payment, const LSortedInvoiceList& distribution, LPayment& distributed) {
+  std::vector<LAppliedAmount> entries;
+  for (const auto& entry : distribution.Entries()) {
+    long long amount = payment.IsRefund() ? entry.GetRefundedAppliedAmount() : entry.GetAppliedAmount();
+    if (amount > 0) entries.push_back({entry.GetKey(), amount});
+  }
+  distributed.CopyRecord(payment);
+  LWriteAppliedAmounts(distributed, entries);
+}
+
+// Sets the invoices' cached amounts back from the stored payments and credit notes, after a change
+// of applications that was refused midway.
+void RecomputeInvoices(LProfile& profile, const std::vector<LAppliedAmount>& applications) {
+  for (const auto& application : applications) {
+    LSalesDocument invoice;
+    if (!Invoices(profile).Open(invoice, application.invoice)) continue;
+    invoice.UpdateAmountPaid(profile);
+    invoice.UpdateAmountRefunded(profile);
+  }
+}
+
 // What an applier holds once applications are made: its other entries and the new ones (an
 // invoice it already covers takes the new amount).
 long long HeldAfter(const std::vector<LAppliedAmount>& entries, const std::vector<LAppliedAmount>& applications) {
@@ -124,8 +149,10 @@ bool LPaymentCreate(LProfile& profile, const LPaymentRequest& request, std::stri
   if (request.refund) payment.SetBool("IsRefund", true);
   if (!request.depositAccount.empty()) payment.SetString("DepositAccount", request.depositAccount);
   LWriteAppliedAmounts(payment, {});
+  // The "record" entry follows the save; a crash between is settled from the note.
+  LAuditPending audit(profile, LAuditDocumentEvent(kAuditRecord, kPaymentTitle, key, payment), payments.MakeRecordPath(key));
   bool saved = payment.Flush();
-  if (!saved || !LAuditAppendDocument(profile, kAuditRecord, kPaymentTitle, key, payment)) {
+  if (!saved || !audit.Append()) {
     payment.DetachWithoutSave();
     (void)payments.Delete(key);  // nothing else was written yet
     SetError(error, saved ? std::string(kAuditNotWrittenMessage) : std::string("Impossible d'enregistrer le paiement."));
@@ -143,7 +170,17 @@ bool LPaymentCreate(LProfile& profile, const LPaymentRequest& request, std::stri
   }
   intent.NotePosting(kPaymentsList, key, {}, reference);
   bool posted = LPaymentRecordTransactions(profile, payment, LGetPostingUserName());
-  // The flush keeps "JournalTxnRef"; the applications are written whatever the posting did.
+  // The flush keeps "JournalTxnRef"; the applications are written whatever the posting did, once
+  // the trail has them.
+  LApplicationAudit applications(profile, kPaymentTitle, payment, payments.MakeRecordPath(key));
+  LPayment distributed;
+  Distributed(payment, *distribution, distributed);
+  if (!applications.Write(distributed)) {
+    (void)payment.Flush();
+    SetError(error, "Le paiement " + key + " est enregistré, mais la piste d'audit n'a pas pu recevoir ses imputations : "
+                    "il n'est imputé à aucune facture.");
+    return false;
+  }
   bool written = payment.Flush() && LPaymentApplyList(profile, payment, *distribution);
   if (!posted) SetError(error, "Impossible d'écrire dans le grand livre.");
   else if (!written) SetError(error, "Impossible d'enregistrer le paiement.");
@@ -156,7 +193,11 @@ namespace {
 bool DeletePayment(LProfile& profile, std::string_view key, LPayment& payment, LSalesChangeIntent& intent,
                    std::string* error) {
   intent.NoteDeleting(kPaymentsList, key);
+  LApplicationAudit applications(profile, kPaymentTitle, payment, profile.MainList(kPaymentsList).MakeRecordPath(key));
   LPaymentUnapply(payment, profile, payment.IsRefund());
+  // The deletion is under way already (its entry is written): the trail's refusal only leaves
+  // the letting go unrecorded, which the deletion's entry lists anyway.
+  (void)applications.Write(payment);
   LSalesDocumentRemoveTransaction(profile, payment, payment.GetDate());
   if (!LCoreDataPaymentReverse(profile, payment, false)) {
     SetError(error, std::string(kRecordNotSavedMessage));
@@ -210,10 +251,17 @@ bool LPaymentApply(LProfile& profile, std::string_view key, const std::vector<LA
     SetError(error, "Le montant imputé dépasse le montant du paiement.");
     return false;
   }
+  LApplicationAudit audit(profile, kPaymentTitle, payment, profile.MainList(kPaymentsList).MakeRecordPath(key));
   for (const auto& application : applications) {
     LSalesDocument invoice;
     if (Invoices(profile).Open(invoice, application.invoice))
       LPaymentApplyToInvoice(payment, invoice, application.amount, profile, payment.IsRefund());
+  }
+  if (!audit.Write(payment)) {
+    payment.DetachWithoutSave();
+    RecomputeInvoices(profile, applications);
+    SetError(error, std::string(kAuditNotWrittenMessage));
+    return false;
   }
   if (!payment.Flush()) {
     SetError(error, "Impossible d'enregistrer le paiement.");
@@ -237,12 +285,20 @@ bool LCreditNoteApply(LProfile& profile, std::string_view key, const std::vector
     SetError(error, "Le montant imputé dépasse le solde de l'avoir.");
     return false;
   }
+  LApplicationAudit audit(profile, LSalesDocumentKindOf(LSalesDocumentType::kCreditNote).title, creditNote,
+                          CreditNotes(profile).MakeRecordPath(key));
   bool written = true;
   for (const auto& application : applications) {
     LSalesDocument invoice;
     if (!Invoices(profile).Open(invoice, application.invoice)) continue;
     LCreditNoteApplyToInvoice(creditNote, invoice, application.amount, profile);
     written = invoice.Flush() && written;
+  }
+  if (!audit.Write(creditNote)) {
+    creditNote.DetachWithoutSave();
+    RecomputeInvoices(profile, applications);
+    SetError(error, std::string(kAuditNotWrittenMessage));
+    return false;
   }
   if (!creditNote.Flush() || !written) {
     SetError(error, "Impossible d'enregistrer l'avoir.");
@@ -260,8 +316,9 @@ bool LInvoiceRemoveApplications(LProfile& profile, LSalesDocument& invoice) {
   bool written = true;
   for (const auto& holder : keys) {
     if (!profile.MainList(kPaymentsList).Open(payment, holder)) continue;
+    LApplicationAudit audit(profile, kPaymentTitle, payment, profile.MainList(kPaymentsList).MakeRecordPath(holder));
     LPaymentUnapply(payment, invoice, profile, payment.IsRefund());
-    written = payment.Flush() && written;
+    written = audit.Write(payment) && payment.Flush() && written;
   }
   payment.DetachWithoutSave();
 
@@ -271,8 +328,10 @@ bool LInvoiceRemoveApplications(LProfile& profile, LSalesDocument& invoice) {
     if (LAppliedAmountOf(LReadAppliedAmounts(creditNote), key) != 0) keys.push_back(creditNote.GetPrimaryKey());
   for (const auto& holder : keys) {
     if (!CreditNotes(profile).Open(creditNote, holder)) continue;
+    LApplicationAudit audit(profile, LSalesDocumentKindOf(LSalesDocumentType::kCreditNote).title, creditNote,
+                            CreditNotes(profile).MakeRecordPath(holder));
     LCreditNoteUnapply(creditNote, invoice, profile);
-    written = creditNote.Flush() && written;
+    written = audit.Write(creditNote) && creditNote.Flush() && written;
   }
   return invoice.Flush() && written;
 }

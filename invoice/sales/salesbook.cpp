@@ -3,9 +3,13 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <optional>
+
+#include "accounts/auditpending.h"
 #include "accounts/audittrail.h"
 #include "accounts/ledgerlock.h"
 #include "accounts/linkedaccounts.h"
+#include "invoice/sales/applicationaudit.h"
 #include "invoice/sales/paymentbook.h"
 #include "invoice/sales/salesledger.h"
 #include "invoice/sales/salesposting.h"
@@ -105,15 +109,20 @@ bool CheckLinkedAccounts(LProfile& profile, const LSalesDocumentKind& kind, std:
   return false;
 }
 
-// Writes the audit entry of a change of the recorded document before the change is made, with the
-// total the document will have (worked out on a copy, which moves no balance). false with the
-// refusal in *error when the trail cannot be written.
-bool AuditDocument(LProfile& profile, const LSalesDocumentKind& kind, std::string_view action, std::string_view key,
-                   const LSalesDocument& document, std::string* error) {
+// The audit entry of a change of the recorded document, with the total the document will have
+// (worked out on a copy, which moves no balance).
+LAuditEvent DocumentEvent(LProfile& profile, const LSalesDocumentKind& kind, std::string_view action,
+                          std::string_view key, const LSalesDocument& document) {
   LSalesDocument totalled;  // detached and without a key: totalling it moves no balance
   totalled.CopyRecord(document);
   (void)LSalesDocumentSumTotals(profile, kind, totalled);  // a detached copy: nothing to write
-  if (LAuditAppendDocument(profile, action, kind.title, key, totalled)) return true;
+  return LAuditDocumentEvent(action, kind.title, key, totalled);
+}
+
+// Writes the entry the change noted; false with the refusal in *error when the trail cannot be
+// written.
+bool AuditWritten(LAuditPending& pending, std::string* error) {
+  if (pending.Append()) return true;
   SetError(error, std::string(kAuditNotWrittenMessage));
   return false;
 }
@@ -194,6 +203,9 @@ bool LSalesDocumentCreate(LProfile& profile, const LSalesDocumentKind& kind, con
     document.SetInt64("AmountPaid", 0);
     document.SetInt64("AmountRefunded", 0);
   }
+  // The "record" entry follows the save, which it names; a crash between is settled from the note.
+  std::optional<LAuditPending> audit;
+  if (!draft) audit.emplace(profile, DocumentEvent(profile, kind, kAuditRecord, takenKey, document), list.MakeRecordPath(takenKey));
   document.SetDirty(true);  // an empty document still takes its key
   if (!document.Flush()) {
     document.DetachWithoutSave();
@@ -201,7 +213,7 @@ bool LSalesDocumentCreate(LProfile& profile, const LSalesDocumentKind& kind, con
     return NotSaved(error);
   }
   newKey = document.GetPrimaryKey();
-  if (!draft && !AuditDocument(profile, kind, kAuditRecord, newKey, document, error)) {
+  if (!draft && !AuditWritten(*audit, error)) {
     document.DetachWithoutSave();
     (void)list.Delete(newKey);  // nothing else was written yet
     newKey.clear();
@@ -241,13 +253,17 @@ bool LSalesDocumentEdit(LProfile& profile, const LSalesDocumentKind& kind, std::
     SetError(error, "Document introuvable : " + std::string(key) + ".");
     return false;
   }
+  // The "edit" entry goes first, so that a trail that cannot be written refuses the edit; should the
+  // edit not take effect after it, a "cancel" entry follows (auditpending.h).
+  std::optional<LAuditPending> audit;
   {
     // The change is tried on a copy first so that a refusal writes nothing.
     LSalesDocument trial;
     trial.CopyRecord(document);
     change(trial);
     if (!LSalesCheckParty(profile, kind, trial.GetCustomer(), error)) return false;
-    if (recorded && !AuditDocument(profile, kind, kAuditEdit, key, trial, error)) return false;
+    if (recorded) audit.emplace(profile, DocumentEvent(profile, kind, kAuditEdit, key, trial), list.MakeRecordPath(key));
+    if (recorded && !AuditWritten(*audit, error)) return false;
   }
   LSalesDocument before;  // what the recorded document moved in stock until now
   before.CopyRecord(document);
@@ -320,7 +336,13 @@ bool DeleteRecorded(LProfile& profile, const LSalesDocumentKind& kind, std::stri
   if (isInvoice &&
       !(LInvoiceRemoveApplications(profile, document) && LConvertedInvoiceMoved(profile, document, key, {})))
     return NotSaved(error);
-  if (kind.type == LSalesDocumentType::kCreditNote) LCreditNoteUnapply(document, profile);
+  if (kind.type == LSalesDocumentType::kCreditNote) {
+    LApplicationAudit applications(profile, kind.title, document, profile.MainList(kind.recordedList).MakeRecordPath(key));
+    LCreditNoteUnapply(document, profile);
+    // The deletion's entry is written already and lists what the credit note held: a trail that
+    // refuses the letting go does not stop it.
+    (void)applications.Write(document);
+  }
   if (IsPosted(kind)) LSalesDocumentRemoveTransaction(profile, document, document.GetDate());
   if (isInvoice && !LCustomerChangeBalance(profile, document.GetCustomer(), -document.GetTotal()))
     return NotSaved(error);

@@ -76,6 +76,11 @@ void SettleDocument(LProfile& profile, const std::string& list, const std::strin
       if (LSalesDocumentKindOf(type).recordedList == list) (void)LSalesDocumentFinishDelete(profile, LSalesDocumentKindOf(type), key);
     return;
   }
+  // A document killed between its save and its totalling holds no total yet: its figures are
+  // worked out again from its lines before it is posted (the balances are computed afterwards).
+  for (LSalesDocumentType type : {LSalesDocumentType::kInvoice, LSalesDocumentType::kCreditNote})
+    if (LSalesDocumentKindOf(type).recordedList == list && !LSalesDocumentSumTotals(profile, LSalesDocumentKindOf(type), document).written)
+      LLogWriteFailure("write", store.MakeRecordPath(key), errno);
   if (LSalesDocumentRepost(profile, list, document, noted.oldDate, noted.reference))
     LLogWarning("%s %s : son écriture, interrompue, a été refaite d'après le document.", list.c_str(), key.c_str());
 }

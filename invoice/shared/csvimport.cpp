@@ -5,6 +5,7 @@
 
 #include "invoice/shared/profile.h"
 #include "llib/gen/filestore.h"
+#include "llib/gen/filestoreindex.h"
 #include "llib/gen/process.h"
 #include "llib/gen/record.h"
 
@@ -174,7 +175,10 @@ bool LCsvImportBytes(LProfile& profile, LPartyKind kind, std::string_view bytes,
   report.nRows = static_cast<int>(table.rows.size());
 
   const LFileStoreListBase& list = profile.MainList(LPartyKindOf(kind).list);
-  std::set<std::string> seen;  // keys met in this file: a second row updates the first
+  // The list's index (customers' names) takes the import's lines together; a crash leaves rows
+  // done and entries missing, which readers mend.
+  LFileStoreIndexBatch indexLines(list);
+  std::set<std::string> seen;  // keys met in a dry run: a second row would update the first
   std::size_t next = 0;        // next refused row to report, in line order
   for (std::size_t i = 0; i < inputs.size(); ++i) {
     const RowInput& input = inputs[i];
@@ -187,14 +191,15 @@ bool LCsvImportBytes(LProfile& profile, LPartyKind kind, std::string_view bytes,
       }
       process->SetProgress(static_cast<double>(i) / static_cast<double>(inputs.size()));
     }
-    bool created = !seen.count(input.key) && !list.TestRecordExists(input.key);
+    bool created = false;
     std::string reason;
-    if (!dryRun && !LPartySave(profile, kind, input.key, input.fields, LPartySaveMode::kCreateOrUpdate, &created,
-                               &reason)) {
+    if (dryRun) {
+      created = seen.insert(input.key).second && !list.TestRecordExists(input.key);
+    } else if (!LPartySave(profile, kind, input.key, input.fields, LPartySaveMode::kCreateOrUpdate, &created,
+                           &reason)) {
       (void)report.errors.AddRowResult(input.line, kProcessFailed, reason);
       continue;
     }
-    seen.insert(input.key);
     ++(created ? report.nCreated : report.nUpdated);
   }
   for (; next < refused.size(); ++next)

@@ -345,7 +345,8 @@ bool LPartySave(LProfile& profile, LPartyKind kind, std::string_view key,
     return false;
   }
   LRecord record;
-  list.OpenAlways(record, key);
+  if (exists) list.OpenAlways(record, key);
+  else list.CreateNewRecord(record, key);  // created whole; one taken meanwhile is merged into
   for (const auto& [name, value] : stored) record.SetString(name, value);
   record.SetDirty(true);
   if (!record.Flush()) {

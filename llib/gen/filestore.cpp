@@ -127,7 +127,8 @@ bool LFileStoreListBase::Delete(std::string_view key) const {
 // failed write or a crash at any moment leaves either the old record or the new one, never half
 // of one. The exclusive lock is taken on the record file as it was; a writer that waited on a
 // file replaced meanwhile opens the new one again (LLockedFile::OpenCurrent), and readers that
-// opened the old file read it whole.
+// opened the old file read it whole. A record new under its key is linked into place instead
+// (CreateLinked), as a new number is (SaveUnderNewKey).
 
 namespace {
 
@@ -183,6 +184,52 @@ void MergeStored(std::string_view content, LRecord& r) {
 
 }  // namespace
 
+namespace {
+
+enum class Created { kDone, kTaken, kFailed, kUnsupported };
+
+// Writes text as an unnamed file of the list folder (O_TMPFILE) and links it at path: one name
+// made where a named temporary file takes three operations (create, link, remove). kUnsupported
+// when the file system (or a missing /proc) does not allow it.
+Created CreateUnnamedThenLink(const std::string& path, std::string_view text, ino_t& inode) {
+  std::string folder = path.substr(0, path.rfind('/'));
+  LFileDescriptor fd(LRobustOpen(folder, O_WRONLY | O_TMPFILE));
+  if (!fd.IsOpen()) return Created::kUnsupported;
+  struct stat st;
+  if (!LRobustWrite(fd.Get(), text.data(), text.size()) || ::fstat(fd.Get(), &st) != 0) {
+    LLogWriteFailure("write", path, errno);
+    return Created::kFailed;
+  }
+  inode = st.st_ino;
+  std::string unnamed = "/proc/self/fd/" + std::to_string(fd.Get());
+  if (::linkat(AT_FDCWD, unnamed.c_str(), AT_FDCWD, path.c_str(), AT_SYMLINK_FOLLOW) == 0) return Created::kDone;
+  if (errno == EEXIST) return Created::kTaken;
+  return Created::kUnsupported;
+}
+
+// A record that has never been stored, under a key no file has yet, is written whole and then
+// linked into place: it appears whole, and one file is created where the locked save below
+// creates two (the empty file it locks, then the one renamed over it); creating files is what a
+// file system does slowest. kTaken when a file holds the key: the record is then saved as any
+// other, merging into that file. inode gets the new file's for the list's index.
+Created CreateLinked(const std::string& path, std::string_view text, ino_t& inode) {
+  if (LFile::Exists(path)) return Created::kTaken;
+  Created created = CreateUnnamedThenLink(path, text, inode);
+  if (created != Created::kUnsupported) return created;
+  std::string temp = LWriteTemporaryBeside(path, text);
+  if (temp.empty()) return Created::kFailed;
+  inode = LFileStoreInodeOf(temp);
+  int linked = ::link(temp.c_str(), path.c_str());
+  int error = errno;
+  ::unlink(temp.c_str());
+  if (linked == 0) return Created::kDone;
+  if (error == EEXIST) return Created::kTaken;
+  LLogWriteFailure("link", path, error);
+  return Created::kFailed;
+}
+
+}  // namespace
+
 bool LFileStoreListBase::SaveUnderNewKey(LRecord& r) const {
   // The text is written once to a temporary file, then linked under the first free number: the
   // link fails on an existing name exactly as an exclusive create does, and the record appears
@@ -227,6 +274,17 @@ bool LFileStoreListBase::Save(LRecord& r) const {
   if (writeKey.empty()) return SaveUnderNewKey(r);
 
   std::string path = MakeRecordPath(writeKey);
+  if (r.GetStoredKey().empty()) {
+    ino_t inode = 0;
+    Created created = CreateLinked(path, BuildFileText(r), inode);
+    if (created == Created::kFailed) return false;
+    if (created == Created::kDone) {
+      r.SetStoredKey(r.GetPrimaryKey());
+      LFileStoreIndexNoteSave(folder_, writeKey, r, inode);
+      MarkSaved(r);
+      return true;
+    }
+  }
   LLockedFile file = LLockedFile::OpenCurrent(path, O_RDWR | O_CREAT, LOCK_EX, kRecordLockTimeoutMs);
   if (file.IsOpen()) MergeStored(ReadWholeFile(file.Get()), r);
   if (r.GetStoredKey().empty()) r.SetStoredKey(r.GetPrimaryKey());

@@ -7,6 +7,7 @@
 #include <unistd.h>
 
 #include <charconv>
+#include <functional>
 #include <map>
 #include <mutex>
 #include <unordered_map>
@@ -103,9 +104,10 @@ bool WriteCompacted(const std::string& path, const EntryMap& entries) {
   return LFile::WriteAllAtomic(path, header + body);
 }
 
-// Appends lines to the index under its lock; compacts it when it has grown too long. An index
-// that cannot be written is left as it is: readers mend it.
-void Append(const std::string& listFolder, std::string_view field, const std::string& lines) {
+// Appends the lines that makeLines gives, called under the index's lock, to the index; compacts
+// it when it has grown too long. An index that cannot be written is left as it is: readers mend it.
+void AppendUnderLock(const std::string& listFolder, std::string_view field,
+                     const std::function<std::string()>& makeLines) {
   std::string path = IndexPath(listFolder, field);
   LLockedFile file =
       LLockedFile::OpenCurrent(path, O_RDWR | O_CREAT | O_APPEND, LOCK_EX, kRecordLockTimeoutMs);
@@ -120,6 +122,8 @@ void Append(const std::string& listFolder, std::string_view field, const std::st
     size = end == std::string::npos ? 0 : static_cast<long long>(end + 1);
     if (!LRobustTruncate(file.Get(), size)) return;
   }
+  std::string lines = makeLines();
+  if (lines.empty()) return;
   std::string text = size == 0 ? std::string(kHeaderWord) + "0\n" + lines : lines;
   if (!LRobustWrite(file.Get(), text.data(), text.size())) return;
   size += static_cast<long long>(text.size());
@@ -128,6 +132,25 @@ void Append(const std::string& listFolder, std::string_view field, const std::st
   long long n = ::pread(file.Get(), head, sizeof head, 0);
   Parse(std::string_view(head, n < 0 ? 0 : static_cast<std::size_t>(n)), &compacted);
   if (size > 2 * compacted + kCompactSlackBytes) (void)WriteCompacted(path, Parse(ReadText(file.Get())));
+}
+
+void Append(const std::string& listFolder, std::string_view field, const std::string& lines) {
+  AppendUnderLock(listFolder, field, [&lines] { return lines; });
+}
+
+// A batch keeps at most this many lines before appending them.
+constexpr std::size_t kBatchLines = 1000;
+
+thread_local LFileStoreIndexBatch* tBatch = nullptr;
+
+// The record file at path: false when there is none.
+bool StatOf(const std::string& path, ino_t& inode, long long& size, long long& changedNs) {
+  struct stat st;
+  if (::stat(path.c_str(), &st) != 0) return false;
+  inode = st.st_ino;
+  size = st.st_size;
+  changedNs = static_cast<long long>(st.st_ctim.tv_sec) * 1000000000LL + st.st_ctim.tv_nsec;
+  return true;
 }
 
 // The record files of a list folder: key -> inode.
@@ -179,7 +202,48 @@ std::string LFileStoreIndexedField(std::string_view listFolder) {
 
 void LFileStoreIndexNoteSave(const std::string& listFolder, std::string_view key, const LRecord& r, ino_t inode) {
   std::string field = LFileStoreIndexedField(listFolder);
-  if (!field.empty() && inode != 0) Append(listFolder, field, Line(inode, key, r.GetString(field)));
+  if (field.empty() || inode == 0) return;
+  std::string line = Line(inode, key, r.GetString(field));
+  if (tBatch == nullptr || !tBatch->Keep(listFolder, key, std::move(line), inode)) Append(listFolder, field, line);
+}
+
+LFileStoreIndexBatch::LFileStoreIndexBatch(const LFileStoreListBase& list)
+    : folder_(list.GetFolder()), field_(LFileStoreIndexedField(folder_)), outer_(tBatch) {
+  tBatch = this;
+}
+
+LFileStoreIndexBatch::~LFileStoreIndexBatch() {
+  Flush();
+  tBatch = outer_;
+}
+
+bool LFileStoreIndexBatch::Keep(const std::string& listFolder, std::string_view key, std::string&& line,
+                                ino_t inode) {
+  if (listFolder != folder_) return outer_ != nullptr && outer_->Keep(listFolder, key, std::move(line), inode);
+  Kept kept{LFileStoreDataStore::MakeDataFilePath(folder_, key), std::move(line)};
+  // A file replaced since the save has its writer's line, which this one must not follow.
+  if (!StatOf(kept.path, kept.inode, kept.size, kept.changedNs) || kept.inode != inode) return true;
+  kept_.push_back(std::move(kept));
+  if (kept_.size() >= kBatchLines) Flush();
+  return true;
+}
+
+void LFileStoreIndexBatch::Flush() {
+  if (kept_.empty() || field_.empty()) return;
+  // Checked under the index's lock: a writer that replaces a file appends its line after its
+  // rename, so a file found unchanged here has no newer line yet, and any comes after these.
+  AppendUnderLock(folder_, field_, [this] {
+    std::string lines;
+    for (const Kept& kept : kept_) {
+      ino_t inode = 0;
+      long long size = 0, changedNs = 0;
+      if (StatOf(kept.path, inode, size, changedNs) && inode == kept.inode && size == kept.size &&
+          changedNs == kept.changedNs)
+        lines += kept.line;
+    }
+    return lines;
+  });
+  kept_.clear();
 }
 
 void LFileStoreIndexNoteDelete(const std::string& listFolder, std::string_view key) {

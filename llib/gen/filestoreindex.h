@@ -43,6 +43,42 @@ void LFileStoreIndexNoteSave(const std::string& listFolder, std::string_view key
 // Called by the store when the record of key was removed.
 void LFileStoreIndexNoteDelete(const std::string& listFolder, std::string_view key);
 
+// While a batch lives, the index lines of this thread's saves into its list are kept and appended
+// together, by one write per thousand records and when it ends, instead of one locked append per
+// record: for an import of many records. A crash before the append leaves records the index does
+// not name yet, which readers mend as they mend any stale entry. A kept line whose record file has
+// been replaced meanwhile (another writer's save, whose own line stands) is left out: the file's
+// inode, size and change time, taken after the save, must still be the path's when appending.
+class LFileStoreIndexBatch {
+ public:
+  explicit LFileStoreIndexBatch(const LFileStoreListBase& list);
+  ~LFileStoreIndexBatch();
+  LFileStoreIndexBatch(const LFileStoreIndexBatch&) = delete;
+  LFileStoreIndexBatch& operator=(const LFileStoreIndexBatch&) = delete;
+
+  // Appends the lines kept so far.
+  void Flush();
+
+ private:
+  friend void LFileStoreIndexNoteSave(const std::string& listFolder, std::string_view key, const LRecord& r,
+                                      ino_t inode);
+  struct Kept {
+    std::string path;  // the record file
+    std::string line;
+    ino_t inode = 0;
+    long long size = 0;
+    long long changedNs = 0;
+  };
+  // Keeps the line of a save into this batch's list or an outer batch's; false when none of them
+  // is of that list.
+  bool Keep(const std::string& listFolder, std::string_view key, std::string&& line, ino_t inode);
+
+  std::string folder_;
+  std::string field_;
+  std::vector<Kept> kept_;
+  LFileStoreIndexBatch* outer_;  // the thread's batch when this one began
+};
+
 struct LFileStoreIndexEntry {
   std::string key;
   std::string value;  // the field's text in the record ("" when absent)

@@ -45,8 +45,10 @@ TEST_F(MileageScaleTest, PublishedExamplesBandByBand) {
   ASSERT_TRUE(LMileageScaleFor(profile_, 2024, scale, error));
   long long cents = 0;
   EXPECT_FALSE(LMileageAllowance(scale, "car", 0, false, 100, cents));  // a car without horsepower
-  EXPECT_EQ(LMileageBandFormula(*scale.BandFor("car", 5, 8000)), "d × 0,357 + 1 395 €");
-  EXPECT_EQ(LMileageBandFormula(*scale.BandFor("car", 5, 30000)), "d × 0,427");
+  LCurrencyFormat euros{"€", 3, 2, ",", " "}, dollars;
+  EXPECT_EQ(LMileageBandFormula(*scale.BandFor("car", 5, 8000), euros), "d × 0,357 + 1 395 €");
+  EXPECT_EQ(LMileageBandFormula(*scale.BandFor("car", 5, 8000), dollars), "d × 0.357 + $1,395");
+  EXPECT_EQ(LMileageBandFormula(*scale.BandFor("car", 5, 30000), euros), "d × 0,427");
 }
 
 TEST_F(MileageScaleTest, YearOfTheDistancesAndImportedYears) {
@@ -100,6 +102,7 @@ TEST_F(MileageScaleTest, TextThatDoesNotReadIsRefusedWithItsLine) {
       {"2025 car 1 - - 0.5001 0\n", "ligne 1 : taux invalide"},
       {"2025 car 1 - - 0.5 -3\n", "ligne 1 : montant fixe invalide"},
       {"2025 electric 150\n", "ligne 1 : majoration invalide"},
+      {"2025 electric 20\n", "2025 : aucune tranche"},
       {"2025 car 1 - 5000 0.5 0\n", "les tranches de car 1 - doivent croître"},
       {"2025 car 1 - 5000 0.5 0\n2025 car 1 - 4000 0.4 0\n2025 car 1 - - 0.3 0\n", "doivent croître"},
   };

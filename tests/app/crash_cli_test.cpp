@@ -9,6 +9,7 @@
 
 #include <chrono>
 #include <cstdlib>
+#include <map>
 #include <memory>
 #include <random>
 #include <set>
@@ -23,6 +24,7 @@
 #include "invoice/shared/profile.h"
 #include "llib/gen/file.h"
 #include "llib/gen/filestore.h"
+#include "llib/gen/hashtable.h"
 #include "tests/support/testhome.h"
 
 namespace {
@@ -56,7 +58,70 @@ class CrashCli : public LHomeTest {
   static std::vector<std::string> Payment() {
     return {"payment", "add", "--customer", "C1", "--amount", "20", "--date", "2026-01-06", "--auto"};
   }
+  // Records a first invoice; how long that took (0 when it failed), so that the kills fall all
+  // over a recording.
+  static long long FirstInvoiceUs() {
+    auto start = std::chrono::steady_clock::now();
+    if (LRunKontavo(Invoice(0)).exitCode != 0) return 0;
+    return std::chrono::duration_cast<std::chrono::microseconds>(std::chrono::steady_clock::now() - start).count();
+  }
+  // Runs the commands all at once, killed after a random part of spanUs; counts the kills and the
+  // changes left midway.
+  void RunKilled(const std::vector<std::vector<std::string>>& commands, long long spanUs, std::mt19937& random,
+                 int& nKilled, int& nLeft) const {
+    std::vector<std::unique_ptr<LChildProcess>> runs;
+    for (const auto& args : commands) runs.push_back(std::make_unique<LChildProcess>(KONTAVO_BIN, args));
+    std::this_thread::sleep_for(std::chrono::microseconds(random() % (spanUs + 1)));
+    for (auto& run : runs) ::kill(run->Pid(), SIGKILL);
+    for (auto& run : runs) nKilled += run->Wait() == 128 + SIGKILL;
+    nLeft += static_cast<int>(LFile::ListFolder(home_.SharedFolder() + "/Ledger/Intents").size()) +
+             !LReadFile(home_.SharedFolder() + "/Ledger/Ledger.lock").empty();
+  }
 };
+
+// What the audit trail says of each document now: its last entry among "record", "edit" and
+// "delete-document" that no "cancel" took back, by reference ("Facture 3").
+std::map<std::string, LHashTable> LastDocumentEntries(const std::string& log) {
+  std::vector<LHashTable> entries;
+  std::set<std::string> cancelled;  // "Seq" of the entries taken back
+  for (std::size_t at = 0, end; (end = log.find('\n', at)) != std::string::npos; at = end + 1) {
+    LHashTable& entry = entries.emplace_back();
+    entry.LoadHTTPString(log.substr(at, end - at));
+    if (std::string_view(entry.GetString("Action", "")) == "cancel") cancelled.insert(entry.GetString("Lines", ""));
+  }
+  std::map<std::string, LHashTable> last;
+  for (const LHashTable& entry : entries) {
+    std::string_view action = entry.GetString("Action", "");
+    if ((action == "record" || action == "edit" || action == "delete-document") &&
+        !cancelled.contains(entry.GetString("Seq", "")))
+      last[entry.GetString("Reference", "")] = entry;
+  }
+  return last;
+}
+
+// Every document of list stands in the trail as recorded or edited with its amount, and every
+// other document the trail names is deleted.
+void ExpectTrailAgrees(LProfile& profile, const std::string& log, std::string_view list, const std::string& title,
+                       std::string_view amountField) {
+  std::map<std::string, LHashTable> last = LastDocumentEntries(log);
+  LRecord document;
+  for (LFileStoreIteratorBase it(profile.MainList(list), document); document.IsAttached(); it.Next(document)) {
+    std::string reference = title + " " + document.GetPrimaryKey();
+    auto found = last.find(reference);
+    if (found == last.end()) {
+      ADD_FAILURE() << reference << " is in the books but not in the audit trail";
+      continue;
+    }
+    EXPECT_NE(std::string_view(found->second.GetString("Action", "")), "delete-document") << reference;
+    EXPECT_EQ(found->second.GetString("Amount", ""), std::to_string(document.GetInt64(amountField, 0))) << reference;
+    last.erase(found);
+  }
+  for (const auto& [reference, entry] : last) {
+    if (!reference.starts_with(title + " ") || reference.find(' ', title.size() + 1) != std::string::npos) continue;
+    EXPECT_EQ(std::string_view(entry.GetString("Action", "")), "delete-document")
+        << reference << " is in the audit trail but not in the books";
+  }
+}
 
 // Every recorded document of list has its reference and the ledger holds exactly the transaction
 // its posting builds; returns their places.
@@ -79,10 +144,8 @@ std::set<LPosting> ExpectPostedAsBuilt(LProfile& profile, std::string_view list)
 
 TEST_F(CrashCli, KilledSalesChangesLeaveDocumentsAndPostingsTheNextCommandBringsInStep) {
   using Clock = std::chrono::steady_clock;
-  // How long one whole recording takes here, so that the kills fall all over it.
-  Clock::time_point start = Clock::now();
-  ASSERT_EQ(LRunKontavo(Invoice(0)).exitCode, 0);
-  long long runUs = std::chrono::duration_cast<std::chrono::microseconds>(Clock::now() - start).count();
+  long long runUs = FirstInvoiceUs();
+  ASSERT_GT(runUs, 0);
 
   std::mt19937 random(25);
   std::string intents = home_.SharedFolder() + "/Ledger/Intents";
@@ -96,12 +159,7 @@ TEST_F(CrashCli, KilledSalesChangesLeaveDocumentsAndPostingsTheNextCommandBrings
       commands.push_back(Edit(keys[random() % keys.size()], round));
       if (round % 2 == 0) commands.push_back(Delete(keys[random() % keys.size()]));
     }
-    std::vector<std::unique_ptr<LChildProcess>> runs;
-    for (const auto& args : commands) runs.push_back(std::make_unique<LChildProcess>(KONTAVO_BIN, args));
-    std::this_thread::sleep_for(std::chrono::microseconds(random() % (runUs + 1)));
-    for (auto& run : runs) ::kill(run->Pid(), SIGKILL);
-    for (auto& run : runs) nKilled += run->Wait() == 128 + SIGKILL;
-    nLeft += static_cast<int>(LFile::ListFolder(intents).size()) + !LReadFile(lockFile).empty();
+    RunKilled(commands, runUs, random, nKilled, nLeft);
   }
   EXPECT_GT(nKilled, 0);
   EXPECT_GT(nLeft, 0) << "no recording was ever killed midway: the test proved nothing";
@@ -130,6 +188,41 @@ TEST_F(CrashCli, KilledSalesChangesLeaveDocumentsAndPostingsTheNextCommandBrings
   }
   EXPECT_EQ(sales, invoices);
   EXPECT_EQ(receipts, payments);
+}
+
+// The same kills, looked at from the audit trail: whatever moment a recording, an edit, a
+// deletion or a payment was killed at, the trail ends saying what the documents show, and no
+// repair command is needed for it.
+TEST_F(CrashCli, KilledDocumentChangesLeaveTheAuditTrailSayingWhatTheBooksShow) {
+  using Clock = std::chrono::steady_clock;
+  long long runUs = FirstInvoiceUs();
+  ASSERT_GT(runUs, 0);
+
+  std::mt19937 random(17);
+  int nLeft = 0, nKilled = 0;
+  const Clock::time_point deadline = Clock::now() + std::chrono::seconds(90);
+  for (int round = 0; round < 120 && Clock::now() < deadline; ++round) {
+    std::vector<std::string> keys = InvoiceKeys();
+    std::vector<std::vector<std::string>> commands{Invoice(round)};
+    commands.push_back(round % 3 == 0 ? std::vector<std::string>{"payment", "delete", "1"} : Payment());
+    if (!keys.empty()) commands.push_back(Edit(keys[random() % keys.size()], round));
+    if (keys.size() > 2 && round % 4 == 1) commands.push_back(Delete(keys[random() % keys.size()]));
+    // The commands take the ledger lock one after the other: the kills spread over them all.
+    RunKilled(commands, runUs * static_cast<long long>(commands.size()), random, nKilled, nLeft);
+  }
+  EXPECT_GT(nKilled, 0);
+  EXPECT_GT(nLeft, 0) << "no change was ever killed midway: the test proved nothing";
+
+  LRunResult check = LRunKontavo({"check"});
+  EXPECT_EQ(check.exitCode, 0) << check.out << check.err;
+  LRunResult audit = LRunKontavo({"audit", "verify"});
+  EXPECT_EQ(audit.exitCode, 0) << audit.out << audit.err;
+  EXPECT_TRUE(LFile::ListFolder(home_.SharedFolder() + "/Ledger/Intents").empty());
+
+  LProfile profile(home_.SharedFolder());
+  std::string log = LReadFile(home_.SharedFolder() + "/AuditTrail.log");
+  ExpectTrailAgrees(profile, log, "Invoices", "Facture", "Total");
+  ExpectTrailAgrees(profile, log, kPaymentsList, "Paiement", "Amount");
 }
 
 }  // namespace

@@ -48,7 +48,7 @@ TEST_F(MileageCliTest, AllowanceOfTheYearAndOfItsParts) {
       {"Clio — Clio de Paul (AB-123-CD), voiture 5 CV", nullptr},
       {"Tournée clients", nullptr},
       {"Trajet", nullptr},
-      {"Indemnité 2024, barème 2024 : d × 0,357 + 1 395 €", 425100},
+      {"Indemnité 2024, barème 2024 : d × 0.357 + $1,395", 425100},
       {"Total Clio", 425100},
       {"Total des indemnités", 425100}};
   EXPECT_EQ(Rows(year), expected) << year.dump(1);
@@ -61,9 +61,9 @@ TEST_F(MileageCliTest, AllowanceOfTheYearAndOfItsParts) {
   nlohmann::json later = LRunKontavoJson({"report", "mileage", "--from", "2024-07-01", "--to", "2025-12-31"});
   expected = {{"Clio — Clio de Paul (AB-123-CD), voiture 5 CV", nullptr},
               {"Trajet", nullptr},
-              {"Indemnité 2024, barème 2024 : d × 0,357 + 1 395 € (après 5000 km dans l'année)", 107100},
+              {"Indemnité 2024, barème 2024 : d × 0.357 + $1,395 (après 5000 km dans l'année)", 107100},
               {"Banque", nullptr},
-              {"Indemnité 2025, barème 2024 : d × 0,636", 6360},  // the latest scale until 2025's is imported
+              {"Indemnité 2025, barème 2024 : d × 0.636", 6360},  // the latest scale until 2025's is imported
               {"Total Clio", 113460},
               {"Total des indemnités", 113460}};
   EXPECT_EQ(Rows(later), expected) << later.dump(1);  // the Zoe, without trips, is left out
@@ -76,7 +76,7 @@ TEST_F(MileageCliTest, AllowanceOfTheYearAndOfItsParts) {
   Run({"mileage", "add", "Zoe", "--date", "2025-02-01", "--km", "10"});
   nlohmann::json year2025 = LRunKontavoJson({"report", "mileage", "--from", "2025-01-01", "--to", "2025-12-31"});
   EXPECT_EQ(year2025["rows"][2]["values"][3], 10000);  // Clio: 100 km × 1 €
-  EXPECT_EQ(year2025["rows"][6]["label"], "Indemnité 2025, barème 2025 : d × 1,000, majoré de 20 %");
+  EXPECT_EQ(year2025["rows"][6]["label"], "Indemnité 2025, barème 2025 : d × 1.000, majoré de 20 %");
   EXPECT_EQ(year2025["rows"][6]["values"][3], 1200);
   EXPECT_EQ(year2025["rows"].back()["values"][3], 11200);
   EXPECT_EQ(year2025["rows"].back()["texts"][2], "110");

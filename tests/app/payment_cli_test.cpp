@@ -3,8 +3,11 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
+#include <string>
+#include <vector>
 #include <nlohmann/json.hpp>
 
+#include "llib/gen/hashtable.h"
 #include "tests/support/testhome.h"
 
 namespace {
@@ -112,6 +115,42 @@ TEST_F(PaymentCli, CreditNoteAndRefundShowOnTheInvoice) {
   EXPECT_EQ(Balance(), 30000 - 8000 + 2000);
   EXPECT_EQ(LRunKontavo({"payment", "list"}).out, "1\t2026-02-02\tC1\t20.00\tremboursement\n");
   EXPECT_EQ(LRunKontavo({"check"}).exitCode, 0);
+}
+
+// Applications and their letting go are in the audit trail, in the applier's name, one entry per
+// invoice: what it took or gave back, and what it now holds.
+TEST_F(PaymentCli, ApplicationsAndTheirLettingGoAreAudited) {
+  ASSERT_EQ(LRunKontavo({"payment", "add", "--customer", "C1", "--amount", "150", "--date", "2026-02-01", "--auto"}).exitCode, 0);
+  ASSERT_EQ(LRunKontavo({"creditnote", "new", "--customer", "C1", "--date", "2026-01-10", "--untaxed", "--line",
+                         "|avoir|1|80|Aucun|"})
+                .exitCode,
+            0);
+  ASSERT_EQ(LRunKontavo({"creditnote", "apply", "1", "3=30"}).exitCode, 0);
+  ASSERT_EQ(LRunKontavo({"creditnote", "apply", "1", "3=50"}).exitCode, 0);  // the invoice takes the new amount
+  ASSERT_EQ(LRunKontavo({"invoice", "delete", "2"}).exitCode, 0);          // the payment lets go of it
+
+  std::vector<std::string> entries;
+  std::string log = LReadFile(home_.SharedFolder() + "/AuditTrail.log");
+  for (std::size_t at = 0, end; (end = log.find('\n', at)) != std::string::npos; at = end + 1) {
+    LHashTable entry;
+    entry.LoadHTTPString(log.substr(at, end - at));
+    std::string_view action = entry.GetString("Action", "");
+    if (action == "apply" || action == "unapply")
+      entries.push_back(std::string(action) + " " + entry.GetString("Reference", "") + " " + entry.GetString("Date", "") +
+                        " " + entry.GetString("Amount", "") + " " + entry.GetString("Lines", ""));
+  }
+  EXPECT_EQ(entries, (std::vector<std::string>{
+                         "apply Paiement 1 2026-02-01 10000 Facture 1=10000",
+                         "apply Paiement 1 2026-02-01 5000 Facture 2=5000",
+                         "apply Avoir 1 2026-01-10 3000 Facture 3=3000",
+                         "apply Avoir 1 2026-01-10 2000 Facture 3=5000",
+                         "unapply Paiement 1 2026-02-01 5000 Facture 2=0",
+                     }));
+  EXPECT_EQ(LRunKontavo({"audit", "verify"}).exitCode, 0);
+  // A refused application writes nothing.
+  std::size_t size = log.size();
+  EXPECT_EQ(LRunKontavo({"creditnote", "apply", "1", "1=90"}).exitCode, 1);
+  EXPECT_EQ(LReadFile(home_.SharedFolder() + "/AuditTrail.log").size(), size);
 }
 
 }  // namespace

@@ -91,6 +91,23 @@ TEST_F(ReportCliTest, CashFlowForTheYearOfTheEndDate) {
   EXPECT_EQ(RowOf(report, "Trésorerie à la fin de la période")["values"][0], 620000);
 }
 
+// With a year ending on 31 March, the default period is the fiscal year of the end date, the
+// compared one the fiscal year before; the mileage report stays on the calendar year.
+TEST_F(ReportCliTest, DefaultPeriodIsTheFiscalYearOfTheEndDate) {
+  ASSERT_EQ(LRunKontavo({"record", "set", "Misc", "Company", "FiscalYearEnd=3", "FiscalYearEndDay=31"}).exitCode, 0);
+  nlohmann::json pl = LRunKontavoJson({"report", "pl", "--to", "2024-03-31"});
+  EXPECT_EQ(pl["columns"], nlohmann::json::array({"Du 2023-04-01 au 2024-03-31"}));
+  EXPECT_EQ(RowOf(pl, "Bénéfice net")["values"][0], 200000 + 500000 - 80000);
+  nlohmann::json cf = LRunKontavoJson({"report", "cf", "--to", "2024-02-29"});
+  EXPECT_EQ(cf["columns"][0], "Du 2023-04-01 au 2024-02-29");
+  EXPECT_EQ(RowOf(cf, "Trésorerie au début de la période")["values"][0], 0);
+  nlohmann::json compared = LRunKontavoJson({"report", "pl-compare", "--to", "2024-03-31"});
+  EXPECT_EQ(compared["columns"], nlohmann::json::array({"Du 2023-04-01 au 2024-03-31", "Du 2022-04-01 au 2023-03-31"}));
+  LRunResult mileage = LRunKontavo({"report", "mileage", "--to", "2024-03-31"});
+  ASSERT_EQ(mileage.exitCode, 0) << mileage.err;
+  EXPECT_NE(mileage.out.find("2024-01-01"), std::string::npos) << mileage.out;
+}
+
 TEST_F(ReportCliTest, ConsolidationOverBusinessesByNumber) {
   ASSERT_TRUE(LFile::MakeFolder(home_.SharedFolder() + "/MultiBus/1"));
   {

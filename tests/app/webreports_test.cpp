@@ -192,6 +192,28 @@ TEST_F(WebReportsTest, QuickLinksOnlyForReportsThatANamedPeriodOrDayCompletes) {
   }
 }
 
+// With a year ending on 31 March, what defaults to "this year" is the fiscal year: a report without
+// a first day, the period chooser, a new budget's year and the FEC's last closed year.
+TEST_F(WebReportsTest, WithAYearEndingInMarchTheDefaultsAreTheFiscalYear) {
+  Run({"record", "set", "Misc", "Company", "FiscalYearEnd=3", "FiscalYearEndDay=31"});
+  std::string pl = Unescape(Get("/generatereport?report=pl&to=2025-03-31").body);
+  EXPECT_NE(pl.find("<th class=\"amount\">Du 2024-04-01 au 2025-03-31</th>"), std::string::npos) << pl;
+  std::vector<PageRow> rows = PageRows(pl);
+  ASSERT_FALSE(rows.empty());
+  EXPECT_EQ(rows.back().values[0], 80000 + 45050 - 70000);  // November's and February's sales less May's rent
+
+  LDate today = LDate::Today();
+  int endYear = today.month > 3 ? today.year + 1 : today.year;  // the year the fiscal year in progress ends in
+  std::string chooser = Get("/reportperiod?report=pl").body;
+  EXPECT_NE(chooser.find("<option value='fy' selected>"), std::string::npos) << chooser;
+  EXPECT_NE(chooser.find("id=202 name=202 type=text value='" + std::to_string(endYear - 1) + "-04-01'"), std::string::npos);
+  EXPECT_NE(chooser.find("id=203 name=203 type=text value='" + std::to_string(endYear) + "-03-31'"), std::string::npos);
+  EXPECT_NE(Get("/budgetnew").body.find("id=102 name=102 type=text value='" + std::to_string(endYear) + "'"),
+            std::string::npos);
+  std::string fec = Get("/fecexport").body;
+  EXPECT_NE(fec.find("<option value='" + std::to_string(endYear - 1) + "' selected>"), std::string::npos) << fec;
+}
+
 TEST_F(WebReportsTest, ConsolidatedReportTotalsTheBusinessesTheUserMayOpenWithTheirFactors) {
   Run({"business", "add", "--name", "Filiale SAS"});
   Run({"--business", "1", "customer", "add", "C9", "Name=Client"});

@@ -77,7 +77,7 @@ TEST_F(WebSettingsTest, EachPageStoresWhatTheCommandLineReadsBack) {
   LExpectSuccess({"tax", "set", "--count", "1", "--name", "1=TVA", "--rate", "1=20"});
   LRunResult cli = LRunKontavo({"tax", "set", "--rate", "1=vingt"});
   ASSERT_NE(cli.err.find("valeur invalide : 1=vingt"), std::string::npos) << cli.err;
-  EXPECT_NE(post("settingstax", "1001=TVA&1101=vingt&101=1").find("valeur invalide : 1=vingt"), std::string::npos);
+  EXPECT_NE(post("settingstax", "1001=TVA&1101=vingt&101=1").find("Taux invalide pour la taxe 1 : « vingt »"), std::string::npos);
   EXPECT_NE(post("settingstax", "1001=TVA+normale&1101=20&1002=TVA+r%C3%A9duite&1102=5.5&1202=on&101=2&103=on")
                 .find(done),
             std::string::npos);

@@ -70,7 +70,7 @@ TEST_F(WebVehiclesTest, VehicleAndTripsFromTheirDialogsToTheAllowance) {
                   "window.location = 'generatereport?report=mileage&from=2024-01-01&to=2024-12-31&subject=Clio';"));
   std::string report = Get("/generatereport?report=mileage&from=2024-01-01&to=2024-12-31&subject=Clio");
   EXPECT_TRUE(Has(report, "data-cents=\"15150\"")) << report;  // 250 km × 0,606 (4 CV)
-  EXPECT_TRUE(Has(report, "Indemnité 2024, barème 2024 : d × 0,606"));
+  EXPECT_TRUE(Has(report, "Indemnité 2024, barème 2024 : d × 0.606"));
 
   // The vehicle is refused while it has trips; its trips of the period go, then it goes.
   EXPECT_EQ(LHttpGet(port_, "/vehicledelete?id=Clio", session_).headers["location"],
@@ -93,8 +93,8 @@ TEST_F(WebVehiclesTest, ScalesShownByYearAndANewYearImported) {
   EXPECT_TRUE(Has(page, "<table class=report id=scale2024><caption>Barème 2024 <span class=subtitle>véhicules "
                         "électriques : +20 %</span></caption>"))
       << page;
-  EXPECT_TRUE(Has(page, "<tr><td>voiture 5 CV</td><td>jusqu&#39;à 5000 km : d × 0,636</td>"
-                        "<td>de 5001 à 20000 km : d × 0,357 + 1 395 €</td><td>au-delà de 20000 km : d × 0,427</td></tr>"));
+  EXPECT_TRUE(Has(page, "<tr><td>voiture 5 CV</td><td>jusqu&#39;à 5000 km : d × 0.636</td>"
+                        "<td>de 5001 à 20000 km : d × 0.357 + $1,395</td><td>au-delà de 20000 km : d × 0.427</td></tr>"));
   EXPECT_TRUE(Has(page, "<td>moto 6 CV et plus</td>"));
   EXPECT_TRUE(Has(page, "<td>voiture 3 CV et moins</td>"));
   EXPECT_TRUE(Has(page, "<td>moto 3 à 5 CV</td>"));
@@ -106,7 +106,7 @@ TEST_F(WebVehiclesTest, ScalesShownByYearAndANewYearImported) {
   EXPECT_TRUE(Has(Post("/mileagescale", "401=%23+rien&submit=Importer"), "Aucune ligne de barème."));
   EXPECT_TRUE(Has(Post("/mileagescale", "401=2026+car+1+-+-+0.5+100%0A2026+electric+10&submit=Importer"),
                   "window.location = 'mileagescale'"));
-  EXPECT_TRUE(Has(Get("/mileagescale"), "<tr><td>voiture 1 CV et plus</td><td>toute distance : d × 0,500 + 100 €</td>"));
+  EXPECT_TRUE(Has(Get("/mileagescale"), "<tr><td>voiture 1 CV et plus</td><td>toute distance : d × 0.500 + $100</td>"));
   EXPECT_EQ(LRunKontavo({"mileage", "scale", "2026"}).out, "2026 electric 10\n2026 car 1 - - 0.500 100.00\n");
 }
 

@@ -87,7 +87,7 @@ try {
   await page.waitForURL(/vehiclelist$/);
   await page.click('a[href="mileagescale"]');
   await page.waitForURL(/mileagescale$/);
-  assert.match(await page.locator('#scale2024').innerText(), /voiture 5 CV\s+jusqu'à 5000 km : d × 0,636/);
+  assert.match(await page.locator('#scale2024').innerText(), /voiture 5 CV\s+jusqu'à 5000 km : d × 0.636/);
   await snap(page, 'scales');
   await page.goto(base + 'vehiclemileagelist?vehicle=Clio');
 
@@ -102,7 +102,7 @@ try {
   await press(page, 'Afficher le rapport');
   await page.waitForURL(/generatereport\?report=mileage/);
   const table = await page.locator('table.report').innerText();
-  assert.match(table, /d × 0,357 \+ 1 395 €\s+8000\s+\D*4\D?251[.,]00/);
+  assert.match(table, /d × 0.357 \+ \$1,395\s+8000\s+\D*4\D?251[.,]00/);
   assert.match(table, /Total des indemnités\s+8000\s+\D*4\D?251[.,]00/);
   await snap(page, 'allowance');
 

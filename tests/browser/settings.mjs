@@ -96,7 +96,7 @@ try {
   const taxes = Number(run(['tax', 'show']).match(/^Taxes : (\d+)/)[1]);
   await page.fill(`[id="${1100 + 2}"]`, 'dix');
   await press('  OK  ');
-  await expectError(/valeur invalide : 2=dix/);
+  await expectError(/Taux invalide pour la taxe 2 : « dix »/);
   await page.fill(`[id="${1100 + 2}"]`, '10');
   await page.fill(`[id="${1000 + 2}"]`, 'TVA intermédiaire');
   await page.fill(`[id="${1000 + taxes + 1}"]`, 'TVA spéciale');
@@ -192,6 +192,7 @@ try {
   // The panel still shows the backup's outcome until the restore's job replaces it.
   await page.waitForFunction(() => /restaur/.test(document.getElementById('jobresult').textContent), null, { timeout: 60000 });
   assert.equal(await page.locator('#jobresult').innerText(), 'Les données ont été restaurées avec succès.');
+  assert.equal(await page.locator('#errorTag').count(), 0, 'the refusal is gone once the restore is under way');
   await snap(page, 'restore-done');
   assert.equal(field('Misc', 'Company', 'Name'), 'Atelier Dupont');
   assert.equal(field('Misc', 'Company', 'SIREN'), '123456789');

@@ -98,8 +98,8 @@ class AuditRefusal : public LSalesTestBusiness {
 
 TEST_F(AuditRefusal, EveryChangeIsRefusedWhenItsEntryCannotBeWritten) {
   // Each change, made again with each of its first writes failing: every change writes its
-  // trail's entry before anything but its intent and its first record (with its index line), so
-  // each is refused at least once.
+  // trail's entry before anything but its intents (its own and its pending entry's) and its first
+  // record (with its index line), so each is refused at least once.
   std::vector<std::pair<std::string, std::function<bool(std::string&)>>> changes{
       {"posting",
        [&](std::string&) {
@@ -134,7 +134,7 @@ TEST_F(AuditRefusal, EveryChangeIsRefusedWhenItsEntryCannotBeWritten) {
   NewInvoice(5000);  // invoice "1", edited below
   std::map<std::string, int> refusals;
   for (auto& [name, change] : changes)
-    for (unsigned nth = 1; nth <= 5; ++nth) refusals[name] += RunFailing(name, nth, change);
+    for (unsigned nth = 1; nth <= 7; ++nth) refusals[name] += RunFailing(name, nth, change);
   // Deletions: the document or transaction is made unfailed, then deleted with a write failing.
   for (unsigned nth = 1; nth <= 3; ++nth) {
     std::string reference = "GJD" + std::to_string(nth);

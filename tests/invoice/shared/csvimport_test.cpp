@@ -7,6 +7,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <filesystem>
 
 #include "invoice/shared/profile.h"
@@ -83,6 +84,9 @@ TEST_F(CsvImport, CustomersWithABomAMapAndKeysThatExistAlready) {
             (std::vector<std::string>{"Ligne #0003 : Adresse e-mail invalide : pas-une-adresse."}));
   EXPECT_EQ(Field("Customers", "C1", "VATNumber"), "FR32123456789");
   EXPECT_EQ(Field("Customers", "C1", "SIREN"), "123456789");
+  // The name index took the new customer when the import ended (a header and one line).
+  std::string index = LReadFile(profile_.MainList("Customers").GetFolder() + "/.index.Name");
+  EXPECT_EQ(std::count(index.begin(), index.end(), '\n'), 2) << index;
 
   // The same key again updates the record; an empty cell leaves its field alone; the balance is
   // the books' and stays.

@@ -251,6 +251,15 @@ TEST_F(FileStoreTest, TwoProcessesChangingDifferentFieldsBothWin) {
   ASSERT_EQ(fast.Wait(), 0);
   ASSERT_EQ(slow.Wait(), 0);
   EXPECT_EQ(File("shared.dat"), "A=from-slow&B=from-fast");
+
+  // Both creating a record neither found: the second to save merges into the first one's.
+  LChildProcess slowNew(KONTAVO_PROGRAM_recordtool, {"edit", home_.Path(), "Customers", "new", "A", "from-slow", "300"});
+  ASSERT_EQ(slowNew.ReadLine(), "ready");
+  LChildProcess fastNew(KONTAVO_PROGRAM_recordtool, {"edit", home_.Path(), "Customers", "new", "B", "from-fast", "0"});
+  ASSERT_EQ(fastNew.Wait(), 0);
+  EXPECT_EQ(File("new.dat"), "B=from-fast");
+  ASSERT_EQ(slowNew.Wait(), 0);
+  EXPECT_EQ(File("new.dat"), "A=from-slow&B=from-fast");
 }
 
 TEST_F(FileStoreTest, FourProcessesCreatingRecordsGetDistinctKeys) {

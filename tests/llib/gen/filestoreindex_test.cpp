@@ -122,6 +122,37 @@ TEST_F(FileStoreIndexTest, GrowsByAppendsAndIsCompactedPastTwiceItsSize) {
   EXPECT_TRUE(LFileStoreIndexVerify(list_, "Date", false).empty());
 }
 
+TEST_F(FileStoreIndexTest, ABatchAppendsItsLinesTogetherAndLeavesOutFilesChangedMeanwhile) {
+  Put("0", "2026-01-01");
+  std::size_t before = IndexLines();
+  std::map<std::string, std::string> expected{{"0", "2026-01-01"}};
+  {
+    LFileStoreIndexBatch batch(list_);
+    for (int n = 1; n <= 1500; ++n) {
+      std::string date = "2026-02-" + std::to_string(10 + n % 19);
+      Put(std::to_string(n), date);
+      expected[std::to_string(n)] = date;
+      if (n == 999) {
+        EXPECT_EQ(IndexLines(), before);  // kept, not appended one by one
+      }
+    }
+    EXPECT_EQ(IndexLines(), before + 1000);  // the first thousand in one append
+    // Changed after their save by a program that keeps no index: replaced by a new file, and
+    // rewritten in its own file (same inode). Their kept lines would name the old dates.
+    ASSERT_TRUE(LFile::WriteAllAtomic(list_.MakeRecordPath("1001"), "Date=2027-01-01"));
+    LWriteFile(list_.MakeRecordPath("1002"), "Date=2027-02-02&Note=x");
+    expected["1001"] = "2027-01-01";
+    expected["1002"] = "2027-02-02";
+  }
+  EXPECT_EQ(IndexLines(), before + 1498);
+  EXPECT_EQ(Read(), expected);
+  EXPECT_TRUE(LFileStoreIndexVerify(list_, "Date", false).empty());
+  std::size_t mended = IndexLines();
+  EXPECT_EQ(mended, before + 1500);  // the two changed records, mended by the reader
+  EXPECT_EQ(Read(), expected);
+  EXPECT_EQ(IndexLines(), mended);
+}
+
 TEST_F(FileStoreIndexTest, ProcessesCreatingRecordsAtOnceKeepItExact) {
   std::vector<std::unique_ptr<LChildProcess>> writers;
   for (int p = 0; p < 4; ++p)

@@ -64,12 +64,20 @@ TEST_F(WriteFailureTest, FailedRecordSaveKeepsTheOldRecord) {
   EXPECT_TRUE(record.Flush());
   EXPECT_EQ(LReadFile(list_.MakeRecordPath("C1")), "Name=Dupont&Balance=250");
 
-  // A new record that cannot be written takes no key and leaves no file.
+  // A new record that cannot be written takes no key and leaves no file, nor does one under a
+  // key of its own (not even an empty record).
   LRecord fresh;
   list_.CreateNewRecord(fresh);
   fresh.SetString("Name", "Martin");
   LSyscallFaultArm(LSyscall::kWrite, 1, EIO);
   EXPECT_FALSE(fresh.Flush());
+  LSyscallFaultDisarm();
+  EXPECT_EQ(Names(), std::vector<std::string>{"C1.dat"});
+  LRecord keyed;
+  list_.CreateNewRecord(keyed, "C2");
+  keyed.SetString("Name", "Durand");
+  LSyscallFaultArm(LSyscall::kWrite, 1, EIO);
+  EXPECT_FALSE(keyed.Flush());
   LSyscallFaultDisarm();
   EXPECT_EQ(Names(), std::vector<std::string>{"C1.dat"});
   list_.CreateNewRecord(fresh);

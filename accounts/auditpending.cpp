@@ -1,0 +1,127 @@
+#include "accounts/auditpending.h"
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <utility>
+
+#include "llib/gen/hashtable.h"
+#include "llib/gen/log.h"
+#include "llib/gen/system.h"
+#include "llib/gen/textnum.h"
+
+namespace {
+
+// "-" for a missing file; otherwise its inode, size and time of change.
+std::string Fingerprint(const std::string& path) {
+  struct stat info {};
+  if (::stat(path.c_str(), &info) != 0) return "-";
+  return std::to_string(info.st_ino) + ":" + std::to_string(info.st_size) + ":" + std::to_string(info.st_mtim.tv_sec) +
+         "." + std::to_string(info.st_mtim.tv_nsec);
+}
+
+bool IsEmptyFile(const std::string& fingerprint) {
+  std::size_t colon = fingerprint.find(':');
+  return colon != std::string::npos && fingerprint.compare(colon, 3, ":0:") == 0;
+}
+
+// No document: no file, or a number taken (an empty file).
+bool HoldsNothing(const std::string& fingerprint) { return fingerprint == "-" || IsEmptyFile(fingerprint); }
+
+LAuditEvent EventOf(const LHashTable& note) {
+  LAuditEvent event;
+  event.action = note.GetParm("Action", "");
+  event.reference = note.GetParm("Reference", "");
+  event.date = note.GetParm("Date", "");
+  event.amount = LTextToInt64(note.GetParm("Amount", "0"));
+  event.lines = note.GetParm("Lines", "");
+  event.time = note.GetParm("Time", "");
+  event.user = note.GetParm("User", "");
+  return event;
+}
+
+// The "Seq" of the first entry after offset size of event (its action, reference and lines), and
+// whether a "cancel" of it follows; 0 when there is none.
+long long FindEntry(const LProfile& profile, long long size, const LAuditEvent& event, bool& cancelled) {
+  std::string text = LAuditReadFrom(profile, size);
+  long long seq = 0;
+  cancelled = false;
+  for (std::size_t at = 0; at < text.size();) {
+    std::size_t end = text.find('\n', at);
+    if (end == std::string::npos) break;  // a line cut short was never an entry
+    LHashTable entry;
+    entry.LoadHTTPString(std::string_view(text).substr(at, end - at));
+    at = end + 1;
+    if (entry.GetParm("Reference", "") != event.reference) continue;
+    std::string_view lines = entry.GetParm("Lines", "");
+    std::string_view action = entry.GetParm("Action", "");
+    if (seq == 0 && action == event.action && lines == event.lines) seq = LTextToInt64(entry.GetParm("Seq", "0"));
+    else if (seq != 0 && action == kAuditCancel && lines == std::to_string(seq)) cancelled = true;
+  }
+  return seq;
+}
+
+// The rule of auditpending.h over one note; warn: the change was cut short, and what is done is
+// said in the program's log.
+void Settle(const LProfile& profile, std::string_view text, bool warn) {
+  LHashTable note;
+  note.LoadHTTPString(text);
+  LAuditEvent event = EventOf(note);
+  std::string path = note.GetParm("Path", "");
+  std::string before = note.GetParm("Before", "-");
+  std::string now = Fingerprint(path);
+  bool cancelled = false;
+  long long seq = FindEntry(profile, LTextToInt64(note.GetParm("Log", "0")), event, cancelled);
+  bool changed = now != before;
+  if (HoldsNothing(before) && HoldsNothing(now)) {
+    changed = false;  // a number taken for a document never written goes back
+    if (now != "-" && ::unlink(path.c_str()) != 0) LLogWriteFailure("unlink", path, errno);
+  }
+  if (changed && seq == 0) {
+    if (!LAuditAppend(profile, event)) return;
+    if (warn)
+      LLogWarning("Piste d'audit : l'entrée « %s » de %s, interrompue avant d'être écrite, a été inscrite.",
+                  event.action.c_str(), event.reference.c_str());
+  } else if (!changed && seq != 0 && !cancelled) {
+    LAuditEvent cancel = event;
+    cancel.action = kAuditCancel;
+    cancel.lines = std::to_string(seq);
+    cancel.time.clear();
+    cancel.user.clear();
+    if (!LAuditAppend(profile, cancel)) return;
+    if (warn)
+      LLogWarning("Piste d'audit : « %s » de %s n'a pas eu lieu ; l'entrée %lld est annulée par une entrée « cancel ».",
+                  event.action.c_str(), event.reference.c_str(), seq);
+  }
+}
+
+}  // namespace
+
+LAuditPending::LAuditPending(const LProfile& profile, LAuditEvent event, std::string recordPath)
+    : profile_(profile), intent_(profile, kAuditPendingExtension) {
+  if (event.time.empty()) event.time = LAuditTimeNow();
+  if (event.user.empty()) event.user = LGetPostingUserName();
+  LHashTable note;
+  note.SetString("Action", event.action);
+  note.SetString("Reference", event.reference);
+  note.SetString("Date", event.date);
+  note.SetString("Amount", std::to_string(event.amount));
+  note.SetString("Lines", event.lines);
+  note.SetString("Time", event.time);
+  note.SetString("User", event.user);
+  note.SetString("Path", recordPath);
+  note.SetString("Before", Fingerprint(recordPath));
+  note.SetString("Log", std::to_string(LAuditLogSize(profile)));
+  note.SaveHTTPString(note_);
+  event_ = std::move(event);
+  (void)intent_.Note(note_);  // a failure is logged and only loses the crash protection
+}
+
+LAuditPending::~LAuditPending() { Settle(profile_, note_, false); }
+
+bool LAuditPending::Append() { return LAuditAppend(profile_, event_); }
+
+void LAuditSettlePending(const LProfile& profile, const std::vector<std::string>& notes) {
+  for (const std::string& note : notes) Settle(profile, note, true);
+}

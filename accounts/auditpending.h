@@ -1,0 +1,66 @@
+// An audit entry kept in step, through a crash, with the record its change writes.
+//
+// A change of a document writes its record and its entry in the trail one after the other: a new
+// document is saved, then its "record" entry written (the entry names the number the save took);
+// an edit or a deletion is written to the trail first, so that a trail that cannot be written
+// refuses it before anything changes. A process killed between the two would leave the log and
+// the books disagreeing: an entry for an edit that never happened, or a document the trail never
+// heard of. So, before either, the change notes its entry in an intent file of its own
+// (extension ".audit", in the ledger's intents folder, accounts/ledgerintent.h) together with the
+// fingerprint of the record file as it stands and where the log ends.
+//
+// When the change ends, returning or refused (LAuditPending's destructor), or killed and found by
+// the next holder of the ledger lock (LAuditSettlePending), one rule brings the two in step,
+// from whether the entry is in the log after where it ended and whether the record file changed:
+//   record changed, no entry      the entry is written now, with the change's own time and user;
+//   entry written, record as it was   the change did not take effect: a "cancel" entry naming it
+//                                 (its "Seq") follows. The log is never rewritten: it is
+//                                 append-only and hash-chained, and an entry that a reader may
+//                                 already have seen does not vanish;
+//   otherwise                     nothing.
+// A record file the change created and left empty (a number taken for a document never written)
+// is removed. Settling twice is harmless: the entry, or the entry and its "cancel", are found.
+//
+// The fingerprint is the file's identity, size and time of change: every save writes a new file
+// and renames it into place, so a save changes it even when it writes the same text. Cost of a
+// change: one intent file created and removed, two looks at the record file and one read of the
+// log's last entries.
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "accounts/audittrail.h"
+#include "accounts/ledgerintent.h"
+
+class LProfile;
+
+inline constexpr std::string_view kAuditPendingExtension = ".audit";
+
+class LAuditPending {
+ public:
+  // Notes event (its time and user fixed now) as the entry of a change of the record file
+  // recordPath, before anything of the change is written. Callers hold the ledger lock from
+  // before this to the end of the object's life.
+  LAuditPending(const LProfile& profile, LAuditEvent event, std::string recordPath);
+  // Brings the log in step with the record (the rule above) and removes the note.
+  ~LAuditPending();
+  LAuditPending(const LAuditPending&) = delete;
+  LAuditPending& operator=(const LAuditPending&) = delete;
+
+  // Writes the entry where the change has it. false when the trail could not be written: the
+  // change is refused and leaves its record as it was (or takes the new one away).
+  [[nodiscard]] bool Append();
+
+ private:
+  const LProfile& profile_;
+  LAuditEvent event_;
+  std::string note_;          // the pending entry and what it is checked against, one line
+  LBooksChangeIntent intent_;  // the file that keeps note_ for the settler should this process die
+};
+
+// Brings in step the entries noted by changes killed midway (one note a line). The ledger's
+// intent settling calls it before any other settler, which may write the records again.
+void LAuditSettlePending(const LProfile& profile, const std::vector<std::string>& notes);
+

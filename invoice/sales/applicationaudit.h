@@ -1,0 +1,44 @@
+// The audit trail's entries for payments, refunds and credit notes applied to invoices. Each
+// invoice whose share of an applier changes gets one entry in the applier's name:
+//
+//   Action     "apply" (the invoice holds more of it), "unapply" (less, or nothing)
+//   Reference  the applier ("Paiement 3", "Avoir 2"), Date its date
+//   Amount     what the invoice took, or gave back (cents, above 0)
+//   Lines      "Facture 12=5000": the invoice and what it now holds of the applier
+//
+// The entries are written before the applier's record is saved, so that a trail that cannot be
+// written refuses the change; each is noted first (accounts/auditpending.h), so that a crash
+// between the entries and the save is followed by "cancel" entries, and a save whose entries were
+// not all written has them written by the next holder of the ledger lock.
+#pragma once
+
+#include <list>
+#include <map>
+#include <string>
+#include <string_view>
+
+#include "accounts/auditpending.h"
+
+class LProfile;
+class LRecord;
+
+class LApplicationAudit {
+ public:
+  // Takes what applier (a payment or a credit note, stored in recordPath, named title in the
+  // trail) holds now. Callers hold the ledger lock for the life of the object.
+  LApplicationAudit(const LProfile& profile, std::string_view title, const LRecord& applier, std::string recordPath);
+  LApplicationAudit(const LApplicationAudit&) = delete;
+  LApplicationAudit& operator=(const LApplicationAudit&) = delete;
+
+  // Writes an entry for every invoice whose share of the applier, as it now stands in memory, is
+  // not what it was; call before saving it. false when the trail could not be written: the
+  // applier must not be saved.
+  [[nodiscard]] bool Write(const LRecord& applier);
+
+ private:
+  const LProfile& profile_;
+  std::string reference_;
+  std::string recordPath_;
+  std::map<std::string, long long> before_;  // invoice key: amount held
+  std::list<LAuditPending> pending_;        // kept to the end of the change
+};

@@ -1,0 +1,71 @@
+// The rule that keeps the audit trail in step with a document's record when the change between
+// its entry and its save does not finish: a save without its entry gets it, with the change's
+// own time; an entry whose save never came is followed by a "cancel" naming it; a record file
+// created and left empty goes; and settling again adds nothing.
+#include "accounts/auditpending.h"
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "invoice/shared/profile.h"
+#include "llib/gen/file.h"
+#include "llib/gen/hashtable.h"
+#include "tests/support/testhome.h"
+
+namespace {
+
+class AuditPendingTest : public LHomeTest {
+ protected:
+  void SetUp() override { profile_ = std::make_unique<LProfile>(home_.SharedFolder()); }
+  std::string RecordPath() const { return home_.SharedFolder() + "/Bills.dat"; }
+  std::vector<LHashTable> Entries() const {
+    std::vector<LHashTable> entries;
+    std::string log = LReadFile(home_.SharedFolder() + "/AuditTrail.log");
+    for (std::size_t at = 0, end; (end = log.find('\n', at)) != std::string::npos; at = end + 1)
+      entries.emplace_back().LoadHTTPString(log.substr(at, end - at));
+    return entries;
+  }
+  static LAuditEvent Event(std::string action) { return {std::move(action), "Facture fournisseur PRC1", "2026-03-01", 4200, {}, {}, {}}; }
+  // Saves the record as the store does: a new file renamed into place.
+  void Save(const std::string& text) const { ASSERT_TRUE(LFile::WriteAllAtomic(RecordPath(), text)); }
+  std::unique_ptr<LProfile> profile_;
+};
+
+TEST_F(AuditPendingTest, TheTrailEndsSayingWhatTheRecordShows) {
+  // A change whose save never came after its entry: a "cancel" names the entry.
+  Save("Total=1");
+  { LAuditPending edit(*profile_, Event("edit"), RecordPath()); ASSERT_TRUE(edit.Append()); }
+  // A save whose entry the change never wrote: written on settling, with the change's own time.
+  { LAuditPending edit(*profile_, Event("edit"), RecordPath()); Save("Total=1"); }
+  // Entry and save both done, the same text saved again: nothing to add.
+  {
+    LAuditPending edit(*profile_, Event("edit"), RecordPath());
+    ASSERT_TRUE(edit.Append());
+    Save("Total=1");
+  }
+  std::vector<LHashTable> entries = Entries();
+  ASSERT_EQ(entries.size(), 4u);
+  EXPECT_STREQ(entries[0].GetString("Action", ""), "edit");
+  EXPECT_STREQ(entries[1].GetString("Action", ""), "cancel");
+  EXPECT_STREQ(entries[1].GetString("Lines", ""), "1");
+  EXPECT_STREQ(entries[1].GetString("Reference", ""), "Facture fournisseur PRC1");
+  EXPECT_STREQ(entries[2].GetString("Action", ""), "edit");
+  EXPECT_STREQ(entries[3].GetString("Action", ""), "edit");
+  EXPECT_EQ(LAuditVerify(*profile_).brokenEntry, 0);
+}
+
+TEST_F(AuditPendingTest, ARecordCreatedAndLeftEmptyGoesWithoutAnEntry) {
+  {
+    LAuditPending record(*profile_, Event("record"), RecordPath());
+    LFileDescriptor taken(LRobustOpen(RecordPath(), O_WRONLY | O_CREAT | O_EXCL, 0666));
+    ASSERT_TRUE(taken.IsOpen());  // the number taken, the document never written
+  }
+  EXPECT_FALSE(LFile::Exists(RecordPath()));
+  EXPECT_TRUE(Entries().empty());
+}
+
+}  // namespace
