@@ -30,19 +30,25 @@ std::string PendingUploadPath(const LProfile& profile, std::string_view account)
   return LFile::MakeFilePath(folder, std::string(account) + ".upload");
 }
 
-// Imports path into account; false with the message in error.
-bool Import(LProfile& profile, std::string_view account, const std::string& path, LStatementFormat format,
-            std::string_view csvMap, std::string& error) {
+// Imports the upload waiting for account, then shows the account's reconciliation; when refused,
+// dialog shows why and the upload waits for another try.
+bool ImportUpload(LWebDialog& dialog, LProfile& profile, const std::string& account, LStatementFormat format,
+                  std::string_view csvMap) {
   LBankImportData data;
   data.profile = &profile;
   data.request.account = account;
-  data.request.path = path;
+  data.request.path = PendingUploadPath(profile, account);
   data.request.format = format;
   data.request.csvMap = csvMap;
   LProcessInterfaceVoid process;
-  if (Process(process, data) == kProcessFinished) return true;
-  error = data.error;
-  return false;
+  if (Process(process, data) != kProcessFinished) {
+    dialog.PopupBoxError(data.error);
+    return false;
+  }
+  (void)::unlink(data.request.path.c_str());
+  dialog.Redirect(WLReconTarget(account));
+  dialog.SetAnswerWritten();
+  return true;
 }
 
 }  // namespace
@@ -118,15 +124,7 @@ bool LWebLoadBankStatementDialog::CmOk() {
     SetAnswerWritten();
     return true;
   }
-  std::string error;
-  if (!Import(profile, account, path, format, "", error)) {
-    PopupBoxError(error);
-    return false;
-  }
-  (void)::unlink(path.c_str());
-  Redirect(WLReconTarget(account));
-  SetAnswerWritten();
-  return true;
+  return ImportUpload(*this, profile, account, format, "");
 }
 
 // ---- "matchCSV" -----------------------------------------------------------------------------------
@@ -175,15 +173,7 @@ bool LWebMatchCSVDialog::CmOk() {
     PopupControlDataInvalid(kFirstColumnControl, "Choisissez au moins la date, le libellé et le montant (ou le débit et le crédit).");
     return false;
   }
-  std::string path = PendingUploadPath(profile, account), error;
-  if (!Import(profile, account, path, LStatementFormat::kCSV, LStatementCsvMapText(map), error)) {
-    PopupBoxError(error);
-    return false;
-  }
-  (void)::unlink(path.c_str());
-  Redirect(WLReconTarget(account));
-  SetAnswerWritten();
-  return true;
+  return ImportUpload(*this, profile, account, LStatementFormat::kCSV, LStatementCsvMapText(map));
 }
 
 // ---- "changeaccount" ------------------------------------------------------------------------------

@@ -35,14 +35,16 @@ int Add(LCliContext& context, LCliArgs& args) {
   std::string error;
   if (!args.Finish(words, error)) return context.Usage(error);
   // "--apply 3=60 4=40": the words after the verb that name an invoice belong to --apply too.
-  if (!applications.empty())
-    for (std::size_t i = 1; i < words.size();)
+  if (!applications.empty()) {
+    for (std::size_t i = 1; i < words.size();) {
       if (words[i].find('=') != std::string::npos) {
         applications.push_back(words[i]);
         words.erase(words.begin() + static_cast<long>(i));
       } else {
         ++i;
       }
+    }
+  }
   if (!customerGiven || !amountGiven || words.size() != 1) return context.Usage();
   if (request.automatic == !applications.empty()) return context.Usage("donnez --apply ou --auto");
   LProfile* profile = context.Profile();

@@ -11,12 +11,11 @@
 #include "accounts/ledger.h"
 #include "accounts/webpages.h"
 #include "bench/benchfolder.h"
+#include "bench/benchpages.h"
 #include "invoice/shared/options.h"
 #include "invoice/shared/profile.h"
 #include "llib/gen/date.h"
 #include "llib/gen/file.h"
-#include "llib/web/webletform.h"
-#include "llib/web/webletroutes.h"
 
 namespace {
 
@@ -26,7 +25,7 @@ constexpr int kExtraAccounts = 500;
 
 struct Books {
   LBenchHome home{"ledgerpages"};
-  std::string session;
+  LBenchPages pages;
 
   Books() {
     LProfile profile(home.Business());
@@ -56,23 +55,8 @@ struct Books {
       }
       LBenchRequire(LFile::WriteAllAtomic(std::string(folder) + "/" + date + ".csv", rows), "day file");
     }
-    LWebletForm form(nullptr);
-    form.session.CreateNewSession(false);
-    form.session.SetString("desk", "1");
-    form.session.SetString("profile", home.Business());
-    form.session.FlushSession();
-    session = form.session.GetSessionId();
+    pages.OpenSession(home.Business());
     LAccountsInstallWebPages();
-  }
-
-  // One request of route with query; returns the bytes of the answer.
-  std::size_t Get(const char* route, const std::string& query) {
-    LWebletForm form(nullptr);
-    form.scriptName = route;
-    form.parameters.LoadHTTPString(query);
-    (void)form.session.LoadSession(session);
-    LWebletFindScript(route)(form);
-    return form.Captured().size();
   }
 };
 
@@ -87,7 +71,7 @@ void BM_ViewJournalMonth(benchmark::State& state) {
   if (state.range(0) == 1) query += "&account=6420";
   if (state.range(1) > 1) query += "&page=" + std::to_string(state.range(1));
   std::size_t bytes = 0;
-  for (auto _ : state) bytes = books.Get("viewjournal", query);
+  for (auto _ : state) bytes = books.pages.Get("viewjournal", query);
   state.SetLabel((state.range(0) == 1 ? "one account, " : "every account, ") + std::string("page ") +
                  std::to_string(state.range(1)) + ", " + std::to_string(bytes) + " bytes");
 }
@@ -96,7 +80,7 @@ BENCHMARK(BM_ViewJournalMonth)->Args({0, 1})->Args({0, 200})->Args({1, 1})->Unit
 void BM_AccountList500(benchmark::State& state) {
   Books& books = TheBooks();
   std::size_t bytes = 0;
-  for (auto _ : state) bytes = books.Get("acclist", "");
+  for (auto _ : state) bytes = books.pages.Get("acclist", "");
   state.SetLabel(std::to_string(bytes) + " bytes");
 }
 BENCHMARK(BM_AccountList500)->Unit(benchmark::kMillisecond);

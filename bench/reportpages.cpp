@@ -14,12 +14,11 @@
 #include "app/appinstall.h"
 #include "app/webmain.h"
 #include "bench/benchfolder.h"
+#include "bench/benchpages.h"
 #include "invoice/shared/profile.h"
 #include "llib/gen/date.h"
 #include "llib/gen/file.h"
 #include "llib/gen/record.h"
-#include "llib/web/webletform.h"
-#include "llib/web/webletroutes.h"
 
 namespace {
 
@@ -29,7 +28,7 @@ constexpr int kInvoices = 1000;
 
 struct Books {
   LBenchHome home{"reportpages"};
-  std::string session;
+  LBenchPages pages;
 
   Books() {
     LAppInstall();
@@ -85,24 +84,9 @@ struct Books {
       invoice.SetInt64("AmountPaid", i % 2 == 0 ? 10000 + i : 0);
       LBenchRequire(invoice.Flush(), "invoice");
     }
-    LWebletForm form(nullptr);
-    form.session.CreateNewSession(false);
-    form.session.SetString("desk", "1");
-    form.session.SetString("profile", home.Business());
-    form.session.FlushSession();
-    session = form.session.GetSessionId();
+    pages.OpenSession(home.Business());
     LAccountsInstallWebPages();
     LWebletInstallScript("main", WLWebPageRun<LWebPageMain>);
-  }
-
-  // One request of route with query; returns the bytes of the answer.
-  std::size_t Get(const char* route, const std::string& query) {
-    LWebletForm form(nullptr);
-    form.scriptName = route;
-    form.parameters.LoadHTTPString(query);
-    (void)form.session.LoadSession(session);
-    LWebletFindScript(route)(form);
-    return form.Captured().size();
   }
 };
 
@@ -118,7 +102,7 @@ void BM_StatementPage(benchmark::State& state) {
   std::string name = kStatements[state.range(0)];
   std::string query = "report=" + name + "&from=2025-01-01&to=2025-06-15&date=2025-06-15&cfrom=2025-01-01&cto=2025-03-15";
   std::size_t bytes = 0;
-  for (auto _ : state) bytes = books.Get("generatereport", query);
+  for (auto _ : state) bytes = books.pages.Get("generatereport", query);
   state.SetLabel(name + ", " + std::to_string(bytes) + " bytes");
 }
 BENCHMARK(BM_StatementPage)->DenseRange(0, 4)->Unit(benchmark::kMillisecond);
@@ -126,7 +110,7 @@ BENCHMARK(BM_StatementPage)->DenseRange(0, 4)->Unit(benchmark::kMillisecond);
 void BM_CustomerStatement1000Invoices(benchmark::State& state) {
   Books& books = TheBooks();
   std::size_t bytes = 0;
-  for (auto _ : state) bytes = books.Get("generateStatement", "customer=C1&from=2025-01-01&to=2025-12-31");
+  for (auto _ : state) bytes = books.pages.Get("generateStatement", "customer=C1&from=2025-01-01&to=2025-12-31");
   state.SetLabel(std::to_string(bytes) + " bytes");
 }
 BENCHMARK(BM_CustomerStatement1000Invoices)->Unit(benchmark::kMillisecond);
@@ -134,7 +118,7 @@ BENCHMARK(BM_CustomerStatement1000Invoices)->Unit(benchmark::kMillisecond);
 void BM_MainPageWithCharts(benchmark::State& state) {
   Books& books = TheBooks();
   std::size_t bytes = 0;
-  for (auto _ : state) bytes = books.Get("main", "");
+  for (auto _ : state) bytes = books.pages.Get("main", "");
   state.SetLabel(std::to_string(bytes) + " bytes");
 }
 BENCHMARK(BM_MainPageWithCharts)->Unit(benchmark::kMillisecond);

@@ -12,7 +12,7 @@ LReportRow& LReportTable::AddHeading(std::string_view label, int indent) {
 
 LReportRow& LReportTable::AddRow(LReportRowKind kind, std::string_view label,
                                  std::vector<std::optional<long long>> values, int indent) {
-  rows.push_back(LReportRow{std::string(label), std::move(values), kind, indent, {}});
+  rows.push_back(LReportRow{std::string(label), std::move(values), kind, indent, {}, {}});
   return rows.back();
 }
 

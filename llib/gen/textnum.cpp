@@ -12,7 +12,10 @@ std::string ftotl(double value) {
   std::string text(buffer);
   if (auto comma = text.find(','); comma != std::string::npos) text[comma] = '.';
   // Some locales use the middle dot (UTF-8 C2 B7) as decimal point: one "." replaces both bytes.
-  if (auto dot = text.find("\xC2\xB7"); dot != std::string::npos) text.replace(dot, 2, ".");
+  if (auto dot = text.find("\xC2\xB7"); dot != std::string::npos) {
+    text[dot] = '.';
+    text.erase(dot + 1, 1);
+  }
   return text;
 }
 

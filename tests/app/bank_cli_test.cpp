@@ -5,11 +5,11 @@
 // of its cleared transactions deleted from the ledger; `kontavo check` stays clean throughout.
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <map>
 #include <nlohmann/json.hpp>
 #include <set>
 
+#include "tests/support/envscope.h"
 #include "tests/support/testhome.h"
 
 namespace {
@@ -26,7 +26,6 @@ constexpr const char* kStatement =
 class BankCli : public LHomeTest {
  protected:
   void SetUp() override {
-    ::setenv("KONTAVO_COUNTRY", "US", 1);
     Run({"init"});
     Run({"account", "defaults"});
     Run({"customer", "add", "C1", "Name=Dupont SARL"});
@@ -76,6 +75,7 @@ class BankCli : public LHomeTest {
   }
 
   std::string statement_;
+  LEnvScope country_{"KONTAVO_COUNTRY", "US"};
 };
 
 TEST_F(BankCli, ImportMatchesOnceAndReimportAddsNothing) {
@@ -205,10 +205,10 @@ namespace {
 class BankCliAccounts : public LHomeTest {
  protected:
   void SetUp() override {
-    ::setenv("KONTAVO_COUNTRY", "US", 1);
     ASSERT_EQ(LRunKontavo({"init"}).exitCode, 0);
     ASSERT_EQ(LRunKontavo({"account", "defaults"}).exitCode, 0);
   }
+  LEnvScope country_{"KONTAVO_COUNTRY", "US"};
 };
 
 // A file holding a bank and a card statement: the one of the account number the bank account

@@ -4,13 +4,13 @@
 #include <gtest/gtest.h>
 
 #include "tests/app/clitest.h"
+#include "tests/support/envscope.h"
 
 namespace {
 
 class Ca3Cli : public LHomeTest {
  protected:
   void SetUp() override {
-    ::setenv("KONTAVO_COUNTRY", "FR", 1);
     ASSERT_EQ(LExpectSuccess({"business", "add", "--name", "Atelier", "--country", "FR"}), "1\n");
     LExpectSuccess({"business", "use", "1"});
     LExpectSuccess({"customer", "add", "C1", "Name=Dupont"});
@@ -30,6 +30,7 @@ class Ca3Cli : public LHomeTest {
       if (row["label"] == label) return row["values"];
     return {};
   }
+  LEnvScope country_{"KONTAVO_COUNTRY", "FR"};
 };
 
 TEST_F(Ca3Cli, AQuarterByHand) {

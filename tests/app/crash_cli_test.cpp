@@ -8,7 +8,6 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
-#include <cstdlib>
 #include <map>
 #include <memory>
 #include <random>
@@ -25,6 +24,7 @@
 #include "llib/gen/file.h"
 #include "llib/gen/filestore.h"
 #include "llib/gen/hashtable.h"
+#include "tests/support/envscope.h"
 #include "tests/support/testhome.h"
 
 namespace {
@@ -34,7 +34,6 @@ using LPosting = std::pair<std::string, std::string>;  // date, reference
 class CrashCli : public LHomeTest {
  protected:
   void SetUp() override {
-    ::setenv("KONTAVO_COUNTRY", "US", 1);
     ASSERT_EQ(LRunKontavo({"init"}).exitCode, 0);
     ASSERT_EQ(LRunKontavo({"account", "defaults"}).exitCode, 0);
     ASSERT_EQ(LRunKontavo({"customer", "add", "C1", "Name=Dupont"}).exitCode, 0);
@@ -77,6 +76,7 @@ class CrashCli : public LHomeTest {
     nLeft += static_cast<int>(LFile::ListFolder(home_.SharedFolder() + "/Ledger/Intents").size()) +
              !LReadFile(home_.SharedFolder() + "/Ledger/Ledger.lock").empty();
   }
+  LEnvScope country_{"KONTAVO_COUNTRY", "US"};
 };
 
 // What the audit trail says of each document now: its last entry among "record", "edit" and

@@ -9,6 +9,7 @@
 
 #include "accounts/feccheck.h"
 #include "tests/app/clitest.h"
+#include "tests/support/envscope.h"
 
 namespace {
 
@@ -41,7 +42,6 @@ long long Cents(const std::string& amount) {
 class FecCli : public LHomeTest {
  protected:
   void SetUp() override {
-    ::setenv("KONTAVO_COUNTRY", "FR", 1);
     Run({"init"});
     Run({"account", "defaults"});
     Run({"record", "set", "Misc", "Company", "Name=Atelier Ébène", "SIREN=732829320"});
@@ -83,6 +83,7 @@ class FecCli : public LHomeTest {
     EXPECT_EQ(run.out, path + "\n");
     return path;
   }
+  LEnvScope country_{"KONTAVO_COUNTRY", "FR"};
 };
 
 TEST_F(FecCli, AYearPassesTheCheckerAndAddsUpToTheTrialBalance) {

@@ -5,7 +5,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <map>
 #include <nlohmann/json.hpp>
 #include <sstream>
@@ -13,6 +12,7 @@
 #include "llib/gen/csvtable.h"
 #include "llib/gen/money.h"
 #include "tests/app/clitest.h"
+#include "tests/support/envscope.h"
 #include "tests/support/testhome.h"
 
 namespace {
@@ -24,7 +24,6 @@ std::string NumberOf(const std::string& name) { return name.substr(0, name.find(
 class JournalExportCli : public LHomeTest {
  protected:
   void SetUp() override {
-    ::setenv("KONTAVO_COUNTRY", "FR", 1);
     for (std::vector<std::string> args : std::vector<std::vector<std::string>>{
              {"init"},
              {"account", "defaults"},
@@ -78,6 +77,7 @@ class JournalExportCli : public LHomeTest {
   }
 
   std::string journalPath_;
+  LEnvScope country_{"KONTAVO_COUNTRY", "FR"};
 };
 
 TEST_F(JournalExportCli, LedgerAndHledgerBalancesEqualTheTrialBalance) {

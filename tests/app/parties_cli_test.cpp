@@ -3,17 +3,17 @@
 // and its sales person carried onto them, and `import csv` reporting refused rows by line.
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <nlohmann/json.hpp>
 
 #include "tests/app/clitest.h"
+#include "tests/support/envscope.h"
 #include "tests/support/testhome.h"
 
 namespace {
 
 class PartiesCli : public LHomeTest {
  protected:
-  void SetUp() override { ::setenv("KONTAVO_COUNTRY", "FR", 1); }
+  LEnvScope country_{"KONTAVO_COUNTRY", "FR"};
 };
 
 TEST_F(PartiesCli, GroupPriceLevelAndSalesPersonReachTheDocuments) {

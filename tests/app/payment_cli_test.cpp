@@ -2,12 +2,12 @@
 // they refuse, and what the invoices, the customer's balance and the books show afterwards.
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <string>
 #include <vector>
 #include <nlohmann/json.hpp>
 
 #include "llib/gen/hashtable.h"
+#include "tests/support/envscope.h"
 #include "tests/support/testhome.h"
 
 namespace {
@@ -15,7 +15,6 @@ namespace {
 class PaymentCli : public LHomeTest {
  protected:
   void SetUp() override {
-    ::setenv("KONTAVO_COUNTRY", "US", 1);
     ASSERT_EQ(LRunKontavo({"init"}).exitCode, 0);
     ASSERT_EQ(LRunKontavo({"account", "defaults"}).exitCode, 0);
     ASSERT_EQ(LRunKontavo({"customer", "add", "C1", "Name=Dupont"}).exitCode, 0);
@@ -27,6 +26,7 @@ class PaymentCli : public LHomeTest {
   }
   static long long Balance() { return LRunKontavoJson({"customer", "list"})[0]["Balance"].get<long long>(); }
   static nlohmann::json Invoice(const std::string& key) { return LRunKontavoJson({"invoice", "show", key}); }
+  LEnvScope country_{"KONTAVO_COUNTRY", "US"};
 };
 
 TEST_F(PaymentCli, AutoPaymentIsSpreadShownListedAndDeleted) {

@@ -3,13 +3,13 @@
 #include <gtest/gtest.h>
 
 #include "tests/app/clitest.h"
+#include "tests/support/envscope.h"
 
 namespace {
 
 class PcgCli : public LHomeTest {
  protected:
   void SetUp() override {
-    ::setenv("KONTAVO_COUNTRY", "FR", 1);
     ASSERT_EQ(LExpectSuccess({"business", "add", "--name", "Atelier", "--country", "FR", "--opening-checking", "1000"}),
               "1\n");
     LExpectSuccess({"business", "use", "1"});
@@ -27,6 +27,7 @@ class PcgCli : public LHomeTest {
       if (row["label"] == label) return row;
     return {};
   }
+  LEnvScope country_{"KONTAVO_COUNTRY", "FR"};
 };
 
 TEST_F(PcgCli, DocumentsPostOnTheChartsAccountsAndStatementsReadRight) {

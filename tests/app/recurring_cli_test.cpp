@@ -3,13 +3,13 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cstdlib>
 #include <map>
 #include <vector>
 #include <nlohmann/json.hpp>
 
 #include "invoice/shared/recurring.h"
 #include "llib/gen/date.h"
+#include "tests/support/envscope.h"
 #include "tests/support/testhome.h"
 
 namespace {
@@ -17,7 +17,6 @@ namespace {
 class RecurringCli : public LHomeTest {
  protected:
   void SetUp() override {
-    ::setenv("KONTAVO_COUNTRY", "US", 1);
     ASSERT_EQ(LRunKontavo({"init"}).exitCode, 0);
     ASSERT_EQ(LRunKontavo({"account", "defaults"}).exitCode, 0);
     ASSERT_EQ(LRunKontavo({"tax", "set", "--count", "1", "--name", "1=A", "--rate", "1=10", "--default", "1"}).exitCode,
@@ -30,6 +29,7 @@ class RecurringCli : public LHomeTest {
     ADD_FAILURE() << "no customer C1";
     return 0;
   }
+  LEnvScope country_{"KONTAVO_COUNTRY", "US"};
 };
 
 TEST_F(RecurringCli, QuoteAndOrderConvertOnceIntoInvoices) {

@@ -2,9 +2,9 @@
 // their exit statuses, messages and JSON.
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <nlohmann/json.hpp>
 
+#include "tests/support/envscope.h"
 #include "tests/support/testhome.h"
 
 namespace {
@@ -12,7 +12,6 @@ namespace {
 class SalesCli : public LHomeTest {
  protected:
   void SetUp() override {
-    ::setenv("KONTAVO_COUNTRY", "US", 1);
     ASSERT_EQ(Run({"init"}).exitCode, 0);
     ASSERT_EQ(Run({"account", "defaults"}).exitCode, 0);
     ASSERT_EQ(Run({"tax", "set", "--count", "2", "--name", "1=A", "--rate", "1=10", "--name", "2=QC", "--rate",
@@ -30,6 +29,7 @@ class SalesCli : public LHomeTest {
     ADD_FAILURE() << "no customer " << customer;
     return 0;
   }
+  LEnvScope country_{"KONTAVO_COUNTRY", "US"};
 };
 
 TEST_F(SalesCli, InvoiceIsTotalledToTheCentAndMovesTheBalance) {

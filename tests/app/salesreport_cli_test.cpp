@@ -2,9 +2,9 @@
 // "report aging", "invoices" and "unpaid" with --date, --from and --customer, in each format.
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <nlohmann/json.hpp>
 
+#include "tests/support/envscope.h"
 #include "tests/support/testhome.h"
 
 namespace {
@@ -12,7 +12,6 @@ namespace {
 class SalesReportCli : public LHomeTest {
  protected:
   void SetUp() override {
-    ::setenv("KONTAVO_COUNTRY", "US", 1);
     for (std::vector<std::string> args : std::vector<std::vector<std::string>>{
              {"init"},
              {"account", "defaults"},
@@ -26,6 +25,7 @@ class SalesReportCli : public LHomeTest {
       ASSERT_EQ(run.exitCode, 0) << args[0] << ": " << run.err;
     }
   }
+  LEnvScope country_{"KONTAVO_COUNTRY", "US"};
 };
 
 TEST_F(SalesReportCli, AgingAsJsonAndCsvForOneCustomer) {

@@ -3,10 +3,10 @@
 // and "report movements", and the refusals of bad input.
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <nlohmann/json.hpp>
 
 #include "tests/app/clitest.h"
+#include "tests/support/envscope.h"
 #include "tests/support/testhome.h"
 
 namespace {
@@ -14,7 +14,6 @@ namespace {
 class StockCli : public LHomeTest {
  protected:
   void SetUp() override {
-    ::setenv("KONTAVO_COUNTRY", "US", 1);
     for (std::vector<std::string> args : std::vector<std::vector<std::string>>{
              {"init"},
              {"account", "defaults"},
@@ -33,6 +32,7 @@ class StockCli : public LHomeTest {
       ASSERT_EQ(run.exitCode, 0) << LCommandText(args) << ": " << run.err;
     }
   }
+  LEnvScope country_{"KONTAVO_COUNTRY", "US"};
 };
 
 TEST_F(StockCli, ListStockAndInventoryAtADate) {

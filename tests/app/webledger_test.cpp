@@ -22,8 +22,7 @@ class WebLedgerTest : public LWebServerTest {
     ASSERT_EQ(LRunKontavo({"init"}).exitCode, 0);
     ASSERT_EQ(LRunKontavo({"account", "defaults"}).exitCode, 0);
     LWebServerTest::SetUp();
-    session_ = Logon();
-    ASSERT_EQ(LHttpPost(port_, "/chooseprofile", "rbg3=301&submit=++OK++", session_).status, 200);
+    session_ = Session();
   }
   std::string Post(const std::string& route, const std::string& body, const std::string& session = {}) {
     return LHttpPost(port_, "/" + route, body, session.empty() ? session_ : session).body;
@@ -178,11 +177,7 @@ TEST_F(WebLedgerTest, RoutesRefuseMissingSessionsViewersAndGarbageLeavingTheBook
   ASSERT_EQ(LRunKontavo({"journal", "add", "--ref", "GJ[auto]", "--desc", "x", "dr:6410:1", "cr:1110:1"}).exitCode, 0);
   ASSERT_EQ(LRunKontavo({"cheque", "add", "--account", "1110", "--payee", "P", "--amount", "2", "6420:2"}).exitCode, 0);
   std::string before = Ledger();
-  LRunResult added = LRunKontavo({"user", "add", "eve@example.fr", "--name", "Eve", "--viewer", "--profile",
-                                  "Principale SARL", "--password-stdin"}, "evesecret\n");
-  ASSERT_EQ(added.exitCode, 0) << added.err;
-  std::string viewer = Logon("eve@example.fr", "evesecret");
-  ASSERT_EQ(LHttpPost(port_, "/chooseprofile", "rbg3=301&submit=++OK++", viewer).status, 200);
+  std::string viewer = Session("--viewer");
   std::string refusal = "Votre compte permet seulement de consulter les données.";
   EXPECT_EQ(LHttpGet(port_, "/acclist", viewer).body.find("Nouveau compte"), std::string::npos);
   EXPECT_NE(LHttpGet(port_, "/viewjournal", viewer).status, 302);

@@ -11,30 +11,13 @@ namespace {
 
 class WebPagesTest : public LWebServerTest {
  protected:
-  // A logged-on session in the primary business.
-  std::string AdminSession() {
-    std::string session = Logon();
-    EXPECT_FALSE(session.empty());
-    EXPECT_EQ(LHttpPost(port_, "/chooseprofile", "rbg3=301&submit=++OK++", session).status, 200);
-    return session;
-  }
-  // A user of the primary business with the given privilege flag ("--user" or "--viewer").
-  std::string UserSession(const char* privilege) {
-    LRunResult added = LRunKontavo({"user", "add", "eve@example.fr", "--name", "Eve", privilege, "--profile",
-                                    "Principale SARL", "--password-stdin"},
-                                   "evesecret\n");
-    EXPECT_EQ(added.exitCode, 0) << added.err;
-    std::string session = Logon("eve@example.fr", "evesecret");
-    EXPECT_EQ(LHttpPost(port_, "/chooseprofile", "rbg3=301&submit=++OK++", session).status, 200);
-    return session;
-  }
   std::string PostItem(const std::string& session, const std::string& fields) {
     return LHttpPost(port_, "/itemprop", fields + "&submit=++OK++", session).body;
   }
 };
 
 TEST_F(WebPagesTest, TabsShowTheServedSectionsAndMarkTheCurrentOne) {
-  std::string session = AdminSession();
+  std::string session = Session();
   std::string main = LHttpGet(port_, "/main", session).body;
   EXPECT_NE(main.find("</tr></table><br><div class=navtabs><a href='main' class='navtab navtabcurrent'>Accueil</a>"
                       "<a href='customerlist' class=navtab>Clients</a><a href='quotelist' class=navtab>Devis</a>"
@@ -65,7 +48,7 @@ TEST_F(WebPagesTest, TabsShowTheServedSectionsAndMarkTheCurrentOne) {
   EXPECT_EQ(users.find("class=mainfigures"), std::string::npos);
 
   // The users and FEC tabs are for administrators only.
-  std::string userMain = LHttpGet(port_, "/main", UserSession("--user")).body;
+  std::string userMain = LHttpGet(port_, "/main", Session("--user")).body;
   EXPECT_NE(userMain.find("<a href='recon' class=navtab>Banque</a><a href='reports' class=navtab>Rapports</a></div>"),
             std::string::npos);
   EXPECT_EQ(userMain.find("userlist"), std::string::npos);
@@ -73,7 +56,7 @@ TEST_F(WebPagesTest, TabsShowTheServedSectionsAndMarkTheCurrentOne) {
 }
 
 TEST_F(WebPagesTest, ItemDialogChecksThenCreatesAndEditsTheRecord) {
-  std::string session = AdminSession();
+  std::string session = Session();
   std::string page = LHttpGet(port_, "/itemprop?onok=itemlist&oncancel=itemlist", session).body;
   EXPECT_NE(page.find("<a href='itemlist' class='navtab navtabcurrent'>Articles</a>"), std::string::npos);
   EXPECT_NE(page.find("<input type=hidden name='id' value=''>"), std::string::npos);
@@ -118,7 +101,7 @@ TEST_F(WebPagesTest, ItemsSortByTheValuesOfPricesAndQuantities) {
     ASSERT_EQ(LRunKontavo({"item", "add", code, "--price", price}).exitCode, 0);
     ASSERT_EQ(LRunKontavo({"record", "set", "Items", code, std::string("ReorderLevel=") + level}).exitCode, 0);
   }
-  std::string session = UserSession("--viewer");
+  std::string session = Session("--viewer");
   auto order = [&](const std::string& query) {
     std::string list = LHttpGet(port_, "/itemlist?" + query, session).body;
     std::vector<std::pair<std::size_t, std::string>> found;
@@ -135,7 +118,7 @@ TEST_F(WebPagesTest, ItemsSortByTheValuesOfPricesAndQuantities) {
 
 TEST_F(WebPagesTest, ViewersSeeItemsButChangeNothing) {
   ASSERT_EQ(LRunKontavo({"item", "add", "SEL", "--description", "Sel", "--price", "1.20"}).exitCode, 0);
-  std::string session = UserSession("--viewer");
+  std::string session = Session("--viewer");
   std::string list = LHttpGet(port_, "/itemlist", session).body;
   EXPECT_NE(list.find(">Sel</td>"), std::string::npos);
   EXPECT_EQ(list.find("itemdelete"), std::string::npos);

@@ -21,20 +21,6 @@ class WebPurchasesTest : public LWebServerTest {
               0);
     admin_ = Session();
   }
-  std::string Session(const char* privilege = nullptr) {
-    std::string session;
-    if (privilege == nullptr) {
-      session = Logon();
-    } else {
-      LRunResult added = LRunKontavo({"user", "add", "eve@example.fr", "--name", "Eve", privilege, "--profile",
-                                      "Principale SARL", "--password-stdin"},
-                                     "evesecret\n");
-      EXPECT_EQ(added.exitCode, 0) << added.err;
-      session = Logon("eve@example.fr", "evesecret");
-    }
-    EXPECT_EQ(LHttpPost(port_, "/chooseprofile", "rbg3=301&submit=++OK++", session).status, 200);
-    return session;
-  }
   // One press of a dialog's OK: "Enregistrer" for the documents, "  OK  " for the supplier.
   std::string Post(const std::string& route, const std::string& body, const std::string& session = {}) {
     std::string submit = route == "supplierprop" ? "&submit=++OK++" : "&submit=Enregistrer";

@@ -139,8 +139,9 @@ TEST_F(WebReportsTest, EveryReportOfTheCentreEqualsTheCommandCellForCell) {
       for (std::size_t c = 0; c < rows[r].values.size(); ++c) {
         if (expected["kind"] == "heading") continue;  // a heading shows no amount
         EXPECT_EQ(rows[r].values[c], expected["values"][c]) << rows[r].label << " column " << c;
-        if (expected["values"][c].is_null() && expected.contains("texts") && expected["texts"][c].is_string())
+        if (expected["values"][c].is_null() && expected.contains("texts") && expected["texts"][c].is_string()) {
           EXPECT_EQ(rows[r].texts[c], expected["texts"][c]) << rows[r].label << " column " << c;
+        }
       }
     }
     // The download is the command's CSV.
@@ -300,7 +301,9 @@ TEST_F(WebReportsTest, CustomerStatementBringsTheBalanceForwardAgesItAndLogsWhat
   ASSERT_EQ(rows.size(), expected.size()) << page;
   for (std::size_t r = 0; r < rows.size(); ++r) {
     EXPECT_EQ(rows[r].label, expected[r].first);
-    if (rows[r].kind != "heading") EXPECT_EQ(rows[r].values[3], expected[r].second) << rows[r].label;
+    if (rows[r].kind != "heading") {
+      EXPECT_EQ(rows[r].values[3], expected[r].second) << rows[r].label;
+    }
   }
   EXPECT_EQ(rows[1].texts[0], "2025-06-30");  // the date as a text cell
   EXPECT_EQ(rows[4].values[1], nlohmann::json(200000));  // the period's debits and credits

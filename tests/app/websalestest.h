@@ -24,20 +24,6 @@ class WebSalesTest : public LWebServerTest {
     ASSERT_EQ(LRunKontavo({"customer", "add", "DUP", "Name=Dupont SA"}).exitCode, 0);
     ASSERT_EQ(LRunKontavo({"item", "add", "PAIN", "--description", "Pain", "--price", "2.50"}).exitCode, 0);
   }
-  std::string Session(const char* privilege = nullptr) {
-    std::string session;
-    if (privilege == nullptr) {
-      session = Logon();
-    } else {
-      LRunResult added = LRunKontavo({"user", "add", "eve@example.fr", "--name", "Eve", privilege, "--profile",
-                                      "Principale SARL", "--password-stdin"},
-                                     "evesecret\n");
-      EXPECT_EQ(added.exitCode, 0) << added.err;
-      session = Logon("eve@example.fr", "evesecret");
-    }
-    EXPECT_EQ(LHttpPost(port_, "/chooseprofile", "rbg3=301&submit=++OK++", session).status, 200);
-    return session;
-  }
   // One button press of a document dialog: header fields, then the grid rows "code|description|
   // qty|price|tax|origin" (origin: the stored line the row shows).
   std::string PostDocument(const std::string& session, const std::string& route, const std::string& fields,

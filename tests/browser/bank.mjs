@@ -7,7 +7,7 @@ import { mkdtempSync, mkdirSync, rmSync, writeFileSync } from 'node:fs';
 import { tmpdir } from 'node:os';
 import { join } from 'node:path';
 import assert from 'node:assert/strict';
-import { startKontavoServer, logOn, launchBrowser, screenshotTaker } from './serve.mjs';
+import { startKontavoServer, stopKontavoServer, logOn, launchBrowser, screenshotTaker, openPage, press } from './serve.mjs';
 
 const [kontavo, output] = process.argv.slice(2);
 mkdirSync(output, { recursive: true });
@@ -37,13 +37,9 @@ const { server, base } = await startKontavoServer(kontavo, env);
 
 const browser = await launchBrowser();
 const snap = screenshotTaker(output, 'bank-');
-const press = (page, text) => page.click(`input[name=submit][value="${text}"]`);
 
 try {
-  const context = await browser.newContext({ viewport: { width: 1280, height: 900 } });
-  const page = await context.newPage();
-  const problems = [];
-  page.on('pageerror', (error) => problems.push(error.message));
+  const { context, page, problems } = await openPage(browser);
 
   await logOn(page, base, 'admin@example.fr', 'secret12');
 
@@ -78,7 +74,7 @@ try {
   await page.waitForURL(/recordTxnFromBST/);
   await page.selectOption('[id="205"]', fees);
   await snap(page, 'post-line');
-  await page.click('input[name=submit][value="  OK  "]');
+  await press(page, '  OK  ');
   await page.waitForURL(/recon\?account=/);
   assert.match(await page.locator('#banklines').innerText(), /FRAIS TENUE DE COMPTE\s+Saisie GJ10000/);
 
@@ -104,7 +100,6 @@ try {
   console.log(`bank browser test passed; screenshots in ${output}`);
 } finally {
   await browser.close();
-  server.kill('SIGTERM');
-  await new Promise((resolve) => server.on('exit', resolve));
+  await stopKontavoServer(server);
   rmSync(home, { recursive: true, force: true });
 }

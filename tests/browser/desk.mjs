@@ -8,7 +8,7 @@ import { mkdtempSync, mkdirSync, rmSync, existsSync } from 'node:fs';
 import { tmpdir } from 'node:os';
 import { join } from 'node:path';
 import assert from 'node:assert/strict';
-import { freeLoopbackPort, stopDeskService, launchBrowser, screenshotTaker } from './serve.mjs';
+import { freeLoopbackPort, stopDeskService, launchBrowser, screenshotTaker, openPage } from './serve.mjs';
 
 const [kontavo, output] = process.argv.slice(2);
 mkdirSync(output, { recursive: true });
@@ -30,10 +30,7 @@ const errorText = (page) => page.locator('#errorTag').innerText();
 try {
   const link = run(['desk', '--no-open']).trim();
   assert.match(link, new RegExp(`^${base}desk\\?token=[0-9a-f]{32}$`));
-  const context = await browser.newContext({ viewport: { width: 1280, height: 800 } });
-  const page = await context.newPage();
-  const problems = [];
-  page.on('pageerror', (error) => problems.push(error.message));
+  const { context, page, problems } = await openPage(browser, { viewport: { width: 1280, height: 800 } });
   const next = (text = 'Suivant >') => page.click(`input[name=submit][value="${text}"]`);
   const expectError = async (pattern) => {
     await page.waitForFunction(() => document.getElementById('errorTag') && !document.getElementsByName('submit')[0].disabled);

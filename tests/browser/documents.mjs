@@ -10,7 +10,7 @@ import { tmpdir } from 'node:os';
 import { dirname, join } from 'node:path';
 import { fileURLToPath } from 'node:url';
 import assert from 'node:assert/strict';
-import { logOn, startKontavoServer, launchBrowser, screenshotTaker } from './serve.mjs';
+import { logOn, startKontavoServer, stopKontavoServer, launchBrowser, screenshotTaker, openPage, press } from './serve.mjs';
 
 const [kontavo, output] = process.argv.slice(2);
 mkdirSync(output, { recursive: true });
@@ -54,10 +54,7 @@ async function downloadedText(page, selector, name) {
 }
 
 try {
-  const context = await browser.newContext({ viewport: { width: 1280, height: 900 }, acceptDownloads: true });
-  const page = await context.newPage();
-  const problems = [];
-  page.on('pageerror', (error) => problems.push(error.message));
+  const { page, problems } = await openPage(browser, { acceptDownloads: true });
   await logOn(page, base, 'colette@example.fr', 'colette12');
 
   // ---- The printable view and the PDFs ------------------------------------------------------
@@ -91,7 +88,7 @@ try {
   assert.equal(await page.inputValue('[id="101"]'), 'client@example.fr');
   assert.match(await page.inputValue('[id="102"]'), /Facture F1/);
   await snap(page, 'email-dialog');
-  await page.click('input[name=submit][value="Envoyer"]');
+  await press(page, 'Envoyer');
   await page.waitForURL(/invoicelog\?kind=invoice&id=F1/);
   assert.equal(await page.locator('#emailstate').innerText(), 'Envoyé');
   assert.match(await page.locator('#pagemessage').innerText(), /Facture F1 envoyé par courriel\./);
@@ -105,7 +102,7 @@ try {
 
   // A recipient the server refuses: the dialog stays, with the server's answer.
   await page.goto(base + 'recordemailinfo?kind=invoice&id=F2');
-  await page.click('input[name=submit][value="Envoyer"]');
+  await press(page, 'Envoyer');
   await page.waitForFunction(() => document.getElementById('errorTag') && !document.getElementsByName('submit')[0].disabled);
   assert.match(await errorText(page), /Le courriel n'est pas parti : .*550/);
   await snap(page, 'email-refused');
@@ -138,7 +135,7 @@ try {
   assert.deepEqual(problems, []);
 } finally {
   await browser.close();
-  server.kill();
+  await stopKontavoServer(server);
   smtp.kill();
   rmSync(home, { recursive: true, force: true });
 }

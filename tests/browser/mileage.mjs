@@ -8,7 +8,7 @@ import { mkdtempSync, mkdirSync, rmSync } from 'node:fs';
 import { tmpdir } from 'node:os';
 import { join } from 'node:path';
 import assert from 'node:assert/strict';
-import { startKontavoServer, logOn, launchBrowser, screenshotTaker } from './serve.mjs';
+import { startKontavoServer, stopKontavoServer, logOn, launchBrowser, screenshotTaker, openPage, press } from './serve.mjs';
 
 const [kontavo, output] = process.argv.slice(2);
 mkdirSync(output, { recursive: true });
@@ -24,13 +24,9 @@ const last = new Date().getFullYear() - 1;
 const { server, base } = await startKontavoServer(kontavo, env);
 const browser = await launchBrowser();
 const snap = screenshotTaker(output, 'mileage-');
-const press = (page, text) => page.click(`input[name=submit][value="${text}"]`);
 
 try {
-  const context = await browser.newContext({ viewport: { width: 1280, height: 900 } });
-  const page = await context.newPage();
-  const problems = [];
-  page.on('pageerror', (error) => problems.push(error.message));
+  const { page, problems } = await openPage(browser);
 
   await logOn(page, base, 'eve@example.fr', 'evesecret');
 
@@ -110,7 +106,6 @@ try {
   console.log(`mileage browser test passed; screenshots in ${output}`);
 } finally {
   await browser.close();
-  server.kill('SIGTERM');
-  await new Promise((resolve) => server.on('exit', resolve));
+  await stopKontavoServer(server);
   rmSync(home, { recursive: true, force: true });
 }

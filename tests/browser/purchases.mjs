@@ -9,7 +9,7 @@ import { mkdtempSync, mkdirSync, rmSync } from 'node:fs';
 import { tmpdir } from 'node:os';
 import { join } from 'node:path';
 import assert from 'node:assert/strict';
-import { startKontavoServer, launchBrowser, screenshotTaker } from './serve.mjs';
+import { startKontavoServer, stopKontavoServer, launchBrowser, screenshotTaker, openPage, press } from './serve.mjs';
 
 const [kontavo, output] = process.argv.slice(2);
 mkdirSync(output, { recursive: true });
@@ -32,10 +32,7 @@ const browser = await launchBrowser();
 const snap = screenshotTaker(output, '');
 
 try {
-  const context = await browser.newContext({ viewport: { width: 1280, height: 900 } });
-  const page = await context.newPage();
-  const problems = [];
-  page.on('pageerror', (error) => problems.push(error.message));
+  const { page, problems } = await openPage(browser);
   await page.goto(base + 'logon');
   await page.fill('[id="101"]', 'colette@example.fr');
   await page.fill('[id="102"]', 'colette12');
@@ -50,14 +47,14 @@ try {
   await page.fill('[id="102"]', 'Dupont Fournitures SA');
   await page.fill('[id="104"]', 'M. Dupont');
   await page.fill('[id="107"]', '12345');
-  await page.click('input[name=submit][value="  OK  "]');
+  await press(page, '  OK  ');
   await page.locator('#errorTag').waitFor();
   assert.match(await page.locator('#errorTag').innerText(), /Numéro SIREN invalide/);
   await snap(page, 'supplierprop-refused');
   await page.fill('[id="107"]', '552 100 554');
   await page.fill('[id="109"]', '607000');
   await page.fill('[id="110"]', '30');
-  await page.click('input[name=submit][value="  OK  "]');
+  await press(page, '  OK  ');
   await page.waitForURL((url) => url.pathname === '/supplierlist');
   assert.match(await page.locator('body').innerText(), /Dupont Fournitures SA/);
   await snap(page, 'supplierlist');
@@ -75,7 +72,7 @@ try {
   await snap(page, 'billprop-from-order');
   // The supplier's own number typed in, and saved again.
   await page.fill('[id="104"]', 'F-2026-118');
-  await page.click('input[name=submit][value="Enregistrer"]');
+  await press(page, 'Enregistrer');
   await page.waitForURL((url) => url.pathname === '/billlist');
   const bills = await page.locator('#listblock').innerText();
   assert.match(bills, /PRC10000/);
@@ -96,7 +93,7 @@ try {
   await page.selectOption('[id="105"]', 'Virement');
   await page.fill('[id="30000"]', '10,00');
   await snap(page, 'billpaymentprop');
-  await page.click('input[name=submit][value="Enregistrer"]');
+  await press(page, 'Enregistrer');
   await page.waitForURL((url) => url.pathname === '/billpaymentlist');
   assert.match(await page.locator('#listblock').innerText(), /10,00\s€/);
   await snap(page, 'billpaymentlist');
@@ -124,12 +121,12 @@ try {
   assert.equal(await page.locator('[id="104"]').inputValue(), 'Dupont Fournitures SA');
   assert.match(await page.locator('#billstopay').innerText(), /PRC10000[\s\S]*36,00\s€[\s\S]*26,00\s€/);
   await page.fill('[id="30000"]', '27,00');
-  await page.click('input[name=submit][value="Enregistrer"]');
+  await press(page, 'Enregistrer');
   await page.locator('#errorTag').waitFor();
   assert.match(await page.locator('#errorTag').innerText(), /ce qu'elle doit encore \(26,00\s€\)/);
   await page.fill('[id="30000"]', '26,00');
   await snap(page, 'cheque-to-supplier');
-  await page.click('input[name=submit][value="Enregistrer"]');
+  await press(page, 'Enregistrer');
   await page.waitForURL(/checklist/);
   assert.match(await page.locator('table.hltbl').innerText(), /Dupont Fournitures SA\s+26,00\s€\s+Règlement fournisseur/);
   await page.goto(base + 'supplierinfo?id=DUP');
@@ -137,7 +134,7 @@ try {
   await page.goto(base + 'checklist');
   await page.click('table.hltbl a:has-text("Annuler")');
   await page.waitForURL(/checkvoid/);
-  await page.click('input[name=submit][value="Annuler le chèque"]');
+  await press(page, 'Annuler le chèque');
   await page.waitForURL(/checklist/);
   assert.match(await page.locator('table.hltbl').innerText(), /Annulé le/);
   await snap(page, 'cheque-voided');
@@ -150,8 +147,7 @@ try {
   assert.deepEqual(problems, [], 'no script errors on the pages');
 } finally {
   await browser.close();
-  server.kill('SIGTERM');
-  await new Promise((resolve) => server.on('exit', resolve));
+  await stopKontavoServer(server);
 }
 
 // ---- The books after the flow: clean, and exactly the bill, the payment, the cheque and its void ----

@@ -11,7 +11,7 @@ import { tmpdir } from 'node:os';
 import { dirname, join } from 'node:path';
 import { fileURLToPath } from 'node:url';
 import assert from 'node:assert/strict';
-import { startKontavoServer, logOn, launchBrowser, screenshotTaker } from './serve.mjs';
+import { startKontavoServer, stopKontavoServer, logOn, launchBrowser, screenshotTaker, openPage, press } from './serve.mjs';
 
 const [kontavo, output] = process.argv.slice(2);
 mkdirSync(output, { recursive: true });
@@ -63,10 +63,7 @@ const browser = await launchBrowser();
 const snap = screenshotTaker(output, 'reportsadmin-');
 
 try {
-  const context = await browser.newContext({ viewport: { width: 1280, height: 900 }, acceptDownloads: true });
-  const page = await context.newPage();
-  const problems = [];
-  page.on('pageerror', (error) => problems.push(error.message));
+  const { page, problems } = await openPage(browser, { acceptDownloads: true });
   await logOn(page, base, 'alice@example.co.uk', 'alicesecret');
 
   // A consolidated profit and loss: the subsidiary counted for half, last fiscal year by name.
@@ -79,11 +76,11 @@ try {
   await page.check('[id="301"]');
   await page.fill('[id="401"]', '0,5');
   await snap(page, 'consolidation-choice');
-  await page.click('input[name=submit][value="Continuer"]');
+  await press(page, 'Continuer');
   await page.waitForURL(/reportperiod\?report=pl&cons=/);
   await page.selectOption('[id="201"]', 'pfy');
   await page.waitForFunction((y) => document.getElementById('202').value === `${y}-01-01`, last);
-  await page.click('input[name=submit][value="Afficher le rapport"]');
+  await press(page, 'Afficher le rapport');
   await page.waitForURL(/generateconsreport\?report=pl/);
   assert.match(await page.locator('#consolidated').innerText(), /Atelier Ltd × 1\s+Filiale SAS × 0.5/);
   assert.match(await page.locator('table.report').innerText(), /Bénéfice net\s+\D*2\D?000[.,]00/);  // 1,500 + 1,000 / 2
@@ -159,7 +156,7 @@ try {
   // The French business: the same page gives the CA3 figures of a month, then of a quarter.
   await page.goto(base + 'chooseprofile');
   await page.check('[id="302"]');
-  await page.click('input[name=submit][value="  OK  "]');
+  await press(page, '  OK  ');
   await page.waitForURL(base + 'main');
   await page.goto(base + 'vatreturn');
   await page.selectOption('#period', `m${thisMonth}`);
@@ -179,8 +176,7 @@ try {
   console.log(`reportsadmin browser test passed; screenshots in ${output}`);
 } finally {
   await browser.close();
-  server.kill('SIGTERM');
   hmrc.kill('SIGTERM');
-  await new Promise((resolve) => server.on('exit', resolve));
+  await stopKontavoServer(server);
   rmSync(home, { recursive: true, force: true });
 }

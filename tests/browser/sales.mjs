@@ -6,7 +6,7 @@ import { mkdtempSync, mkdirSync, rmSync } from 'node:fs';
 import { tmpdir } from 'node:os';
 import { join } from 'node:path';
 import assert from 'node:assert/strict';
-import { startKontavoServer, launchBrowser, screenshotTaker } from './serve.mjs';
+import { startKontavoServer, stopKontavoServer, launchBrowser, screenshotTaker, openPage, press } from './serve.mjs';
 
 const [kontavo, output] = process.argv.slice(2);
 mkdirSync(output, { recursive: true });
@@ -47,10 +47,7 @@ async function refiltered(page, change) {
 }
 
 try {
-  const context = await browser.newContext({ viewport: { width: 1280, height: 900 } });
-  const page = await context.newPage();
-  const problems = [];
-  page.on('pageerror', (error) => problems.push(error.message));
+  const { page, problems } = await openPage(browser);
   await logon(page, 'colette@example.fr', 'colette12');
 
   // ---- The period of the lists --------------------------------------------------------------
@@ -80,7 +77,7 @@ try {
   assert.equal(await page.locator('[id="102"]').inputValue(), `${lastYear}-01-01`);
   await page.selectOption('[id="104"]', 'OLD');
   await snap(page, 'invoicelistperiod');
-  await page.click('input[name=submit][value="Afficher"]');
+  await press(page, 'Afficher');
   await page.waitForURL(/invoicelist\?prd=py/);
   assert.match(await page.locator('#listblock').innerText(), /1 document\(s\)/);
   await snap(page, 'invoicelist-last-year');
@@ -100,7 +97,7 @@ try {
   await page.fill('[id="102"]', 'Dupont SA');
   await page.fill('[id="103"]', '3 place du Marché, Lyon');
   await snap(page, 'customerprop');
-  await page.click('input[name=submit][value="  OK  "]');
+  await press(page, '  OK  ');
   await page.waitForURL(base + 'customerlist');
   assert.match(await page.locator('table.hltbl').innerText(), /Dupont SA/);
 
@@ -127,7 +124,7 @@ try {
   assert.equal(await page.locator('[id="9002"]').inputValue(), 'Remise fidélité');
   await page.waitForFunction(() => /Total/.test(document.getElementById('fktotals').innerText));
   await snap(page, 'quoteprop-draft-restored');
-  await page.click('input[name=submit][value="Enregistrer"]');
+  await press(page, 'Enregistrer');
   await page.waitForURL(base + 'quotelist');
   const quote = json(['quote', 'show', '1']);
   assert.equal(quote.lines.length, 3, 'item, free line and discount line');
@@ -155,7 +152,7 @@ try {
   assert.equal(await page.locator('[id="103"]').inputValue(), (total / 100).toFixed(2).replace('.', ','));
   await page.fill('[id="103"]', '20,00');
   await snap(page, 'invoicepay');
-  await page.click('input[name=submit][value="Enregistrer"]');
+  await press(page, 'Enregistrer');
   await page.waitForURL(base + 'invoiceprop?id=' + invoiceKey);
   const rest = total - 2000;
   assert.match(await page.locator('.documentlinks').innerText(), new RegExp('Reste dû : ' + (rest / 100).toFixed(2).replace('.', ',')));
@@ -172,9 +169,8 @@ try {
   await snap(page, 'customerlist-rest-due');
 
   // ---- An "Afficheur" sees and changes nothing -----------------------------------------------
-  const viewerContext = await browser.newContext({ viewport: { width: 390, height: 844 } });  // a phone
-  const viewer = await viewerContext.newPage();
-  viewer.on('pageerror', (error) => problems.push(error.message));
+  const { context: viewerContext, page: viewer } = await openPage(browser, { viewport: { width: 390, height: 844 } },
+                                                                  problems);  // a phone
   await logon(viewer, 'victor@example.fr', 'victor12');
   await viewer.goto(base + 'invoicelist');
   assert.equal(await viewer.locator('a:has-text("Supprimer")').count(), 0);
@@ -188,7 +184,7 @@ try {
   await viewer.goto(base + 'invoiceprop?id=' + invoiceKey);
   assert.match(await viewer.content(), /Votre compte permet seulement de consulter les données\./);
   const alerted = new Promise((resolve) => viewer.once('dialog', (dialog) => { resolve(dialog.message()); dialog.dismiss(); }));
-  await viewer.click('input[name=submit][value="Enregistrer"]');
+  await press(viewer, 'Enregistrer');
   assert.equal(await alerted, 'Votre compte permet seulement de consulter les données.');
   await snap(viewer, 'viewer-invoiceprop-refused');
   const refused = await viewer.request.post(base + 'paymentprop', {
@@ -209,7 +205,6 @@ try {
   console.log(`browser test passed; screenshots in ${output}`);
 } finally {
   await browser.close();
-  server.kill('SIGTERM');
-  await new Promise((resolve) => server.on('exit', resolve));
+  await stopKontavoServer(server);
   rmSync(home, { recursive: true, force: true });
 }

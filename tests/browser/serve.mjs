@@ -1,5 +1,6 @@
 // What the browser tests share: a free loopback port, `kontavo serve` started on one of its own,
-// and the stop of the service that `kontavo desk` started.
+// the stop of the service that `kontavo desk` started, the browser, a page that collects its
+// script errors, the press of a form's button and the numbered screenshots.
 import { spawn } from 'node:child_process';
 import { createServer, createConnection } from 'node:net';
 import { join } from 'node:path';
@@ -47,6 +48,15 @@ export async function startKontavoServer(kontavo, env) {
   return { server, base: `http://127.0.0.1:${port}/` };
 }
 
+// Stops the service startKontavoServer started and waits until it has ended.
+export function stopKontavoServer(server) {
+  if (server.exitCode !== null || server.signalCode !== null) return Promise.resolve();
+  return new Promise((resolve) => {
+    server.on('exit', resolve);
+    server.kill('SIGTERM');
+  });
+}
+
 // Logs a colleague on through the logon page, choosing the first business when asked.
 export async function logOn(page, base, email, password) {
   await page.goto(base + 'logon');
@@ -55,7 +65,7 @@ export async function logOn(page, base, email, password) {
   await page.click('input[name=submit]');
   await page.waitForURL((url) => !url.pathname.endsWith('/logon'));
   if (page.url().endsWith('/chooseprofile')) {
-    await page.click('input[name=submit][value="  OK  "]');
+    await press(page, '  OK  ');
     await page.waitForURL(base + 'main');
   }
 }
@@ -69,3 +79,15 @@ export function screenshotTaker(output, prefix) {
   return (page, name) =>
     page.screenshot({ path: join(output, `${prefix}${String(++shot).padStart(2, '0')}-${name}.png`), fullPage: true });
 }
+
+// A page in a new context of browser (a 1280×900 window unless options say otherwise, options as
+// for browser.newContext), whose script errors are pushed onto problems.
+export async function openPage(browser, options = {}, problems = []) {
+  const context = await browser.newContext({ viewport: { width: 1280, height: 900 }, ...options });
+  const page = await context.newPage();
+  page.on('pageerror', (error) => problems.push(error.message));
+  return { context, page, problems };
+}
+
+// Clicks the form's button captioned text.
+export const press = (page, text) => page.click(`input[name=submit][value="${text}"]`);

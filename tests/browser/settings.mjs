@@ -12,7 +12,7 @@ import { tmpdir } from 'node:os';
 import { join, dirname } from 'node:path';
 import { fileURLToPath } from 'node:url';
 import assert from 'node:assert/strict';
-import { freeLoopbackPort, stopDeskService, launchBrowser, screenshotTaker } from './serve.mjs';
+import { freeLoopbackPort, stopDeskService, launchBrowser, screenshotTaker, openPage, press } from './serve.mjs';
 
 const [kontavo, output] = process.argv.slice(2);
 mkdirSync(output, { recursive: true });
@@ -44,16 +44,12 @@ const snap = screenshotTaker(output, '');
 
 try {
   const link = run(['desk', '--no-open']).trim();
-  const context = await browser.newContext({ viewport: { width: 1280, height: 900 } });
-  const page = await context.newPage();
-  const problems = [];
-  page.on('pageerror', (error) => problems.push(error.message));
+  const { page, problems } = await openPage(browser);
   page.on('dialog', (dialog) => dialog.accept());
   await page.goto(link);
   await page.waitForURL(base + 'main');
-  const press = (text) => page.click(`input[name=submit][value="${text}"]`);
   const ok = async (route) => {
-    await press('  OK  ');
+    await press(page, '  OK  ');
     await page.waitForURL(base + route);
   };
   const expectError = async (pattern) => {
@@ -68,7 +64,7 @@ try {
   // Company details.
   await page.click('a[href="settings"]');
   await page.fill('[id="108"]', '12345678');
-  await press('  OK  ');
+  await press(page, '  OK  ');
   await expectError(/Le numéro SIREN doit compter 9 chiffres\./);
   await page.fill('[id="108"]', '123456789');
   await snap(page, 'settings-company');
@@ -78,7 +74,7 @@ try {
   // Regional settings: the symbol after the amount, a point as decimal symbol.
   await page.click('a[href="settingsregional"]');
   await page.fill('[id="103"]', ' ');
-  await press('  OK  ');
+  await press(page, '  OK  ');
   await expectError(/Le symbole décimal doit être un seul caractère, autre qu'un chiffre ou une espace\./);
   await page.fill('[id="103"]', '.');
   await page.fill('[id="104"]', ',');
@@ -95,7 +91,7 @@ try {
   await page.click('a[href="settingstax"]');
   const taxes = Number(run(['tax', 'show']).match(/^Taxes : (\d+)/)[1]);
   await page.fill(`[id="${1100 + 2}"]`, 'dix');
-  await press('  OK  ');
+  await press(page, '  OK  ');
   await expectError(/Taux invalide pour la taxe 2 : « dix »/);
   await page.fill(`[id="${1100 + 2}"]`, '10');
   await page.fill(`[id="${1000 + 2}"]`, 'TVA intermédiaire');
@@ -137,7 +133,7 @@ try {
   await page.fill('[id="104"]', 'compta@atelier-dupont.fr');
   await page.uncheck('[id="106"]');
   await page.fill('[id="110"]', 'claire@atelier-dupont.fr');
-  await press("Envoyer un message d'essai");
+  await press(page, "Envoyer un message d'essai");
   await page.waitForURL(/settingsmail\?sent=/);
   assert.match(await page.locator('#controltable').innerText(), /Le message d'essai a été envoyé à claire@atelier-dupont\.fr\./);
   await snap(page, 'settings-mail-sent');
@@ -156,12 +152,12 @@ try {
   // The web server moves to another port, and the browser with it.
   await page.click('a[href="settingsweb"]');
   await page.fill('[id="102"]', 'huit');
-  await press('  OK  ');
+  await press(page, '  OK  ');
   await expectError(/Numéro de port non valide\./);
   const newPort = await freeLoopbackPort();
   await page.fill('[id="102"]', String(newPort));
   await snap(page, 'settings-web');
-  await press('  OK  ');
+  await press(page, '  OK  ');
   base = `http://127.0.0.1:${newPort}/`;
   await page.waitForURL(base + 'settingsweb', { timeout: 30000 });
   assert.match(run(['web', 'status']), new RegExp(`^Port : ${newPort}$`, 'm'));
@@ -170,7 +166,7 @@ try {
   const backups = mkdtempSync(join(tmpdir(), 'kontavo-backups-'));
   await page.goto(base + 'backup');
   await page.fill('[id="101"]', backups);
-  await press('Sauvegarder');
+  await press(page, 'Sauvegarder');
   await page.waitForFunction(() => document.getElementById('jobresult').textContent !== '');
   assert.match(await page.locator('#jobresult').innerText(), /^Sauvegarde terminée normalement : .*Kontavo-Sauvegarder-/);
   assert.equal(await page.locator('#jobbar').evaluate((bar) => bar.style.width), '100%');
@@ -180,14 +176,14 @@ try {
   // A record broken, then a folder that is no backup refused with the data left alone.
   run(['record', 'set', 'Misc', 'Company', 'Name=Nom cassé']);
   await page.fill('[id="102"]', home);
-  await press('Restaurer');
+  await press(page, 'Restaurer');
   await expectError(/Échec de la restauration\. Souhaitez-vous choisir un autre dossier \?/);
   await snap(page, 'restore-refused');
   assert.equal(field('Misc', 'Company', 'Name'), 'Nom cassé');
 
   // The restore: its progress polled, other pages refused while it runs, the record back.
   await page.fill('[id="102"]', backup);
-  await press('Restaurer');
+  await press(page, 'Restaurer');
   await page.waitForSelector('#jobpanel', { state: 'visible' });
   // The panel still shows the backup's outcome until the restore's job replaces it.
   await page.waitForFunction(() => /restaur/.test(document.getElementById('jobresult').textContent), null, { timeout: 60000 });
@@ -203,17 +199,17 @@ try {
   await page.goto(base + 'customerlist');
   await page.click('a:has-text("Importer un fichier CSV")');
   await page.setInputFiles('#csvfile', csv);
-  await press('Envoyer');
+  await press(page, 'Envoyer');
   await page.waitForURL(/importcsv\?file=[0-9a-f]{32}&kind=customers/);
   const preview = await page.locator('#controltable').innerText();
   assert.match(preview, /4 lignes lues|3 lignes lues/);
   assert.match(preview, /2 à créer/);
   assert.match(preview, /Ligne #0003/);
   await page.selectOption('[id="1004"]', '-');
-  await press("Actualiser l'aperçu");
+  await press(page, "Actualiser l'aperçu");
   await page.waitForURL(/1004=-/);
   await snap(page, 'import-preview');
-  await press('Importer');
+  await press(page, 'Importer');
   await page.waitForSelector('text=Importation terminée');
   await snap(page, 'import-done');
   const customers = run(['customer', 'list']);

@@ -6,7 +6,7 @@ import { copyFileSync, mkdtempSync, mkdirSync, readFileSync, rmSync } from 'node
 import { tmpdir } from 'node:os';
 import { join } from 'node:path';
 import assert from 'node:assert/strict';
-import { startKontavoServer, launchBrowser, screenshotTaker } from './serve.mjs';
+import { startKontavoServer, stopKontavoServer, launchBrowser, screenshotTaker, openPage, press } from './serve.mjs';
 
 const [kontavo, output] = process.argv.slice(2);
 mkdirSync(output, { recursive: true });
@@ -45,10 +45,7 @@ async function logon(page, email, password, { remember = false, enter = false } 
 }
 
 try {
-  const context = await browser.newContext({ viewport: { width: 1280, height: 800 } });
-  const page = await context.newPage();
-  const problems = [];
-  page.on('pageerror', (error) => problems.push(error.message));
+  const { context, page, problems } = await openPage(browser, { viewport: { width: 1280, height: 800 } });
 
   // Without a session every page leads to the logon page.
   await page.goto(base);
@@ -74,7 +71,7 @@ try {
   await snap(page, 'chooseprofile');
 
   await page.getByLabel('Autre SA').check();
-  await page.click('input[name=submit][value="  OK  "]');
+  await press(page, '  OK  ');
   await page.waitForURL(base + 'main');
   assert.match(await page.locator('h1.companyname').innerText(), /Autre SA/);
   assert.match(await page.locator('td.headeruser').innerText(), /Connecté sous Alice Admin/);
@@ -89,12 +86,12 @@ try {
   await page.fill('[id="101"]', 'PAIN');
   await page.fill('[id="102"]', 'Pain de campagne');
   await page.fill('[id="103"]', 'deux euros');
-  await page.click('input[name=submit][value="  OK  "]');
+  await press(page, '  OK  ');
   await page.waitForSelector('#errorTag');
   assert.match(await errorText(page), /Montant invalide : deux euros\./);
   await snap(page, 'itemprop-error');
   await page.fill('[id="103"]', '2.50');
-  await page.click('input[name=submit][value="  OK  "]');
+  await press(page, '  OK  ');
   await page.waitForURL(base + 'itemlist');
   assert.match(await page.locator('table.hltbl tbody').innerText(), /PAIN\s+Pain de campagne/);
   await snap(page, 'itemlist');
@@ -109,12 +106,12 @@ try {
   // The kind of an item is checked as the command line checks it, and stored as its word.
   await page.goto(base + 'itemprop?id=PAIN&onok=itemlist&oncancel=itemlist');
   await page.fill('[id="105"]', 'gadget');
-  await page.click('input[name=submit][value="  OK  "]');
+  await press(page, '  OK  ');
   await page.waitForSelector('#errorTag');
   assert.match(await errorText(page), /Type d'article invalide : gadget/);
   await page.fill('[id="105"]', 'Service');
   await page.fill('[id="106"]', '1.20');
-  await page.click('input[name=submit][value="  OK  "]');
+  await press(page, '  OK  ');
   await page.waitForURL(base + 'itemlist');
   assert.match(await page.locator('table.hltbl tbody').innerText(), /PAIN\s+Pain de campagne\s+Service/);
   assert.equal(run(['--business', '1', 'record', 'get', 'Items', 'PAIN', 'Kind']), 'service\n');
@@ -128,12 +125,12 @@ try {
   await page.fill('[id="102"]', 'Anne Martin');
   await page.fill('[id="103"]', 'anne@exemple.fr');
   await page.fill('[id="104"]', '150');
-  await page.click('input[name=submit][value="  OK  "]');
+  await press(page, '  OK  ');
   await page.waitForSelector('#errorTag');
   assert.match(await errorText(page), /Le taux CommissionRate doit être entre 0 et 100 : 150\./);
   await snap(page, 'salespersonprop-error');
   await page.fill('[id="104"]', '5,5');
-  await page.click('input[name=submit][value="  OK  "]');
+  await press(page, '  OK  ');
   await page.waitForURL(base + 'salespersonlist');
   assert.match(await page.locator('table.hltbl tbody').innerText(), /ANNE\s+Anne Martin\s+anne@exemple\.fr\s+5\.5/);
   await snap(page, 'salespersonlist');
@@ -144,7 +141,7 @@ try {
   await page.fill('[id="101"]', 'PRO');
   await page.fill('[id="102"]', 'Professionnels');
   await page.fill('[id="103"]', '10');
-  await page.click('input[name=submit][value="  OK  "]');
+  await press(page, '  OK  ');
   await page.waitForURL(base + 'grouplist');
   assert.match(await page.locator('table.hltbl tbody').innerText(), /PRO\s+Professionnels\s+10/);
   await snap(page, 'grouplist');
@@ -153,7 +150,7 @@ try {
   await page.waitForURL(base + 'fecexport');
   await snap(page, 'fecexport');
   const [download] = await Promise.all([page.waitForEvent('download'),
-    page.click('input[name=submit][value="Télécharger le FEC"]')]);
+    press(page, 'Télécharger le FEC')]);
   const fecName = `732829320FEC${lastYear}1231.txt`;
   assert.equal(download.suggestedFilename(), fecName);
   const fecPath = join(home, fecName);
@@ -165,10 +162,10 @@ try {
   // Without a SIREN the page says why.
   await page.goto(base + 'chooseprofile');
   await page.getByLabel('Principale SARL').check();
-  await page.click('input[name=submit][value="  OK  "]');
+  await press(page, '  OK  ');
   await page.waitForURL(base + 'main');
   await page.goto(base + 'fecexport');
-  await page.click('input[name=submit][value="Télécharger le FEC"]');
+  await press(page, 'Télécharger le FEC');
   await page.waitForSelector('#errorTag');
   assert.match(await errorText(page), /Le numéro SIREN de l'entreprise \(9 chiffres\) est nécessaire/);
   await snap(page, 'fecexport-no-siren');
@@ -178,7 +175,7 @@ try {
   await page.click('text=Ajouter un nouvel utilisateur');
   await page.waitForURL(/userprop/);
   await snap(page, 'userprop');
-  const ok = () => page.click('input[name=submit][value="  OK  "]');
+  const ok = () => press(page, '  OK  ');
   const expectError = async (pattern) => {
     await page.waitForFunction(() => document.getElementById('errorTag') && !document.getElementsByName('submit')[0].disabled);
     assert.match(await errorText(page), pattern);
@@ -276,7 +273,6 @@ try {
   console.log(`browser test passed; screenshots in ${output}`);
 } finally {
   await browser.close();
-  server.kill('SIGTERM');
-  await new Promise((resolve) => server.on('exit', resolve));
+  await stopKontavoServer(server);
   rmSync(home, { recursive: true, force: true });
 }

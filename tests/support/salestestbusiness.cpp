@@ -1,7 +1,5 @@
 #include "tests/support/salestestbusiness.h"
 
-#include <cstdlib>
-
 #include "accounts/accounts.h"
 #include "invoice/shared/itemcollection.h"
 #include "invoice/shared/options.h"
@@ -9,7 +7,6 @@
 #include "llib/gen/textnum.h"
 
 void LSalesTestBusiness::SetUp() {
-  ::setenv("KONTAVO_COUNTRY", "US", 1);
   profile_ = std::make_unique<LProfile>(home_.SharedFolder());
   EXPECT_TRUE(LAccountListCreateDefault(*profile_));
   LTaxOptions tax;

@@ -15,6 +15,7 @@
 
 #include "invoice/shared/profile.h"
 #include "invoice/shared/salesdocument.h"
+#include "tests/support/envscope.h"
 #include "tests/support/testhome.h"
 
 class LSalesTestBusiness : public LHomeTest {
@@ -35,5 +36,6 @@ class LSalesTestBusiness : public LHomeTest {
                       const std::string& taxRate, const std::string& taxName);
 
  private:
+  LEnvScope country_{"KONTAVO_COUNTRY", "US"};
   std::unique_ptr<LProfile> profile_;
 };

@@ -49,6 +49,24 @@ class LWebServerTest : public LHomeTest {
     return LWebSessionOf(LHttpPost(port_, "/logon", LWebLogonBody(email, password)));
   }
 
+  // A session in the primary business: the administrator's, or, given a privilege ("--user",
+  // "--viewer"), that of the colleague "eve@example.fr" added with it.
+  std::string Session(const char* privilege = nullptr) {
+    std::string session;
+    if (privilege == nullptr) {
+      session = Logon();
+    } else {
+      LRunResult added = LRunKontavo({"user", "add", "eve@example.fr", "--name", "Eve", privilege, "--profile",
+                                      "Principale SARL", "--password-stdin"},
+                                     "evesecret\n");
+      EXPECT_EQ(added.exitCode, 0) << added.err;
+      session = Logon("eve@example.fr", "evesecret");
+    }
+    EXPECT_FALSE(session.empty());
+    EXPECT_EQ(LHttpPost(port_, "/chooseprofile", "rbg3=301&submit=++OK++", session).status, 200);
+    return session;
+  }
+
   std::string SessionFile(const std::string& id) const { return home_.Path() + "/SessionData/" + id + ".sess"; }
 
   // Writes a file under the "Web" folder.

@@ -7,16 +7,20 @@
 #include <filesystem>
 
 #include "invoice/shared/options.h"
+#include "tests/support/envscope.h"
 #include "tests/support/testhome.h"
 
 namespace {
 
-class ProfileTest : public LHomeTest {};
+// The computer's locale as LANG alone says it, put back after each test.
+class ProfileTest : public LHomeTest {
+ protected:
+  LEnvScope lang_{"LANG", "C.UTF-8"}, all_{"LC_ALL", nullptr}, monetary_{"LC_MONETARY", nullptr},
+      country_{"KONTAVO_COUNTRY", nullptr};
+};
 
 TEST_F(ProfileTest, FirstOpenInitialisesOptionsAndDocumentTexts) {
   ::setenv("LANG", "fr_FR.UTF-8", 1);
-  ::unsetenv("LC_ALL");
-  ::unsetenv("LC_MONETARY");
   LProfile profile;
   EXPECT_EQ(profile.GetDatabaseName(), home_.SharedFolder());
   LOptions options;

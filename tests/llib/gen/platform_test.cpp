@@ -11,6 +11,7 @@
 #include "llib/gen/moneyinput.h"
 #include "llib/gen/system.h"
 #include "llib/gen/usersettings.h"
+#include "tests/support/envscope.h"
 #include "tests/support/testhome.h"
 
 namespace {
@@ -18,15 +19,12 @@ namespace {
 TEST(ApplicationFolder, FollowsKontavoHomeThenXdgThenHome) {
   LTempHome home;
   EXPECT_EQ(LFile::GetUserDataFolderApp(), home.Path());
-  ::unsetenv("KONTAVO_HOME");
-  ::setenv("XDG_DATA_HOME", (home.Path() + "/xdg").c_str(), 1);
+  LEnvScope noHome("KONTAVO_HOME", nullptr), xdg("XDG_DATA_HOME", (home.Path() + "/xdg").c_str());
   EXPECT_EQ(LFile::GetUserDataFolderApp(), home.Path() + "/xdg/Kontavo");
   ::unsetenv("XDG_DATA_HOME");
-  std::string previousHome = std::getenv("HOME") ? std::getenv("HOME") : "";
-  ::setenv("HOME", (home.Path() + "/user").c_str(), 1);
+  LEnvScope user("HOME", (home.Path() + "/user").c_str());
   EXPECT_EQ(LFile::GetUserDataFolderApp(), home.Path() + "/user/.local/share/Kontavo");
   EXPECT_TRUE(LFile::IsFolder(home.Path() + "/user/.local/share/Kontavo"));
-  ::setenv("HOME", previousHome.c_str(), 1);
 }
 
 TEST(MakeFilePath, AddsOneSlashAndCutsAt259Bytes) {
@@ -64,10 +62,8 @@ TEST(UserSettings, GroupsKeepEveryKeyAndSecretsStayPrivate) {
 }
 
 TEST(SystemLocale, ComesFromTheEnvironment) {
-  ::unsetenv("LC_ALL");
-  ::unsetenv("LC_MONETARY");
-  ::unsetenv("KONTAVO_COUNTRY");
-  ::setenv("LANG", "fr_FR.UTF-8", 1);
+  LEnvScope all("LC_ALL", nullptr), monetary("LC_MONETARY", nullptr), country("KONTAVO_COUNTRY", nullptr),
+      lang("LANG", "fr_FR.UTF-8");
   LSystemLocale fr = LGetSystemLocale();
   EXPECT_EQ(fr.countryCode, "FR");
   EXPECT_EQ(fr.currencyCode, "EUR");
@@ -87,13 +83,10 @@ TEST(SystemLocale, ComesFromTheEnvironment) {
   ::setenv("LC_ALL", "C", 1);
   ::unsetenv("KONTAVO_COUNTRY");
   EXPECT_EQ(LGetSystemLocale().countryCode, "US");
-  ::unsetenv("LC_ALL");
-  ::unsetenv("LC_MONETARY");
 }
 
 TEST(PostingUser, LognameThenUser) {
-  ::setenv("LOGNAME", "marie", 1);
-  ::setenv("USER", "other", 1);
+  LEnvScope logname("LOGNAME", "marie"), user("USER", "other");
   EXPECT_EQ(LGetPostingUserName(), "marie");
   ::unsetenv("LOGNAME");
   EXPECT_EQ(LGetPostingUserName(), "other");
