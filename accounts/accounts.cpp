@@ -173,32 +173,11 @@ std::string LAccountNotInChartMessage(std::string_view number) {
   return "Le compte " + std::string(number) + " n'existe pas dans le plan comptable.";
 }
 
-bool LAccountIsLive(const LProfile& profile, std::string_view number) {
-  LAccount account;
-  return !number.empty() && LAccountList(profile).Open(account, number) && !account.IsDeleted();
-}
-
 int LAccountGetNumberOfDigits(const LProfile& profile) {
   LRecord company;
   profile.List(kMiscList).Open(company, "Company");
   int digits = company.GetInt("NumberOfDigits", kDefaultAccountDigits);
   return digits > 0 ? digits : kDefaultAccountDigits;
-}
-
-void LGetAccountNumberUsingName(LAccountList& list, std::string_view description, std::string& numberOut) {
-  numberOut.clear();
-  // Number order, not the folder's: the same name must always find the same account.
-  for (LDataStoreListIterator<LFileStoreDataStore, LAccount> it(list); it.IsValid(); it.Next()) {
-    if (it->GetDescription() != description) continue;
-    if (numberOut.empty() || it->GetPrimaryKey() < numberOut) numberOut = it->GetPrimaryKey();
-  }
-}
-
-std::string LGetAccountNumberUsingDescription(const LProfile& profile, std::string_view description) {
-  LAccountList list(profile);
-  std::string number;
-  LGetAccountNumberUsingName(list, description, number);
-  return number;
 }
 
 std::string LGetOpeningBalanceAccountNumber(const LProfile& profile) {

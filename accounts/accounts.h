@@ -111,7 +111,9 @@ class LAccountList : public LDataStoreList<LFileStoreDataStore, LAccount> {
 
 // The refusal for a number that names no live account of the chart.
 std::string LAccountNotInChartMessage(std::string_view number);
-// Whether number names an account of the chart that is not deleted.
+// Whether number names an account of the chart that is not deleted. Answered, as the lookup by
+// description below, from a copy of the chart's names kept per process and checked against the
+// accounts folder at each call (accountnames.cpp).
 bool LAccountIsLive(const LProfile& profile, std::string_view number);
 
 // "NumberOfDigits" of the "Company" option record (default 4).
@@ -119,7 +121,6 @@ int LAccountGetNumberOfDigits(const LProfile& profile);
 
 // The number of the first account (in number order) whose "Description" is exactly description
 // (case-sensitive); empty when none.
-void LGetAccountNumberUsingName(LAccountList& list, std::string_view description, std::string& numberOut);
 std::string LGetAccountNumberUsingDescription(const LProfile& profile, std::string_view description);
 // The account that balances opening balances: the first described "Comptabilité historique",
 // else "Bilan d'ouverture"; empty when the chart has neither.

@@ -3,6 +3,7 @@
 #include "accounts/ledgerintent.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstdio>
 #include <cstdlib>
 #include <memory>
@@ -10,6 +11,7 @@
 #include "accounts/ledgeriterator.h"
 #include "invoice/shared/profile.h"
 #include "llib/gen/date.h"
+#include "llib/gen/money.h"
 #include "llib/gen/moneybounds.h"
 
 namespace {
@@ -27,9 +29,10 @@ std::string DayText(int year, int month, int day) {
   return text;
 }
 
-// Amount times a business's factor, truncated toward zero.
+// Amount times a business's factor, truncated toward zero. The product is whole once truncated: the
+// rounding only holds it inside 64 bits (a huge amount or factor converts to no undefined value).
 long long Scale(long long amount, double factor) {
-  return static_cast<long long>(static_cast<double>(amount) * factor);
+  return LRoundHalfAwayFromZero(std::trunc(static_cast<double>(amount) * factor));
 }
 
 // The account's contribution from its record: opening balance when the period has no start,

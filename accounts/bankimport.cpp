@@ -34,13 +34,13 @@ bool Fail(LProcessInterface& process, LBankImportData& data, std::string message
 
 bool ReadStatements(LBankImportData& data, LAccount& account, const std::string& bytes,
                     std::vector<LStatementAccount>& statements, std::string& error) {
-  int digits = data.profile->GetCurrencyDigits();
+  const LCurrencyFormat& currency = data.profile->GetCurrencyFormat();
   switch (data.format) {
-    case LStatementFormat::kOFX: return LStatementReadOFX(bytes, digits, statements, error);
-    case LStatementFormat::kCamt: return LStatementReadCamt(bytes, digits, statements, error);
-    case LStatementFormat::kCFONB: return LStatementReadCFONB(bytes, digits, statements, error);
-    case LStatementFormat::kQIF: return LStatementReadQIF(bytes, digits, statements, error);
-    case LStatementFormat::kMT940: return LStatementReadMT940(bytes, digits, statements, error);
+    case LStatementFormat::kOFX: return LStatementReadOFX(bytes, currency, statements, error);
+    case LStatementFormat::kCamt: return LStatementReadCamt(bytes, currency, statements, error);
+    case LStatementFormat::kCFONB: return LStatementReadCFONB(bytes, currency, statements, error);
+    case LStatementFormat::kQIF: return LStatementReadQIF(bytes, currency, statements, error);
+    case LStatementFormat::kMT940: return LStatementReadMT940(bytes, currency, statements, error);
     case LStatementFormat::kCSV: break;
     case LStatementFormat::kUnknown: return false;
   }
@@ -51,7 +51,7 @@ bool ReadStatements(LBankImportData& data, LAccount& account, const std::string&
   } else {
     (void)LStatementCsvMapGuess(bytes, map);  // an incomplete mapping is refused by the reader
   }
-  if (!LStatementReadCSV(bytes, digits, map, statements, error)) return false;
+  if (!LStatementReadCSV(bytes, currency, map, statements, error)) return false;
   account.SetString(kBankCsvMapField, LStatementCsvMapText(map));
   return true;
 }

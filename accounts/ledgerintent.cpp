@@ -24,6 +24,7 @@
 #include "llib/gen/filestoreinplace.h"
 #include "llib/gen/hashtable.h"
 #include "llib/gen/log.h"
+#include "llib/gen/moneybounds.h"
 #include "llib/gen/textnum.h"
 
 namespace {
@@ -88,9 +89,10 @@ bool SetBalances(const LProfile& profile, const LHashTable& intent, bool inEffec
     std::string bucket = LAccountBucketField(monthIndex);
     bool hadBucket = intent.TestFieldExists(Numbered("Bucket", i));
     long long oldBucket = LTextToInt64(intent.GetParm(Numbered("Bucket", i), "0"));
-    if (hadBucket || inEffect) account.SetInt64(bucket, oldBucket + delta);
+    // The intent is read back from a file: its figures add as every balance does, held, never wrapped.
+    if (hadBucket || inEffect) account.SetInt64(bucket, LMoneySum(oldBucket, delta));
     else account.DeleteField(bucket);
-    account.SetInt64("TotalBalance", LTextToInt64(intent.GetParm(Numbered("Total", i), "0")) + delta);
+    account.SetInt64("TotalBalance", LMoneySum(LTextToInt64(intent.GetParm(Numbered("Total", i), "0")), delta));
     bool hadFirst = intent.TestFieldExists(Numbered("First", i));
     int oldFirst = intent.GetInt(Numbered("First", i), 0);
     if (inEffect) account.SetInt("BalanceFirst", hadFirst ? std::min(oldFirst, monthIndex) : monthIndex);
@@ -297,7 +299,8 @@ void LLedgerIntent::Add(const LLedgerTransaction& txn, int sign, bool holdRecord
       move.monthIndex = day.MonthIndex();
       it = std::prev(moves_.end());
     }
-    it->delta += line.amount * sign;
+    long long held = LMoneySum(0, line.amount);  // the lowest 64-bit value has no opposite
+    it->delta = LMoneySum(it->delta, sign < 0 ? -held : held);
   }
 }
 

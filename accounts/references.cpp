@@ -5,6 +5,7 @@
 #include "accounts/ledgerlock.h"
 #include "invoice/shared/options.h"
 #include "invoice/shared/profile.h"
+#include "llib/gen/filestoreinplace.h"
 
 std::string LFormatReference(std::string_view prefix, int number) {
   char digits[16];
@@ -29,7 +30,9 @@ bool LStoreReferenceNumber(const LProfile& profile, const LReferenceCounter& cou
   LOptions options;
   options.OpenFrom(profile);
   options.SetInt(counter.numberField, next);
-  return options.Flush();
+  // In place: a counter moves at every posting, and a new file per number (what a save by rename
+  // makes) cost more than the rest of taking it. The write is whole or absent (filestoreinplace.h).
+  return LFileStoreSaveInPlace(profile.List(kMiscList), options);
 }
 
 int LTakeReferenceNumber(LProfile& profile, const LReferenceCounter& counter, const std::function<bool(int)>& isTaken) {

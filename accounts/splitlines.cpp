@@ -3,6 +3,7 @@
 #include "accounts/accounts.h"
 #include "invoice/shared/profile.h"
 #include "llib/gen/money.h"
+#include "llib/gen/moneybounds.h"
 #include "llib/gen/record.h"
 
 namespace {
@@ -37,13 +38,17 @@ bool LSplitPayingAccountCheck(const LProfile& profile, std::string_view account,
   return true;
 }
 
-bool LSplitLineParse(std::string_view word, int currencyDigits, LSplitLine& line, std::string& problem) {
+bool LSplitLineParse(std::string_view word, const LCurrencyFormat& currency, LSplitLine& line, std::string& problem) {
   std::size_t first = word.find(':');
   std::size_t second = first == std::string_view::npos ? first : word.find(':', first + 1);
   std::string_view account = word.substr(0, first);
   std::string_view amount = first == std::string_view::npos ? std::string_view()
                                                               : word.substr(first + 1, second - first - 1);
-  if (account.empty() || amount.empty() || !LParseAmount(amount, currencyDigits, line.amount)) {
+  if (!account.empty() && LAmountTextIsBeyondCeiling(amount, currency.digits)) {
+    problem = LAmountRefusal("la ligne " + std::string(account), amount, amount, currency);
+    return false;
+  }
+  if (account.empty() || amount.empty() || !LParseAmount(amount, currency.digits, line.amount)) {
     problem = "ligne attendue sous la forme COMPTE:MONTANT[:LIBELLÉ] : " + std::string(word);
     return false;
   }

@@ -8,6 +8,7 @@
 #include <string_view>
 #include <vector>
 
+struct LCurrencyFormat;
 class LProfile;
 class LRecord;
 
@@ -18,8 +19,9 @@ struct LSplitLine {
 };
 
 // "ACCOUNT:AMOUNT[:MEMO]" with AMOUNT in currency units ("6410:12.50:Timbres"). false with
-// problem set when the word is not of that form.
-bool LSplitLineParse(std::string_view word, int currencyDigits, LSplitLine& line, std::string& problem);
+// problem set when the word is not of that form, or when AMOUNT passes the ceiling of amounts
+// ("Montant trop grand pour la ligne 6410 : … (plafond 99 999 999 999,99 €).", in currency).
+bool LSplitLineParse(std::string_view word, const LCurrencyFormat& currency, LSplitLine& line, std::string& problem);
 
 // The checks every split document makes, in order: at least one line; each line's account a
 // live account of the chart that is not a heading, and not the paying account itself; each

@@ -6,6 +6,7 @@
 #include "accounts/markup.h"
 #include "accounts/statementreaders.h"
 #include "accounts/statementtext.h"
+#include "llib/gen/money.h"
 
 namespace {
 
@@ -15,6 +16,13 @@ bool SignedAmount(const LMarkupElement& holder, int digits, long long& out) {
   if (amount == nullptr || !LStatementParseAmount(amount->text, '.', digits, out)) return false;
   if (holder.FindText("CdtDbtInd") == "DBIT") out = -out;
   return true;
+}
+
+// The refusal of the amount of holder (an entry or a balance) that SignedAmount did not read.
+std::string AmountRefused(const LMarkupElement& holder, const std::string& what, const LCurrencyFormat& currency) {
+  const LMarkupElement* amount = holder.Child("Amt");
+  std::string beyond = amount == nullptr ? std::string() : LStatementAmountBeyondCeiling(what, amount->text, '.', currency);
+  return "Relevé camt.053 refusé : " + (beyond.empty() ? what + " n'a pas de montant valide." : beyond);
 }
 
 // Dt, or the date part of DtTm, inside element.
@@ -46,11 +54,11 @@ std::string EntryText(const LMarkupElement& entry, bool credit) {
   return text;
 }
 
-bool ReadEntry(const LMarkupElement& entry, int digits, std::size_t number, LStatementEntry& line,
+bool ReadEntry(const LMarkupElement& entry, const LCurrencyFormat& currency, std::size_t number, LStatementEntry& line,
                std::string& error) {
   std::string what = "l'écriture " + std::to_string(number);
-  if (!SignedAmount(entry, digits, line.amount)) {
-    error = "Relevé camt.053 refusé : " + what + " n'a pas de montant valide.";
+  if (!SignedAmount(entry, currency.digits, line.amount)) {
+    error = AmountRefused(entry, what, currency);
     return false;
   }
   if (!DateOf(entry.Child("BookgDt"), line.date) && !DateOf(entry.Child("ValDt"), line.date)) {
@@ -71,7 +79,7 @@ bool IsBooked(const LMarkupElement& entry) {
   return code.empty() || code == "BOOK";
 }
 
-bool ReadStatement(const LMarkupElement& statement, int digits, std::vector<LStatementAccount>& out,
+bool ReadStatement(const LMarkupElement& statement, const LCurrencyFormat& currency, std::vector<LStatementAccount>& out,
                    std::string& error) {
   LStatementAccount account;
   if (const LMarkupElement* id = statement.Child("Acct") ? statement.Child("Acct")->Child("Id") : nullptr) {
@@ -82,8 +90,8 @@ bool ReadStatement(const LMarkupElement& statement, int digits, std::vector<LSta
     if (balance->name != "Bal") continue;
     std::string type = balance->FindText("Cd");
     long long amount = 0;
-    if (!SignedAmount(*balance, digits, amount)) {
-      error = "Relevé camt.053 refusé : le solde " + type + " n'a pas de montant valide.";
+    if (!SignedAmount(*balance, currency.digits, amount)) {
+      error = AmountRefused(*balance, "le solde " + type, currency);
       return false;
     }
     if (type == "OPBD" || (type == "PRCD" && !account.opening)) account.opening = amount;
@@ -98,7 +106,7 @@ bool ReadStatement(const LMarkupElement& statement, int digits, std::vector<LSta
     ++number;
     if (!IsBooked(*entry)) continue;
     LStatementEntry line;
-    if (!ReadEntry(*entry, digits, number, line, error)) return false;
+    if (!ReadEntry(*entry, currency, number, line, error)) return false;
     account.lines.push_back(std::move(line));
   }
   out.push_back(std::move(account));
@@ -107,7 +115,7 @@ bool ReadStatement(const LMarkupElement& statement, int digits, std::vector<LSta
 
 }  // namespace
 
-bool LStatementReadCamt(std::string_view bytes, int digits, std::vector<LStatementAccount>& statements,
+bool LStatementReadCamt(std::string_view bytes, const LCurrencyFormat& currency, std::vector<LStatementAccount>& statements,
                         std::string& error) {
   LMarkupElement root;
   LMarkupRead(LStatementTextToUtf8(bytes), root);
@@ -119,6 +127,6 @@ bool LStatementReadCamt(std::string_view bytes, int digits, std::vector<LStateme
     return false;
   }
   for (const LMarkupElement* statement : found)
-    if (!ReadStatement(*statement, digits, statements, error)) return false;
+    if (!ReadStatement(*statement, currency, statements, error)) return false;
   return true;
 }

@@ -13,6 +13,8 @@
 
 #include "accounts/statementreaders.h"
 #include "accounts/statementtext.h"
+#include "llib/gen/money.h"
+#include "llib/gen/moneybounds.h"
 #include "llib/gen/date.h"
 
 namespace {
@@ -40,11 +42,14 @@ std::string_view Field(std::string_view record, std::size_t from, std::size_t to
   return from - 1 >= record.size() ? std::string_view() : record.substr(from - 1, to - from + 1);
 }
 
-// The signed amount of positions 91-104 in minor units of the currency.
-bool Amount(std::string_view record, int currencyDigits, long long& out) {
+enum class LCfonbAmount { kRead, kUnreadable, kBeyondCeiling };
+
+// The signed amount of positions 91-104 in minor units of the currency. plain receives it as
+// decimal text ("-1234.56"), for the refusal of an amount beyond the ceiling.
+LCfonbAmount Amount(std::string_view record, int currencyDigits, long long& out, std::string& plain) {
   std::string_view field = Field(record, 91, 104);
   char decimals = record.size() >= 20 ? record[19] : '?';
-  if (field.size() != 14 || !std::isdigit(static_cast<unsigned char>(decimals))) return false;
+  if (field.size() != 14 || !std::isdigit(static_cast<unsigned char>(decimals))) return LCfonbAmount::kUnreadable;
   char last = field[13];
   int lastDigit = 0;
   bool negative = false;
@@ -52,21 +57,24 @@ bool Amount(std::string_view record, int currencyDigits, long long& out) {
   else if (last >= 'A' && last <= 'I') lastDigit = last - 'A' + 1;
   else if (last == '}') negative = true;
   else if (last >= 'J' && last <= 'R') negative = true, lastDigit = last - 'J' + 1;
-  else return false;
+  else return LCfonbAmount::kUnreadable;
+  std::string digits(field.substr(0, 13));
+  if (digits.find_first_not_of("0123456789") != std::string::npos) return LCfonbAmount::kUnreadable;
+  digits.push_back(static_cast<char>('0' + lastDigit));
+  std::size_t point = digits.size() - static_cast<std::size_t>(decimals - '0');
+  plain = (negative ? "-" : "") + digits.substr(0, point) + (point < digits.size() ? "." + digits.substr(point) : "");
+  // Fourteen digits scaled to six currency digits would pass 64 bits: the ceiling is checked first.
+  if (LAmountTextIsBeyondCeiling(plain, currencyDigits)) return LCfonbAmount::kBeyondCeiling;
   long long value = 0;
-  for (char c : field.substr(0, 13)) {
-    if (!std::isdigit(static_cast<unsigned char>(c))) return false;
-    value = value * 10 + (c - '0');
-  }
-  value = value * 10 + lastDigit;
+  for (char c : digits) value = value * 10 + (c - '0');
   int scale = currencyDigits - (decimals - '0');
   for (; scale > 0; --scale) value *= 10;
   for (; scale < 0; ++scale) {
-    if (value % 10 != 0) return false;  // more precision than the currency keeps
+    if (value % 10 != 0) return LCfonbAmount::kUnreadable;  // more precision than the currency keeps
     value /= 10;
   }
   out = negative ? -value : value;
-  return true;
+  return LCfonbAmount::kRead;
 }
 
 bool Date(std::string_view field, std::string& out) {
@@ -86,7 +94,7 @@ std::string Text(std::string_view field) { return LStatementCleanText(LStatement
 
 }  // namespace
 
-bool LStatementReadCFONB(std::string_view bytes, int digits, std::vector<LStatementAccount>& statements,
+bool LStatementReadCFONB(std::string_view bytes, const LCurrencyFormat& currency, std::vector<LStatementAccount>& statements,
                          std::string& error) {
   std::vector<std::string_view> records = Records(bytes);
   LStatementAccount* current = nullptr;  // the statement the movements go to
@@ -109,7 +117,14 @@ bool LStatementReadCFONB(std::string_view bytes, int digits, std::vector<LStatem
     if (record.size() < 104) return refuse("enregistrement trop court");
     std::string account = std::string(LStatementCleanText(Field(record, 22, 32)));
     long long amount = 0;
-    if (!Amount(record, digits, amount)) return refuse("montant illisible");
+    std::string plain;
+    switch (Amount(record, currency.digits, amount, plain)) {
+      case LCfonbAmount::kRead: break;
+      case LCfonbAmount::kUnreadable: return refuse("montant illisible");
+      case LCfonbAmount::kBeyondCeiling:
+        error = "Relevé CFONB refusé : " + where + " : " + LAmountRefusal("", plain, plain, currency);
+        return false;
+    }
     std::string date;
     if (!Date(Field(record, 35, 40), date)) return refuse("date illisible");
     if (code == "01") {

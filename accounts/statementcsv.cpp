@@ -8,6 +8,7 @@
 
 #include "accounts/statementreaders.h"
 #include "accounts/statementtext.h"
+#include "llib/gen/money.h"
 
 namespace {
 
@@ -194,7 +195,7 @@ bool LStatementCsvMapGuess(std::string_view bytes, LStatementCsvMap& map) {
   return true;
 }
 
-bool LStatementReadCSV(std::string_view bytes, int digits, const LStatementCsvMap& map,
+bool LStatementReadCSV(std::string_view bytes, const LCurrencyFormat& currency, const LStatementCsvMap& map,
                        std::vector<LStatementAccount>& statements, std::string& error) {
   if (!map.IsComplete()) {
     error = "Indiquez la correspondance des colonnes du relevé CSV : date, libellé et montant (ou débit et crédit).";
@@ -232,8 +233,9 @@ bool LStatementReadCSV(std::string_view bytes, int digits, const LStatementCsvMa
     for (int k : {2, 3, 4}) {
       std::string cell = Cell(cells, columns[k].index);
       if (columns[k].index < 0 || LStatementCleanText(cell).empty()) continue;
-      if (!LStatementParseAmount(cell, map.decimalMark, digits, part)) {
-        error = where + " : montant invalide (« " + cell + " »).";
+      if (!LStatementParseAmount(cell, map.decimalMark, currency.digits, part)) {
+        std::string beyond = LStatementAmountBeyondCeiling("", cell, map.decimalMark, currency);
+        error = where + " : " + (beyond.empty() ? "montant invalide (« " + cell + " »)." : beyond);
         return false;
       }
       amount += k == 3 ? -std::llabs(part) : k == 4 ? std::llabs(part) : part;

@@ -9,6 +9,7 @@
 
 #include "accounts/statementreaders.h"
 #include "accounts/statementtext.h"
+#include "llib/gen/money.h"
 #include "llib/gen/date.h"
 
 namespace {
@@ -126,8 +127,9 @@ std::string Information(std::string_view value) {
 
 }  // namespace
 
-bool LStatementReadMT940(std::string_view bytes, int digits, std::vector<LStatementAccount>& statements,
+bool LStatementReadMT940(std::string_view bytes, const LCurrencyFormat& currency, std::vector<LStatementAccount>& statements,
                          std::string& error) {
+  const int digits = currency.digits;
   std::vector<LMt940Field> fields = Fields(LStatementTextToUtf8(bytes));
   LStatementAccount* current = nullptr;
   std::string account;

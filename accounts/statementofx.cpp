@@ -6,6 +6,7 @@
 #include "accounts/markup.h"
 #include "accounts/statementreaders.h"
 #include "accounts/statementtext.h"
+#include "llib/gen/money.h"
 
 namespace {
 
@@ -27,7 +28,7 @@ std::string Describe(const LMarkupElement& transaction) {
   return name + "; " + memo;
 }
 
-bool ReadTransaction(const LMarkupElement& transaction, int digits, std::size_t number, LStatementEntry& line,
+bool ReadTransaction(const LMarkupElement& transaction, const LCurrencyFormat& currency, std::size_t number, LStatementEntry& line,
                      std::string& error) {
   std::string fitId = transaction.FindText("FITID");
   std::string posted = transaction.FindText("DTPOSTED");
@@ -38,8 +39,10 @@ bool ReadTransaction(const LMarkupElement& transaction, int digits, std::size_t 
     return false;
   }
   std::string amount = transaction.FindText("TRNAMT");
-  if (!LStatementParseAmount(amount, 0, digits, line.amount)) {
-    error = "Relevé OFX refusé : " + what + " n'a pas de montant valide (« " + amount + " »).";
+  if (!LStatementParseAmount(amount, 0, currency.digits, line.amount)) {
+    std::string beyond = LStatementAmountBeyondCeiling(what, amount, 0, currency);
+    error = "Relevé OFX refusé : " +
+            (beyond.empty() ? what + " n'a pas de montant valide (« " + amount + " »)." : beyond);
     return false;
   }
   line.bankId = fitId;
@@ -48,14 +51,14 @@ bool ReadTransaction(const LMarkupElement& transaction, int digits, std::size_t 
   return true;
 }
 
-bool ReadStatement(const LMarkupElement& statement, const LOFXNames& names, int digits,
+bool ReadStatement(const LMarkupElement& statement, const LOFXNames& names, const LCurrencyFormat& currency,
                    std::vector<LStatementAccount>& out, std::string& error) {
   LStatementAccount account;
   if (const LMarkupElement* from = statement.Find(names.account, "STMTTRN"))
     account.accountId = from->FindText("ACCTID");
   if (const LMarkupElement* balance = statement.Find("LEDGERBAL", "STMTTRN")) {
     long long amount = 0;
-    if (LStatementParseAmount(balance->FindText("BALAMT"), 0, digits, amount)) {
+    if (LStatementParseAmount(balance->FindText("BALAMT"), 0, currency.digits, amount)) {
       account.closing = amount;
       std::string asOf = balance->FindText("DTASOF");
       if (!LStatementParseDate(asOf.substr(0, 8), true, account.closingDate)) account.closingDate.clear();
@@ -65,7 +68,7 @@ bool ReadStatement(const LMarkupElement& statement, const LOFXNames& names, int 
   statement.FindAll("STMTTRN", transactions);
   for (std::size_t i = 0; i < transactions.size(); ++i) {
     LStatementEntry line;
-    if (!ReadTransaction(*transactions[i], digits, i + 1, line, error)) return false;
+    if (!ReadTransaction(*transactions[i], currency, i + 1, line, error)) return false;
     account.lines.push_back(std::move(line));
   }
   out.push_back(std::move(account));
@@ -74,7 +77,7 @@ bool ReadStatement(const LMarkupElement& statement, const LOFXNames& names, int 
 
 }  // namespace
 
-bool LStatementReadOFX(std::string_view bytes, int digits, std::vector<LStatementAccount>& statements,
+bool LStatementReadOFX(std::string_view bytes, const LCurrencyFormat& currency, std::vector<LStatementAccount>& statements,
                        std::string& error) {
   std::string text = LStatementTextToUtf8(bytes);
   std::size_t body = text.find("<OFX>");
@@ -95,7 +98,7 @@ bool LStatementReadOFX(std::string_view bytes, int digits, std::vector<LStatemen
     std::vector<const LMarkupElement*> found;
     set->FindAll(names->statement, found);
     for (const LMarkupElement* statement : found)
-      if (!ReadStatement(*statement, *names, digits, statements, error)) return false;
+      if (!ReadStatement(*statement, *names, currency, statements, error)) return false;
   }
   if (statements.size() == before) {
     error = "Le fichier OFX ne contient aucun relevé de compte bancaire ou de carte de crédit.";

@@ -8,6 +8,7 @@
 
 #include "accounts/statementreaders.h"
 #include "accounts/statementtext.h"
+#include "llib/gen/money.h"
 
 namespace {
 
@@ -44,7 +45,7 @@ std::string Cleaned(std::string date) {
 
 }  // namespace
 
-bool LStatementReadQIF(std::string_view bytes, int digits, std::vector<LStatementAccount>& statements,
+bool LStatementReadQIF(std::string_view bytes, const LCurrencyFormat& currency, std::vector<LStatementAccount>& statements,
                        std::string& error) {
   std::string text = LStatementTextToUtf8(bytes);
   std::vector<std::pair<std::string, std::vector<LQifRecord>>> sections;  // account name, records
@@ -114,8 +115,9 @@ bool LStatementReadQIF(std::string_view bytes, int digits, std::vector<LStatemen
         error = where + " n'a pas de date valide (« " + qif.date + " »).";
         return false;
       }
-      if (!LStatementParseAmount(qif.amount, 0, digits, line.amount)) {
-        error = where + " n'a pas de montant valide (« " + qif.amount + " »).";
+      if (!LStatementParseAmount(qif.amount, 0, currency.digits, line.amount)) {
+        std::string beyond = LStatementAmountBeyondCeiling("", qif.amount, 0, currency);
+        error = where + (beyond.empty() ? " n'a pas de montant valide (« " + qif.amount + " »)." : " : " + beyond);
         return false;
       }
       line.text = qif.payee.empty() ? qif.memo : qif.memo.empty() ? qif.payee : qif.payee + " " + qif.memo;

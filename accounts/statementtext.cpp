@@ -6,6 +6,7 @@
 
 #include "llib/gen/date.h"
 #include "llib/gen/money.h"
+#include "llib/gen/moneybounds.h"
 #include "llib/gen/utf16.h"
 
 namespace {
@@ -49,7 +50,11 @@ std::string LStatementTextToUtf8(std::string_view bytes) {
   return LIsValidUtf8(bytes) ? std::string(bytes) : LWindows1252ToUtf8(bytes);
 }
 
-bool LStatementParseAmount(std::string_view text, char decimalMark, int digits, long long& out) {
+namespace {
+
+// The amount as LParseAmount reads it ("-1234.5"); false when text is not an amount as banks
+// write them.
+bool PlainAmount(std::string_view text, char decimalMark, int digits, std::string& plain) {
   while (!text.empty() && IsBlank(text.front())) text.remove_prefix(1);
   while (!text.empty() && IsBlank(text.back())) text.remove_suffix(1);
   bool negative = false;
@@ -69,7 +74,7 @@ bool LStatementParseAmount(std::string_view text, char decimalMark, int digits, 
     // "1,234" or "1.234" alone is a thousands group only when another mark came before it.
     decimalMark = mark == std::string_view::npos ? '.' : text[mark];
   }
-  std::string plain;
+  plain.clear();
   bool seenMark = false;
   for (char c : text) {
     if (std::isdigit(static_cast<unsigned char>(c))) {
@@ -92,7 +97,22 @@ bool LStatementParseAmount(std::string_view text, char decimalMark, int digits, 
     while (plain.size() - point - 1 > static_cast<std::size_t>(digits) && plain.back() == '0') plain.pop_back();
   if (!plain.empty() && plain.back() == '.') plain.pop_back();
   if (negative) plain.insert(plain.begin(), '-');
-  return LParseAmount(plain, digits, out);
+  return true;
+}
+
+}  // namespace
+
+bool LStatementParseAmount(std::string_view text, char decimalMark, int digits, long long& out) {
+  std::string plain;
+  return PlainAmount(text, decimalMark, digits, plain) && LParseAmount(plain, digits, out);
+}
+
+std::string LStatementAmountBeyondCeiling(std::string_view what, std::string_view text, char decimalMark,
+                                          const LCurrencyFormat& currency) {
+  std::string plain;
+  if (!PlainAmount(text, decimalMark, currency.digits, plain) || !LAmountTextIsBeyondCeiling(plain, currency.digits))
+    return {};
+  return LAmountRefusal(what, LStatementCleanText(text), plain, currency);
 }
 
 bool LStatementParseDate(std::string_view text, bool dayFirst, std::string& out) {

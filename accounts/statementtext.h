@@ -9,6 +9,8 @@
 
 #include "llib/gen/utf8.h"
 
+struct LCurrencyFormat;
+
 // The text as UTF-8: a UTF-8 mark is dropped, UTF-16 (either byte order, with its mark, or
 // without a mark when every other byte is NUL) converted, and text that is not valid UTF-8
 // converted from Windows-1252.
@@ -19,6 +21,12 @@ std::string LStatementTextToUtf8(std::string_view bytes);
 // before at most digits decimals; decimalMark 0 takes whichever of '.' and ',' comes last.
 // false for anything else (out unchanged).
 [[nodiscard]] bool LStatementParseAmount(std::string_view text, char decimalMark, int digits, long long& out);
+// Why LStatementParseAmount refused text, when it is an amount beyond the ceiling: "Montant trop
+// grand pour <what> : <text> (plafond 99 999 999 999,99 €)." (llib/gen/moneybounds.h), the
+// ceiling in the business's currency. Empty for anything else: the reader then says that the
+// amount cannot be read.
+std::string LStatementAmountBeyondCeiling(std::string_view what, std::string_view text, char decimalMark,
+                                          const LCurrencyFormat& currency);
 
 // Dates: "YYYYMMDD", "YYYY-MM-DD", "DD/MM/YYYY", "DD.MM.YYYY", "DD-MM-YYYY", two-digit years as
 // 20xx, and with dayFirst false "MM/DD/YYYY". The result is "YYYY-MM-DD" of a real day; false

@@ -27,7 +27,7 @@ bool ParseSplitLines(LCliContext& context, const LProfile& profile, const std::v
   for (const std::string& word : words) {
     LSplitLine line;
     std::string problem;
-    if (!LSplitLineParse(word, profile.GetCurrencyDigits(), line, problem)) {
+    if (!LSplitLineParse(word, profile.GetCurrencyFormat(), line, problem)) {
       status = context.Usage(problem);
       return false;
     }

@@ -2,6 +2,8 @@
 
 #include "app/cli.h"
 #include "app/cliasker.h"
+#include "invoice/shared/profile.h"
+#include "llib/gen/moneybounds.h"
 
 bool LCliParseApplications(const LProfile& profile, const std::vector<std::string>& words,
                            std::vector<LAppliedAmount>& applications, std::string& error) {
@@ -9,7 +11,9 @@ bool LCliParseApplications(const LProfile& profile, const std::vector<std::strin
     std::string invoice, amountText;
     long long amount = 0;
     if (!LCliSplitAssignment(word, invoice, amountText) || !LCliParseAmount(profile, amountText, amount)) {
-      error = "imputation invalide : " + word;
+      bool beyond = !invoice.empty() && LAmountTextIsBeyondCeiling(amountText, profile.GetCurrencyDigits());
+      error = beyond ? LAmountRefusal("l'imputation sur " + invoice, amountText, amountText, profile.GetCurrencyFormat())
+                     : "imputation invalide : " + word;
       return false;
     }
     applications.push_back({invoice, amount});

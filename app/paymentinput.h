@@ -10,6 +10,7 @@
 class LProfile;
 
 // Appends one entry per word; false (error names the word) for a word without "=", with an
-// empty invoice or an amount that is not one.
+// empty invoice or an amount that is not one; an amount beyond the ceiling is refused with the
+// ceiling named ("Montant trop grand pour l'imputation sur 12 : … (plafond …).").
 bool LCliParseApplications(const LProfile& profile, const std::vector<std::string>& words,
                            std::vector<LAppliedAmount>& applications, std::string& error);

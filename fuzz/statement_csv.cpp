@@ -5,6 +5,7 @@
 
 #include "accounts/statementcsv.h"
 #include "accounts/statementreaders.h"
+#include "llib/gen/money.h"
 #include "fuzz/statement_support.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
@@ -19,13 +20,13 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     LFuzzCheck(LStatementCsvMapParse(LStatementCsvMapText(map), again, error));
     LFuzzCheck(LStatementCsvMapText(again) == LStatementCsvMapText(map));
     std::vector<LStatementAccount> statements;
-    bool read = LStatementReadCSV(file, 2, map, statements, error);
+    bool read = LStatementReadCSV(file, LCurrencyFormat{}, map, statements, error);
     LFuzzCheckStatements(read, statements, error);
   }
   LStatementCsvMap guessed;
   if (LStatementCsvMapGuess(bytes, guessed)) {
     std::vector<LStatementAccount> statements;
-    bool read = LStatementReadCSV(bytes, 2, guessed, statements, error);
+    bool read = LStatementReadCSV(bytes, LCurrencyFormat{}, guessed, statements, error);
     LFuzzCheckStatements(read, statements, error);
   }
   return 0;

@@ -2,13 +2,14 @@
 #include <cstdint>
 
 #include "accounts/statementreaders.h"
+#include "llib/gen/money.h"
 #include "fuzz/statement_support.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   std::string_view bytes(reinterpret_cast<const char*>(data), size);
   std::vector<LStatementAccount> statements;
   std::string error;
-  bool read = LStatementReadMT940(bytes, 2, statements, error);
+  bool read = LStatementReadMT940(bytes, LCurrencyFormat{}, statements, error);
   LFuzzCheckStatements(read, statements, error);
   return 0;
 }

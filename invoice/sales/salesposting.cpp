@@ -14,6 +14,7 @@
 #include "invoice/shared/stock.h"
 #include "invoice/shared/taxcalc.h"
 #include "invoice/shared/taxoptions.h"
+#include "llib/gen/money.h"
 #include "llib/gen/system.h"
 #include "llib/gen/textnum.h"
 
@@ -30,7 +31,8 @@ constexpr int kSlotIncome = 3;
 constexpr int kSlotShipping = 4;
 constexpr int kSlotTaxCollected = 5;
 
-long long Truncate(double x) { return static_cast<long long>(std::trunc(x)); }
+// x truncated toward zero; whole once truncated, the rounding only holds it inside 64 bits.
+long long Truncate(double x) { return LRoundHalfAwayFromZero(std::trunc(x)); }
 
 // The number of the account described description; the linked slot's account when the
 // description is empty or names no account.

@@ -5,7 +5,13 @@
 
 #include <gtest/gtest.h>
 
+#include <sys/wait.h>
+#include <time.h>
+#include <unistd.h>
+
+#include <chrono>
 #include <memory>
+#include <thread>
 #include <tuple>
 
 #include "invoice/shared/options.h"
@@ -127,13 +133,45 @@ TEST_F(AccountsTest, CreateAccountOnlyRevivesAnExistingNumber) {
 TEST_F(AccountsTest, LookupByNameIsExactAndTakesTheLowestNumber) {
   EXPECT_TRUE(LCreateAccount(profile_, "5200", "Loyer", kAccountExpense, false, 1, kClassificationNone));
   EXPECT_TRUE(LCreateAccount(profile_, "5100", "Loyer", kAccountExpense, false, 1, kClassificationNone));
-  LAccountList list(profile_);
-  for (auto [name, expected] : {std::pair{"Loyer", "5100"}, {"loyer", ""}, {"Loyer ", ""}}) {
-    std::string number;
-    LGetAccountNumberUsingName(list, name, number);
-    EXPECT_EQ(number, expected) << name;
-  }
+  for (auto [name, expected] : {std::pair{"Loyer", "5100"}, {"loyer", ""}, {"Loyer ", ""}})
+    EXPECT_EQ(LGetAccountNumberUsingDescription(profile_, name), expected) << name;
+}
+
+// The chart's names are kept per process once read: what another process changes afterwards (a
+// description, a new account of the same name, an account deleted) shows at the next lookup.
+TEST_F(AccountsTest, LookupsSeeWhatAnotherProcessChangedInTheChart) {
+  EXPECT_TRUE(LCreateAccount(profile_, "5100", "Loyer", kAccountExpense, false, 1, kClassificationNone));
+  EXPECT_TRUE(LCreateAccount(profile_, "5200", "Bureau", kAccountExpense, false, 1, kClassificationNone));
+  // Past the file clock's tick, the names read next are trusted without reading the folder again.
+  timespec tick{};
+  ASSERT_EQ(::clock_getres(CLOCK_REALTIME_COARSE, &tick), 0);
+  std::this_thread::sleep_for(std::chrono::nanoseconds(2 * (tick.tv_sec * 1000000000LL + tick.tv_nsec)));
   EXPECT_EQ(LGetAccountNumberUsingDescription(profile_, "Loyer"), "5100");
+  EXPECT_TRUE(LAccountIsLive(profile_, "5200"));
+
+  pid_t child = ::fork();
+  ASSERT_GE(child, 0);
+  if (child == 0) {
+    LProfile other;
+    auto renamed = std::make_unique<LAccount>();
+    bool ok = LAccountList(other).Open(*renamed, "5100");
+    renamed->SetString("Description", "Entrepôt");
+    ok = ok && renamed->Flush();
+    ok = ok && LCreateAccount(other, "5050", "Loyer", kAccountExpense, false, 1, kClassificationNone);
+    LAccount deleted;
+    ok = ok && LAccountList(other).Open(deleted, "5200");
+    deleted.SetBool("Deleted", true);
+    ok = ok && deleted.Flush();
+    ::_exit(ok ? 0 : 1);
+  }
+  int status = 0;
+  ASSERT_EQ(::waitpid(child, &status, 0), child);
+  ASSERT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0);
+
+  EXPECT_EQ(LGetAccountNumberUsingDescription(profile_, "Loyer"), "5050");
+  EXPECT_EQ(LGetAccountNumberUsingDescription(profile_, "Entrepôt"), "5100");
+  EXPECT_FALSE(LAccountIsLive(profile_, "5200"));
+  EXPECT_TRUE(LAccountIsLive(profile_, "5050"));
 }
 
 TEST_F(AccountsTest, OpeningBalanceIsBalancedByTheHistoricalAccount) {

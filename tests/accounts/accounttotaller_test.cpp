@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdio>
+#include <limits>
 #include <tuple>
 
 #include "accounts/accounts.h"
@@ -173,6 +174,21 @@ TEST_F(TotalerTest, SeveralBusinessesAreScaledTruncatedAndMergedByNumberAndDescr
   // 0.5 on 3 gives 1 and on -3 gives -1 (toward zero); 1001 * 0.5 gives 500 on the first 1110.
   EXPECT_EQ(items, (std::vector<std::pair<std::string, long long>>{
                        {"1110 Compte-chèque", 100 + 1 + 500}, {"6410 Loyer", 40}, {"6410 Loyer du dépôt", -1}}));
+}
+
+// A factor too large (or not a number) for the amounts gives figures held at the 64-bit limits, or
+// nothing: never an undefined conversion of the product (UBSan proves it in the sanitized build).
+TEST_F(TotalerTest, FactorsBeyondSixtyFourBitsAreHeldNotUndefined) {
+  SetBucket(profile_, "1110", 2024, 1, 3);
+  SetBucket(profile_, "6410", 2024, 1, -3);
+  constexpr long long kHeld = 9200000000000000000LL;  // what money.h holds a conversion to
+  for (auto [factor, asset, expense] : {std::tuple{1e300, kHeld, -kHeld},
+                                        {-std::numeric_limits<double>::infinity(), -kHeld, kHeld},
+                                        {std::numeric_limits<double>::quiet_NaN(), 0LL, 0LL}}) {
+    LAccountTotalerList list = Total("2024-01-01", "2024-01-31", "", {{home_.SharedFolder(), factor}});
+    EXPECT_EQ(Amount(list, "1110"), asset) << factor;
+    EXPECT_EQ(Amount(list, "6410"), expense) << factor;
+  }
 }
 
 class StopAfterFirstBusiness : public LProcessInterfaceVoid {

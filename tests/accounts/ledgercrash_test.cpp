@@ -13,6 +13,7 @@
 #include <cstring>
 #include <chrono>
 #include <filesystem>
+#include <limits>
 #include <map>
 #include <memory>
 #include <random>
@@ -147,6 +148,38 @@ TEST_F(LedgerCrashTest, AnInterruptedPostingIsCompletedOrUndoneByWhatTheDayFileH
     EXPECT_TRUE(report.differences.empty()) << written;
     EXPECT_TRUE(report.problems.empty()) << written;
   }
+}
+
+// The figures an intent carries add as balances do, held at the 64-bit limits: lines whose sum
+// passes them, settled onto a total already near them, leave the total held, never wrapped to a
+// negative (nor undefined: UBSan runs this in the sanitized build).
+TEST_F(LedgerCrashTest, IntentFiguresBeyondSixtyFourBitsAreHeldNotWrapped) {
+  constexpr long long kHeld = std::numeric_limits<long long>::max();
+  for (auto [number, total] : {std::pair{"6410", kHeld - 10}, {"1110", 100LL}}) {
+    LAccount account;
+    ASSERT_TRUE(LAccountList(profile_).Open(account, number));
+    account.SetInt64("TotalBalance", total);
+    ASSERT_TRUE(account.Flush());
+  }
+  LLedgerTransaction txn("2024-03-01", "GJ9", "General");
+  txn.AddLine("6410", "Loyer", kHeld - 1, "anne", "", "");
+  txn.AddLine("6410", "Loyer", kHeld - 1, "anne", "", "");
+  txn.AddLine("1110", "Loyer", -kHeld, "anne", "", "");
+  std::string day = home_.SharedFolder() + "/Ledger/2024-03-01.csv";
+  std::string rows;
+  for (const auto& line : txn.Lines()) rows += line.BuildCSVRow();
+  {
+    LLedgerIntent intent(profile_);  // never ended: the process dies with its rows written
+    intent.AddTransaction(txn, -1);
+    ASSERT_TRUE(intent.BeginPosting(txn, 0, rows));
+    LWriteFile(day, rows);
+  }
+  LLedgerSettleInterrupted(profile_);
+  LAccount rent, bank;
+  ASSERT_TRUE(LAccountList(profile_).Open(rent, "6410"));
+  ASSERT_TRUE(LAccountList(profile_).Open(bank, "1110"));
+  EXPECT_EQ(rent.GetTotalBalance(), -10);    // kHeld - 10 moved by the two lines' sum, held at -kHeld
+  EXPECT_EQ(bank.GetTotalBalance(), kHeld);  // 100 moved by kHeld: held
 }
 
 // A real full disk (a small tmpfs): the posting is refused with the reason in French, the day

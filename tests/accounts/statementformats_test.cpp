@@ -14,6 +14,7 @@
 #include "accounts/statementfile.h"
 #include "accounts/statementreaders.h"
 #include "accounts/statementtext.h"
+#include "llib/gen/money.h"
 
 namespace {
 
@@ -63,7 +64,7 @@ TEST(StatementFormats, CFONBWithAndWithoutLineEnds) {
   for (const std::string& bytes : {withEnds, flat}) {
     std::vector<LStatementAccount> statements;
     std::string error;
-    ASSERT_TRUE(LStatementReadCFONB(bytes, 2, statements, error)) << error;
+    ASSERT_TRUE(LStatementReadCFONB(bytes, LCurrencyFormat{}, statements, error)) << error;
     ASSERT_EQ(statements.size(), 1u);
     const LStatementAccount& statement = statements[0];
     EXPECT_EQ(statement.accountId, "00012345678");
@@ -92,17 +93,17 @@ TEST(StatementFormats, CFONBRefusesWhatItCannotRead) {
   std::string bytes = Fixture("cfonb120.txt");
   std::string broken = bytes;
   broken[122 + 100] = 'X';  // the amount of the first movement
-  EXPECT_FALSE(LStatementReadCFONB(broken, 2, statements, error));
+  EXPECT_FALSE(LStatementReadCFONB(broken, LCurrencyFormat{}, statements, error));
   EXPECT_EQ(error, "Relevé CFONB refusé : enregistrement 2 (04), montant illisible.");
   statements.clear();
-  EXPECT_FALSE(LStatementReadCFONB(bytes.substr(122), 2, statements, error));  // no 01 before the movements
+  EXPECT_FALSE(LStatementReadCFONB(bytes.substr(122), LCurrencyFormat{}, statements, error));  // no 01 before the movements
   EXPECT_NE(error.find("hors d'un relevé ouvert"), std::string::npos) << error;
 }
 
 TEST(StatementFormats, Camt053BookedEntriesAndBalances) {
   std::vector<LStatementAccount> statements;
   std::string error;
-  ASSERT_TRUE(LStatementReadCamt(Fixture("camt053.xml"), 2, statements, error)) << error;
+  ASSERT_TRUE(LStatementReadCamt(Fixture("camt053.xml"), LCurrencyFormat{}, statements, error)) << error;
   ASSERT_EQ(statements.size(), 1u);
   const LStatementAccount& statement = statements[0];
   EXPECT_EQ(statement.accountId, "FR7630002005500001234567841");
@@ -121,7 +122,7 @@ TEST(StatementFormats, Camt053BookedEntriesAndBalances) {
 TEST(StatementFormats, MT940StatementsOfOneAccountFollowOn) {
   std::vector<LStatementAccount> statements;
   std::string error;
-  ASSERT_TRUE(LStatementReadMT940(Fixture("mt940.sta"), 2, statements, error)) << error;
+  ASSERT_TRUE(LStatementReadMT940(Fixture("mt940.sta"), LCurrencyFormat{}, statements, error)) << error;
   ASSERT_EQ(statements.size(), 1u);
   const LStatementAccount& statement = statements[0];
   EXPECT_EQ(statement.accountId, "30004/00001234567");
@@ -142,7 +143,7 @@ TEST(StatementFormats, MT940StatementsOfOneAccountFollowOn) {
 TEST(StatementFormats, QIFBankSection) {
   std::vector<LStatementAccount> statements;
   std::string error;
-  ASSERT_TRUE(LStatementReadQIF(Fixture("qif.qif"), 2, statements, error)) << error;
+  ASSERT_TRUE(LStatementReadQIF(Fixture("qif.qif"), LCurrencyFormat{}, statements, error)) << error;
   ASSERT_EQ(statements.size(), 1u);
   EXPECT_EQ(statements[0].accountId, "Compte courant");
   EXPECT_EQ(Amounts(statements[0]), kMarch);
@@ -167,7 +168,7 @@ TEST(StatementFormats, ThreeBanksCsvLayouts) {
     if (*bank.mapText == '\0') ASSERT_TRUE(LStatementCsvMapGuess(bytes, map));
     else ASSERT_TRUE(LStatementCsvMapParse(bank.mapText, map, error)) << error;
     std::vector<LStatementAccount> statements;
-    ASSERT_TRUE(LStatementReadCSV(bytes, 2, map, statements, error)) << error;
+    ASSERT_TRUE(LStatementReadCSV(bytes, LCurrencyFormat{}, map, statements, error)) << error;
     ASSERT_EQ(statements.size(), 1u);
     EXPECT_EQ(Amounts(statements[0]), kMarch);
     EXPECT_EQ(statements[0].lines[1].text, bank.chequeText);
@@ -186,10 +187,10 @@ TEST(StatementFormats, CsvRefusals) {
   EXPECT_EQ(error, "Correspondance des colonnes invalide : « colour=red ».");
   ASSERT_TRUE(LStatementCsvMapParse("date=1,text=2,amount=Montant,sep=;", map, error));
   std::vector<LStatementAccount> statements;
-  EXPECT_FALSE(LStatementReadCSV("Date;Libellé;Somme\n01/03/2024;x;1,00\n", 2, map, statements, error));
+  EXPECT_FALSE(LStatementReadCSV("Date;Libellé;Somme\n01/03/2024;x;1,00\n", LCurrencyFormat{}, map, statements, error));
   EXPECT_EQ(error, "Relevé CSV refusé : la colonne « Montant » (montant) est introuvable.");
   ASSERT_TRUE(LStatementCsvMapParse("amount=3", map, error));
-  EXPECT_FALSE(LStatementReadCSV("Date;Libellé;Somme\n01/03/2024;x;1,00\n31/02/2024;y;2,00\n", 2, map, statements, error));
+  EXPECT_FALSE(LStatementReadCSV("Date;Libellé;Somme\n01/03/2024;x;1,00\n31/02/2024;y;2,00\n", LCurrencyFormat{}, map, statements, error));
   EXPECT_EQ(error, "Relevé CSV refusé : ligne de données 3 : date invalide (« 31/02/2024 »).");
 }
 
@@ -220,7 +221,7 @@ TEST(StatementFormats, StatementThatDoesNotAddUpIsRefusedWithBothFigures) {
   std::string error;
   std::string bytes = Fixture("camt053.xml");
   bytes.replace(bytes.find("3145.55"), 7, "3145.45");
-  ASSERT_TRUE(LStatementReadCamt(bytes, 2, statements, error)) << error;
+  ASSERT_TRUE(LStatementReadCamt(bytes, LCurrencyFormat{}, statements, error)) << error;
   EXPECT_FALSE(LStatementAddsUp(statements[0], 2, error));
   EXPECT_EQ(error, "Relevé refusé : le solde d'ouverture plus les opérations donne 3145.55, mais le relevé annonce "
                    "un solde de clôture de 3145.45.");
@@ -247,7 +248,7 @@ TEST(StatementFormats, EveryOFXSampleReadsEveryTransaction) {
                       bytes.find("CREDITCARDMSGSRSV") != std::string::npos;
     std::vector<LStatementAccount> statements;
     std::string error;
-    bool read = LStatementReadOFX(bytes, 2, statements, error);
+    bool read = LStatementReadOFX(bytes, LCurrencyFormat{}, statements, error);
     if (!bankOrCard) {
       EXPECT_FALSE(read);
       EXPECT_EQ(error, "Le fichier OFX ne contient aucun relevé de compte bancaire ou de carte de crédit.");
@@ -272,7 +273,7 @@ TEST(StatementFormats, OFXOfSeveralAccountsGivesEachItsOwnStatement) {
   content << in.rdbuf();
   std::vector<LStatementAccount> statements;
   std::string error;
-  ASSERT_TRUE(LStatementReadOFX(content.str(), 2, statements, error)) << error;
+  ASSERT_TRUE(LStatementReadOFX(content.str(), LCurrencyFormat{}, statements, error)) << error;
   ASSERT_EQ(statements.size(), 2u);
   EXPECT_NE(statements[0].accountId, statements[1].accountId);
   EXPECT_FALSE(statements[0].lines.empty());

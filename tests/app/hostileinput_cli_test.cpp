@@ -1,7 +1,7 @@
 // Hostile input on the command line, refused with a French message and nothing written: amounts
 // beyond the money ceiling wherever they come in (document lines and document files, journal
-// entries, items and their CSV import; the message names the ceiling the business's way, and
-// `check` then finds nothing), quantities that are not finite numbers, days that do not exist,
+// entries, items and their CSV import, cheque lines, applications to invoices and bank statements;
+// the message names the ceiling the business's way, and `check` then finds nothing), quantities that are not finite numbers, days that do not exist,
 // years beyond four digits and an expression nested 30,000 deep.
 #include <gtest/gtest.h>
 
@@ -55,6 +55,46 @@ TEST_F(HostileInputCliTest, EveryWayInRefusesAmountsBeyondTheCeilingAndWritesNot
   EXPECT_EQ(items.find("GROS"), std::string::npos);
   EXPECT_EQ(items.find("BIG"), std::string::npos);
   EXPECT_NE(items.find("PETIT"), std::string::npos);
+  EXPECT_EQ(LRunKontavo({"check"}).exitCode, 0);
+}
+
+// The last ways in for an amount: the lines of a cheque, applications to invoices and the amounts
+// of a bank statement in each format. Each refusal names the ceiling; nothing is written.
+TEST_F(HostileInputCliTest, ChequeLinesApplicationsAndStatementsNameTheCeiling) {
+  const std::string huge = "100000000000000";
+  auto expectNamed = [](const LRunResult& run, const std::string& message) {
+    EXPECT_NE(run.exitCode, 0);
+    EXPECT_NE(run.err.find(message), std::string::npos) << run.err;
+  };
+  expectNamed(LRunKontavo({"cheque", "add", "--account", "512000", "--payee", "P", "--amount", "10", "641000:" + huge}),
+              "Montant trop grand pour la ligne 641000 : " + huge + " " + kCeiling + ".");
+  expectNamed(LRunKontavo({"payment", "add", "--customer", "C1", "--amount", "10", "--apply", "1=" + huge}),
+              "Montant trop grand pour l'imputation sur 1 : " + huge + " " + kCeiling + ".");
+  EXPECT_EQ(LExpectSuccess({"ledger"}), "");
+
+  std::string ofx = home_.Path() + "/gros.ofx";
+  LWriteFile(ofx, "OFXHEADER:100\nDATA:OFXSGML\n\n<OFX><BANKMSGSRSV1><STMTTRNRS><STMTRS><CURDEF>EUR"
+                  "<BANKACCTFROM><ACCTID>123</BANKACCTFROM><BANKTRANLIST><STMTTRN><TRNTYPE>DEBIT"
+                  "<DTPOSTED>20260105<TRNAMT>-" + huge + ".00<FITID>A1<NAME>Gros</STMTTRN>"
+                  "</BANKTRANLIST></STMTRS></STMTTRNRS></BANKMSGSRSV1></OFX>\n");
+  expectNamed(LRunKontavo({"bank", "import", ofx, "--account", "512000", "--format", "ofx"}),
+              "Relevé OFX refusé : Montant trop grand pour l'opération 1 (A1) : -" + huge + ".00 " + kCeiling + ".");
+  std::string csv = home_.Path() + "/gros.csv";
+  LWriteFile(csv, "Date;Libellé;Montant\n05/01/2026;Gros;-" + huge + ",00\n");
+  expectNamed(LRunKontavo({"bank", "import", csv, "--account", "512000", "--format", "csv"}),
+              "Relevé CSV refusé : ligne de données 2 : Montant trop grand : -" + huge + ",00 " + kCeiling + ".");
+  // CFONB 120: an old balance, then a movement of 14 digits without decimals (positions 91-104).
+  std::string opening = "0130002    00550EUR0 00012345678  010326" + std::string(50, ' ') + "0000000000000{";
+  std::string movement = "0430002000100550EUR0 0001234567805050326  050326GROS" + std::string(38, ' ') +
+                         "1000000000000{";
+  opening.resize(120, ' ');
+  movement.resize(120, ' ');
+  std::string cfonb = home_.Path() + "/gros.cfonb";
+  LWriteFile(cfonb, opening + "\n" + movement + "\n");
+  expectNamed(LRunKontavo({"bank", "import", cfonb, "--account", "512000", "--format", "cfonb"}),
+              "Relevé CFONB refusé : enregistrement 2 (04) : Montant trop grand : 10000000000000 " +
+                  std::string(kCeiling) + ".");
+  EXPECT_EQ(LExpectSuccess({"bank", "lines", "--account", "512000"}), "");
   EXPECT_EQ(LRunKontavo({"check"}).exitCode, 0);
 }
 
