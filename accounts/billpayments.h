@@ -25,11 +25,11 @@
 #include <vector>
 
 #include "invoice/shared/payment.h"
+#include "invoice/shared/purchaselists.h"
 #include "llib/gen/record.h"
 
 class LProfile;
 
-inline constexpr std::string_view kBillPaymentsList = "BillPayments";
 inline constexpr std::string_view kDefaultPaymentAccount = "Compte-chèque";
 inline constexpr std::string_view kBillPaymentKeysField = "BillNumber";
 inline constexpr std::string_view kBillPaymentAmountsField = "BillAmounts";

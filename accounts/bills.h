@@ -18,11 +18,11 @@
 #include <string>
 #include <string_view>
 
+#include "invoice/shared/purchaselists.h"
 #include "llib/gen/record.h"
 
 class LProfile;
 
-inline constexpr std::string_view kBillsList = "Bills";
 inline constexpr std::string_view kBillsDraftsList = "BillsDrafts";
 
 class LBill : public LRecord {

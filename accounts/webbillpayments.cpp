@@ -10,6 +10,7 @@
 #include "accounts/webbank.h"
 #include "accounts/websuppliers.h"
 #include "invoice/shared/options.h"
+#include "invoice/shared/listindexes.h"
 #include "invoice/shared/profile.h"
 #include "invoice/shared/weblistcells.h"
 #include "llib/gen/date.h"
@@ -160,8 +161,11 @@ void LWebBillPaymentsPage::WriteListBlock(LWebletForm& out) {
   list.AddColumn("", 8, kListAlignCenter, false);
   const LCurrencyFormat& money = profile.GetCurrencyFormat();
   long long sum = 0;
-  LRecord payment;
-  for (LFileStoreIteratorBase it(profile.List(kBillPaymentsList), payment); payment.IsAttached(); it.Next(payment)) {
+  const LFileStoreListBase& payments = profile.MainList(kBillPaymentsList);
+  auto inPeriod = [&filter](std::string_view date) { return filter.Holds(date); };
+  for (const std::string& dated : LDocumentKeysDated(profile, kBillPaymentsList, inPeriod)) {
+    LRecord payment;
+    if (!payments.Open(payment, dated)) continue;  // deleted meanwhile
     std::string date = payment.GetString("Date").substr(0, 10);
     if (!filter.Holds(date) || (!filter.party.empty() && payment.GetString("Supplier") != filter.party)) continue;
     const std::string& key = payment.GetPrimaryKey();

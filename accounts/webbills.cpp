@@ -12,6 +12,7 @@
 #include "accounts/suppliers.h"
 #include "accounts/webbank.h"
 #include "accounts/websuppliers.h"
+#include "invoice/shared/listindexes.h"
 #include "invoice/shared/profile.h"
 #include "invoice/shared/stock.h"
 #include "invoice/shared/taxoptions.h"
@@ -105,8 +106,11 @@ void LWebBillsPage::WriteListBlock(LWebletForm& out) {
   const LCurrencyFormat& money = profile.GetCurrencyFormat();
   long long sum = 0, owed = 0;
   LBillDueDates dueDates(profile);
-  LBill bill;
-  for (LFileStoreIteratorBase it(profile.List(kBillsList), bill); bill.IsAttached(); it.Next(bill)) {
+  const LFileStoreListBase& bills = profile.MainList(kBillsList);
+  auto inPeriod = [&filter](std::string_view date) { return filter.Holds(date); };
+  for (const std::string& dated : LDocumentKeysDated(profile, kBillsList, inPeriod)) {
+    LBill bill;
+    if (!bills.Open(bill, dated)) continue;  // deleted meanwhile
     std::string date = bill.GetString("Date").substr(0, 10);
     if (!filter.Holds(date) || (!filter.party.empty() && bill.GetString("Supplier") != filter.party)) continue;
     const std::string& key = bill.GetPrimaryKey();

@@ -9,6 +9,7 @@
 #include "invoice/sales/paymentbook.h"
 #include "invoice/sales/salesbook.h"
 #include "invoice/shared/customer.h"
+#include "invoice/shared/listindexes.h"
 #include "invoice/shared/profile.h"
 #include "invoice/shared/sortedinvoice.h"
 #include "invoice/shared/webnavtabs.h"
@@ -96,8 +97,11 @@ void LWebPaymentsPage::WriteListBlock(LWebletForm& out) {
   list.AddColumn("Non imputé", 14, kListAlignRight, true);
   list.AddColumn("", 8, kListAlignCenter, false);
   long long received = 0;
-  LPayment payment;
-  for (LFileStoreIteratorBase it(profile.MainList(kPaymentsList), payment); payment.IsAttached(); it.Next(payment)) {
+  const LFileStoreListBase& payments = profile.MainList(kPaymentsList);
+  auto inPeriod = [&filter](std::string_view date) { return filter.Holds(date); };
+  for (const std::string& dated : LDocumentKeysDated(profile, kPaymentsList, inPeriod)) {
+    LPayment payment;
+    if (!payments.Open(payment, dated)) continue;  // deleted meanwhile
     std::string date = payment.GetDate().substr(0, 10);
     if (!filter.Holds(date) || (!filter.party.empty() && payment.GetCustomer() != filter.party)) continue;
     const std::string& key = payment.GetPrimaryKey();

@@ -4,6 +4,7 @@
 #include "invoice/shared/partyfields.h"
 #include "invoice/shared/payment.h"
 #include "invoice/shared/profile.h"
+#include "invoice/shared/purchaselists.h"
 #include "invoice/shared/salesdocument.h"
 #include "llib/gen/filestoreindex.h"
 
@@ -16,9 +17,12 @@ constexpr std::string_view kNameField = "Name";
 
 const std::vector<LListIndex>& LListIndexes() {
   static const std::vector<LListIndex> indexes = [] {
-    std::vector<LListIndex> all{{kPaymentsList, kDateField}, {kCustomersList, kNameField}, {kSalesPersonList, kNameField}};
+    std::vector<LListIndex> all{{kPaymentsList, kDateField},     {kBillsList, kDateField},
+                                {kBillPaymentsList, kDateField}, {kCustomersList, kNameField},
+                                {kSalesPersonList, kNameField}};
     for (LSalesDocumentType type : {LSalesDocumentType::kInvoice, LSalesDocumentType::kOrder,
-                                    LSalesDocumentType::kQuote, LSalesDocumentType::kCreditNote}) {
+                                    LSalesDocumentType::kQuote, LSalesDocumentType::kCreditNote,
+                                    LSalesDocumentType::kPOrder}) {
       all.push_back({LSalesDocumentKindOf(type).recordedList, kDateField});
       all.push_back({LSalesDocumentKindOf(type).draftsList, kDateField});
     }

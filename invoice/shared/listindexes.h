@@ -1,8 +1,9 @@
-// The indexes the lists of the sales side keep (llib/gen/filestoreindex), so that their pages
-// read what they show and not every record of the business: the "Date" of the dated lists
-// (invoices, orders, quotes and credit notes, recorded and drafts, and customer payments), so
-// that a list of one month opens that month's records; the "Name" of customers and sales persons,
-// so that a choice of customer does not open a thousand records.
+// The indexes the lists of the sales and purchases sides keep (llib/gen/filestoreindex), so that
+// their pages read what they show and not every record of the business: the "Date" of the dated
+// lists (invoices, orders, quotes, credit notes and purchase orders, recorded and drafts, customer
+// payments, bills and bill payments), so that a list of one month opens that month's records; the
+// "Name" of customers and sales persons, so that a choice of customer does not open a thousand
+// records.
 #pragma once
 
 #include <functional>

@@ -6,6 +6,8 @@
 
 #include <thread>
 
+#include "llib/gen/file.h"
+#include "llib/gen/filestoreindex.h"
 #include "tests/support/envscope.h"
 #include "tests/support/webservertest.h"
 
@@ -177,6 +179,50 @@ TEST_F(WebPurchasesTest, APurchaseOrderBecomesABillOnceAndItsGoodsComeInOnce) {
   EXPECT_NE(LRunKontavo({"item", "stock", "PAP"}).out.find("Quantité\t10"), std::string::npos);
   EXPECT_NE(Get("porderlist?from=2026-01-01&to=2026-12-31").find("billprop?id=PRC10000"), std::string::npos);
   EXPECT_EQ(LRunKontavo({"check"}).exitCode, 0);
+}
+
+TEST_F(WebPurchasesTest, ThePurchaseListsOfAPeriodFollowTheirDateIndexes) {
+  ASSERT_EQ(LRunKontavo({"item", "add", "PAP", "--description", "Papier", "--price", "4"}).exitCode, 0);
+  for (const char* date : {"2026-01-15", "2026-02-10"})
+    ASSERT_EQ(Post("billprop", BillBody(date, "1", "10")), "window.location = 'billlist';\n");
+  ASSERT_EQ(Post("billpaymentprop", "id=&101=DUP&102=2026-02-12&103=5&104=Banque&105=Virement"),
+            "window.location = 'billpaymentlist';\n");
+  ASSERT_EQ(Post("porderprop", "id=&101=DUP&102=2026-01-20&103=30&fklines=1&10000=PAP&10002=2&10003=3"),
+            "window.location = 'porderlist';\n");
+  for (const char* list : {"Bills", "BillPayments", "POrders"})
+    EXPECT_TRUE(LFile::Exists(home_.SharedFolder() + "/" + list + "/.index.Date")) << list;
+  auto month = [this](const std::string& route, const std::string& from, const std::string& to) {
+    return Get(route + "?from=" + from + "&to=" + to);
+  };
+  EXPECT_NE(month("billlist", "2026-01-01", "2026-01-31").find("1 facture(s)"), std::string::npos);
+  EXPECT_NE(month("billpaymentlist", "2026-02-01", "2026-02-28").find("1 règlement(s)"), std::string::npos);
+  EXPECT_NE(month("billpaymentlist", "2026-01-01", "2026-01-31").find("Aucun règlement fournisseur sur la période."),
+            std::string::npos);
+  EXPECT_NE(month("porderlist", "2026-01-01", "2026-01-31").find("1 document(s)"), std::string::npos);
+  EXPECT_EQ(month("porderlist", "2026-02-01", "2026-02-28").find("1 document(s)"), std::string::npos);
+
+  // A bill's date changed through its dialog moves it to its new month.
+  EXPECT_EQ(Post("billprop", "id=PRC10000&billlines=4&101=DUP&102=2026-02-20&20000=607000&20003=1&20004=10"
+                             "&20005=TVA+20+%25"),
+            "window.location = 'billlist';\n");
+  EXPECT_NE(month("billlist", "2026-01-01", "2026-01-31").find("Aucune facture fournisseur sur la période."),
+            std::string::npos);
+  EXPECT_NE(month("billlist", "2026-02-01", "2026-02-28").find("2 facture(s)"), std::string::npos);
+
+  // A wrong date under a bill's own file hides it from its month, as the list reads the index:
+  // the check names the fault and --fix rebuilds the index.
+  std::string bills = home_.SharedFolder() + "/Bills/";
+  LWriteFile(bills + ".index.Date", LReadFile(bills + ".index.Date") +
+                                        std::to_string(LFileStoreInodeOf(bills + "PRC10001.dat")) +
+                                        " PRC10001 2026-01-01\n");
+  EXPECT_NE(month("billlist", "2026-02-01", "2026-02-28").find("1 facture(s)"), std::string::npos);
+  LRunResult check = LRunKontavo({"check"});
+  EXPECT_EQ(check.exitCode, 1);
+  EXPECT_NE(check.out.find("L'index « Date » ne suit pas l'enregistrement « PRC10001 »"), std::string::npos)
+      << check.out;
+  EXPECT_EQ(LRunKontavo({"check", "--fix"}).exitCode, 0);
+  EXPECT_EQ(LRunKontavo({"check"}).exitCode, 0);
+  EXPECT_NE(month("billlist", "2026-02-01", "2026-02-28").find("2 facture(s)"), std::string::npos);
 }
 
 TEST_F(WebPurchasesTest, ViewersStrangersOtherBusinessesAndGarbageChangeNothing) {
