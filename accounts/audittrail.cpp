@@ -7,6 +7,7 @@
 #include <unistd.h>
 
 #include <ctime>
+#include <mutex>
 
 #include "accounts/ledger.h"
 #include "accounts/ledgerlock.h"
@@ -130,7 +131,44 @@ bool CutBack(const LProfile& profile, int fd, long long size) {
          WriteHead(profile, last);
 }
 
+// The end of the log as this process last wrote or read it, so that a posting does not open the
+// log and its head and read the last line back each time. Used only by a holder of the ledger
+// lock: every writer of the trail holds it, and a log whose file, or whose size, is no longer
+// what was noted was changed by another process since, and is read again.
+//
+// A size equal to the one noted means the same content: entries before the end are only ever
+// taken off by the process whose change they record (LAuditCutBack, which drops this note), or by
+// whoever settles that change after the process died.
+struct LAuditEnd {
+  std::mutex mutex;
+  std::string path;  // the log's; empty: nothing noted
+  pid_t pid = 0;     // a forked child reads the log anew
+  LFileDescriptor log, head;
+  dev_t logDevice = 0, headDevice = 0;
+  ino_t logInode = 0, headInode = 0;
+  long long size = 0;          // of the log
+  long long headSize = -1;     // as last written here; -1: unknown
+  std::string last;            // the log's last line
+};
+
+LAuditEnd& NotedEnd() {
+  static LAuditEnd end;
+  return end;
+}
+
+void ForgetEnd(LAuditEnd& end) {
+  end.path.clear();
+  end.log.Close();
+  end.head.Close();
+}
+
 }  // namespace
+
+void LAuditLetGoOfFiles() {
+  LAuditEnd& end = NotedEnd();
+  std::lock_guard<std::mutex> guard(end.mutex);
+  ForgetEnd(end);
+}
 
 long long LAuditLogSize(const LProfile& profile) {
   struct stat info {};
@@ -149,6 +187,7 @@ std::string LAuditReadFrom(const LProfile& profile, long long size) {
 
 bool LAuditCutBack(const LProfile& profile, long long size) {
   LLedgerLock ledgerLock(profile);
+  LAuditLetGoOfFiles();  // the end is read again after the cut
   std::string path = LogPath(profile);
   if (!LFile::Exists(path)) return true;
   LLockedFile log(path, O_RDWR, LOCK_EX, kLedgerLockTimeoutMs);
@@ -157,16 +196,60 @@ bool LAuditCutBack(const LProfile& profile, long long size) {
   return info.st_size <= size || CutBack(profile, log.Get(), size);
 }
 
-bool LAuditAppend(const LProfile& profile, const LAuditEvent& event) {
-  LLedgerLock ledgerLock(profile);
-  LLockedFile log(LogPath(profile), O_RDWR | O_CREAT | O_APPEND, LOCK_EX, kLedgerLockTimeoutMs, 0666);
-  std::string last;
+namespace {
+
+// Brings the noted end in step with the log of profile, opening the files when they are not the
+// ones noted. false when the log cannot be read.
+bool CatchUp(const LProfile& profile, LAuditEnd& end) {
+  std::string path = LogPath(profile);
   struct stat info {};
-  if (!log.IsOpen() || !ReadLastLine(log.Get(), last) || ::fstat(log.Get(), &info) != 0) {
-    LLogError("Piste d'audit : impossible d'inscrire %s de %s ; la modification est refusée.", event.action.c_str(),
-              event.reference.c_str());
-    return false;
+  bool same = end.path == path && end.pid == ::getpid() && ::stat(path.c_str(), &info) == 0 &&
+              info.st_dev == end.logDevice && info.st_ino == end.logInode;
+  if (same && info.st_size == end.size) return true;
+  end.headSize = -1;  // another process wrote the trail since: its head may be longer
+  if (!same) {
+    ForgetEnd(end);
+    end.log = LFileDescriptor(LRobustOpen(path, O_RDWR | O_CREAT | O_APPEND, 0666));
+    if (!end.log.IsOpen() || ::fstat(end.log.Get(), &info) != 0) return false;
+    end.path = path;
+    end.pid = ::getpid();
+    end.logDevice = info.st_dev;
+    end.logInode = info.st_ino;
   }
+  end.size = info.st_size;
+  if (ReadLastLine(end.log.Get(), end.last)) return true;
+  ForgetEnd(end);
+  return false;
+}
+
+// Writes the head through the noted descriptor, opened again when the path names another file.
+bool WriteNotedHead(const LProfile& profile, LAuditEnd& end, std::string_view lastLine) {
+  std::string head = HeadText(LTextToInt64(RawField(lastLine, "Seq")), lastLine);
+  std::string path = HeadPath(profile);
+  struct stat info {};
+  if (!end.head.IsOpen() || ::stat(path.c_str(), &info) != 0 || info.st_dev != end.headDevice ||
+      info.st_ino != end.headInode) {
+    end.head = LFileDescriptor(LRobustOpen(path, O_WRONLY | O_CREAT, 0666));
+    if (!end.head.IsOpen() || ::fstat(end.head.Get(), &info) != 0) {
+      LLogWriteFailure("open", path, errno);
+      end.head.Close();
+      return false;
+    }
+    end.headDevice = info.st_dev;
+    end.headInode = info.st_ino;
+    end.headSize = -1;
+  }
+  // Heads only grow while this process writes them alone; the end is cut when it may be longer.
+  bool written = LRobustWriteAt(end.head.Get(), head.data(), head.size(), 0) &&
+                 (end.headSize >= 0 && end.headSize <= static_cast<long long>(head.size())
+                      ? true
+                      : LRobustTruncate(end.head.Get(), static_cast<off_t>(head.size())));
+  end.headSize = written ? static_cast<long long>(head.size()) : -1;
+  if (!written) LLogWriteFailure("write", path, errno);
+  return written;
+}
+
+std::string EntryText(const LAuditEvent& event, const std::string& last) {
   long long seq = last.empty() ? 1 : LTextToInt64(RawField(last, "Seq")) + 1;
   LHashTable entry;
   entry.SetString("Seq", std::to_string(seq));
@@ -180,16 +263,59 @@ bool LAuditAppend(const LProfile& profile, const LAuditEvent& event) {
   entry.SetString("Lines", event.lines);
   std::string text;
   entry.SaveHTTPString(text);
-  std::string line = text;
-  text += '\n';
-  // The head is rewritten while the log's lock is held; an entry whose head could not follow is
-  // taken back off, so that a refused change leaves the trail as it was.
+  return text;
+}
+
+void LogRefused(const LAuditEvent& event) {
+  LLogError("Piste d'audit : impossible d'inscrire %s de %s ; la modification est refusée.", event.action.c_str(),
+            event.reference.c_str());
+}
+
+// The holder of the ledger lock appends through the noted end of the log.
+bool AppendAtNotedEnd(const LProfile& profile, const LAuditEvent& event) {
+  LAuditEnd& end = NotedEnd();
+  std::lock_guard<std::mutex> guard(end.mutex);
+  if (!CatchUp(profile, end)) {
+    LogRefused(event);
+    return false;
+  }
+  std::string line = EntryText(event, end.last);
+  std::string text = line + '\n';
+  // The head follows the log; an entry whose head could not follow is taken back off, so that a
+  // refused change leaves the trail as it was.
+  bool appended = LRobustWrite(end.log.Get(), text.data(), text.size());
+  if (!appended) LLogWriteFailure("write", end.path, errno);
+  if (appended && WriteNotedHead(profile, end, line)) {
+    end.size += static_cast<long long>(text.size());
+    end.last = std::move(line);
+    return true;
+  }
+  (void)CutBack(profile, end.log.Get(), end.size);
+  ForgetEnd(end);
+  LogRefused(event);
+  return false;
+}
+
+}  // namespace
+
+bool LAuditAppend(const LProfile& profile, const LAuditEvent& event) {
+  LLedgerLock ledgerLock(profile);
+  if (ledgerLock.Locked()) return AppendAtNotedEnd(profile, event);
+  // Past the wait for the ledger lock, the log's own lock keeps two writers apart.
+  LLockedFile log(LogPath(profile), O_RDWR | O_CREAT | O_APPEND, LOCK_EX, kLedgerLockTimeoutMs, 0666);
+  std::string last;
+  struct stat info {};
+  if (!log.IsOpen() || !ReadLastLine(log.Get(), last) || ::fstat(log.Get(), &info) != 0) {
+    LogRefused(event);
+    return false;
+  }
+  std::string line = EntryText(event, last);
+  std::string text = line + '\n';
   bool appended = LRobustWrite(log.Get(), text.data(), text.size());
   if (!appended) LLogWriteFailure("write", LogPath(profile), errno);
   if (appended && WriteHead(profile, line)) return true;
   (void)CutBack(profile, log.Get(), info.st_size);
-  LLogError("Piste d'audit : impossible d'inscrire %s de %s ; la modification est refusée.", event.action.c_str(),
-            event.reference.c_str());
+  LogRefused(event);
   return false;
 }
 

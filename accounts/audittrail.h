@@ -71,6 +71,8 @@ struct LAuditEvent {
 // refused when this fails. false (and an error in the log of the program) when the trail could
 // not be written; the log and its head are then as they were.
 [[nodiscard]] bool LAuditAppend(const LProfile& profile, const LAuditEvent& event);
+// Closes the log and head this process keeps open between entries (LLedgerLetGoOfFiles).
+void LAuditLetGoOfFiles();
 // The size of the log (0 when there is none): where the next entry begins.
 long long LAuditLogSize(const LProfile& profile);
 // The entries from offset size on, one line each (empty when there are none).

@@ -41,7 +41,12 @@ std::string ReferenceOfRow(std::string_view rowText) {
 
 void LLegderGetBaseFolder(const LProfile& profile, LTextBuffer& out) {
   LFile::_MakeFilePath(out, profile.GetDataStore().GetFolder(), "Ledger", "");
+  // Looked at once per thread and business, not at every path a posting builds; a folder
+  // removed later is made again by the next holder of the ledger lock, which every writer is.
+  thread_local std::string known;
+  if (known == std::string_view(out)) return;
   if (!LFile::IsFolder(out)) ::mkdir(out, 0777);
+  known = out;
 }
 
 bool LLedgerGetCSVFilePath(const LProfile& profile, LTextBuffer& out, std::string_view date) {
@@ -93,6 +98,7 @@ bool AppendRows(const LProfile& profile, const LLedgerTransaction& txn, LLedgerI
   // file never holds half a transaction.
   std::string rows;
   for (const auto& line : txn.Lines()) rows += line.BuildCSVRow();
+  if (intent != nullptr) intent->AddPosting(txn);  // the accounts' records, locked after the day file
   if (intent != nullptr && !intent->BeginPosting(txn, end, rows)) return false;
   // The trail records the posting before the rows exist; a posting it cannot record is refused.
   if (intent != nullptr && !LAuditAppendTransaction(profile, kAuditPost, txn)) return false;
@@ -112,7 +118,6 @@ bool LAccountTransactionRecord(LProfile& profile, const LLedgerTransaction& txn)
   if (!txn.HasLines()) return true;
   LLedgerLock lock(profile);
   LLedgerIntent intent(profile);
-  intent.AddTransaction(txn, +1);
   if (!AppendRows(profile, txn, &intent)) {
     intent.Refuse();  // the rows were not written (or were cut back): nothing changed
     return false;

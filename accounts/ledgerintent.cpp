@@ -10,6 +10,7 @@
 #include <cerrno>
 #include <map>
 #include <mutex>
+#include <optional>
 #include <vector>
 
 #include "accounts/auditpending.h"
@@ -132,16 +133,23 @@ bool SettleFile(const LProfile& profile, const std::string& path) {
   return LFile::ReadAll(path, text) && Settle(profile, std::move(text)) && ::unlink(path.c_str()) == 0;
 }
 
-// Settles the intent held in the ledger lock file, if any, and empties the file.
+// Settles the intent held in the ledger lock file, if any, and empties the file. Called by the
+// holder of the lock, through the descriptor it locked.
 bool SettleLockFile(const LProfile& profile) {
-  std::string path = LedgerLockPath(profile);
+  LLedgerLockFile* held = LLedgerHeldLockFile(profile);
+  if (held == nullptr || held->empty) return false;
   struct stat info {};
-  if (::stat(path.c_str(), &info) != 0 || info.st_size == 0) return false;
-  std::string text;
-  if (!LFile::ReadAll(path, text) || !Settle(profile, std::move(text))) return false;
-  LFileDescriptor file(LRobustOpen(path, O_WRONLY));
-  if (file.IsOpen() && LRobustTruncate(file.Get(), 0)) return true;
-  LLogWriteFailure("truncate", path, errno);
+  if (::fstat(held->fd, &info) != 0) return false;
+  std::string text(static_cast<std::size_t>(info.st_size), '\0');
+  ssize_t n = ::pread(held->fd, text.data(), text.size(), 0);
+  if (n < 0) return false;
+  text.resize(static_cast<std::size_t>(n));
+  if (!Settle(profile, std::move(text))) return false;
+  if (LRobustTruncate(held->fd, 0)) {
+    held->empty = true;
+    return n > 0;
+  }
+  LLogWriteFailure("truncate", LedgerLockPath(profile), errno);
   return false;
 }
 
@@ -279,7 +287,11 @@ LLedgerIntent::~LLedgerIntent() {
   for (LAccountMove& move : moves_) move.account.DetachWithoutSave();
 }
 
-void LLedgerIntent::AddTransaction(const LLedgerTransaction& txn, int sign) {
+void LLedgerIntent::AddTransaction(const LLedgerTransaction& txn, int sign) { Add(txn, sign, false); }
+
+void LLedgerIntent::AddPosting(const LLedgerTransaction& txn) { Add(txn, +1, true); }
+
+void LLedgerIntent::Add(const LLedgerTransaction& txn, int sign, bool holdRecords) {
   LDate day;
   if (!LDate::Parse(txn.GetDate(), day)) return;  // never recorded: nothing moves
   LAccountList accounts(profile_);
@@ -288,7 +300,9 @@ void LLedgerIntent::AddTransaction(const LLedgerTransaction& txn, int sign) {
     auto it = std::find_if(moves_.begin(), moves_.end(), same);
     if (it == moves_.end()) {
       LAccountMove& move = moves_.emplace_back();
-      if (!accounts.Open(move.account, line.account)) {
+      bool opened = holdRecords ? move.held.Open(accounts, line.account, move.account)
+                                : accounts.Open(move.account, line.account);
+      if (!opened) {
         moves_.pop_back();
         continue;
       }
@@ -329,15 +343,23 @@ bool LLedgerIntent::Write(std::string_view kind, std::string_view date, std::str
   intent.SaveHTTPString(text);
   text.push_back('\n');  // the mark of a complete intent
 
-  // The lock holder settled whatever was there before it: the file is emptied as it is opened.
+  // The holder of the lock writes through its descriptor of the lock file, which it found empty
+  // or emptied when it took the lock. Others (a test playing a killed process) open the file.
   std::string path = LedgerLockPath(profile_);
-  LFileDescriptor file(LRobustOpen(path, O_WRONLY | O_CREAT | O_TRUNC, 0666));
-  if (!file.IsOpen() || !LRobustWrite(file.Get(), text.data(), text.size())) {
+  heldFile_ = LLedgerHeldLockFile(profile_);
+  LFileDescriptor opened;
+  if (heldFile_ == nullptr) opened = LFileDescriptor(LRobustOpen(path, O_WRONLY | O_CREAT | O_TRUNC, 0666));
+  int fd = heldFile_ != nullptr ? heldFile_->fd : opened.Get();
+  bool written = fd >= 0 && (heldFile_ == nullptr || heldFile_->empty || LRobustTruncate(fd, 0)) &&
+                 LRobustWriteAt(fd, text.data(), text.size(), 0);
+  if (heldFile_ != nullptr) heldFile_->empty = false;
+  if (!written) {
     LLogWriteFailure("write", path, errno);
-    if (file.IsOpen() && !LRobustTruncate(file.Get(), 0)) LLogWriteFailure("truncate", path, errno);
+    if (fd >= 0 && LRobustTruncate(fd, 0) && heldFile_ != nullptr) heldFile_->empty = true;
+    heldFile_ = nullptr;
     return false;
   }
-  intentFile_ = std::move(file);
+  intentFile_ = std::move(opened);
   return true;
 }
 
@@ -350,13 +372,18 @@ bool LLedgerIntent::BeginDeleting(std::string_view date, std::string_view refere
 }
 
 bool LLedgerIntent::ApplyBalances() {
-  LAccountList accounts(profile_);
+  std::optional<LAccountList> accounts;  // only for records not held
   bool saved = true;
   for (LAccountMove& move : moves_) {
     LAccount& account = move.account;
     account.MoveBalance(move.monthIndex, move.delta);
     // In place: the intent rewrites these balances whole should the save be cut short.
-    saved = LFileStoreSaveInPlace(accounts, account) && saved;
+    if (move.held.IsHolding()) {
+      saved = move.held.Save(account) && saved;
+      continue;
+    }
+    if (!accounts) accounts.emplace(profile_);
+    saved = LFileStoreSaveInPlace(*accounts, account) && saved;
   }
   return saved;
 }
@@ -367,7 +394,11 @@ void LLedgerIntent::Refuse() {
 }
 
 void LLedgerIntent::End() {
-  if (intentFile_.IsOpen() && !LRobustTruncate(intentFile_.Get(), 0))
-    LLogWriteFailure("truncate", LedgerLockPath(profile_), errno);
+  int fd = heldFile_ != nullptr ? heldFile_->fd : intentFile_.Get();
+  if (fd >= 0) {
+    if (!LRobustTruncate(fd, 0)) LLogWriteFailure("truncate", LedgerLockPath(profile_), errno);
+    else if (heldFile_ != nullptr) heldFile_->empty = true;
+  }
+  heldFile_ = nullptr;
   intentFile_.Close();
 }

@@ -39,8 +39,10 @@
 #include <vector>
 
 #include "accounts/accounts.h"
+#include "accounts/ledgerlock.h"
 #include "llib/gen/file.h"
 #include "llib/gen/filelock.h"
+#include "llib/gen/filestoreinplace.h"
 
 class LProfile;
 class LLedgerTransaction;
@@ -55,6 +57,10 @@ class LLedgerIntent {
   // Opens the account of every line of txn (lines naming no account are skipped, as postings
   // always have) and adds line amount * sign to what that account will move by.
   void AddTransaction(const LLedgerTransaction& txn, int sign);
+  // As AddTransaction(txn, +1), each account record being held under its exclusive lock until
+  // ApplyBalances writes it: read once, written back with nothing to merge. Record locks come
+  // after a day file's: call it with txn's day file locked.
+  void AddPosting(const LLedgerTransaction& txn);
   // Writes the intent of appending rows (txn's) at sizeBefore of its day file. false (nothing
   // written, the failure logged) when the intent cannot be written: the posting must not go on.
   [[nodiscard]] bool BeginPosting(const LLedgerTransaction& txn, long long sizeBefore, std::string_view rows);
@@ -72,13 +78,16 @@ class LLedgerIntent {
  private:
   struct LAccountMove {
     LAccount account;     // open on the account record
+    LFileStoreInPlaceUpdate held;  // the record under its lock, for a posting
     int monthIndex = 0;   // year * 12 + month - 1 of the transaction's date
     long long delta = 0;  // cents this change adds to the bucket and the total
   };
   const LProfile& profile_;
   std::list<LAccountMove> moves_;  // one per account, in the order first named
-  LFileDescriptor intentFile_;      // the ledger lock file, open while it holds this intent
+  LLedgerLockFile* heldFile_ = nullptr;  // the lock file as this thread holds it, once written
+  LFileDescriptor intentFile_;      // the lock file opened by one that does not hold the lock
   long long auditSize_ = -1;        // the audit trail's size when the intent was written
+  void Add(const LLedgerTransaction& txn, int sign, bool holdRecords);
   bool Write(std::string_view kind, std::string_view date, std::string_view reference, long long sizeBefore,
              std::string_view rows);
 };

@@ -2,22 +2,36 @@
 
 #include <fcntl.h>
 #include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
+#include <cerrno>
 #include <chrono>
 #include <map>
 
+#include "accounts/audittrail.h"
 #include "accounts/ledger.h"
 #include "accounts/ledgerintent.h"
 
 namespace {
 
-// How deep this thread holds each business's ledger lock, and whether the outermost holder got
-// it in time.
+// The descriptor of the lock file that this thread holds, or kept open between holds.
 struct LHeld {
-  int depth = 0;
-  bool locked = false;
+  int depth = 0;         // how deep this thread holds the lock
+  bool locked = false;   // whether the outermost holder got it in time
+  LFileDescriptor fd;
+  LLedgerLockFile file;  // fd, as the intent sees it, while locked
 };
 thread_local std::map<std::string, LHeld> tHeld;
+
+// The descriptor of the last lock file this thread released, kept for its next hold. One only:
+// a process that goes through many businesses keeps one descriptor per thread, not one each.
+struct LKept {
+  std::string path;
+  pid_t pid = 0;  // a forked child shares the descriptor, and would share the lock with it
+  LFileDescriptor fd;
+};
+thread_local LKept tKept;
 
 // The plain 10,000 ms schedule sleeps 313 ms and more between attempts: right for a record
 // that is rarely contended, far too coarse for a lock that every posting holds for about a
@@ -33,7 +47,49 @@ bool LockWithin(int fd, unsigned timeoutMs) {
   return false;
 }
 
+// The lock file opened, the ledger folder made first when it is missing.
+LFileDescriptor OpenLockFile(const std::string& folder, const std::string& path) {
+  int fd = LRobustOpen(path, O_RDWR | O_CREAT, 0666);
+  if (fd < 0 && errno == ENOENT && LFile::MakeFolder(folder)) fd = LRobustOpen(path, O_RDWR | O_CREAT, 0666);
+  return LFileDescriptor(fd);
+}
+
+// Takes the lock on held.fd, kept from an earlier hold when there is one. A kept descriptor
+// whose file was removed since (st_nlink 0) locks nothing anyone else sees: the file is opened
+// anew. The size read on the way tells whether an intent waits in the file.
+void Take(const std::string& folder, const std::string& path, LHeld& held) {
+  if (tKept.path == path && tKept.pid == ::getpid()) held.fd = std::move(tKept.fd);
+  tKept.path.clear();
+  for (int attempt = 0; attempt < 2; ++attempt) {
+    if (!held.fd.IsOpen()) held.fd = OpenLockFile(folder, path);
+    if (!held.fd.IsOpen()) return;
+    held.locked = LockWithin(held.fd.Get(), kRecordLockTimeoutMs);
+    struct stat info {};
+    if (::fstat(held.fd.Get(), &info) != 0) info.st_nlink = 1;  // cannot tell: keep it
+    if (info.st_nlink > 0) {
+      held.file = {held.fd.Get(), held.locked && info.st_size == 0};
+      return;
+    }
+    if (held.locked) ::flock(held.fd.Get(), LOCK_UN);
+    held.locked = false;
+    held.fd.Close();
+  }
+}
+
 }  // namespace
+
+void LLedgerLetGoOfFiles() {
+  tKept.path.clear();
+  tKept.fd.Close();
+  LAuditLetGoOfFiles();
+}
+
+LLedgerLockFile* LLedgerHeldLockFile(const LProfile& profile) {
+  LTextBuffer folder;
+  LLegderGetBaseFolder(profile, folder);
+  auto it = tHeld.find(LFile::MakeFilePath(folder, kLedgerLockFile));
+  return it == tHeld.end() || !it->second.locked ? nullptr : &it->second.file;
+}
 
 LLedgerLock::LLedgerLock(const LProfile& profile) {
   LTextBuffer folder;
@@ -41,9 +97,7 @@ LLedgerLock::LLedgerLock(const LProfile& profile) {
   path_ = LFile::MakeFilePath(folder, kLedgerLockFile);
   LHeld& held = tHeld[path_];
   if (held.depth == 0) {
-    int fd = LRobustOpen(path_, O_RDWR | O_CREAT, 0666);
-    if (fd >= 0) file_ = LLockedFile(fd, LockWithin(fd, kRecordLockTimeoutMs));
-    held.locked = file_.Locked();
+    Take(std::string(folder), path_, held);
     // Whatever a killed holder left half done is settled before this one looks at the books.
     // Without the lock another live holder may be midway: its intent is not to be touched.
     if (held.locked) {
@@ -59,6 +113,13 @@ LLedgerLock::LLedgerLock(const LProfile& profile) {
 
 LLedgerLock::~LLedgerLock() {
   auto it = tHeld.find(path_);
-  if (it != tHeld.end() && --it->second.depth == 0) tHeld.erase(it);
-  file_.Close();
+  if (it == tHeld.end() || --it->second.depth > 0) return;
+  LHeld& held = it->second;
+  if (held.locked) ::flock(held.fd.Get(), LOCK_UN);
+  if (held.fd.IsOpen()) {
+    tKept.path = path_;
+    tKept.pid = ::getpid();
+    tKept.fd = std::move(held.fd);
+  }
+  tHeld.erase(it);
 }

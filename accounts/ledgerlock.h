@@ -26,6 +26,21 @@ class LProfile;
 
 inline constexpr std::string_view kLedgerLockFile = "Ledger.lock";  // in the ledger folder
 
+// The lock file as held by this thread, where the holder writes the intent of its change
+// (accounts/ledgerintent.h). empty: the file is known to hold no intent (it was emptied when the
+// lock was taken and after each change), so writing the next one needs no truncation first.
+struct LLedgerLockFile {
+  int fd = -1;
+  bool empty = false;
+};
+// The lock file of profile's ledger while this thread holds its lock; nullptr otherwise.
+LLedgerLockFile* LLedgerHeldLockFile(const LProfile& profile);
+
+// Closes the files that postings keep open between holds: this thread's descriptor of the lock
+// file and the process's of the audit trail. For one that lets go of the disk the books are on
+// (unmounts it); they are opened again when next needed.
+void LLedgerLetGoOfFiles();
+
 class LLedgerLock {
  public:
   explicit LLedgerLock(const LProfile& profile);
@@ -38,6 +53,5 @@ class LLedgerLock {
 
  private:
   std::string path_;   // the lock file
-  LLockedFile file_;   // open only in the outermost holder of this thread
   bool locked_ = false;
 };

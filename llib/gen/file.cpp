@@ -85,6 +85,22 @@ bool LRobustWrite(int fd, const void* data, std::size_t size) {
   return true;
 }
 
+bool LRobustWriteAt(int fd, const void* data, std::size_t size, long long offset) {
+  const auto* bytes = static_cast<const char*>(data);
+  while (size > 0) {
+    if (LSyscallFaultFires(LSyscall::kWrite)) return false;
+    ssize_t n = ::pwrite(fd, bytes, size, static_cast<off_t>(offset));
+    if (n < 0) {
+      if (errno == EINTR) continue;
+      return false;
+    }
+    bytes += n;
+    offset += n;
+    size -= static_cast<std::size_t>(n);
+  }
+  return true;
+}
+
 bool LRobustRename(const std::string& from, const std::string& to, bool replace) {
   if (LSyscallFaultFires(LSyscall::kRename)) return false;
   if (replace) return ::rename(from.c_str(), to.c_str()) == 0;

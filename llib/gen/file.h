@@ -54,6 +54,9 @@ long long LRobustRead(int fd, void* buffer, std::size_t size);
 // Writes all bytes (retrying short writes and EINTR); true when all were written, false with
 // errno set (ENOSPC for a full disk) when the system refused part of them.
 [[nodiscard]] bool LRobustWrite(int fd, const void* data, std::size_t size);
+// The same at offset (pwrite(2)), leaving the descriptor's position alone: one call instead of a
+// seek and a write.
+[[nodiscard]] bool LRobustWriteAt(int fd, const void* data, std::size_t size, long long offset);
 // rename(2), or renameat2 with RENAME_NOREPLACE when replace is false (then false with EEXIST
 // when the target exists). true when the file now has its new name.
 [[nodiscard]] bool LRobustRename(const std::string& from, const std::string& to, bool replace = true);

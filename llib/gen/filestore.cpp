@@ -307,29 +307,63 @@ constexpr std::size_t kInPlaceLimit = 4096;  // one page: a write this short is 
 
 }  // namespace
 
-bool LFileStoreSaveInPlace(const LFileStoreListBase& list, LRecord& r) {
-  if (!r.IsDirty()) return true;
+namespace {
+
+// Whether r may be saved in place: a list with an index knows its records by their files'
+// inodes, and an in-place write would keep the inode and leave the index naming the old value.
+bool MayBeSavedInPlace(const LFileStoreListBase& list, const LRecord& r) {
   const std::string& key = r.GetPrimaryKey();
-  // A list with an index knows its records by their files' inodes: an in-place write would keep
-  // the inode and leave the index naming the old value.
-  if (key.empty() || r.GetStoredKey() != key || !LFileStoreIndexedField(list.GetFolder()).empty()) return r.Flush();
-  std::string path = list.MakeRecordPath(key);
-  LLockedFile file = LLockedFile::OpenCurrent(path, O_RDWR, LOCK_EX, kRecordLockTimeoutMs);
-  if (!file.IsOpen()) return r.Flush();
-  std::string stored = ReadWholeFile(file.Get());
-  MergeStored(stored, r);
+  return !key.empty() && r.GetStoredKey() == key && LFileStoreIndexedField(list.GetFolder()).empty();
+}
+
+// Writes r over the locked file, whose text is stored; a text of a page or more is saved by the
+// store's own rules once the file is let go.
+bool OverwriteInPlace(LLockedFile& file, const std::string& path, std::string_view stored, LRecord& r) {
   std::string text = BuildFileText(r);
   if (text.size() >= kInPlaceLimit || stored.size() >= kInPlaceLimit) {
     file.Close();
     return r.Flush();
   }
   if (text.size() < stored.size()) text.append(stored.size() - text.size(), '&');
-  if (::lseek(file.Get(), 0, SEEK_SET) != 0 || !LRobustWrite(file.Get(), text.data(), text.size())) {
+  if (!LRobustWriteAt(file.Get(), text.data(), text.size(), 0)) {
     LLogWriteFailure("write", path, errno);
     return false;
   }
   MarkSaved(r);
   return true;
+}
+
+}  // namespace
+
+bool LFileStoreSaveInPlace(const LFileStoreListBase& list, LRecord& r) {
+  if (!r.IsDirty()) return true;
+  if (!MayBeSavedInPlace(list, r)) return r.Flush();
+  std::string path = list.MakeRecordPath(r.GetPrimaryKey());
+  LLockedFile file = LLockedFile::OpenCurrent(path, O_RDWR, LOCK_EX, kRecordLockTimeoutMs);
+  if (!file.IsOpen()) return r.Flush();
+  std::string stored = ReadWholeFile(file.Get());
+  MergeStored(stored, r);
+  return OverwriteInPlace(file, path, stored, r);
+}
+
+bool LFileStoreInPlaceUpdate::Open(const LFileStoreListBase& list, std::string_view key, LRecord& r) {
+  if (key.empty() || !LFileStoreIndexedField(list.GetFolder()).empty()) return list.Open(r, key);
+  path_ = list.MakeRecordPath(key);
+  file_ = LLockedFile::OpenCurrent(path_, O_RDWR, LOCK_EX, kRecordLockTimeoutMs);
+  if (!file_.IsOpen()) return list.Open(r, key);
+  stored_ = ReadWholeFile(file_.Get());
+  list.CreateNewRecord(r, key);  // attached under key, as an open record is
+  ParseFields(stored_, r);
+  r.SetKeys(key, key);
+  r.SetDirty(false);
+  return true;
+}
+
+bool LFileStoreInPlaceUpdate::Save(LRecord& r) {
+  if (!file_.IsOpen()) return r.Flush();
+  bool saved = !r.IsDirty() || OverwriteInPlace(file_, path_, stored_, r);
+  file_.Close();
+  return saved;
 }
 
 // ---- Iteration --------------------------------------------------------------------------------

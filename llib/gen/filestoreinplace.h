@@ -11,6 +11,11 @@
 // intents (accounts/ledgerintent.h), which rewrite them whole after a crash.
 #pragma once
 
+#include <string>
+#include <string_view>
+
+#include "llib/gen/filelock.h"
+
 class LFileStoreListBase;
 class LRecord;
 
@@ -19,3 +24,30 @@ class LRecord;
 // LFileStoreListBase::Save instead. false when the write failed (the
 // file then holds its old text).
 [[nodiscard]] bool LFileStoreSaveInPlace(const LFileStoreListBase& list, LRecord& r);
+
+// A record held under its exclusive lock from its reading to its in-place save, for a change
+// that reads a record and writes it back at once (a posting's balances): the file is read once,
+// where an open and a save in place read it twice, and nothing needs merging, as no one could
+// write it in between.
+//
+//     LFileStoreInPlaceUpdate update;
+//     if (update.Open(list, key, record)) { ...change record...; ok = update.Save(record); }
+//
+// Hold it in the order of the record locks (after a ledger day file's, for instance). A record
+// of a list with an index, or one that cannot be opened for writing, is opened the ordinary way
+// and Save falls back to LRecord::Flush.
+class LFileStoreInPlaceUpdate {
+ public:
+  // Opens key of list into r (attached as by LFileStoreListBase::Open). false: r stays detached
+  // and empty.
+  bool Open(const LFileStoreListBase& list, std::string_view key, LRecord& r);
+  // Writes r over the file in place (LFileStoreSaveInPlace's rules), then lets the file go.
+  [[nodiscard]] bool Save(LRecord& r);
+  // Whether a record is held (opened and not saved yet).
+  bool IsHolding() const { return file_.IsOpen(); }
+
+ private:
+  LLockedFile file_;    // the record file, locked while held
+  std::string path_;
+  std::string stored_;  // its text as read
+};
