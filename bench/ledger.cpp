@@ -2,8 +2,9 @@
 //   - Balanced two-line transactions posted per second through LAccountTransactionRecord into a
 //     business with the default chart: each posting takes the ledger lock, appends two rows to a
 //     day file under its lock, and reads, changes and rewrites two account records.
-//   - The bare file work of one posting, in the same run: an append of two rows under flock, and
-//     a read-rewrite-truncate of two small files. The ratio of the two rates is the cost of
+//   - The bare file work of one posting, in the same run: an append of two rows under flock to
+//     the same day file as that posting (created by the first posting of its day, as a posting
+//     creates it), and a read-rewrite-truncate of two small files. The ratio of the two rates is the cost of
 //     everything else (paths, parsing, record merging, the ledger lock).
 //   - Opening the books: the look for interrupted postings that every command makes, with nothing
 //     to settle, and with a posting interrupted between its rows and its balances.
@@ -16,6 +17,8 @@
 
 #include <cstdlib>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "accounts/accounts.h"
 #include "bench/benchfolder.h"
@@ -68,12 +71,19 @@ void BM_BareFileOperations(benchmark::State& state) {
   LProfile profile(home.Business());
   LTextBuffer folder;
   LLegderGetBaseFolder(profile, folder);
-  std::string day = LFile::MakeFilePath(folder, "2024-01-01.csv");
   std::string first = home.Path() + "/a.dat", second = home.Path() + "/b.dat";
-  const std::string rows =
-      "\"2024-01-01\",\"GJ10000\",\"General\",\"6410\",\"\",\"Loyer\",\"+123.45\",\"Tax=&UserName=bench\",\"\"\r\n"
-      "\"2024-01-01\",\"GJ10000\",\"General\",\"1110\",\"\",\"Loyer\",\"-123.45\",\"Tax=&UserName=bench\",\"\"\r\n";
+  // The day files and rows of the postings above, so that each day file is created where a
+  // posting creates it.
+  std::vector<std::pair<std::string, std::string>> days;
+  for (long i = 0; i < 365; ++i) {
+    LLedgerTransaction txn = Rent(i);
+    std::string rows;
+    for (const auto& line : txn.Lines()) rows += line.BuildCSVRow();
+    days.emplace_back(LFile::MakeFilePath(folder, txn.GetDate() + ".csv"), std::move(rows));
+  }
+  long i = 0;
   for (auto _ : state) {
+    const auto& [day, rows] = days[static_cast<std::size_t>(i++ % 365)];
     int fd = ::open(day.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0666);
     ::flock(fd, LOCK_EX);
     ::lseek(fd, 0, SEEK_END);
