@@ -8,6 +8,7 @@
 
 #include <ctime>
 #include <mutex>
+#include <unordered_set>
 
 #include "accounts/ledger.h"
 #include "accounts/ledgerlock.h"
@@ -429,4 +430,27 @@ LAuditVerifyResult LAuditVerify(const LProfile& profile) {
     return result;
   }
   return LAuditVerifyText(content, head);
+}
+
+bool LAuditSaysDeleted(const LProfile& profile, std::string_view title, std::string_view key) {
+  std::string log = LAuditReadFrom(profile, 0);
+  std::string reference = std::string(title) + " " + std::string(key);
+  std::unordered_set<std::string> cancelled;  // "Seq" of the entries taken back, met later in the log
+  for (std::size_t end = log.size(); end > 0;) {
+    std::size_t start = log.rfind('\n', end - 1 - (log[end - 1] == '\n' ? 1 : 0));
+    start = start == std::string::npos ? 0 : start + 1;
+    std::string_view line = std::string_view(log).substr(start, end - start);
+    end = start;
+    LHashTable entry;
+    entry.LoadHTTPString(line);
+    std::string_view action = entry.GetString("Action", "");
+    if (action == kAuditCancel) {
+      cancelled.insert(entry.GetString("Lines", ""));
+      continue;
+    }
+    if (entry.GetString("Reference", "") != reference || cancelled.contains(entry.GetString("Seq", ""))) continue;
+    if (action == kAuditRecord || action == kAuditEdit || action == kAuditDeleteDocument)
+      return action == kAuditDeleteDocument;
+  }
+  return false;
 }

@@ -94,6 +94,10 @@ bool LAuditCutBack(const LProfile& profile, long long size);
 // whole record (every field, percent-encoded) when it is deleted.
 [[nodiscard]] bool LAuditAppendDocument(const LProfile& profile, std::string_view action, std::string_view title,
                                         std::string_view key, const LRecord& document);
+// Whether the trail's last word on the document named title and key is its deletion ("cancel"
+// entries taken into account). Reads the whole log: only the repair of a deletion cut short
+// between noting it and writing its entry asks.
+bool LAuditSaysDeleted(const LProfile& profile, std::string_view title, std::string_view key);
 // The event of that entry, to be written later (accounts/auditpending.h).
 LAuditEvent LAuditDocumentEvent(std::string_view action, std::string_view title, std::string_view key,
                                 const LRecord& document);

@@ -5,6 +5,7 @@
 
 #include "accounts/auditpending.h"
 #include "accounts/audittrail.h"
+#include "llib/gen/log.h"
 #include "accounts/ledgerlock.h"
 #include "invoice/sales/applicationaudit.h"
 #include "invoice/sales/salesbook.h"
@@ -189,10 +190,9 @@ bool LPaymentCreate(LProfile& profile, const LPaymentRequest& request, std::stri
 
 namespace {
 
-// Deletes the payment, announced in the trail already, with everything it moved.
-bool DeletePayment(LProfile& profile, std::string_view key, LPayment& payment, LSalesChangeIntent& intent,
-                   std::string* error) {
-  intent.NoteDeleting(kPaymentsList, key);
+// Deletes the payment, noted in the change's intent and announced in the trail already, with
+// everything it moved.
+bool DeletePayment(LProfile& profile, std::string_view key, LPayment& payment, std::string* error) {
   LApplicationAudit applications(profile, kPaymentTitle, payment, profile.MainList(kPaymentsList).MakeRecordPath(key));
   LPaymentUnapply(payment, profile, payment.IsRefund());
   // The deletion is under way already (its entry is written): the trail's refusal only leaves
@@ -220,19 +220,28 @@ bool LPaymentDelete(LProfile& profile, std::string_view key, std::string* error)
     SetError(error, "Paiement introuvable : " + std::string(key) + ".");
     return false;
   }
-  // The trail keeps the whole payment as it was; without it, nothing is deleted.
+  // Noted before its entry, so that a deletion killed after the entry is finished by the next
+  // command (LPaymentFinishDelete writes the entry if it is missing). The trail keeps the whole
+  // payment as it was; without it, nothing is deleted (the note goes with the intent).
+  intent.NoteDeleting(kPaymentsList, key);
   if (!LAuditAppendDocument(profile, kAuditDeleteDocument, kPaymentTitle, key, payment)) {
     SetError(error, std::string(kAuditNotWrittenMessage));
     return false;
   }
-  return DeletePayment(profile, key, payment, intent, error);
+  return DeletePayment(profile, key, payment, error);
 }
 
 bool LPaymentFinishDelete(LProfile& profile, std::string_view key) {
   LLedgerLock lock(profile);
   LSalesChangeIntent intent(profile);
   LPayment payment;
-  return profile.MainList(kPaymentsList).Open(payment, key) && DeletePayment(profile, key, payment, intent, nullptr);
+  if (!profile.MainList(kPaymentsList).Open(payment, key)) return false;
+  intent.NoteDeleting(kPaymentsList, key);
+  // Killed between noting the deletion and writing its entry: the entry is written now.
+  if (!LAuditSaysDeleted(profile, kPaymentTitle, key) &&
+      !LAuditAppendDocument(profile, kAuditDeleteDocument, kPaymentTitle, key, payment))
+    LLogError("%s", std::string(kAuditNotWrittenMessage).c_str());
+  return DeletePayment(profile, key, payment, nullptr);
 }
 
 bool LPaymentApply(LProfile& profile, std::string_view key, const std::vector<LAppliedAmount>& applications,

@@ -7,6 +7,7 @@
 
 #include "accounts/auditpending.h"
 #include "accounts/audittrail.h"
+#include "llib/gen/log.h"
 #include "accounts/ledgerlock.h"
 #include "accounts/linkedaccounts.h"
 #include "invoice/sales/applicationaudit.h"
@@ -373,6 +374,11 @@ bool LSalesDocumentFinishDelete(LProfile& profile, const LSalesDocumentKind& kin
   LSalesDocument document;
   if (!profile.MainList(kind.recordedList).Open(document, key)) return false;
   intent.NoteDeleting(kind.recordedList, key);
+  // Killed between noting the deletion and writing its entry: the entry is written now. The
+  // deletion goes on even if it cannot be, as the one cut short would have.
+  if (!LAuditSaysDeleted(profile, kind.title, key) &&
+      !LAuditAppendDocument(profile, kAuditDeleteDocument, kind.title, key, document))
+    LLogError("%s", std::string(kAuditNotWrittenMessage).c_str());
   return DeleteRecorded(profile, kind, key, document, nullptr);
 }
 
@@ -385,12 +391,14 @@ bool LSalesDocumentDelete(LProfile& profile, const LSalesDocumentKind& kind, std
   LSalesDocument document;
   bool isInvoice = kind.type == LSalesDocumentType::kInvoice;
   if (recordedList.Open(document, key)) {
-    // The trail keeps the whole document as it was; without it, nothing is deleted.
+    // Noted before its entry, so that a deletion killed after the entry is finished by the next
+    // command (LSalesDocumentFinishDelete writes the entry if it is missing). The trail keeps the
+    // whole document as it was; without it, nothing is deleted (the note goes with the intent).
+    intent.NoteDeleting(kind.recordedList, key);
     if (!LAuditAppendDocument(profile, kAuditDeleteDocument, kind.title, key, document)) {
       SetError(error, std::string(kAuditNotWrittenMessage));
       return false;
     }
-    intent.NoteDeleting(kind.recordedList, key);
     return DeleteRecorded(profile, kind, key, document, error);
   }
   if (draftsList.Open(document, key)) {

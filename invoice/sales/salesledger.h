@@ -35,7 +35,7 @@ class LSalesChangeIntent : public LBooksChangeIntent {
   // its posting was on oldDate (empty when it had none) under reference (empty when it has none
   // yet; noted again once taken).
   void NotePosting(std::string_view list, std::string_view key, std::string_view oldDate, std::string_view reference);
-  // The document is being deleted; its deletion is already in the audit trail.
+  // The document is being deleted (noted before its deletion's entry in the audit trail).
   void NoteDeleting(std::string_view list, std::string_view key);
   // A new number of list is about to be taken (an empty record file, noted once taken).
   void NoteReserving(std::string_view list);
