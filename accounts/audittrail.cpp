@@ -19,6 +19,7 @@
 #include "llib/gen/hextext.h"
 #include "llib/gen/log.h"
 #include "llib/gen/percent.h"
+#include "llib/gen/processid.h"
 #include "llib/gen/record.h"
 #include "llib/gen/system.h"
 #include "llib/gen/textnum.h"
@@ -150,6 +151,9 @@ struct LAuditEnd {
   long long size = 0;          // of the log
   long long headSize = -1;     // as last written here; -1: unknown
   std::string last;            // the log's last line
+  // The ledger-lock hold during which a look at the log found it as noted (LAuditLogSize): the
+  // entry that follows in that hold needs no second look. 0: none.
+  unsigned long long seenInHold = 0;
 };
 
 LAuditEnd& NotedEnd() {
@@ -159,6 +163,7 @@ LAuditEnd& NotedEnd() {
 
 void ForgetEnd(LAuditEnd& end) {
   end.path.clear();
+  end.seenInHold = 0;
   end.log.Close();
   end.head.Close();
 }
@@ -172,8 +177,17 @@ void LAuditLetGoOfFiles() {
 }
 
 long long LAuditLogSize(const LProfile& profile) {
+  std::string path = LogPath(profile);
   struct stat info {};
-  return ::stat(LogPath(profile).c_str(), &info) == 0 ? static_cast<long long>(info.st_size) : 0;
+  if (::stat(path.c_str(), &info) != 0) return 0;
+  if (const LLedgerLockFile* held = LLedgerHeldLockFile(profile); held != nullptr) {
+    LAuditEnd& end = NotedEnd();
+    std::lock_guard<std::mutex> guard(end.mutex);
+    bool asNoted = end.path == path && end.pid == LProcessId() && info.st_dev == end.logDevice &&
+                   info.st_ino == end.logInode && info.st_size == end.size;
+    end.seenInHold = asNoted ? held->hold : 0;
+  }
+  return static_cast<long long>(info.st_size);
 }
 
 std::string LAuditReadFrom(const LProfile& profile, long long size) {
@@ -203,8 +217,10 @@ namespace {
 // ones noted. false when the log cannot be read.
 bool CatchUp(const LProfile& profile, LAuditEnd& end) {
   std::string path = LogPath(profile);
+  const LLedgerLockFile* held = LLedgerHeldLockFile(profile);
+  if (held != nullptr && end.seenInHold == held->hold && end.path == path && end.pid == LProcessId()) return true;
   struct stat info {};
-  bool same = end.path == path && end.pid == ::getpid() && ::stat(path.c_str(), &info) == 0 &&
+  bool same = end.path == path && end.pid == LProcessId() && ::stat(path.c_str(), &info) == 0 &&
               info.st_dev == end.logDevice && info.st_ino == end.logInode;
   if (same && info.st_size == end.size) return true;
   end.headSize = -1;  // another process wrote the trail since: its head may be longer
@@ -213,7 +229,7 @@ bool CatchUp(const LProfile& profile, LAuditEnd& end) {
     end.log = LFileDescriptor(LRobustOpen(path, O_RDWR | O_CREAT | O_APPEND, 0666));
     if (!end.log.IsOpen() || ::fstat(end.log.Get(), &info) != 0) return false;
     end.path = path;
-    end.pid = ::getpid();
+    end.pid = LProcessId();
     end.logDevice = info.st_dev;
     end.logInode = info.st_ino;
   }

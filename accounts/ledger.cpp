@@ -92,7 +92,8 @@ bool AppendRows(const LProfile& profile, const LLedgerTransaction& txn, LLedgerI
     LLogWriteFailure("open", path, file.OpenErrno());
     return false;
   }
-  off_t end = ::lseek(file.Get(), 0, SEEK_END);
+  // The size seen once locked is where the rows go: every appender holds this lock.
+  off_t end = file.Locked() && file.Size() >= 0 ? static_cast<off_t>(file.Size()) : ::lseek(file.Get(), 0, SEEK_END);
   if (end < 0) return false;
   // The whole transaction in one write; a write that fails midway is cut back off, so the day
   // file never holds half a transaction.
@@ -102,7 +103,7 @@ bool AppendRows(const LProfile& profile, const LLedgerTransaction& txn, LLedgerI
   if (intent != nullptr && !intent->BeginPosting(txn, end, rows)) return false;
   // The trail records the posting before the rows exist; a posting it cannot record is refused.
   if (intent != nullptr && !LAuditAppendTransaction(profile, kAuditPost, txn)) return false;
-  if (LRobustWrite(file.Get(), rows.data(), rows.size())) return true;
+  if (LRobustWriteAt(file.Get(), rows.data(), rows.size(), end)) return true;
   LLogWriteFailure("write", path, errno);
   if (!LRobustTruncate(file.Get(), end)) LLogWriteFailure("truncate", path, errno);
   return false;

@@ -25,6 +25,7 @@
 #include "llib/gen/hashtable.h"
 #include "llib/gen/log.h"
 #include "llib/gen/moneybounds.h"
+#include "llib/gen/processid.h"
 #include "llib/gen/textnum.h"
 
 namespace {
@@ -54,7 +55,7 @@ std::string Numbered(std::string_view name, int index) { return std::string(name
 // "<process id>-<counter>": unique among the processes and threads sharing the folder.
 std::string NextIntentName() {
   static std::atomic<unsigned> counter{0};
-  return std::to_string(::getpid()) + "-" + std::to_string(counter++);
+  return std::to_string(LProcessId()) + "-" + std::to_string(counter++);
 }
 
 // ---- Settling ---------------------------------------------------------------------------------

@@ -5,6 +5,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <cerrno>
 #include <chrono>
 #include <map>
@@ -12,6 +13,7 @@
 #include "accounts/audittrail.h"
 #include "accounts/ledger.h"
 #include "accounts/ledgerintent.h"
+#include "llib/gen/processid.h"
 
 namespace {
 
@@ -32,6 +34,8 @@ struct LKept {
   LFileDescriptor fd;
 };
 thread_local LKept tKept;
+
+std::atomic<unsigned long long> gHolds{0};  // holds taken by the process, numbering them
 
 // The plain 10,000 ms schedule sleeps 313 ms and more between attempts: right for a record
 // that is rarely contended, far too coarse for a lock that every posting holds for about a
@@ -58,7 +62,7 @@ LFileDescriptor OpenLockFile(const std::string& folder, const std::string& path)
 // whose file was removed since (st_nlink 0) locks nothing anyone else sees: the file is opened
 // anew. The size read on the way tells whether an intent waits in the file.
 void Take(const std::string& folder, const std::string& path, LHeld& held) {
-  if (tKept.path == path && tKept.pid == ::getpid()) held.fd = std::move(tKept.fd);
+  if (tKept.path == path && tKept.pid == LProcessId()) held.fd = std::move(tKept.fd);
   tKept.path.clear();
   for (int attempt = 0; attempt < 2; ++attempt) {
     if (!held.fd.IsOpen()) held.fd = OpenLockFile(folder, path);
@@ -67,7 +71,7 @@ void Take(const std::string& folder, const std::string& path, LHeld& held) {
     struct stat info {};
     if (::fstat(held.fd.Get(), &info) != 0) info.st_nlink = 1;  // cannot tell: keep it
     if (info.st_nlink > 0) {
-      held.file = {held.fd.Get(), held.locked && info.st_size == 0};
+      held.file = {held.fd.Get(), held.locked && info.st_size == 0, ++gHolds};
       return;
     }
     if (held.locked) ::flock(held.fd.Get(), LOCK_UN);
@@ -118,7 +122,7 @@ LLedgerLock::~LLedgerLock() {
   if (held.locked) ::flock(held.fd.Get(), LOCK_UN);
   if (held.fd.IsOpen()) {
     tKept.path = path_;
-    tKept.pid = ::getpid();
+    tKept.pid = LProcessId();
     tKept.fd = std::move(held.fd);
   }
   tHeld.erase(it);

@@ -32,6 +32,9 @@ inline constexpr std::string_view kLedgerLockFile = "Ledger.lock";  // in the le
 struct LLedgerLockFile {
   int fd = -1;
   bool empty = false;
+  // This hold's number, unique in the process: what a holder found of the shared files during
+  // one hold stays true until its end, as every writer of them holds the lock.
+  unsigned long long hold = 0;
 };
 // The lock file of profile's ledger while this thread holds its lock; nullptr otherwise.
 LLedgerLockFile* LLedgerHeldLockFile(const LProfile& profile);

@@ -53,9 +53,11 @@ namespace {
 // Bounds the reopening of a file replaced again and again while this writer waits.
 constexpr int kMaxReopenAttempts = 1000;
 
-bool IsFileUnderPath(int fd, const std::string& path) {
+// size: the opened file's, as one look tells it along the way.
+bool IsFileUnderPath(int fd, const std::string& path, long long& size) {
   struct stat opened, named;
   if (::fstat(fd, &opened) != 0 || ::stat(path.c_str(), &named) != 0) return false;
+  size = opened.st_size;
   return opened.st_dev == named.st_dev && opened.st_ino == named.st_ino;
 }
 
@@ -65,12 +67,13 @@ LLockedFile LLockedFile::OpenCurrent(const std::string& path, int flags, int loc
                                      unsigned mode) {
   for (int attempt = 1;; ++attempt) {
     LLockedFile file(path, flags, lockOperation, timeoutMs, mode);
-    if (!file.IsOpen() || attempt == kMaxReopenAttempts || IsFileUnderPath(file.Get(), path)) return file;
+    if (!file.IsOpen() || attempt == kMaxReopenAttempts || IsFileUnderPath(file.Get(), path, file.size_)) return file;
   }
 }
 
 void LLockedFile::Close() {
   if (fd_.IsOpen() && locked_) ::flock(fd_.Get(), LOCK_UN);
   locked_ = false;
+  size_ = -1;
   fd_.Close();
 }

@@ -56,10 +56,14 @@ class LLockedFile {
   bool Locked() const { return locked_; }
   int Get() const { return fd_.Get(); }
   int OpenErrno() const { return openErrno_; }
+  // The size of the file as OpenCurrent found it once locked (the lock keeps it so for the
+  // writers that take it); -1 when not known (the plain constructor does not look).
+  long long Size() const { return size_; }
   void Close();
 
  private:
   LFileDescriptor fd_;
   bool locked_ = false;
   int openErrno_ = 0;  // errno of a failed open
+  long long size_ = -1;
 };

@@ -46,12 +46,14 @@ std::string LFileStoreListBase::MakeRecordPath(std::string_view key) const {
 
 namespace {
 
-// Reads the whole of an open file from its start.
-std::string ReadWholeFile(int fd) {
+// Reads the whole of an open file from its start; knownSize: its size, when a look at the locked
+// file already told it.
+std::string ReadWholeFile(int fd, long long knownSize = -1) {
   std::string content;
   struct stat st;
-  if (::fstat(fd, &st) == 0 && st.st_size > 0) {
-    content.resize(static_cast<std::size_t>(st.st_size));
+  if (knownSize < 0) knownSize = ::fstat(fd, &st) == 0 ? st.st_size : 0;
+  if (knownSize > 0) {
+    content.resize(static_cast<std::size_t>(knownSize));
     long long n = LRobustRead(fd, content.data(), content.size());
     content.resize(n < 0 ? 0 : static_cast<std::size_t>(n));
   }
@@ -286,7 +288,7 @@ bool LFileStoreListBase::Save(LRecord& r) const {
     }
   }
   LLockedFile file = LLockedFile::OpenCurrent(path, O_RDWR | O_CREAT, LOCK_EX, kRecordLockTimeoutMs);
-  if (file.IsOpen()) MergeStored(ReadWholeFile(file.Get()), r);
+  if (file.IsOpen()) MergeStored(ReadWholeFile(file.Get(), file.Size()), r);
   if (r.GetStoredKey().empty()) r.SetStoredKey(r.GetPrimaryKey());
   // A record file that cannot be opened is reported as saved, as the store has always done. The
   // new file takes the old one's permissions (a settings record is readable by its owner only).
@@ -341,7 +343,7 @@ bool LFileStoreSaveInPlace(const LFileStoreListBase& list, LRecord& r) {
   std::string path = list.MakeRecordPath(r.GetPrimaryKey());
   LLockedFile file = LLockedFile::OpenCurrent(path, O_RDWR, LOCK_EX, kRecordLockTimeoutMs);
   if (!file.IsOpen()) return r.Flush();
-  std::string stored = ReadWholeFile(file.Get());
+  std::string stored = ReadWholeFile(file.Get(), file.Size());
   MergeStored(stored, r);
   return OverwriteInPlace(file, path, stored, r);
 }
@@ -351,7 +353,7 @@ bool LFileStoreInPlaceUpdate::Open(const LFileStoreListBase& list, std::string_v
   path_ = list.MakeRecordPath(key);
   file_ = LLockedFile::OpenCurrent(path_, O_RDWR, LOCK_EX, kRecordLockTimeoutMs);
   if (!file_.IsOpen()) return list.Open(r, key);
-  stored_ = ReadWholeFile(file_.Get());
+  stored_ = ReadWholeFile(file_.Get(), file_.Size());
   list.CreateNewRecord(r, key);  // attached under key, as an open record is
   ParseFields(stored_, r);
   r.SetKeys(key, key);
