@@ -235,8 +235,9 @@ TEST_F(CrashCli, KilledDocumentChangesLeaveTheAuditTrailSayingWhatTheBooksShow) 
 }
 
 // Bills recorded and replaced and bill payments spread over them, killed at random moments: the
-// next command brings every bill's posting, amount paid and the supplier's balance back in step,
-// and the audit trail says what the documents show.
+// next command brings every bill's and bill payment's posting, the payment's link to it, the
+// amounts paid and the supplier's balance back in step, and the audit trail says what the
+// documents show.
 TEST_F(CrashCli, KilledPurchaseChangesLeaveBillsPostingsAndFiguresTheNextCommandBringsInStep) {
   ASSERT_EQ(LRunKontavo({"supplier", "add", "S1", "Name=Fournil"}).exitCode, 0);
   auto bill = [](int n) {
@@ -286,6 +287,24 @@ TEST_F(CrashCli, KilledPurchaseChangesLeaveBillsPostingsAndFiguresTheNextCommand
     if (lines.line.type == kTxnTypePurchase) purchases.insert({lines.line.date, lines.line.reference});
   EXPECT_GT(bills.size(), 1u);
   EXPECT_EQ(purchases, bills);
+  // Every bill payment likewise, its record naming its posting.
+  std::set<LPosting> paid, paying;
+  LBillPayment payment;
+  for (LFileStoreIteratorBase it(profile.List(kBillPaymentsList), payment); payment.IsAttached(); it.Next(payment)) {
+    std::string reference = payment.GetString("JournalTxnRef");
+    EXPECT_FALSE(reference.empty()) << "bill payment " << payment.GetPrimaryKey() << " names no posting";
+    LLedgerTransaction built, posted;
+    LBillPaymentBuildTransaction(profile, payment, reference, "", built);
+    EXPECT_TRUE(LLedgerTransactionLoad(profile, posted, payment.GetString("Date"), reference));
+    EXPECT_TRUE(LLedgerTransactionEqual(posted, built)) << "bill payment " << payment.GetPrimaryKey();
+    paid.insert({payment.GetString("Date"), reference});
+  }
+  payment.Invalidate();
+  LLedgerAccountLineIterator rows(profile, "", "");
+  for (rows.SkipToValidLine(); rows.valid; rows.SkipToValidLine())
+    if (rows.line.type == kTxnTypeBillPayment) paying.insert({rows.line.date, rows.line.reference});
+  EXPECT_GT(paid.size(), 1u);
+  EXPECT_EQ(paying, paid);
   std::string log = LReadFile(home_.SharedFolder() + "/AuditTrail.log");
   ExpectTrailAgrees(profile, log, kBillsList, "Facture fournisseur", "Total");
   ExpectTrailAgrees(profile, log, kBillPaymentsList, "Règlement", "Amount");
