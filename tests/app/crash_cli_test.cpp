@@ -155,6 +155,15 @@ std::set<LPosting> ExpectPostedAsBuilt(LProfile& profile, std::string_view list)
   return places;
 }
 
+// The places of the ledger's postings of type.
+std::set<LPosting> PostingsOfType(const LProfile& profile, std::string_view type) {
+  std::set<LPosting> places;
+  LLedgerAccountLineIterator it(profile, "", "");
+  for (it.SkipToValidLine(); it.valid; it.SkipToValidLine())
+    if (it.line.type == type) places.insert({it.line.date, it.line.reference});
+  return places;
+}
+
 TEST_F(CrashCli, KilledSalesChangesLeaveDocumentsAndPostingsTheNextCommandBringsInStep) {
   using Clock = std::chrono::steady_clock;
   long long runUs = FirstInvoiceUs();
@@ -193,14 +202,8 @@ TEST_F(CrashCli, KilledSalesChangesLeaveDocumentsAndPostingsTheNextCommandBrings
   std::set<LPosting> invoices = ExpectPostedAsBuilt(profile, "Invoices");
   std::set<LPosting> payments = ExpectPostedAsBuilt(profile, kPaymentsList);
   EXPECT_GT(invoices.size(), 1u);
-  std::set<LPosting> sales, receipts;
-  LLedgerAccountLineIterator it(profile, "", "");
-  for (it.SkipToValidLine(); it.valid; it.SkipToValidLine()) {
-    if (it.line.type == kTxnTypeSales) sales.insert({it.line.date, it.line.reference});
-    if (it.line.type == kTxnTypeReceipt) receipts.insert({it.line.date, it.line.reference});
-  }
-  EXPECT_EQ(sales, invoices);
-  EXPECT_EQ(receipts, payments);
+  EXPECT_EQ(PostingsOfType(profile, kTxnTypeSales), invoices);
+  EXPECT_EQ(PostingsOfType(profile, kTxnTypeReceipt), payments);
 }
 
 // The same kills, looked at from the audit trail: whatever moment a recording, an edit, a
@@ -272,7 +275,7 @@ TEST_F(CrashCli, KilledPurchaseChangesLeaveBillsPostingsAndFiguresTheNextCommand
 
   // Every bill has exactly its posting, and every purchase posting its bill.
   LProfile profile(home_.SharedFolder());
-  std::set<LPosting> bills, purchases;
+  std::set<LPosting> bills;
   LBill record;
   for (LFileStoreIteratorBase it(profile.List(kBillsList), record); record.IsAttached(); it.Next(record)) {
     LLedgerTransaction built, posted;
@@ -282,13 +285,10 @@ TEST_F(CrashCli, KilledPurchaseChangesLeaveBillsPostingsAndFiguresTheNextCommand
     bills.insert({record.GetString("Date"), record.GetPrimaryKey()});
   }
   record.Invalidate();
-  LLedgerAccountLineIterator lines(profile, "", "");
-  for (lines.SkipToValidLine(); lines.valid; lines.SkipToValidLine())
-    if (lines.line.type == kTxnTypePurchase) purchases.insert({lines.line.date, lines.line.reference});
   EXPECT_GT(bills.size(), 1u);
-  EXPECT_EQ(purchases, bills);
+  EXPECT_EQ(PostingsOfType(profile, kTxnTypePurchase), bills);
   // Every bill payment likewise, its record naming its posting.
-  std::set<LPosting> paid, paying;
+  std::set<LPosting> paid;
   LBillPayment payment;
   for (LFileStoreIteratorBase it(profile.List(kBillPaymentsList), payment); payment.IsAttached(); it.Next(payment)) {
     std::string reference = payment.GetString("JournalTxnRef");
@@ -300,11 +300,8 @@ TEST_F(CrashCli, KilledPurchaseChangesLeaveBillsPostingsAndFiguresTheNextCommand
     paid.insert({payment.GetString("Date"), reference});
   }
   payment.Invalidate();
-  LLedgerAccountLineIterator rows(profile, "", "");
-  for (rows.SkipToValidLine(); rows.valid; rows.SkipToValidLine())
-    if (rows.line.type == kTxnTypeBillPayment) paying.insert({rows.line.date, rows.line.reference});
   EXPECT_GT(paid.size(), 1u);
-  EXPECT_EQ(paying, paid);
+  EXPECT_EQ(PostingsOfType(profile, kTxnTypeBillPayment), paid);
   std::string log = LReadFile(home_.SharedFolder() + "/AuditTrail.log");
   ExpectTrailAgrees(profile, log, kBillsList, "Facture fournisseur", "Total");
   ExpectTrailAgrees(profile, log, kBillPaymentsList, "Règlement", "Amount");
