@@ -268,6 +268,11 @@ bool LBooksChangeIntent::Note(std::string_view line) {
   return false;
 }
 
+void LBooksChangeIntent::Keep() {
+  path_.clear();
+  file_.Close();
+}
+
 LBooksChangeIntent::~LBooksChangeIntent() {
   if (!path_.empty() && ::unlink(path_.c_str()) != 0) LLogWriteFailure("unlink", path_, errno);
   file_.Close();

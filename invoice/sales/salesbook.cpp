@@ -309,8 +309,7 @@ bool LSalesDocumentEdit(LProfile& profile, const LSalesDocumentKind& kind, std::
   if (!inBooks) return stocked;
   if (kind.type == LSalesDocumentType::kInvoice) {
     // A lower total gives back what its payments and credit notes now hold beyond it.
-    document.RemoveExcessPayments(profile);
-    document.RemoveExcessCreditNotes(profile);
+    (void)LInvoiceRemoveExcessApplications(profile, document);
     if (!document.Flush()) return NotSaved(error);
   }
   LSalesDocumentRemoveTransaction(profile, document, oldDate);
