@@ -16,20 +16,28 @@ int HexValue(char c) {
 // a truncated escape).
 std::size_t DecodeUntil(std::string_view text, std::size_t pos, std::string_view stops,
                         std::string& out) {
+  auto isStop = [stops](char c) {
+    for (char stop : stops)
+      if (c == stop) return true;
+    return false;
+  };
   while (pos < text.size()) {
+    // Plain bytes go over by runs: record files are mostly plain text.
+    std::size_t plain = pos;
+    while (plain < text.size() && text[plain] != '+' && text[plain] != '%' && !isStop(text[plain])) ++plain;
+    out.append(text.data() + pos, plain - pos);
+    pos = plain;
+    if (pos == text.size()) break;
     char c = text[pos];
-    if (stops.find(c) != std::string_view::npos) return pos;
+    if (isStop(c)) return pos;
     if (c == '+') {
       out.push_back(' ');
       ++pos;
-    } else if (c == '%') {
+    } else {  // '%'
       if (text.size() - pos < 3) return text.size();  // a cut escape ends the text
       int byte = HexValue(text[pos + 1]) * 16 + HexValue(text[pos + 2]);
       if (byte != 0) out.push_back(static_cast<char>(byte));
       pos += 3;
-    } else {
-      out.push_back(c);
-      ++pos;
     }
   }
   return pos;
@@ -44,15 +52,17 @@ bool LPercentIsKept(unsigned char byte) {
 }
 
 void LPercentEncodeAppend(std::string_view text, std::string& out) {
-  for (unsigned char byte : text) {
-    if (LPercentIsKept(byte)) {
-      out.push_back(static_cast<char>(byte));
-    } else {
-      out.push_back('%');
-      out.push_back(kHexDigits[byte >> 4]);
-      out.push_back(kHexDigits[byte & 0x0F]);
-    }
+  // Kept bytes go over by runs, escapes one by one.
+  std::size_t run = 0;
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    auto byte = static_cast<unsigned char>(text[i]);
+    if (LPercentIsKept(byte)) continue;
+    out.append(text.data() + run, i - run);
+    const char escape[3] = {'%', kHexDigits[byte >> 4], kHexDigits[byte & 0x0F]};
+    out.append(escape, sizeof escape);
+    run = i + 1;
   }
+  out.append(text.data() + run, text.size() - run);
 }
 
 std::string LPercentEncode(std::string_view text) {
