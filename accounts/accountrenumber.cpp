@@ -13,14 +13,21 @@
 #include "accounts/banklines.h"
 #include "accounts/bills.h"
 #include "accounts/ledger.h"
+#include "accounts/ledgerintent.h"
 #include "accounts/ledgerlock.h"
 #include "invoice/shared/options.h"
 #include "invoice/shared/profile.h"
 #include "llib/gen/csv.h"
 #include "llib/gen/file.h"
 #include "llib/gen/filelock.h"
+#include "llib/gen/hashtable.h"
+#include "llib/gen/log.h"
+#include "llib/gen/textnum.h"
 
 namespace {
+
+constexpr std::string_view kRenumberIntentExtension = ".renumber";
+constexpr std::string_view kNoteRenumber = "renumber";  // then the old number, the new one, the trail's size
 
 // Rewrites the rows of one day file that name the old number; the other rows keep their text.
 // The file stays locked (exclusively) from the read until its new text, written beside it, is
@@ -77,18 +84,11 @@ bool RenumberOptions(const LProfile& profile, const LAccountRenumberProcess& dat
   return options.Flush();
 }
 
-}  // namespace
-
-LProcessResult Process(LProcessInterface& process, LAccountRenumberProcess& data) {
+// Every file change of the renumbering, each of which finds what is already done and leaves it:
+// run again over a renumbering cut short, they finish it. false (with the error set) when a file
+// could not be written.
+bool RenumberFiles(LProcessInterface& process, LAccountRenumberProcess& data) {
   LProfile& profile = *data.profile;
-  LLedgerLock lock(profile);
-  process.SetStatus("Modifier le numéro de compte", 0);
-  // The trail announces the renumbering before any file changes; without it nothing changes.
-  if (!LAuditAppend(profile, {std::string(kAuditRenumber), data.oldNumber + " -> " + data.newNumber, {}, 0, {}, {}, {}})) {
-    process.SetError(std::string(kAuditNotWrittenMessage));
-    return kProcessFailed;
-  }
-
   LTextBuffer folder;
   LLegderGetBaseFolder(profile, folder);
   std::vector<std::string> names = LFile::ListFolder(folder);
@@ -99,7 +99,7 @@ LProcessResult Process(LProcessInterface& process, LAccountRenumberProcess& data
     long nChanged = RenumberDayFile(LFile::MakeFilePath(folder, name), data);
     if (nChanged < 0) {
       process.SetError(kRenumberFailedMessage);
-      return kProcessFailed;
+      return false;
     }
     data.nRowsChanged += nChanged;
     if (nChanged > 0) ++data.nDayFilesChanged;
@@ -112,27 +112,83 @@ LProcessResult Process(LProcessInterface& process, LAccountRenumberProcess& data
   if (LFile::Exists(oldReconcile) && !LFile::Exists(newReconcile) && !LRobustRename(oldReconcile, newReconcile)) {
     LLogWriteFailure("rename", oldReconcile, errno);
     process.SetError(kRenumberFailedMessage);
-    return kProcessFailed;
+    return false;
   }
-  if (!LBankLinesRenumber(profile, data.oldNumber, data.newNumber)) {
+  if (!LBankLinesRenumber(profile, data.oldNumber, data.newNumber) || !RenumberOptions(profile, data) ||
+      !RenumberBills(profile, data)) {
     process.SetError(kRenumberFailedMessage);
-    return kProcessFailed;
+    return false;
   }
 
-  if (!RenumberOptions(profile, data) || !RenumberBills(profile, data)) {
-    process.SetError(kRenumberFailedMessage);
-    return kProcessFailed;
-  }
-
+  // The record goes last, in one rename: a record still under its old number means "not finished".
   LAccountList accounts(profile);
   LAccount account;
-  if (!accounts.Open(account, data.oldNumber)) return kProcessFinished;
+  if (!accounts.Open(account, data.oldNumber)) return true;
   account.SetPrimaryKey(data.newNumber);
   bool saved = account.Flush();
   process.SetProgress(1.0);
   if (!saved || account.GetStoredKey() != data.newNumber) {
     process.SetError(kRenumberFailedMessage);
+    return false;
+  }
+  return true;
+}
+
+// Whether the trail holds, after offset size, the entry announcing the renumbering of data.
+bool AnnouncedAfter(const LProfile& profile, long long size, std::string_view announced) {
+  std::string text = LAuditReadFrom(profile, size);
+  for (std::size_t at = 0, end; (end = text.find('\n', at)) != std::string::npos; at = end + 1) {
+    LHashTable entry;
+    entry.LoadHTTPString(std::string_view(text).substr(at, end - at));
+    if (entry.GetParm("Action", "") == kAuditRenumber && entry.GetParm("Reference", "") == announced) return true;
+  }
+  return false;
+}
+
+std::string Announcement(const LAccountRenumberProcess& data) { return data.oldNumber + " -> " + data.newNumber; }
+
+// A renumbering whose process died: its files are changed again from the start when the trail
+// announced it (every file change follows the announcement); otherwise nothing had changed.
+void SettleRenumbering(const LProfile& profile, const std::vector<std::string>& notes) {
+  LProfile books(profile.GetDataStore().GetFolder());
+  for (const std::string& note : notes) {
+    std::vector<std::string_view> parts = LIntentNoteParts(note);
+    if (parts.size() != 4 || parts[0] != kNoteRenumber) continue;
+    LAccountRenumberProcess data{&books, std::string(parts[1]), std::string(parts[2])};
+    if (!AnnouncedAfter(books, LTextToInt64(parts[3]), Announcement(data))) {
+      LLogWarning("Le changement de numéro du compte %s en %s, interrompu avant d'avoir commencé, n'a pas eu lieu.",
+                  data.oldNumber.c_str(), data.newNumber.c_str());
+      continue;
+    }
+    LProcessInterfaceVoid process;
+    if (RenumberFiles(process, data))
+      LLogWarning("Le changement de numéro du compte %s en %s, interrompu, a été achevé (%ld lignes d'écritures "
+                  "reprises).", data.oldNumber.c_str(), data.newNumber.c_str(), data.nRowsChanged);
+    else
+      LLogError("Le changement de numéro du compte %s en %s, interrompu, n'a pas pu être achevé.",
+                data.oldNumber.c_str(), data.newNumber.c_str());
+  }
+}
+
+}  // namespace
+
+LProcessResult Process(LProcessInterface& process, LAccountRenumberProcess& data) {
+  LProfile& profile = *data.profile;
+  LLedgerLock lock(profile);
+  process.SetStatus("Modifier le numéro de compte", 0);
+  // Noted before the announcement, so that a process killed from here on is finished by the next
+  // holder of the ledger lock.
+  LBooksChangeIntent intent(profile, kRenumberIntentExtension);
+  (void)intent.Note(std::string(kNoteRenumber) + "\t" + data.oldNumber + "\t" + data.newNumber + "\t" +
+                    std::to_string(LAuditLogSize(profile)));
+  // The trail announces the renumbering before any file changes; without it nothing changes.
+  if (!LAuditAppend(profile, {std::string(kAuditRenumber), Announcement(data), {}, 0, {}, {}, {}})) {
+    process.SetError(std::string(kAuditNotWrittenMessage));
     return kProcessFailed;
   }
-  return kProcessFinished;
+  if (RenumberFiles(process, data)) return kProcessFinished;
+  intent.Keep();  // half renumbered: the next holder of the ledger lock tries again to finish
+  return kProcessFailed;
 }
+
+void LAccountRenumberInstall() { LLedgerAddIntentSettler(kRenumberIntentExtension, SettleRenumbering); }

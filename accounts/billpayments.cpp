@@ -167,6 +167,21 @@ bool ChequeFiguresKept(const LRecord& payment, const LBillPaymentRequest& reques
 
 }  // namespace
 
+void LBillPaymentBuildTransaction(LProfile& profile, const LRecord& payment, std::string_view reference,
+                                  std::string_view userName, LLedgerTransaction& txn) {
+  std::string description = payment.GetString("Notes");
+  if (description.empty()) description = "Paiements; " + payment.GetString("Supplier");
+  LBillOptions billOptions;
+  billOptions.OpenFrom(profile);
+  std::string payable = LGetAccountNumberUsingDescription(profile, billOptions.GetAccountsPayable(profile));
+  std::string paying = LGetAccountNumberUsingDescription(profile, payment.GetString("DepositAccount", kDefaultPaymentAccount));
+  long long amount = payment.GetInt64("Amount", 0);
+  std::string document = payment.GetPrimaryKey();
+  txn = LLedgerTransaction(payment.GetString("Date"), std::string(reference), kTxnTypeBillPayment);
+  txn.AddLine(payable, description, amount, userName, "", document);
+  txn.AddLine(paying, description, -amount, userName, "", document);
+}
+
 bool LBillPaymentRecordTransactions(LProfile& profile, LBillPayment& payment, std::string_view userName) {
   std::string reference = payment.GetString("JournalTxnRef");
   if (reference.empty()) {
@@ -174,20 +189,9 @@ bool LBillPaymentRecordTransactions(LProfile& profile, LBillPayment& payment, st
     if (number == 0) return false;
     reference = LFormatReference(LReferencePrefix(profile, kBillPaymentCounter), number);
   }
-  std::string description = payment.GetString("Notes");
-  if (description.empty()) {
-    description = "Paiements; " + payment.GetString("Supplier");
-    payment.SetString("Notes", description);
-  }
-  LBillOptions billOptions;
-  billOptions.OpenFrom(profile);
-  std::string payable = LGetAccountNumberUsingDescription(profile, billOptions.GetAccountsPayable(profile));
-  std::string paying = LGetAccountNumberUsingDescription(profile, payment.GetString("DepositAccount", kDefaultPaymentAccount));
-  long long amount = payment.GetInt64("Amount", 0);
-  std::string document = payment.GetPrimaryKey();
-  LLedgerTransaction txn(payment.GetString("Date"), reference, kTxnTypeBillPayment);
-  txn.AddLine(payable, description, amount, userName, "", document);
-  txn.AddLine(paying, description, -amount, userName, "", document);
+  if (payment.GetString("Notes").empty()) payment.SetString("Notes", "Paiements; " + payment.GetString("Supplier"));
+  LLedgerTransaction txn;
+  LBillPaymentBuildTransaction(profile, payment, reference, userName, txn);
   bool recorded = LAccountTransactionRecord(profile, txn);
   payment.SetString("JournalTxnRef", reference);
   return recorded;
@@ -234,6 +238,7 @@ bool LBillPaymentCreate(LProfile& profile, const LBillPaymentRequest& request, s
   // The payment's key is its identifier in the ledger: it is taken before posting. The "record"
   // entry follows the save; a crash between is settled from the note.
   std::string key = payment.GetPrimaryKey();
+  intent.NoteBillPayment(key, {}, request.date);
   LAuditPending audit(profile, LAuditDocumentEvent(kAuditRecord, kBillPaymentTitle, key, payment),
                       payments.MakeRecordPath(key));
   if (!payment.Flush()) {
@@ -298,6 +303,7 @@ bool LBillPaymentEdit(LProfile& profile, std::string_view key, const LBillPaymen
     payment.DetachWithoutSave();
     return false;
   }
+  intent.NoteBillPayment(key, oldDate, request.date);
   LLedgerTransaction previous;
   bool hadPosting = !reference.empty() && LLedgerTransactionLoad(profile, previous, oldDate, reference) &&
                     LAccountTransactionDelete(profile, oldDate, reference);
@@ -372,6 +378,7 @@ bool LBillPaymentDelete(LProfile& profile, std::string_view key, std::string& er
   long long amount = LBillPaymentCountedAmount(payment);
   std::vector<LAppliedAmount> held = Applications(payment);
   payment.DetachWithoutSave();
+  intent.NoteBillPayment(key, date, {});
   if (!payments.Delete(key)) {
     error = "Impossible de supprimer le règlement « " + std::string(key) + " ».";
     return false;

@@ -28,6 +28,7 @@
 #include "invoice/shared/purchaselists.h"
 #include "llib/gen/record.h"
 
+class LLedgerTransaction;
 class LProfile;
 
 inline constexpr std::string_view kDefaultPaymentAccount = "Compte-chèque";
@@ -100,6 +101,9 @@ void LBillPaymentsLetGo(LProfile& profile, std::string_view bill);
 // payments first. Callers hold the ledger lock. false when a payment or the bill could not be saved.
 [[nodiscard]] bool LBillGiveBackExcess(LProfile& profile, std::string_view bill);
 
+// The posting of the payment under reference, as LBillPaymentRecordTransactions writes it.
+void LBillPaymentBuildTransaction(LProfile& profile, const LRecord& payment, std::string_view reference,
+                                  std::string_view userName, LLedgerTransaction& txn);
 // Posts the payment (the record must already have its key). Reference: "JournalTxnRef" when set,
 // otherwise the next bill-payment number (taken at once). Without notes the description is
 // "Paiements; " and the supplier, saved into "Notes" as well. Afterwards "JournalTxnRef" holds

@@ -117,6 +117,9 @@ class LBooksChangeIntent {
   // Adds line (no line end in it) for the settler. false when it could not be written (logged):
   // the change then runs without that protection, as when the file could not be created.
   bool Note(std::string_view line);
+  // The change failed midway and is left to the settler: the file stays, its lock is released,
+  // and the next holder of the ledger lock (this process's included) settles it.
+  void Keep();
 
  private:
   std::string path_;     // the intent file

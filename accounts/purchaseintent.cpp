@@ -1,13 +1,16 @@
 #include "accounts/purchaseintent.h"
 
 #include <map>
+#include <set>
 #include <string>
 #include <vector>
 
+#include "accounts/billpayments.h"
 #include "accounts/bills.h"
 #include "accounts/check.h"
 #include "accounts/ledger.h"
 #include "accounts/ledgerdelete.h"
+#include "accounts/ledgeriterator.h"
 #include "accounts/suppliers.h"
 #include "invoice/shared/profile.h"
 #include "llib/gen/log.h"
@@ -16,6 +19,63 @@
 namespace {
 
 constexpr std::string_view kNoteBill = "bill";
+constexpr std::string_view kNoteBillPayment = "billpayment";
+
+// The bill payment document's postings on the dates: (date, reference) of each.
+std::set<std::pair<std::string, std::string>> PostingsOf(const LProfile& profile, const std::string& document,
+                                                         const std::vector<std::string>& dates) {
+  std::set<std::pair<std::string, std::string>> found;
+  for (const std::string& date : std::set<std::string>(dates.begin(), dates.end())) {
+    if (date.empty()) continue;
+    LLedgerAccountLineIterator it(profile, date, date);
+    for (it.SkipToValidLine(); it.valid; it.SkipToValidLine())
+      if (it.line.type == kTxnTypeBillPayment && it.line.document == document) found.insert({it.line.date, it.line.reference});
+  }
+  return found;
+}
+
+// Brings the posting of the bill payment key and its link in step with its record: the record
+// posted as it stands on its date under "JournalTxnRef" (or, when the crash came before the link
+// was saved, the reference it was posted under), saved naming it; any other posting of the
+// payment on the dates noted taken out, all of them when the record is gone.
+void SettleBillPayment(LProfile& profile, const std::string& key, const std::vector<std::string>& dates) {
+  LBillPayment payment;
+  bool present = profile.List(kBillPaymentsList).Open(payment, key);
+  std::vector<std::string> looked = dates;
+  if (present) looked.push_back(payment.GetString("Date"));
+  std::set<std::pair<std::string, std::string>> posted = PostingsOf(profile, key, looked);
+  std::string reference = present ? payment.GetString("JournalTxnRef") : std::string();
+  if (present && reference.empty())  // posted, killed before the link was saved
+    for (const auto& [date, found] : posted)
+      if (reference.empty() || date == payment.GetString("Date")) reference = found;
+  bool changed = false;
+  for (const auto& [date, found] : posted) {
+    if (present && date == payment.GetString("Date") && found == reference) continue;
+    changed = LAccountTransactionDelete(profile, date, found) || changed;
+  }
+  if (present) {
+    bool linked = !reference.empty() && payment.GetString("JournalTxnRef") == reference;
+    LLedgerTransaction wanted, current;
+    LBillPaymentBuildTransaction(profile, payment, reference, LGetPostingUserName(), wanted);
+    bool loaded = !reference.empty() && LLedgerTransactionLoad(profile, current, wanted.GetDate(), reference);
+    if (!loaded || !LLedgerTransactionEqual(current, wanted)) {
+      if (loaded) (void)LAccountTransactionDelete(profile, wanted.GetDate(), reference);
+      payment.SetString("JournalTxnRef", reference);  // empty: the next number is taken
+      if (!LBillPaymentRecordTransactions(profile, payment, LGetPostingUserName()))
+        LLogError("Règlement fournisseur %s : son écriture n'a pas pu être refaite.", key.c_str());
+      linked = false;
+    } else if (!linked) {
+      payment.SetString("JournalTxnRef", reference);
+    }
+    if (!linked) {
+      if (!payment.Flush()) LLogError("Règlement fournisseur %s : le lien vers son écriture n'a pas pu être enregistré.", key.c_str());
+      changed = true;
+    }
+    payment.DetachWithoutSave();
+  }
+  if (changed)
+    LLogWarning("Règlement fournisseur %s : son écriture, interrompue, a été remise en accord avec le document.", key.c_str());
+}
 
 // Brings the bill key's posting in step with its record: posted as the record stands, on its date
 // only; a bill without its record (a recording cut short before it, or a deletion after) has no
@@ -47,13 +107,18 @@ void SettleBill(LProfile& profile, const std::string& key, const std::vector<std
 
 void SettlePurchaseChange(const LProfile& profile, const std::vector<std::string>& notes) {
   LProfile books(profile.GetDataStore().GetFolder());
-  std::map<std::string, std::vector<std::string>> bills;  // key: the dates its posting was or was to be on
+  // By key, the dates its posting was or was to be on: of bills, of bill payments.
+  std::map<std::string, std::vector<std::string>> bills, payments;
   for (const std::string& note : notes) {
     std::vector<std::string_view> parts = LIntentNoteParts(note);
-    if (parts.size() == 4 && parts[0] == kNoteBill)
-      bills[std::string(parts[1])].insert(bills[std::string(parts[1])].end(), {std::string(parts[2]), std::string(parts[3])});
+    if (parts.size() != 4) continue;
+    auto* noted = parts[0] == kNoteBill ? &bills : parts[0] == kNoteBillPayment ? &payments : nullptr;
+    if (noted == nullptr) continue;
+    std::vector<std::string>& dates = (*noted)[std::string(parts[1])];
+    dates.insert(dates.end(), {std::string(parts[2]), std::string(parts[3])});
   }
   for (const auto& [key, dates] : bills) SettleBill(books, key, dates);
+  for (const auto& [key, dates] : payments) SettleBillPayment(books, key, dates);
   LCheckReport report;
   LCheckSupplierBalances(books, true, report);
   for (const LCheckDifference& difference : report.differences)
@@ -65,6 +130,10 @@ void SettlePurchaseChange(const LProfile& profile, const std::vector<std::string
 
 void LPurchaseChangeIntent::NoteBill(std::string_view key, std::string_view oldDate, std::string_view date) {
   (void)Note(std::string(kNoteBill) + "\t" + std::string(key) + "\t" + std::string(oldDate) + "\t" + std::string(date));
+}
+
+void LPurchaseChangeIntent::NoteBillPayment(std::string_view key, std::string_view oldDate, std::string_view date) {
+  (void)Note(std::string(kNoteBillPayment) + "\t" + std::string(key) + "\t" + std::string(oldDate) + "\t" + std::string(date));
 }
 
 void LPurchaseLedgerInstall() { LLedgerAddIntentSettler(kPurchaseChangeIntentExtension, SettlePurchaseChange); }

@@ -1,10 +1,11 @@
 // Changes of the purchase book that survive a crash. A bill, a bill payment or a cheque moves
 // figures kept in other records: the bill's posting, the bills' "AmountPaid", the suppliers'
 // "Balance". Each such change holds the ledger lock from start to end and a locked intent file
-// ".purchases" (accounts/ledgerintent.h) in which it notes each bill whose posting it writes or
-// takes out, before it does. The next holder of the ledger lock that finds the file of a killed
-// change brings the noted bills and their postings in step (a bill record present is posted as
-// it stands, a posting left without its bill is taken out), then computes every supplier's
+// ".purchases" (accounts/ledgerintent.h) in which it notes each bill and each bill payment whose
+// posting it writes or takes out, before it does. The next holder of the ledger lock that finds
+// the file of a killed change brings the noted documents and their postings in step (a record
+// present is posted as it stands and names its posting in "JournalTxnRef", a posting left without
+// its document is taken out), then computes every supplier's
 // balance and every bill's amount paid again from the documents (LCheckSupplierBalances), and
 // logs it.
 #pragma once
@@ -24,6 +25,8 @@ class LPurchaseChangeIntent : public LBooksChangeIntent {
   // The bill key is about to be posted on date (empty: taken out), having been posted on oldDate
   // (empty: it had no posting).
   void NoteBill(std::string_view key, std::string_view oldDate, std::string_view date);
+  // The same for the bill payment key, before its record or its posting changes.
+  void NoteBillPayment(std::string_view key, std::string_view oldDate, std::string_view date);
 };
 
 // Registers the settler of those intents. Call once at start-up; calling it again changes nothing.

@@ -54,17 +54,26 @@ bool YyMmDd(std::string_view text, LDate& out) {
   return out.IsValid();
 }
 
+// An amount with a decimal comma; when it is a number beyond the ceiling, beyond receives the
+// refusal that names the ceiling, as the other statement readers give it.
+bool Amount(std::string_view text, const LCurrencyFormat& currency, long long& amount, std::string& beyond) {
+  if (LStatementParseAmount(text, ',', currency.digits, amount)) return true;
+  beyond = LStatementAmountBeyondCeiling("", text, ',', currency);
+  return false;
+}
+
 // "C240101EUR1234,56".
-bool Balance(std::string_view value, int digits, long long& amount, std::string& date) {
+bool Balance(std::string_view value, const LCurrencyFormat& currency, long long& amount, std::string& date,
+             std::string& beyond) {
   if (value.size() < 11 || (value[0] != 'C' && value[0] != 'D')) return false;
   LDate day;
-  if (!YyMmDd(value.substr(1), day) || !LStatementParseAmount(value.substr(10), ',', digits, amount)) return false;
+  if (!YyMmDd(value.substr(1), day) || !Amount(value.substr(10), currency, amount, beyond)) return false;
   if (value[0] == 'D') amount = -amount;
   date = day.ToText();
   return true;
 }
 
-bool StatementLine(std::string_view value, int digits, LStatementEntry& line) {
+bool StatementLine(std::string_view value, const LCurrencyFormat& currency, LStatementEntry& line, std::string& beyond) {
   std::size_t firstLineEnd = value.find('\n');
   std::string_view head = value.substr(0, firstLineEnd);
   LDate valueDate;
@@ -90,7 +99,7 @@ bool StatementLine(std::string_view value, int digits, LStatementEntry& line) {
   if (at < head.size() && std::isalpha(static_cast<unsigned char>(head[at]))) ++at;  // funds code
   std::size_t amountEnd = head.find_first_not_of("0123456789,", at);
   if (amountEnd == std::string_view::npos || amountEnd == at) return false;
-  if (!LStatementParseAmount(head.substr(at, amountEnd - at), ',', digits, line.amount)) return false;
+  if (!Amount(head.substr(at, amountEnd - at), currency, line.amount, beyond)) return false;
   if (negative) line.amount = -line.amount;
   std::string_view rest = head.substr(amountEnd);
   std::string_view type = rest.substr(1, std::min<std::size_t>(3, rest.size() > 0 ? rest.size() - 1 : 0));
@@ -129,15 +138,15 @@ std::string Information(std::string_view value) {
 
 bool LStatementReadMT940(std::string_view bytes, const LCurrencyFormat& currency, std::vector<LStatementAccount>& statements,
                          std::string& error) {
-  const int digits = currency.digits;
   std::vector<LMt940Field> fields = Fields(LStatementTextToUtf8(bytes));
   LStatementAccount* current = nullptr;
   std::string account;
   bool pendingInformation = false;  // the last :61: may still get its :86:
   for (const LMt940Field& field : fields) {
+    std::string beyond;
     auto refuse = [&](std::string_view what) {
-      error = "Relevé MT940 refusé : ligne " + std::to_string(field.lineNumber) + " (:" + field.tag + ":), " +
-              std::string(what) + ".";
+      std::string where = "Relevé MT940 refusé : ligne " + std::to_string(field.lineNumber) + " (:" + field.tag + ":)";
+      error = beyond.empty() ? where + ", " + std::string(what) + "." : where + " : " + beyond;
       return false;
     };
     long long amount = 0;
@@ -145,7 +154,7 @@ bool LStatementReadMT940(std::string_view bytes, const LCurrencyFormat& currency
     if (field.tag == "25") {
       account = LStatementCleanText(field.value);
     } else if (field.tag == "60F" || field.tag == "60M") {
-      if (!Balance(field.value, digits, amount, date)) return refuse("solde d'ouverture illisible");
+      if (!Balance(field.value, currency, amount, date, beyond)) return refuse("solde d'ouverture illisible");
       bool followsOn = current != nullptr && current->accountId == account && current->closing == amount;
       if (!followsOn) {
         statements.push_back({});
@@ -156,7 +165,7 @@ bool LStatementReadMT940(std::string_view bytes, const LCurrencyFormat& currency
     } else if (field.tag == "61") {
       if (current == nullptr) return refuse("opération avant le solde d'ouverture");
       LStatementEntry line;
-      if (!StatementLine(field.value, digits, line)) return refuse("opération illisible");
+      if (!StatementLine(field.value, currency, line, beyond)) return refuse("opération illisible");
       current->lines.push_back(std::move(line));
       pendingInformation = true;
       continue;
@@ -168,7 +177,7 @@ bool LStatementReadMT940(std::string_view bytes, const LCurrencyFormat& currency
       }
     } else if (field.tag == "62F" || field.tag == "62M") {
       if (current == nullptr) return refuse("solde de clôture sans solde d'ouverture");
-      if (!Balance(field.value, digits, amount, date)) return refuse("solde de clôture illisible");
+      if (!Balance(field.value, currency, amount, date, beyond)) return refuse("solde de clôture illisible");
       current->closing = amount;
       current->closingDate = date;
     }

@@ -1,5 +1,6 @@
 #include "invoice/sales/paymentbook.h"
 
+#include <list>
 #include <map>
 #include <memory>
 
@@ -314,6 +315,16 @@ bool LCreditNoteApply(LProfile& profile, std::string_view key, const std::vector
     return false;
   }
   return true;
+}
+
+bool LInvoiceRemoveExcessApplications(LProfile& profile, LSalesDocument& invoice) {
+  std::list<LApplicationAudit> audits;  // kept until every applier is saved (auditpending.h)
+  return LInvoiceRemoveExcess(profile, invoice, [&](std::string_view list, const LRecord& before, const LRecord& after) {
+    std::string_view title = list == kPaymentsList ? kPaymentTitle : LSalesDocumentKindOf(LSalesDocumentType::kCreditNote).title;
+    LApplicationAudit& audit =
+        audits.emplace_back(profile, title, before, profile.MainList(list).MakeRecordPath(before.GetPrimaryKey()));
+    (void)audit.Write(after);
+  });
 }
 
 bool LInvoiceRemoveApplications(LProfile& profile, LSalesDocument& invoice) {

@@ -57,3 +57,8 @@ bool LCreditNoteApply(LProfile& profile, std::string_view key, const std::vector
 // Takes every payment, refund and credit-note application off the invoice (before it goes), and
 // flushes the invoice. false when a record could not be written.
 [[nodiscard]] bool LInvoiceRemoveApplications(LProfile& profile, LSalesDocument& invoice);
+// After an edit lowered the invoice's total: gives back what its payments, refunds and credit
+// notes hold beyond it (LInvoiceRemoveExcess), with an "unapply" entry in the audit trail for
+// each, as when the user lets go of one. The edit's own entry is written already: a trail that
+// refuses these does not stop it. true when an applier was changed.
+bool LInvoiceRemoveExcessApplications(LProfile& profile, LSalesDocument& invoice);

@@ -144,19 +144,12 @@ void SetDefaults(LProfile& profile, const LSalesDocumentKind& kind, const LTaxOp
   }
 }
 
-// The lines and the shipping, one by one and together, within the money ceiling: a document file
+// Every amount the document would post within the money ceiling, taxes included: a document file
 // may give any stored value, and a total beyond the ceiling could not be posted.
-bool WithinCeiling(const LProfile& profile, LSalesDocument& document, std::string& error) {
-  LFKItemCollectionRecord items = document.Items();
-  long long total = document.GetShippingCosts();
-  bool within = LMoneyIsWithinBounds(total);
-  for (int i = 0; i < items.GetItemCount() && within; ++i) {
-    long long line = LFKDocumentLineTotal(items, i, false, profile.GetCurrencyDigits());
-    total = LMoneySum(total, line);
-    within = LMoneyIsWithinBounds(line) && LMoneyIsWithinBounds(total);
-  }
-  if (!within) error = "Le total du document dépasse le plafond de " + LMoneyCeilingText(profile.GetCurrencyFormat()) + ".";
-  return within;
+bool WithinCeiling(LProfile& profile, const LSalesDocument& document, std::string& error) {
+  if (LFKDocumentWithinCeiling(profile, document)) return true;
+  error = "Le total du document dépasse le plafond de " + LMoneyCeilingText(profile.GetCurrencyFormat()) + ".";
+  return false;
 }
 
 }  // namespace

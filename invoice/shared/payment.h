@@ -14,6 +14,7 @@
 // first rebuilds both lists for them (UpdateInvoiceAmounts).
 #pragma once
 
+#include <functional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -85,6 +86,13 @@ long long LCreditNoteApplyToInvoice(LSalesDocument& creditNote, LSalesDocument& 
                                     LProfile& profile);
 long long LCreditNoteUnapply(LSalesDocument& creditNote, LSalesDocument& invoice, LProfile& profile);
 long long LCreditNoteUnapply(LSalesDocument& creditNote, LProfile& profile);
+
+// Told of each payment or credit note (stored in list) whose applications a removal of excess
+// changes, before it is saved: before as it is stored, after as it is about to be.
+using LApplierChangeNote = std::function<void(std::string_view list, const LRecord& before, const LRecord& after)>;
+// RemoveExcessPayments then RemoveExcessCreditNotes of invoice, telling note of each applier
+// changed. true when any was.
+bool LInvoiceRemoveExcess(LProfile& profile, LSalesDocument& invoice, const LApplierChangeNote& note);
 
 // Customer balance effects. A payment lowers what its customer owes by "Amount" and a refund
 // raises it: the balance moves by -sign × "Amount" (+sign × "Amount" for a refund); sign +1

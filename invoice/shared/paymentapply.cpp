@@ -81,7 +81,8 @@ long long UnapplyAll(LProfile& profile, Applier& applier) {
   return removed;
 }
 
-bool RemoveExcess(LProfile& profile, LSalesDocument& invoice, bool refundSide, Applier* current);
+bool RemoveExcess(LProfile& profile, LSalesDocument& invoice, bool refundSide, Applier* current,
+                  const LApplierChangeNote* note = nullptr);
 
 // Whether "InvoiceNumber" names key, without taking the lists apart (a payment may cover
 // thousands of invoices).
@@ -134,7 +135,8 @@ std::vector<std::string> HoldersLatestFirst(LProfile& profile, std::string_view 
   return keys;
 }
 
-bool RemoveExcess(LProfile& profile, LSalesDocument& invoice, bool refundSide, Applier* current) {
+bool RemoveExcess(LProfile& profile, LSalesDocument& invoice, bool refundSide, Applier* current,
+                  const LApplierChangeNote* note) {
   long long excess = CachedAmount(profile, invoice, refundSide) - invoice.GetTotal();
   if (excess <= 0) return false;
   // The walk reads the stored lists: the applier being changed is stored first.
@@ -152,12 +154,18 @@ bool RemoveExcess(LProfile& profile, LSalesDocument& invoice, bool refundSide, A
       Applier& applier = isCurrent ? *current : holder;
       long long held = LAppliedAmountOf(Entries(profile, applier), invoice.GetPrimaryKey());
       if (held == 0) continue;
+      LRecord before;  // for note: the applier as stored
+      if (note != nullptr) {
+        before.CopyRecord(applier.record);
+        before.SetPrimaryKey(key);
+      }
       if (held > excess) {
         Apply(profile, applier, invoice, held - excess);
         excess = 0;
       } else {
         excess -= Unapply(profile, applier, invoice);
       }
+      if (note != nullptr) (*note)(list, before, applier.record);
       applier.record.FlushOrKeepDirty();
       invoice.FlushOrKeepDirty();
       changed = true;
@@ -242,6 +250,11 @@ long long LSalesDocument::UpdateAmountRefunded(LProfile& profile) {
   SetInt64("AmountRefunded", sum);
   FlushOrKeepDirty();
   return RemoveExcessCreditNotes(profile) ? GetTotal() : sum;
+}
+
+bool LInvoiceRemoveExcess(LProfile& profile, LSalesDocument& invoice, const LApplierChangeNote& note) {
+  bool paid = RemoveExcess(profile, invoice, false, nullptr, &note);
+  return RemoveExcess(profile, invoice, true, nullptr, &note) || paid;
 }
 
 bool LSalesDocument::RemoveExcessPayments(LProfile& profile) { return RemoveExcess(profile, *this, false, nullptr); }

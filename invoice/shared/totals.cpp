@@ -271,6 +271,29 @@ LFKTotalsChange LPOrderSumTotals(LProfile& profile, LSalesDocument& purchaseOrde
   return SumTotals(profile, purchaseOrder, false);
 }
 
+bool LFKDocumentWithinCeiling(LProfile& profile, const LSalesDocument& document) {
+  LSalesDocument copy;  // detached, as for the breakdown below
+  copy.CopyRecord(document);
+  // The lines one by one and as running sums (a sum held at 64 bits stays beyond the ceiling).
+  LFKItemCollectionRecord items = copy.Items();
+  long long sum = 0;
+  for (int i = 0; i < items.GetItemCount(); ++i) {
+    long long line = LFKDocumentLineTotal(items, i, false, profile.GetCurrencyDigits());
+    sum = LMoneySum(sum, line);
+    if (!LMoneyIsWithinBounds(line) || !LMoneyIsWithinBounds(sum)) return false;
+  }
+  // Then what is posted: the total with its taxes (added to the prices, or inside them for a
+  // tax-inclusive business), each tax base and each tax amount.
+  DocumentTaxes taxes = ComputeTaxes(profile, copy);
+  if (!LMoneyIsWithinBounds(taxes.total)) return false;
+  for (const auto& [name, entry] : taxes.table)
+    if (!LMoneyIsWithinBounds(entry.base)) return false;
+  for (const LFKTaxAmounts* amounts : {&taxes.separate, &taxes.combined})
+    for (const auto& [name, amount] : *amounts)
+      if (!LMoneyIsWithinBounds(amount)) return false;
+  return true;
+}
+
 std::vector<LFKTaxBreakdownLine> LFKDocumentTaxBreakdown(LProfile& profile, const LSalesDocument& document) {
   LSalesDocument copy;  // detached: the discount line written back by the totaller stays here
   copy.CopyRecord(document);

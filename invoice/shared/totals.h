@@ -104,6 +104,11 @@ LFKTotalsChange LQuoteSumTotals(LProfile& profile, LSalesDocument& quote);
 LFKTotalsChange LCreditNoteSumTotals(LProfile& profile, LSalesDocument& creditNote);
 LFKTotalsChange LPOrderSumTotals(LProfile& profile, LSalesDocument& purchaseOrder);
 
+// Whether every amount the document would post stays within the money ceiling: each line and
+// their running sum, each tax base and amount, and the total with its taxes, as the totaller
+// computes them now; nothing is written to document.
+[[nodiscard]] bool LFKDocumentWithinCeiling(LProfile& profile, const LSalesDocument& document);
+
 // One tax of a document as printed: its name, rates, the base it was taken on and its amount
 // (separate pass), all in minor units.
 struct LFKTaxBreakdownLine {

@@ -1,6 +1,7 @@
 // Invoices recorded, edited and deleted and payments recorded by the real binary, killed at random
 // moments: afterwards, with no repair command, `kontavo check` finds every account balance equal
-// to the journal and every customer balance equal to the documents, and says what it settled;
+// to the journal, every customer balance and every item's stock movements equal to the
+// documents, and says what it settled;
 // every invoice and payment has exactly its posting, no posting is left without its document, and
 // the audit trail's chain holds.
 #include <signal.h>
@@ -8,6 +9,7 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <cstdio>
 #include <map>
 #include <memory>
 #include <random>
@@ -17,12 +19,15 @@
 #include <utility>
 #include <vector>
 
+#include "accounts/accounts.h"
 #include "accounts/bills.h"
 #include "accounts/billpayments.h"
 #include "accounts/ledger.h"
 #include "accounts/ledgeriterator.h"
 #include "invoice/sales/salesposting.h"
+#include "invoice/shared/item.h"
 #include "invoice/shared/profile.h"
+#include "invoice/shared/stock.h"
 #include "llib/gen/file.h"
 #include "llib/gen/filestore.h"
 #include "llib/gen/hashtable.h"
@@ -39,6 +44,7 @@ class CrashCli : public LHomeTest {
     ASSERT_EQ(LRunKontavo({"init"}).exitCode, 0);
     ASSERT_EQ(LRunKontavo({"account", "defaults"}).exitCode, 0);
     ASSERT_EQ(LRunKontavo({"customer", "add", "C1", "Name=Dupont"}).exitCode, 0);
+    ASSERT_EQ(LRunKontavo({"item", "add", "P1", "--description", "Pain", "--price", "12.50"}).exitCode, 0);
   }
   // The keys of the recorded invoices now.
   std::vector<std::string> InvoiceKeys() const {
@@ -49,11 +55,11 @@ class CrashCli : public LHomeTest {
   }
   static std::vector<std::string> Invoice(int n) {
     return {"invoice", "new", "--customer", "C1", "--date", "2026-01-05", "--line",
-            "|x|" + std::to_string(1 + n % 4) + "|12.50|Aucun|"};
+            "P1|x|" + std::to_string(1 + n % 4) + "|12.50|Aucun|"};
   }
   static std::vector<std::string> Edit(const std::string& key, int n) {
     return {"invoice", "edit", key, "--customer", "C1", "--date", "2026-01-0" + std::to_string(1 + n % 9),
-            "--line", "|x|" + std::to_string(2 + n % 5) + "|7.25|Aucun|"};
+            "--line", "P1|x|" + std::to_string(2 + n % 5) + "|7.25|Aucun|"};
   }
   static std::vector<std::string> Delete(const std::string& key) { return {"invoice", "delete", key}; }
   static std::vector<std::string> Payment() {
@@ -153,6 +159,15 @@ std::set<LPosting> ExpectPostedAsBuilt(LProfile& profile, std::string_view list)
   return places;
 }
 
+// The places of the ledger's postings of type.
+std::set<LPosting> PostingsOfType(const LProfile& profile, std::string_view type) {
+  std::set<LPosting> places;
+  LLedgerAccountLineIterator it(profile, "", "");
+  for (it.SkipToValidLine(); it.valid; it.SkipToValidLine())
+    if (it.line.type == type) places.insert({it.line.date, it.line.reference});
+  return places;
+}
+
 TEST_F(CrashCli, KilledSalesChangesLeaveDocumentsAndPostingsTheNextCommandBringsInStep) {
   using Clock = std::chrono::steady_clock;
   long long runUs = FirstInvoiceUs();
@@ -191,14 +206,19 @@ TEST_F(CrashCli, KilledSalesChangesLeaveDocumentsAndPostingsTheNextCommandBrings
   std::set<LPosting> invoices = ExpectPostedAsBuilt(profile, "Invoices");
   std::set<LPosting> payments = ExpectPostedAsBuilt(profile, kPaymentsList);
   EXPECT_GT(invoices.size(), 1u);
-  std::set<LPosting> sales, receipts;
-  LLedgerAccountLineIterator it(profile, "", "");
-  for (it.SkipToValidLine(); it.valid; it.SkipToValidLine()) {
-    if (it.line.type == kTxnTypeSales) sales.insert({it.line.date, it.line.reference});
-    if (it.line.type == kTxnTypeReceipt) receipts.insert({it.line.date, it.line.reference});
-  }
-  EXPECT_EQ(sales, invoices);
-  EXPECT_EQ(receipts, payments);
+  EXPECT_EQ(PostingsOfType(profile, kTxnTypeSales), invoices);
+  EXPECT_EQ(PostingsOfType(profile, kTxnTypeReceipt), payments);
+  // The stock of the loaves left is what the invoices say, movement by movement.
+  std::map<std::string, double> sold, moved;  // by document
+  LSalesDocument invoice;
+  for (LFileStoreIteratorBase it(profile.MainList("Invoices"), invoice); invoice.IsAttached(); it.Next(invoice))
+    sold["Invoices/" + invoice.GetPrimaryKey()] = -invoice.Items().GetItemQty(0);
+  invoice.Invalidate();
+  LItem loaf;
+  ASSERT_TRUE(profile.MainList(kItemsList).Open(loaf, "P1"));
+  for (const LStockMove& move : LStockReadMoves(loaf)) moved[move.document] += move.quantity;
+  loaf.DetachWithoutSave();
+  EXPECT_EQ(moved, sold);
 }
 
 // The same kills, looked at from the audit trail: whatever moment a recording, an edit, a
@@ -233,8 +253,9 @@ TEST_F(CrashCli, KilledDocumentChangesLeaveTheAuditTrailSayingWhatTheBooksShow) 
 }
 
 // Bills recorded and replaced and bill payments spread over them, killed at random moments: the
-// next command brings every bill's posting, amount paid and the supplier's balance back in step,
-// and the audit trail says what the documents show.
+// next command brings every bill's and bill payment's posting, the payment's link to it, the
+// amounts paid and the supplier's balance back in step, and the audit trail says what the
+// documents show.
 TEST_F(CrashCli, KilledPurchaseChangesLeaveBillsPostingsAndFiguresTheNextCommandBringsInStep) {
   ASSERT_EQ(LRunKontavo({"supplier", "add", "S1", "Name=Fournil"}).exitCode, 0);
   auto bill = [](int n) {
@@ -269,7 +290,7 @@ TEST_F(CrashCli, KilledPurchaseChangesLeaveBillsPostingsAndFiguresTheNextCommand
 
   // Every bill has exactly its posting, and every purchase posting its bill.
   LProfile profile(home_.SharedFolder());
-  std::set<LPosting> bills, purchases;
+  std::set<LPosting> bills;
   LBill record;
   for (LFileStoreIteratorBase it(profile.List(kBillsList), record); record.IsAttached(); it.Next(record)) {
     LLedgerTransaction built, posted;
@@ -279,14 +300,94 @@ TEST_F(CrashCli, KilledPurchaseChangesLeaveBillsPostingsAndFiguresTheNextCommand
     bills.insert({record.GetString("Date"), record.GetPrimaryKey()});
   }
   record.Invalidate();
-  LLedgerAccountLineIterator lines(profile, "", "");
-  for (lines.SkipToValidLine(); lines.valid; lines.SkipToValidLine())
-    if (lines.line.type == kTxnTypePurchase) purchases.insert({lines.line.date, lines.line.reference});
   EXPECT_GT(bills.size(), 1u);
-  EXPECT_EQ(purchases, bills);
+  EXPECT_EQ(PostingsOfType(profile, kTxnTypePurchase), bills);
+  // Every bill payment likewise, its record naming its posting.
+  std::set<LPosting> paid;
+  LBillPayment payment;
+  for (LFileStoreIteratorBase it(profile.List(kBillPaymentsList), payment); payment.IsAttached(); it.Next(payment)) {
+    std::string reference = payment.GetString("JournalTxnRef");
+    EXPECT_FALSE(reference.empty()) << "bill payment " << payment.GetPrimaryKey() << " names no posting";
+    LLedgerTransaction built, posted;
+    LBillPaymentBuildTransaction(profile, payment, reference, "", built);
+    EXPECT_TRUE(LLedgerTransactionLoad(profile, posted, payment.GetString("Date"), reference));
+    EXPECT_TRUE(LLedgerTransactionEqual(posted, built)) << "bill payment " << payment.GetPrimaryKey();
+    paid.insert({payment.GetString("Date"), reference});
+  }
+  payment.Invalidate();
+  EXPECT_GT(paid.size(), 1u);
+  EXPECT_EQ(PostingsOfType(profile, kTxnTypeBillPayment), paid);
   std::string log = LReadFile(home_.SharedFolder() + "/AuditTrail.log");
   ExpectTrailAgrees(profile, log, kBillsList, "Facture fournisseur", "Total");
   ExpectTrailAgrees(profile, log, kBillPaymentsList, "Règlement", "Amount");
+}
+
+// An account renumbered back and forth, each run killed at a random moment once it has begun:
+// whatever the moment, the next command finds one number in the whole ledger, on the record and
+// in every row, with balances equal to the journal, and logs the renumbering it finished.
+TEST_F(CrashCli, KilledRenumberingsLeaveOneNumberTheNextCommandFinishes) {
+  {
+    LProfile profile(home_.SharedFolder());
+    ASSERT_TRUE(LCreateAccount(profile, "6251", "Voyages", kAccountExpense, false, 1, kClassificationNone));
+    ASSERT_TRUE(LCreateAccount(profile, "5300", "Caisse", kAccountAsset, true, 0, kClassificationNone));
+    for (int day = 0; day < 300; ++day) {  // one day file each: a renumbering rewrites them one by one
+      char date[16];
+      std::snprintf(date, sizeof date, "2025-%02d-%02d", 1 + day / 28, 1 + day % 28);
+      LLedgerTransaction txn(date, "T" + std::to_string(day), "General");
+      txn.AddLine("6251", "Taxi", 1000 + day, "anne", "", "");
+      txn.AddLine("5300", "Taxi", -1000 - day, "anne", "", "");
+      ASSERT_TRUE(LAccountTransactionRecord(profile, txn));
+    }
+  }
+  std::string accounts = home_.SharedFolder() + "/Accounts/";
+  std::string intents = home_.SharedFolder() + "/Ledger/Intents";
+  auto renumber = [](const std::string& from, const std::string& to) {
+    return std::vector<std::string>{"account", "edit", from, "--number", to, "--yes"};
+  };
+  // The number the books give the account: its record's, which no row of another may contradict.
+  auto current = [&] {
+    bool first = LFile::Exists(accounts + "6251.dat"), second = LFile::Exists(accounts + "6252.dat");
+    EXPECT_NE(first, second) << "the account has " << (first ? "two records" : "no record");
+    return std::string(second ? "6252" : "6251");
+  };
+  using Clock = std::chrono::steady_clock;
+  Clock::time_point start = Clock::now();
+  ASSERT_EQ(LRunKontavo(renumber("6251", "6252")).exitCode, 0);
+  long long runUs = std::chrono::duration_cast<std::chrono::microseconds>(Clock::now() - start).count();
+
+  std::mt19937 random(41);
+  int nKilled = 0, nFinished = 0;
+  const Clock::time_point deadline = Clock::now() + std::chrono::seconds(90);
+  for (int round = 0; round < 40 && Clock::now() < deadline; ++round) {
+    std::string from = current(), to = from == "6251" ? "6252" : "6251";
+    LChildProcess run(KONTAVO_BIN, renumber(from, to));
+    // Started: its intent is written (a slow start under the sanitizers is not part of the span).
+    for (Clock::time_point limit = Clock::now() + std::chrono::seconds(10);
+         LFile::ListFolder(intents).empty() && !LFile::Exists(accounts + to + ".dat") && Clock::now() < limit;)
+      std::this_thread::sleep_for(std::chrono::microseconds(200));
+    std::this_thread::sleep_for(std::chrono::microseconds(random() % (runUs + 1)));
+    ::kill(run.Pid(), SIGKILL);
+    nKilled += run.Wait() == 128 + SIGKILL;
+
+    LRunResult check = LRunKontavo({"check"});
+    EXPECT_EQ(check.exitCode, 0) << check.out << check.err;
+    nFinished += check.err.find("a été achevé") != std::string::npos;
+    EXPECT_TRUE(LFile::ListFolder(intents).empty());
+    std::string number = current(), other = number == "6251" ? "6252" : "6251";
+    LProfile profile(home_.SharedFolder());
+    int nRows = 0;
+    LLedgerAccountLineIterator it(profile, "", "");
+    for (it.SkipToValidLine(); it.valid; it.SkipToValidLine()) {
+      EXPECT_NE(it.line.account, other) << it.line.date << " still names the number the account left";
+      nRows += it.line.account == number;
+    }
+    EXPECT_EQ(nRows, 300) << "round " << round;
+    if (HasFailure()) break;
+  }
+  EXPECT_GT(nKilled, 0);
+  EXPECT_GT(nFinished, 0) << "no renumbering was ever killed midway: the test proved nothing";
+  LRunResult audit = LRunKontavo({"audit", "verify"});
+  EXPECT_EQ(audit.exitCode, 0) << audit.out << audit.err;
 }
 
 }  // namespace

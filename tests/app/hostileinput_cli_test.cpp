@@ -94,6 +94,11 @@ TEST_F(HostileInputCliTest, ChequeLinesApplicationsAndStatementsNameTheCeiling) 
   expectNamed(LRunKontavo({"bank", "import", cfonb, "--account", "512000", "--format", "cfonb"}),
               "Relevé CFONB refusé : enregistrement 2 (04) : Montant trop grand : 10000000000000 " +
                   std::string(kCeiling) + ".");
+  std::string mt940 = home_.Path() + "/gros.sta";
+  LWriteFile(mt940, ":20:REL1\n:25:FR7630002\n:60F:C260301EUR0,00\n:61:2603050305D" + huge +
+                        ",00NTRFNONREF\n:62F:C260331EUR0,00\n");
+  expectNamed(LRunKontavo({"bank", "import", mt940, "--account", "512000", "--format", "mt940"}),
+              "Relevé MT940 refusé : ligne 4 (:61:) : Montant trop grand : " + huge + ",00 " + kCeiling + ".");
   EXPECT_EQ(LExpectSuccess({"bank", "lines", "--account", "512000"}), "");
   EXPECT_EQ(LRunKontavo({"check"}).exitCode, 0);
 }

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <tuple>
 #include <vector>
 #include <nlohmann/json.hpp>
 
@@ -118,7 +119,8 @@ TEST_F(PaymentCli, CreditNoteAndRefundShowOnTheInvoice) {
 }
 
 // Applications and their letting go are in the audit trail, in the applier's name, one entry per
-// invoice: what it took or gave back, and what it now holds.
+// invoice: what it took or gave back, and what it now holds; an edit that lowers an invoice's
+// total below what it holds gives the excess back in the same way, payments and credit notes.
 TEST_F(PaymentCli, ApplicationsAndTheirLettingGoAreAudited) {
   ASSERT_EQ(LRunKontavo({"payment", "add", "--customer", "C1", "--amount", "150", "--date", "2026-02-01", "--auto"}).exitCode, 0);
   ASSERT_EQ(LRunKontavo({"creditnote", "new", "--customer", "C1", "--date", "2026-01-10", "--untaxed", "--line",
@@ -128,6 +130,11 @@ TEST_F(PaymentCli, ApplicationsAndTheirLettingGoAreAudited) {
   ASSERT_EQ(LRunKontavo({"creditnote", "apply", "1", "3=30"}).exitCode, 0);
   ASSERT_EQ(LRunKontavo({"creditnote", "apply", "1", "3=50"}).exitCode, 0);  // the invoice takes the new amount
   ASSERT_EQ(LRunKontavo({"invoice", "delete", "2"}).exitCode, 0);          // the payment lets go of it
+  for (const auto& [key, date, price] : {std::tuple{"1", "2026-01-05", "60"}, std::tuple{"3", "2026-01-07", "20"}})
+    ASSERT_EQ(LRunKontavo({"invoice", "edit", key, "--customer", "C1", "--date", date, "--untaxed", "--line",
+                           std::string("|x|1|") + price + "|Aucun|"})
+                  .exitCode,
+              0);
 
   std::vector<std::string> entries;
   std::string log = LReadFile(home_.SharedFolder() + "/AuditTrail.log");
@@ -145,7 +152,12 @@ TEST_F(PaymentCli, ApplicationsAndTheirLettingGoAreAudited) {
                          "apply Avoir 1 2026-01-10 3000 Facture 3=3000",
                          "apply Avoir 1 2026-01-10 2000 Facture 3=5000",
                          "unapply Paiement 1 2026-02-01 5000 Facture 2=0",
+                         "unapply Paiement 1 2026-02-01 4000 Facture 1=6000",
+                         "unapply Avoir 1 2026-01-10 3000 Facture 3=2000",
                      }));
+  EXPECT_EQ(Invoice("1")["amountPaid"], 6000);
+  EXPECT_EQ(Invoice("3")["amountRefunded"], 2000);
+  EXPECT_EQ(LRunKontavo({"check"}).exitCode, 0);
   EXPECT_EQ(LRunKontavo({"audit", "verify"}).exitCode, 0);
   // A refused application writes nothing.
   std::size_t size = log.size();

@@ -75,4 +75,31 @@ TEST_F(DocumentLineInputTest, EachRefusalNamesItsColumnAndRule) {
   EXPECT_EQ(LDocumentLineErrorMessage(LDocumentLineError::kNone, cases[0].line, Profile().GetCurrencyFormat()), "");
 }
 
+// The ceiling holds the total with its taxes: a line whose price is within the ceiling but whose
+// tax takes the total past it is refused before anything is written, and a tax-inclusive price at
+// the ceiling, whose tax is already inside it, passes.
+TEST_F(DocumentLineInputTest, DocumentTotalWithTaxIsHeldAtTheCeiling) {
+  const LSalesDocumentKind& kind = LSalesDocumentKindOf(LSalesDocumentType::kInvoice);
+  auto apply = [&](const std::string& line, std::string& error) {
+    LDocumentInput input;
+    input.customer = "C1";
+    input.lines = {line};
+    LSalesDocument fresh;
+    return LApplyDocumentInput(Profile(), kind, input, true, fresh, error);
+  };
+  std::string error;
+  // 90 909 090 909,08 plus 10 % makes 99 999 999 999,99 exactly, one cent more passes it.
+  EXPECT_TRUE(apply("|x|1|90909090909.08|A|", error)) << error;
+  EXPECT_FALSE(apply("|x|1|90909090909.09|A|", error));
+  EXPECT_EQ(error, "Le total du document dépasse le plafond de $99,999,999,999.99.");
+  // Two lines each within the ceiling once taxed, and together before tax, beyond it with tax.
+  LDocumentInput two;
+  two.customer = "C1";
+  two.lines = {"|x|1|90000000000|A|", "|y|1|5000000000|Aucun|"};
+  LSalesDocument fresh;
+  EXPECT_FALSE(LApplyDocumentInput(Profile(), kind, two, true, fresh, error));
+  SetTaxInclusive(true);
+  EXPECT_TRUE(apply("|x|1|99999999999.99|A|", error)) << error;
+}
+
 }  // namespace
