@@ -1,6 +1,7 @@
 // Invoices recorded, edited and deleted and payments recorded by the real binary, killed at random
 // moments: afterwards, with no repair command, `kontavo check` finds every account balance equal
-// to the journal and every customer balance equal to the documents, and says what it settled;
+// to the journal, every customer balance and every item's stock movements equal to the
+// documents, and says what it settled;
 // every invoice and payment has exactly its posting, no posting is left without its document, and
 // the audit trail's chain holds.
 #include <signal.h>
@@ -24,7 +25,9 @@
 #include "accounts/ledger.h"
 #include "accounts/ledgeriterator.h"
 #include "invoice/sales/salesposting.h"
+#include "invoice/shared/item.h"
 #include "invoice/shared/profile.h"
+#include "invoice/shared/stock.h"
 #include "llib/gen/file.h"
 #include "llib/gen/filestore.h"
 #include "llib/gen/hashtable.h"
@@ -41,6 +44,7 @@ class CrashCli : public LHomeTest {
     ASSERT_EQ(LRunKontavo({"init"}).exitCode, 0);
     ASSERT_EQ(LRunKontavo({"account", "defaults"}).exitCode, 0);
     ASSERT_EQ(LRunKontavo({"customer", "add", "C1", "Name=Dupont"}).exitCode, 0);
+    ASSERT_EQ(LRunKontavo({"item", "add", "P1", "--description", "Pain", "--price", "12.50"}).exitCode, 0);
   }
   // The keys of the recorded invoices now.
   std::vector<std::string> InvoiceKeys() const {
@@ -51,11 +55,11 @@ class CrashCli : public LHomeTest {
   }
   static std::vector<std::string> Invoice(int n) {
     return {"invoice", "new", "--customer", "C1", "--date", "2026-01-05", "--line",
-            "|x|" + std::to_string(1 + n % 4) + "|12.50|Aucun|"};
+            "P1|x|" + std::to_string(1 + n % 4) + "|12.50|Aucun|"};
   }
   static std::vector<std::string> Edit(const std::string& key, int n) {
     return {"invoice", "edit", key, "--customer", "C1", "--date", "2026-01-0" + std::to_string(1 + n % 9),
-            "--line", "|x|" + std::to_string(2 + n % 5) + "|7.25|Aucun|"};
+            "--line", "P1|x|" + std::to_string(2 + n % 5) + "|7.25|Aucun|"};
   }
   static std::vector<std::string> Delete(const std::string& key) { return {"invoice", "delete", key}; }
   static std::vector<std::string> Payment() {
@@ -204,6 +208,17 @@ TEST_F(CrashCli, KilledSalesChangesLeaveDocumentsAndPostingsTheNextCommandBrings
   EXPECT_GT(invoices.size(), 1u);
   EXPECT_EQ(PostingsOfType(profile, kTxnTypeSales), invoices);
   EXPECT_EQ(PostingsOfType(profile, kTxnTypeReceipt), payments);
+  // The stock of the loaves left is what the invoices say, movement by movement.
+  std::map<std::string, double> sold, moved;  // by document
+  LSalesDocument invoice;
+  for (LFileStoreIteratorBase it(profile.MainList("Invoices"), invoice); invoice.IsAttached(); it.Next(invoice))
+    sold["Invoices/" + invoice.GetPrimaryKey()] = -invoice.Items().GetItemQty(0);
+  invoice.Invalidate();
+  LItem loaf;
+  ASSERT_TRUE(profile.MainList(kItemsList).Open(loaf, "P1"));
+  for (const LStockMove& move : LStockReadMoves(loaf)) moved[move.document] += move.quantity;
+  loaf.DetachWithoutSave();
+  EXPECT_EQ(moved, sold);
 }
 
 // The same kills, looked at from the audit trail: whatever moment a recording, an edit, a
