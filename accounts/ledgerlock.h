@@ -35,6 +35,9 @@ struct LLedgerLockFile {
   // This hold's number, unique in the process: what a holder found of the shared files during
   // one hold stays true until its end, as every writer of them holds the lock.
   unsigned long long hold = 0;
+  // The intent's change is whole in its day file and only some balances could not be saved: the
+  // next change of this hold settles it before it reads any balance.
+  bool balancesPending = false;
 };
 // The lock file of profile's ledger while this thread holds its lock; nullptr otherwise.
 LLedgerLockFile* LLedgerHeldLockFile(const LProfile& profile);
