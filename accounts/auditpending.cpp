@@ -29,18 +29,6 @@ bool IsEmptyFile(const std::string& fingerprint) {
 // No document: no file, or a number taken (an empty file).
 bool HoldsNothing(const std::string& fingerprint) { return fingerprint == "-" || IsEmptyFile(fingerprint); }
 
-LAuditEvent EventOf(const LHashTable& note) {
-  LAuditEvent event;
-  event.action = note.GetParm("Action", "");
-  event.reference = note.GetParm("Reference", "");
-  event.date = note.GetParm("Date", "");
-  event.amount = LTextToInt64(note.GetParm("Amount", "0"));
-  event.lines = note.GetParm("Lines", "");
-  event.time = note.GetParm("Time", "");
-  event.user = note.GetParm("User", "");
-  return event;
-}
-
 // The "Seq" of the first entry after offset size of event (its action, reference and lines), and
 // whether a "cancel" of it follows; 0 when there is none.
 long long FindEntry(const LProfile& profile, long long size, const LAuditEvent& event, bool& cancelled) {
@@ -50,13 +38,12 @@ long long FindEntry(const LProfile& profile, long long size, const LAuditEvent& 
   for (std::size_t at = 0; at < text.size();) {
     std::size_t end = text.find('\n', at);
     if (end == std::string::npos) break;  // a line cut short was never an entry
-    LHashTable entry;
-    entry.LoadHTTPString(std::string_view(text).substr(at, end - at));
+    std::string_view entry = std::string_view(text).substr(at, end - at);
     at = end + 1;
-    if (entry.GetParm("Reference", "") != event.reference) continue;
-    std::string_view lines = entry.GetParm("Lines", "");
-    std::string_view action = entry.GetParm("Action", "");
-    if (seq == 0 && action == event.action && lines == event.lines) seq = LTextToInt64(entry.GetParm("Seq", "0"));
+    if (LAuditField(entry, "Reference") != event.reference) continue;
+    std::string lines = LAuditField(entry, "Lines");
+    std::string action = LAuditField(entry, "Action");
+    if (seq == 0 && action == event.action && lines == event.lines) seq = LTextToInt64(LAuditField(entry, "Seq"));
     else if (seq != 0 && action == kAuditCancel && lines == std::to_string(seq)) cancelled = true;
   }
   return seq;
@@ -65,14 +52,12 @@ long long FindEntry(const LProfile& profile, long long size, const LAuditEvent& 
 // The rule of auditpending.h over one note; warn: the change was cut short, and what is done is
 // said in the program's log.
 void Settle(const LProfile& profile, std::string_view text, bool warn) {
-  LHashTable note;
-  note.LoadHTTPString(text);
-  LAuditEvent event = EventOf(note);
-  std::string path = note.GetParm("Path", "");
-  std::string before = note.GetParm("Before", "-");
+  LAuditEvent event = LAuditEventOfLine(text);
+  std::string path = LAuditField(text, "Path");
+  std::string before = LAuditField(text, "Before");
   std::string now = Fingerprint(path);
   bool cancelled = false;
-  long long seq = FindEntry(profile, LTextToInt64(note.GetParm("Log", "0")), event, cancelled);
+  long long seq = FindEntry(profile, LTextToInt64(LAuditField(text, "Log")), event, cancelled);
   bool changed = now != before;
   if (HoldsNothing(before) && HoldsNothing(now)) {
     changed = false;  // a number taken for a document never written goes back
@@ -103,13 +88,7 @@ LAuditPending::LAuditPending(const LProfile& profile, LAuditEvent event, std::st
   if (event.time.empty()) event.time = LAuditTimeNow();
   if (event.user.empty()) event.user = LGetPostingUserName();
   LHashTable note;
-  note.SetString("Action", event.action);
-  note.SetString("Reference", event.reference);
-  note.SetString("Date", event.date);
-  note.SetString("Amount", std::to_string(event.amount));
-  note.SetString("Lines", event.lines);
-  note.SetString("Time", event.time);
-  note.SetString("User", event.user);
+  LAuditSetEventFields(event, note);
   note.SetString("Path", recordPath);
   note.SetString("Before", Fingerprint(recordPath));
   note.SetString("Log", std::to_string(LAuditLogSize(profile)));

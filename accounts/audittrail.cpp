@@ -96,6 +96,30 @@ std::string_view RawField(std::string_view line, std::string_view name) {
 
 }  // namespace
 
+void LAuditSetEventFields(const LAuditEvent& event, LHashTable& fields) {
+  fields.SetString("Action", event.action);
+  fields.SetString("Reference", event.reference);
+  fields.SetString("Date", event.date);
+  fields.SetString("Amount", std::to_string(event.amount));
+  fields.SetString("Lines", event.lines);
+  fields.SetString("Time", event.time);
+  fields.SetString("User", event.user);
+}
+
+std::string LAuditField(std::string_view line, std::string_view name) { return LPercentDecode(RawField(line, name)); }
+
+LAuditEvent LAuditEventOfLine(std::string_view line) {
+  LAuditEvent event;
+  event.action = LAuditField(line, "Action");
+  event.reference = LAuditField(line, "Reference");
+  event.date = LAuditField(line, "Date");
+  event.amount = LTextToInt64(RawField(line, "Amount"));
+  event.lines = LAuditField(line, "Lines");
+  event.time = LAuditField(line, "Time");
+  event.user = LAuditField(line, "User");
+  return event;
+}
+
 std::string LAuditHash(std::string_view text) {
   unsigned char digest[SHA256_DIGEST_LENGTH];
   ::SHA256(reinterpret_cast<const unsigned char*>(text.data()), text.size(), digest);
@@ -253,15 +277,11 @@ bool WriteNotedHead(const LProfile& profile, LAuditEnd& end, std::string_view la
 std::string EntryText(const LAuditEvent& event, const std::string& last) {
   long long seq = last.empty() ? 1 : LTextToInt64(RawField(last, "Seq")) + 1;
   LHashTable entry;
+  LAuditSetEventFields(event, entry);
+  if (event.time.empty()) entry.SetString("Time", LAuditTimeNow());
+  if (event.user.empty()) entry.SetString("User", LGetPostingUserName());
   entry.SetString("Seq", std::to_string(seq));
   entry.SetString("Prev", last.empty() ? std::string(kAuditFirstPrev) : LAuditHash(last));
-  entry.SetString("Time", event.time.empty() ? LAuditTimeNow() : event.time);
-  entry.SetString("User", event.user.empty() ? LGetPostingUserName() : event.user);
-  entry.SetString("Action", event.action);
-  entry.SetString("Reference", event.reference);
-  entry.SetString("Date", event.date);
-  entry.SetString("Amount", std::to_string(event.amount));
-  entry.SetString("Lines", event.lines);
   std::string text;
   entry.SaveHTTPString(text);
   return text;
@@ -371,8 +391,7 @@ std::unordered_map<std::string, std::string> LAuditPostingDays(const LProfile& p
     at = end + 1;
     std::string_view action = RawField(line, "Action");
     if (action != kAuditPost && action != kAuditDelete) continue;
-    std::string key = LAuditTransactionKey(LPercentDecode(RawField(line, "Date")),
-                                           LPercentDecode(RawField(line, "Reference")));
+    std::string key = LAuditTransactionKey(LAuditField(line, "Date"), LAuditField(line, "Reference"));
     if (action == kAuditDelete) days.erase(key);
     else days[key] = std::string(RawField(line, "Time").substr(0, 10));
   }
@@ -435,20 +454,18 @@ LAuditVerifyResult LAuditVerify(const LProfile& profile) {
 bool LAuditSaysDeleted(const LProfile& profile, std::string_view title, std::string_view key) {
   std::string log = LAuditReadFrom(profile, 0);
   std::string reference = std::string(title) + " " + std::string(key);
-  std::unordered_set<std::string> cancelled;  // "Seq" of the entries taken back, met later in the log
+  std::unordered_set<std::string_view> cancelled;  // "Seq" of the entries taken back, met later in the log
   for (std::size_t end = log.size(); end > 0;) {
     std::size_t start = log.rfind('\n', end - 1 - (log[end - 1] == '\n' ? 1 : 0));
     start = start == std::string::npos ? 0 : start + 1;
     std::string_view line = std::string_view(log).substr(start, end - start);
     end = start;
-    LHashTable entry;
-    entry.LoadHTTPString(line);
-    std::string_view action = entry.GetString("Action", "");
+    std::string_view action = RawField(line, "Action");
     if (action == kAuditCancel) {
-      cancelled.insert(entry.GetString("Lines", ""));
+      cancelled.insert(RawField(line, "Lines"));
       continue;
     }
-    if (entry.GetString("Reference", "") != reference || cancelled.contains(entry.GetString("Seq", ""))) continue;
+    if (LAuditField(line, "Reference") != reference || cancelled.contains(RawField(line, "Seq"))) continue;
     if (action == kAuditRecord || action == kAuditEdit || action == kAuditDeleteDocument)
       return action == kAuditDeleteDocument;
   }

@@ -36,6 +36,7 @@
 #include <string_view>
 #include <unordered_map>
 
+class LHashTable;
 class LProfile;
 class LLedgerTransaction;
 class LRecord;
@@ -66,6 +67,15 @@ struct LAuditEvent {
   std::string time;
   std::string user;
 };
+
+// An entry, and the note of a change whose entry is pending (accounts/auditpending.h), hold an
+// event under the same names: "Action", "Reference", "Date", "Amount", "Lines", "Time", "User".
+// Sets those names in fields, as event has them (an empty time or user stays empty).
+void LAuditSetEventFields(const LAuditEvent& event, LHashTable& fields);
+// The event of such a line, decoded; a field the line lacks is left empty (Amount 0).
+LAuditEvent LAuditEventOfLine(std::string_view line);
+// The decoded value of field name in such a line; empty when it has none.
+std::string LAuditField(std::string_view line, std::string_view name);
 
 // Appends an entry for event. Every change writes its entry before it changes the books, and is
 // refused when this fails. false (and an error in the log of the program) when the trail could

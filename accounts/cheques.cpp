@@ -8,6 +8,7 @@
 #include "accounts/ledger.h"
 #include "accounts/ledgerdelete.h"
 #include "accounts/ledgerlock.h"
+#include "accounts/purchaseintent.h"
 #include "accounts/references.h"
 #include "accounts/transactiondate.h"
 #include "invoice/shared/partyfields.h"
@@ -156,7 +157,10 @@ bool LChequeWrite(LProfile& profile, LAsker& asker, const LChequeRequest& reques
   (void)LAccountList(profile).Open(bank, request.account);
   LCheque cheque;
   LLedgerLock lock(profile);
+  // Killed before the cheque is saved, what it posted is taken back by the next holder of the lock.
+  LPurchaseChangeIntent intent(profile);
   if (!request.supplier.empty()) {
+    intent.NoteCheque(request.account, number, {}, request.date.ToText());
     // The bill payment posts the cheque: payable debited, this bank credited.
     LBillPaymentRequest payment{.supplier = request.supplier,
                                 .amount = request.amount,
@@ -180,6 +184,7 @@ bool LChequeWrite(LProfile& profile, LAsker& asker, const LChequeRequest& reques
                            LTakeReferenceNumber(profile, kBillPaymentCounter,
                                                 [&](int n) { return Cheques(profile).TestRecordExists(
                                                                  LFormatReference(LReferencePrefix(profile, kBillPaymentCounter), n)); }));
+    intent.NoteCheque(request.account, number, key, request.date.ToText());
     LLedgerTransaction txn(request.date.ToText(), key, kTxnTypeBillPayment);
     std::string userName = LGetPostingUserName();
     for (const LSplitLine& line : request.lines)

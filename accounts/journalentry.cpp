@@ -18,12 +18,8 @@
 
 namespace {
 
-constexpr std::string_view kUnbalanced =
-    "Vous ne pouvez enregistrer qu'une transaction équilibrée. Veuillez ajouter un compte sur lequel imputer le "
-    "montant.";
 constexpr std::string_view kNoReference = "Vous devez entrer un numéro de référence de transaction.";
 constexpr std::string_view kNoDescription = "Veuillez entrer une description de transaction.";
-constexpr std::string_view kNoLine = "Aucun compte n'a été imputé. Veuillez cliquer ici pour ajouter un compte.";
 constexpr std::string_view kReconciledQuestion =
     "Cet enregistrement de transaction a été rapproché. Voulez-vous vraiment l'enregistrer ?";
 constexpr std::string_view kSaved = "La transaction a été enregistrée.";
@@ -84,11 +80,13 @@ std::string LJournalEntryAccountFromColumn(std::string_view column) {
   return std::string(Trim(column.substr(0, end)));
 }
 
-long long LJournalEntryDlg::GetOutOfBalance() const {
+long long LJournalEntryOutOfBalance(const std::vector<LJournalEntryLine>& lines) {
   long long difference = 0;
   for (const auto& line : lines) difference += line.IsCredit() ? -line.amount : line.amount;
   return difference;
 }
+
+long long LJournalEntryDlg::GetOutOfBalance() const { return LJournalEntryOutOfBalance(lines); }
 
 bool LJournalEntryDlg::ConfirmReconciledLines(std::string* message) {
   std::string txnDate = existing ? storedDate : date.ToText();
@@ -116,11 +114,11 @@ bool LJournalEntryDlg::CmOk(std::string* message) {
 
   // ---- Checks, in the order the user meets them ------------------------------------------
   if (!ConfirmReconciledLines(message)) return false;
-  if (GetOutOfBalance() != 0) return SetMessage(message, kUnbalanced), false;
+  if (GetOutOfBalance() != 0) return SetMessage(message, kJournalEntryUnbalancedMessage), false;
   if (!LCheckTransactionDate(profile_, asker_, date, message)) return false;
   if (typedReference.empty()) return SetMessage(message, kNoReference), false;
   if (lineDescription.empty()) return SetMessage(message, kNoDescription), false;
-  if (lines.empty()) return SetMessage(message, kNoLine), false;
+  if (lines.empty()) return SetMessage(message, kJournalEntryNoLineMessage), false;
   // The desk offers only accounts of the chart; typed numbers are held to the same rule.
   for (const auto& line : lines)
     if (!LAccountIsLive(profile_, line.account)) return SetMessage(message, LAccountNotInChartMessage(line.account)), false;

@@ -42,6 +42,16 @@ struct LJournalEntryLine {
   bool IsCredit() const { return side == "CR"; }
 };
 
+// Debits less credits of lines (0 when they balance).
+long long LJournalEntryOutOfBalance(const std::vector<LJournalEntryLine>& lines);
+
+// Why lines are refused, by an entry and by a transaction template alike.
+inline constexpr std::string_view kJournalEntryUnbalancedMessage =
+    "Vous ne pouvez enregistrer qu'une transaction équilibrée. Veuillez ajouter un compte sur lequel imputer le "
+    "montant.";
+inline constexpr std::string_view kJournalEntryNoLineMessage =
+    "Aucun compte n'a été imputé. Veuillez cliquer ici pour ajouter un compte.";
+
 class LJournalEntryDlg {
  public:
   LJournalEntryDlg(LProfile& profile, LAsker& asker) : profile_(profile), asker_(asker) {}

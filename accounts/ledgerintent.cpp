@@ -99,8 +99,9 @@ bool SetBalances(const LProfile& profile, const LHashTable& intent, bool inEffec
 }
 
 // Settles the intent text; true when it is settled and may go. An intent cut short was never
-// complete, so the change it announced never began: there is nothing to settle.
-bool Settle(const LProfile& profile, std::string text) {
+// complete, so the change it announced never began: there is nothing to settle. whole: the change
+// is known to be whole in its day file, which is not looked at.
+bool Settle(const LProfile& profile, std::string text, bool whole = false) {
   if (text.empty() || text.back() != '\n') return true;
   text.pop_back();
   LHashTable intent;
@@ -110,7 +111,7 @@ bool Settle(const LProfile& profile, std::string text) {
   LTextBuffer dayPath;
   if (!LLedgerGetCSVFilePath(profile, dayPath, date)) return true;
   bool posting = std::string_view(intent.GetParm("Kind", "")) == kKindPosting;
-  bool inEffect = posting ? PostingInEffect(dayPath, LTextToInt64(intent.GetParm("Size", "0")), intent.GetParm("Rows", ""))
+  bool inEffect = whole ? true : posting ? PostingInEffect(dayPath, LTextToInt64(intent.GetParm("Size", "0")), intent.GetParm("Rows", ""))
                           : !LLedgerTransactionTestExists(profile, date, reference);
   if (!SetBalances(profile, intent, inEffect)) return false;
   if (!inEffect && intent.TestFieldExists("Audit") && !LAuditCutBack(profile, LTextToInt64(intent.GetParm("Audit", "0"))))
@@ -132,15 +133,17 @@ bool SettleFile(const LProfile& profile, const std::string& path) {
 bool SettleLockFile(const LProfile& profile) {
   LLedgerLockFile* held = LLedgerHeldLockFile(profile);
   if (held == nullptr || held->empty) return false;
+  bool whole = held->balancesPending;
   struct stat info {};
   if (::fstat(held->fd, &info) != 0) return false;
   std::string text(static_cast<std::size_t>(info.st_size), '\0');
   ssize_t n = ::pread(held->fd, text.data(), text.size(), 0);
   if (n < 0) return false;
   text.resize(static_cast<std::size_t>(n));
-  if (!Settle(profile, std::move(text))) return false;
+  if (!Settle(profile, std::move(text), whole)) return false;
   if (LRobustTruncate(held->fd, 0)) {
     held->empty = true;
+    held->balancesPending = false;
     return n > 0;
   }
   LLogWriteFailure("truncate", LedgerLockPath(profile), errno);
@@ -295,6 +298,9 @@ void LLedgerIntent::AddTransaction(const LLedgerTransaction& txn, int sign) { Ad
 void LLedgerIntent::AddPosting(const LLedgerTransaction& txn) { Add(txn, +1, true); }
 
 void LLedgerIntent::Add(const LLedgerTransaction& txn, int sign, bool holdRecords) {
+  // An earlier change of this hold left balances unsaved: they are written before any is read.
+  if (LLedgerLockFile* held = LLedgerHeldLockFile(profile_); held != nullptr && !held->empty && held->balancesPending)
+    (void)SettleLockFile(profile_);
   LDate day;
   if (!LDate::Parse(txn.GetDate(), day)) return;  // never recorded: nothing moves
   LAccountList accounts(profile_);
@@ -355,7 +361,7 @@ bool LLedgerIntent::Write(std::string_view kind, std::string_view date, std::str
   int fd = heldFile_ != nullptr ? heldFile_->fd : opened.Get();
   bool written = fd >= 0 && (heldFile_ == nullptr || heldFile_->empty || LRobustTruncate(fd, 0)) &&
                  LRobustWriteAt(fd, text.data(), text.size(), 0);
-  if (heldFile_ != nullptr) heldFile_->empty = false;
+  if (heldFile_ != nullptr) *heldFile_ = {heldFile_->fd, false, false};
   if (!written) {
     LLogWriteFailure("write", path, errno);
     if (fd >= 0 && LRobustTruncate(fd, 0) && heldFile_ != nullptr) heldFile_->empty = true;
@@ -388,6 +394,7 @@ bool LLedgerIntent::ApplyBalances() {
     if (!accounts) accounts.emplace(profile_);
     saved = LFileStoreSaveInPlace(*accounts, account) && saved;
   }
+  if (!saved && heldFile_ != nullptr) heldFile_->balancesPending = true;
   return saved;
 }
 
@@ -400,7 +407,7 @@ void LLedgerIntent::End() {
   int fd = heldFile_ != nullptr ? heldFile_->fd : intentFile_.Get();
   if (fd >= 0) {
     if (!LRobustTruncate(fd, 0)) LLogWriteFailure("truncate", LedgerLockPath(profile_), errno);
-    else if (heldFile_ != nullptr) heldFile_->empty = true;
+    else if (heldFile_ != nullptr) *heldFile_ = {heldFile_->fd, true, false};
   }
   heldFile_ = nullptr;
   intentFile_.Close();

@@ -32,6 +32,9 @@ inline constexpr std::string_view kLedgerLockFile = "Ledger.lock";  // in the le
 struct LLedgerLockFile {
   int fd = -1;
   bool empty = false;
+  // The intent's change is whole in its day file and only some balances could not be saved: the
+  // next change of this hold settles it before it reads any balance.
+  bool balancesPending = false;
 };
 // The lock file of profile's ledger while this thread holds its lock; nullptr otherwise.
 LLedgerLockFile* LLedgerHeldLockFile(const LProfile& profile);

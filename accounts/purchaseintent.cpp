@@ -5,8 +5,10 @@
 #include <string>
 #include <vector>
 
+#include "accounts/accounts.h"
 #include "accounts/billpayments.h"
 #include "accounts/bills.h"
+#include "accounts/cheques.h"
 #include "accounts/check.h"
 #include "accounts/ledger.h"
 #include "accounts/ledgerdelete.h"
@@ -20,6 +22,37 @@ namespace {
 
 constexpr std::string_view kNoteBill = "bill";
 constexpr std::string_view kNoteBillPayment = "billpayment";
+constexpr std::string_view kNoteCheque = "cheque";
+
+// A cheque noted but not saved: its posting taken out, or, for one paying a supplier, the bill
+// payment that was to be its own (of that number on that bank, which no cheque names).
+void SettleCheque(LProfile& profile, const std::string& account, const std::string& number, const std::string& key,
+                  const std::string& date) {
+  if (!LChequeFind(profile, account, number).empty()) return;  // saved: the cheque is whole
+  bool undone = false;
+  if (!key.empty()) {
+    undone = LLedgerTransactionTestExists(profile, date, key) && LAccountTransactionDelete(profile, date, key);
+  } else {
+    LAccount bank;
+    if (!LAccountList(profile).Open(bank, account)) return;
+    std::string bankName = bank.GetDescription();
+    bank.DetachWithoutSave();
+    std::vector<std::string> made;
+    LBillPayment payment;
+    for (LFileStoreIteratorBase it(profile.List(kBillPaymentsList), payment); payment.IsAttached(); it.Next(payment))
+      if (payment.GetString("ChequeNumber") == number && payment.GetString("DepositAccount") == bankName &&
+          LChequeOfBillPayment(profile, payment.GetPrimaryKey()).empty())
+        made.push_back(payment.GetPrimaryKey());
+    payment.Invalidate();
+    for (const std::string& madeKey : made) {
+      std::string error;
+      undone = LBillPaymentDelete(profile, madeKey, error) || undone;
+    }
+  }
+  if (undone)
+    LLogWarning("Chèque n° %s du compte %s : interrompu avant d'être enregistré, ce qu'il avait passé a été retiré.",
+                number.c_str(), account.c_str());
+}
 
 // The bill payment document's postings on the dates: (date, reference) of each.
 std::set<std::pair<std::string, std::string>> PostingsOf(const LProfile& profile, const std::string& document,
@@ -111,6 +144,8 @@ void SettlePurchaseChange(const LProfile& profile, const std::vector<std::string
   std::map<std::string, std::vector<std::string>> bills, payments;
   for (const std::string& note : notes) {
     std::vector<std::string_view> parts = LIntentNoteParts(note);
+    if (parts.size() == 5 && parts[0] == kNoteCheque)  // first: it may take a bill payment out
+      SettleCheque(books, std::string(parts[1]), std::string(parts[2]), std::string(parts[3]), std::string(parts[4]));
     if (parts.size() != 4) continue;
     auto* noted = parts[0] == kNoteBill ? &bills : parts[0] == kNoteBillPayment ? &payments : nullptr;
     if (noted == nullptr) continue;
@@ -134,6 +169,12 @@ void LPurchaseChangeIntent::NoteBill(std::string_view key, std::string_view oldD
 
 void LPurchaseChangeIntent::NoteBillPayment(std::string_view key, std::string_view oldDate, std::string_view date) {
   (void)Note(std::string(kNoteBillPayment) + "\t" + std::string(key) + "\t" + std::string(oldDate) + "\t" + std::string(date));
+}
+
+void LPurchaseChangeIntent::NoteCheque(std::string_view account, std::string_view number, std::string_view key,
+                                       std::string_view date) {
+  (void)Note(std::string(kNoteCheque) + "\t" + std::string(account) + "\t" + std::string(number) + "\t" +
+             std::string(key) + "\t" + std::string(date));
 }
 
 void LPurchaseLedgerInstall() { LLedgerAddIntentSettler(kPurchaseChangeIntentExtension, SettlePurchaseChange); }

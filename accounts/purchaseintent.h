@@ -5,7 +5,8 @@
 // posting it writes or takes out, before it does. The next holder of the ledger lock that finds
 // the file of a killed change brings the noted documents and their postings in step (a record
 // present is posted as it stands and names its posting in "JournalTxnRef", a posting left without
-// its document is taken out), then computes every supplier's
+// its document is taken out; a cheque whose record was never saved has its posting, or the bill
+// payment it made, taken out), then computes every supplier's
 // balance and every bill's amount paid again from the documents (LCheckSupplierBalances), and
 // logs it.
 #pragma once
@@ -27,6 +28,10 @@ class LPurchaseChangeIntent : public LBooksChangeIntent {
   void NoteBill(std::string_view key, std::string_view oldDate, std::string_view date);
   // The same for the bill payment key, before its record or its posting changes.
   void NoteBillPayment(std::string_view key, std::string_view oldDate, std::string_view date);
+  // The cheque number of account is about to be written on date, posted under key (empty: by the
+  // bill payment it makes). Killed before the cheque record is saved, the posting or the bill
+  // payment goes: the cheque never was.
+  void NoteCheque(std::string_view account, std::string_view number, std::string_view key, std::string_view date);
 };
 
 // Registers the settler of those intents. Call once at start-up; calling it again changes nothing.

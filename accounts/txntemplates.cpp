@@ -10,10 +10,6 @@
 namespace {
 
 constexpr std::string_view kNoName = "Veuillez entrer un nom pour ce modèle.";
-constexpr std::string_view kNoLine = "Aucun compte n'a été imputé. Veuillez cliquer ici pour ajouter un compte.";
-constexpr std::string_view kUnbalanced =
-    "Vous ne pouvez enregistrer qu'une transaction équilibrée. Veuillez ajouter un compte sur lequel imputer le "
-    "montant.";
 constexpr std::string_view kNotSaved = "Impossible d'enregistrer le modèle.";
 
 bool Refuse(std::string* message, std::string_view text) {
@@ -54,13 +50,10 @@ long long LTxnTemplate::Debits() const {
 bool LTxnTemplateSave(const LProfile& profile, const LTxnTemplate& tpl, std::string* message) {
   std::string name(LTruncated(tpl.name, kMaxTextBytes));
   if (name.find_first_not_of(" \t") == std::string::npos) return Refuse(message, kNoName);
-  if (tpl.lines.empty()) return Refuse(message, kNoLine);
-  long long balance = 0;
-  for (const auto& line : tpl.lines) {
+  if (tpl.lines.empty()) return Refuse(message, kJournalEntryNoLineMessage);
+  for (const auto& line : tpl.lines)
     if (!LAccountIsLive(profile, line.account)) return Refuse(message, LAccountNotInChartMessage(line.account));
-    balance += line.IsCredit() ? -line.amount : line.amount;
-  }
-  if (balance != 0) return Refuse(message, kUnbalanced);
+  if (LJournalEntryOutOfBalance(tpl.lines) != 0) return Refuse(message, kJournalEntryUnbalancedMessage);
   LFileStoreListBase list = profile.List(kTransactionTemplatesList);
   LRecord record;
   list.CreateNewRecord(record, name);

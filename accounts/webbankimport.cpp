@@ -96,10 +96,7 @@ void LWebLoadBankStatementDialog::Generate() {
 }
 
 bool LWebLoadBankStatementDialog::CmOk() {
-  if (!WLMayChangeData(form_)) {
-    PopupBoxError("Vous ne pouvez que consulter les données.");
-    return false;
-  }
+  if (RefuseViewer()) return false;
   const LWebletUploadedFile* file = Upload().Find("statement");
   if (file == nullptr || file->data.empty()) {
     PopupControlDataInvalid("statement", "Veuillez choisir le fichier du relevé.");
@@ -157,10 +154,7 @@ void LWebMatchCSVDialog::Generate() {
 }
 
 bool LWebMatchCSVDialog::CmOk() {
-  if (!WLMayChangeData(form_)) {
-    PopupBoxError("Vous ne pouvez que consulter les données.");
-    return false;
-  }
+  if (RefuseViewer()) return false;
   LProfile profile(WLSessionBusinessFolder(form_));
   std::string account = WLBankAccountOf(form_, profile);
   LStatementCsvMap map;

@@ -295,7 +295,7 @@ bool LWebBillPaymentDialog::BuildRequest(LBillPaymentRequest& request) {
 }
 
 bool LWebBillPaymentDialog::CmOk() {
-  if (!MayChange()) return false;
+  if (RefuseViewer()) return false;
   LBillPaymentRequest request;
   if (!BuildRequest(request)) return false;
   LDate date;

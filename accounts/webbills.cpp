@@ -330,7 +330,7 @@ bool LWebBillDialog::BuildBill(LBill& bill) {
 }
 
 bool LWebBillDialog::CmOk() {
-  if (!MayChange()) return false;
+  if (RefuseViewer()) return false;
   LProfile& profile = Profile();
   std::string key = form_.GetParam("id");
   LBill stored;

@@ -85,10 +85,7 @@ class LWebBudgetNewDialog : public LWebDialogEx {
     AddPullDownList(kCopyControl, "Reprendre les montants de :", names, names, false, {});
   }
   bool CmOk() override {
-    if (!WLMayChangeData(form_)) {
-      PopupBoxError(kWebViewerRefusal);
-      return false;
-    }
+    if (RefuseViewer()) return false;
     LProfile profile(WLSessionBusinessFolder(form_));
     LBudget budget;
     (void)LBudgetLoad(profile, GetText(kCopyControl), budget);
@@ -167,10 +164,7 @@ class LWebBudgetDialog : public LWebDialogEx {
   }
 
   bool CmOk() override {
-    if (!WLMayChangeData(form_)) {
-      PopupBoxError(kWebViewerRefusal);
-      return false;
-    }
+    if (RefuseViewer()) return false;
     LProfile profile(WLSessionBusinessFolder(form_));
     LBudget budget;
     if (!LBudgetLoad(profile, form_.GetParam("id"), budget)) {

@@ -104,12 +104,6 @@ void LWebLedgerDialog::AskOrRefuse(const LWebAsker& asker, int control, const st
   SetAnswerWritten();
 }
 
-bool LWebLedgerDialog::RefuseViewer() {
-  if (WLMayChangeData(form_)) return false;
-  PopupBoxError(kWebViewerRefusal);
-  return true;
-}
-
 // ---- "acclist" ---------------------------------------------------------------------------------------
 
 class LWebAccountsPage : public LWebPageMainEx {

@@ -34,8 +34,6 @@ class LWebLedgerDialog : public LWebDialogEx {
   void PrintHeader() override;
 
  protected:
-  // The session's user may change data; otherwise the refusal is answered (false).
-  bool RefuseViewer();
   // The answer of a routine that did not go ahead: the question it asked, else its refusal at
   // control.
   void AskOrRefuse(const LWebAsker& asker, int control, const std::string& message);

@@ -77,10 +77,7 @@ class LWebMileageScaleDialog : public LWebDialogEx {
     AddEdit(kScaleTextControl, "Barème :", 60, 8);
   }
   bool CmOk() override {
-    if (!WLMayChangeData(form_)) {
-      PopupBoxError(kWebViewerRefusal);
-      return false;
-    }
+    if (RefuseViewer()) return false;
     LProfile profile(WLSessionBusinessFolder(form_));
     std::vector<LMileageScale> scales;
     std::string error;

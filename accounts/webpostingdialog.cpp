@@ -32,12 +32,6 @@ LProfile& LWebPostingDialog::Profile() {
 
 void LWebPostingDialog::AddDateAnswerField() { AddHiddenField("dateok", ""); }
 
-bool LWebPostingDialog::MayChange() {
-  if (WLMayChangeData(form_)) return true;
-  PopupBoxError(kWebViewerRefusal);
-  return false;
-}
-
 bool LWebPostingDialog::MayPost(const LDate& date, int dateControl) {
   if (LDefAccountListNeedsUpdate(Profile())) {
     PopupBoxError(kNeededAccountsWarning);

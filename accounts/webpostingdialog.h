@@ -41,8 +41,6 @@ class LWebPostingDialog : public LWebDialogEx {
   // The checks every posting runs before it writes: the linked accounts, then the date guard.
   // false after the answer (a question, or an error at dateControl).
   bool MayPost(const LDate& date, int dateControl);
-  // A user who may only view the data: the refusal is the answer (false).
-  bool MayChange();
 
  private:
   std::string currentTab_;

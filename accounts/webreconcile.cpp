@@ -30,7 +30,6 @@ constexpr int kPostAsSupplier = 303;
 
 constexpr std::string_view kAcceptButton = "Accepter les correspondances";
 constexpr std::string_view kFinishButton = "Terminer le rapprochement";
-constexpr std::string_view kViewOnly = "Vous ne pouvez que consulter les données.";
 
 // How the page names a line's status (the command line keeps its own words).
 std::string_view StatusLabel(LBankLineStatus status) {
@@ -144,10 +143,7 @@ void LWebReconcileDialog::Generate() {
 }
 
 bool LWebReconcileDialog::CmOk() {
-  if (!WLMayChangeData(form_)) {
-    PopupBoxError(kViewOnly);
-    return false;
-  }
+  if (RefuseViewer()) return false;
   LProfile profile(WLSessionBusinessFolder(form_));
   std::string account = WLBankAccountOf(form_, profile);
   std::string pressed = form_.GetParam("submit");
@@ -201,10 +197,7 @@ void LWebRecordTxnDialog::Generate() {
 }
 
 bool LWebRecordTxnDialog::CmOk() {
-  if (!WLMayChangeData(form_)) {
-    PopupBoxError(kViewOnly);
-    return false;
-  }
+  if (RefuseViewer()) return false;
   LProfile profile(WLSessionBusinessFolder(form_));
   std::string account = WLBankAccountOf(form_, profile);
   long long amount = 0;
@@ -266,10 +259,7 @@ void LWebRecordTxnFromBSTDialog::Generate() {
 }
 
 bool LWebRecordTxnFromBSTDialog::CmOk() {
-  if (!WLMayChangeData(form_)) {
-    PopupBoxError(kViewOnly);
-    return false;
-  }
+  if (RefuseViewer()) return false;
   LProfile profile(WLSessionBusinessFolder(form_));
   std::string account = WLBankAccountOf(form_, profile);
   std::string lineId = form_.GetParam("line");
@@ -299,7 +289,7 @@ void WLReconRollback(LWebletForm& form) {
   LProfile profile(WLSessionBusinessFolder(form));
   std::string account = WLBankAccountOf(form, profile);
   std::string date, error;
-  std::string message = !WLMayChangeData(form) ? std::string(kViewOnly)
+  std::string message = !WLMayChangeData(form) ? std::string(kWebViewerRefusal)
                         : LReconcileRollback(profile, account, date, error)
                             ? "Le rapprochement du " + date + " a été annulé."
                             : error;

@@ -157,10 +157,7 @@ class LWebVehicleDialog : public LWebDialogEx {
     AddStatic("La puissance fiscale et le genre choisissent la ligne du barème kilométrique.");
   }
   bool CmOk() override {
-    if (!WLMayChangeData(form_)) {
-      PopupBoxError(kWebViewerRefusal);
-      return false;
-    }
+    if (RefuseViewer()) return false;
     LProfile profile(WLSessionBusinessFolder(form_));
     std::string key = form_.GetParam("id");
     bool editing = !key.empty();
@@ -233,10 +230,7 @@ class LWebVehicleDeleteRecordsDialog : public LWebDialogEx {
     AddDateInput(kToDateControl, "Au :", GetText(kToDateControl));
   }
   bool CmOk() override {
-    if (!WLMayChangeData(form_)) {
-      PopupBoxError(kWebViewerRefusal);
-      return false;
-    }
+    if (RefuseViewer()) return false;
     LDate from, to;
     for (auto [id, date] : {std::pair<int, LDate*>{kFromDateControl, &from}, {kToDateControl, &to}}) {
       std::string text = GetTextAndTrim(id);
@@ -365,10 +359,7 @@ class LWebMileageDialog : public LWebDialogEx {
     AddStatic("Indiquez la distance, ou les deux relevés du compteur : la distance est alors leur différence.");
   }
   bool CmOk() override {
-    if (!WLMayChangeData(form_)) {
-      PopupBoxError(kWebViewerRefusal);
-      return false;
-    }
+    if (RefuseViewer()) return false;
     LProfile profile(WLSessionBusinessFolder(form_));
     LVehicleMileage trip;
     trip.key = form_.GetParam("id");

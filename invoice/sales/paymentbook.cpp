@@ -25,6 +25,12 @@ void SetError(std::string* error, std::string message) {
   if (error != nullptr) *error = std::move(message);
 }
 
+bool OpenPayment(LProfile& profile, std::string_view key, LPayment& payment, std::string* error) {
+  if (profile.MainList(kPaymentsList).Open(payment, key)) return true;
+  SetError(error, "Paiement introuvable : " + std::string(key) + ".");
+  return false;
+}
+
 const LFileStoreListBase& Invoices(LProfile& profile) {
   return profile.MainList(LSalesDocumentKindOf(LSalesDocumentType::kInvoice).recordedList);
 }
@@ -217,10 +223,7 @@ bool LPaymentDelete(LProfile& profile, std::string_view key, std::string* error)
   LLedgerLock lock(profile);
   LSalesChangeIntent intent(profile);
   LPayment payment;
-  if (!profile.MainList(kPaymentsList).Open(payment, key)) {
-    SetError(error, "Paiement introuvable : " + std::string(key) + ".");
-    return false;
-  }
+  if (!OpenPayment(profile, key, payment, error)) return false;
   // Noted before its entry, so that a deletion killed after the entry is finished by the next
   // command (LPaymentFinishDelete writes the entry if it is missing). The trail keeps the whole
   // payment as it was; without it, nothing is deleted (the note goes with the intent).
@@ -251,10 +254,7 @@ bool LPaymentApply(LProfile& profile, std::string_view key, const std::vector<LA
   LLedgerLock lock(profile);
   LSalesChangeIntent intent(profile);
   LPayment payment;
-  if (!profile.MainList(kPaymentsList).Open(payment, key)) {
-    SetError(error, "Paiement introuvable : " + std::string(key) + ".");
-    return false;
-  }
+  if (!OpenPayment(profile, key, payment, error)) return false;
   payment.UpdateInvoiceAmounts(profile);
   if (!CheckApplications(profile, payment.GetCustomer(), applications, error)) return false;
   if (HeldAfter(LReadAppliedAmounts(payment), applications) > payment.GetAmount()) {

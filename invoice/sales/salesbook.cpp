@@ -38,6 +38,16 @@ bool NotSaved(std::string* error) {
   return false;
 }
 
+// A change that failed after its audit entry, its record written or not: what it moves besides
+// (posting, balances, stock) is left to the next holder of the ledger lock, which brings them in
+// step with the record as it stands (salesledger.h), as after a crash.
+bool LeftToSettle(LSalesChangeIntent& intent, std::string_view key, std::string* error) {
+  intent.Keep();
+  if (error != nullptr && !error->empty())
+    *error += " Le document " + std::string(key) + " et les livres seront remis en accord à la prochaine ouverture.";
+  return false;
+}
+
 bool DeleteRefused(std::string_view key, std::string* error) {
   SetError(error, "Impossible de supprimer le document " + std::string(key) + ".");
   return false;
@@ -221,28 +231,32 @@ bool LSalesDocumentCreate(LProfile& profile, const LSalesDocumentKind& kind, con
     newKey.clear();
     return false;
   }
-  // The reference is taken before the totals are written, which keep it: the posting then writes
-  // the document no more (each write of a record is a new file, what a file system does slowest).
-  if (IsPosted(kind) && !draft) {
-    std::string reference = LSalesDocumentTakeReference(profile, document, false);
-    if (reference.empty()) {
-      SetError(error, std::string(kLedgerNotWritten));
-      return false;
+  auto finish = [&] {
+    // The reference is taken before the totals are written, which keep it: the posting then writes
+    // the document no more (each write of a record is a new file, what a file system does slowest).
+    if (IsPosted(kind) && !draft) {
+      std::string reference = LSalesDocumentTakeReference(profile, document, false);
+      if (reference.empty()) {
+        SetError(error, std::string(kLedgerNotWritten));
+        return false;
+      }
+      intent.NotePosting(kind.recordedList, newKey, {}, reference);
     }
-    intent.NotePosting(kind.recordedList, newKey, {}, reference);
-  }
-  // The history is a trace, not the document: a failure to write it does not undo the document.
-  (void)LDocumentHistoryAdd(profile, draft ? kind.draftsList : kind.recordedList, newKey,
-                            draft ? kHistoryCreated : kHistoryRecorded, LGetPostingUserName());
-  if (!LSalesDocumentSumTotals(profile, kind, document).written) return NotSaved(error);
-  if (!draft && kind.type == LSalesDocumentType::kCreditNote && !LCoreDataCreditNoteApply(profile, document, +1))
-    return NotSaved(error);
-  if (!document.Flush()) return NotSaved(error);
-  if (draft) return true;
-  // Stock moves first: the posting of an invoice reads the cost of what left.
-  bool stocked = LSalesDocumentMoveStock(profile, kind, newKey, nullptr, &document, error);
-  if (IsPosted(kind) && !Post(profile, kind, document, intent, {}, error)) return false;
-  return stocked;
+    // The history is a trace, not the document: a failure to write it does not undo the document.
+    (void)LDocumentHistoryAdd(profile, draft ? kind.draftsList : kind.recordedList, newKey,
+                              draft ? kHistoryCreated : kHistoryRecorded, LGetPostingUserName());
+    if (!LSalesDocumentSumTotals(profile, kind, document).written) return NotSaved(error);
+    if (!draft && kind.type == LSalesDocumentType::kCreditNote && !LCoreDataCreditNoteApply(profile, document, +1))
+      return NotSaved(error);
+    if (!document.Flush()) return NotSaved(error);
+    if (draft) return true;
+    // Stock moves first: the posting of an invoice reads the cost of what left.
+    bool stocked = LSalesDocumentMoveStock(profile, kind, newKey, nullptr, &document, error);
+    if (IsPosted(kind) && !Post(profile, kind, document, intent, {}, error)) return false;
+    return stocked;
+  };
+  if (finish()) return true;
+  return draft ? false : LeftToSettle(intent, newKey, error);
 }
 
 bool LSalesDocumentOpen(LProfile& profile, const LSalesDocumentKind& kind, std::string_view key,
@@ -285,35 +299,39 @@ bool LSalesDocumentEdit(LProfile& profile, const LSalesDocumentKind& kind, std::
   std::string oldDate = document.GetDate();
   std::string reference = document.GetString("JournalTxnRef");
   if (inBooks) intent.NotePosting(kind.recordedList, key, reference.empty() ? std::string() : oldDate, reference);
-  if (inBooks && kind.type == LSalesDocumentType::kCreditNote && !LCoreDataCreditNoteApply(profile, document, -1))
-    return NotSaved(error);
 
-  change(document);
-  // The reference belongs to the ledger: an edit posts again in the same place.
-  if (reference.empty()) document.DeleteField("JournalTxnRef");
-  else document.SetString("JournalTxnRef", reference);
-  if (!document.Flush() || !Reopen(list, document)) return NotSaved(error);
+  auto apply = [&] {
+    if (inBooks && kind.type == LSalesDocumentType::kCreditNote && !LCoreDataCreditNoteApply(profile, document, -1))
+      return NotSaved(error);
+    change(document);
+    // The reference belongs to the ledger: an edit posts again in the same place.
+    if (reference.empty()) document.DeleteField("JournalTxnRef");
+    else document.SetString("JournalTxnRef", reference);
+    if (!document.Flush() || !Reopen(list, document)) return NotSaved(error);
 
-  // The totaller moves an invoice's balance by the change of its total, on the customer it names
-  // now; a change of customer first carries the old total across, and the old customer's
-  // payments and credit notes let go of the invoice.
-  if (inBooks && kind.type == LSalesDocumentType::kInvoice && document.GetCustomer() != oldCustomer &&
-      !(LInvoiceRemoveApplications(profile, document) && LCustomerChangeBalance(profile, oldCustomer, -oldTotal) &&
-        LCustomerChangeBalance(profile, document.GetCustomer(), oldTotal)))
-    return NotSaved(error);
-  if (!LSalesDocumentSumTotals(profile, kind, document).written) return NotSaved(error);
-  if (inBooks && kind.type == LSalesDocumentType::kCreditNote && !LCoreDataCreditNoteApply(profile, document, +1))
-    return NotSaved(error);
-  if (!document.Flush()) return NotSaved(error);
-  bool stocked = !recorded || LSalesDocumentMoveStock(profile, kind, key, &before, &document, error);
-  if (!inBooks) return stocked;
-  if (kind.type == LSalesDocumentType::kInvoice) {
-    // A lower total gives back what its payments and credit notes now hold beyond it.
-    (void)LInvoiceRemoveExcessApplications(profile, document);
+    // The totaller moves an invoice's balance by the change of its total, on the customer it names
+    // now; a change of customer first carries the old total across, and the old customer's
+    // payments and credit notes let go of the invoice.
+    if (inBooks && kind.type == LSalesDocumentType::kInvoice && document.GetCustomer() != oldCustomer &&
+        !(LInvoiceRemoveApplications(profile, document) && LCustomerChangeBalance(profile, oldCustomer, -oldTotal) &&
+          LCustomerChangeBalance(profile, document.GetCustomer(), oldTotal)))
+      return NotSaved(error);
+    if (!LSalesDocumentSumTotals(profile, kind, document).written) return NotSaved(error);
+    if (inBooks && kind.type == LSalesDocumentType::kCreditNote && !LCoreDataCreditNoteApply(profile, document, +1))
+      return NotSaved(error);
     if (!document.Flush()) return NotSaved(error);
-  }
-  LSalesDocumentRemoveTransaction(profile, document, oldDate);
-  return Post(profile, kind, document, intent, oldDate, error) && stocked;
+    bool stocked = !recorded || LSalesDocumentMoveStock(profile, kind, key, &before, &document, error);
+    if (!inBooks) return stocked;
+    if (kind.type == LSalesDocumentType::kInvoice) {
+      // A lower total gives back what its payments and credit notes now hold beyond it.
+      (void)LInvoiceRemoveExcessApplications(profile, document);
+      if (!document.Flush()) return NotSaved(error);
+    }
+    LSalesDocumentRemoveTransaction(profile, document, oldDate);
+    return Post(profile, kind, document, intent, oldDate, error) && stocked;
+  };
+  if (apply()) return true;
+  return recorded ? LeftToSettle(intent, key, error) : false;
 }
 
 bool LSalesDocumentRecordDraft(LProfile& profile, const LSalesDocumentKind& kind, std::string_view draftKey,

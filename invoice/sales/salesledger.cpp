@@ -19,6 +19,7 @@
 #include "invoice/sales/paymentbook.h"
 #include "invoice/sales/salesbook.h"
 #include "invoice/sales/salesposting.h"
+#include "invoice/sales/salesstock.h"
 #include "invoice/sales/taxaccounts.h"
 #include "invoice/shared/customer.h"
 #include "invoice/shared/listindexes.h"
@@ -108,6 +109,12 @@ void SettleSalesChange(const LProfile& profile, const std::vector<std::string>& 
     if (!parts[4].empty()) noted.reference = parts[4];
   }
   for (const std::string& list : reserving) TakeBackReservations(books, list);
+  // Stock first: an invoice's posting reads the cost of what left.
+  LCheckReport stock;
+  LCheckStockMovements(books, true, stock);
+  for (const LCheckDifference& difference : stock.differences)
+    LLogWarning("Stock interrompu : article %s, %s remis à %lld (au lieu de %lld).", difference.key.c_str(),
+                difference.field.c_str(), difference.computed, difference.stored);
   for (const auto& [document, noted] : documents) SettleDocument(books, document.first, document.second, noted);
   LCheckReport report;
   LCheckCustomerBalances(books, true, report);
@@ -138,6 +145,7 @@ void LSalesLedgerInstall() {
     LCheckAddBookCheck(LCheckCustomerBalances);
     LCheckAddBookCheck(LCheckInvoiceAmounts);
     LCheckAddBookCheck(LCheckListIndexes);
+    LCheckAddBookCheck(LCheckStockMovements);
     LLedgerAddIntentSettler(kSalesChangeIntentExtension, SettleSalesChange);
     LAccountsSetTaxAccountsCreator(LTaxOptionsCreateDefaultTaxAccounts);
     LBankSetCustomerPaymentPoster(LBankPostCustomerPayment);

@@ -4,12 +4,14 @@
 //     "Reçus" transaction its payment, through the sales side (salesbook.h);
 //   - checking the books also compares every customer's "Balance" with its documents, every
 //     invoice's amounts paid and refunded with the payments and credit notes applied to it, and
-//     the indexes of the sales lists with their records;
+//     the indexes of the sales lists with their records, and the items' stock movements with the
+//     documents that move them (salesstock.h);
 //   - the default chart of a new business also receives the accounts its taxes are collected
 //     into (taxaccounts.h);
-//   - a sales change killed midway (LSalesChangeIntent) has the documents it noted brought back
-//     in step with their postings, and every customer balance and invoice amount paid computed
-//     again from the documents, by the next holder of the ledger lock;
+//   - a sales change killed midway (LSalesChangeIntent) has the stock movements of every document
+//     and the documents it noted brought back in step with their postings, and every customer
+//     balance and invoice amount paid computed again from the documents, by the next holder of
+//     the ledger lock;
 //   - a statement line can be posted as a customer payment from the ledger side's pages
 //     (bankpayment.h).
 #pragma once

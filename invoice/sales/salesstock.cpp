@@ -1,13 +1,21 @@
 #include "invoice/sales/salesstock.h"
 
+#include <cmath>
+#include <map>
+#include <set>
+#include <tuple>
 #include <vector>
 
+#include "accounts/check.h"
 #include "accounts/ledgerlock.h"
+#include "invoice/sales/salesledger.h"
 #include "invoice/shared/item.h"
 #include "invoice/shared/options.h"
 #include "invoice/shared/profile.h"
 #include "invoice/shared/stock.h"
 #include "invoice/shared/totals.h"
+#include "llib/gen/filestore.h"
+#include "llib/gen/log.h"
 
 namespace {
 
@@ -73,6 +81,10 @@ bool LSalesDocumentMoveStock(LProfile& profile, const LSalesDocumentKind& kind, 
 }
 
 bool LPOrderReceive(LProfile& profile, std::string_view key, std::string_view date, std::string* error) {
+  // The order and its goods change together: killed between the two, the next holder of the
+  // ledger lock brings the movements in step with the order (salesledger.h).
+  LLedgerLock lock(profile);
+  LSalesChangeIntent intent(profile);
   const LSalesDocumentKind& kind = LSalesDocumentKindOf(LSalesDocumentType::kPOrder);
   LSalesDocument order;
   if (!profile.MainList(kind.recordedList).Open(order, key)) {
@@ -87,4 +99,74 @@ bool LPOrderReceive(LProfile& profile, std::string_view key, std::string_view da
     return false;
   }
   return LSalesDocumentMoveStock(profile, kind, key, &before, &order, error);
+}
+
+// ---- Check ------------------------------------------------------------------------------------
+
+namespace {
+
+constexpr LSalesDocumentType kMovingTypes[] = {LSalesDocumentType::kInvoice, LSalesDocumentType::kCreditNote,
+                                               LSalesDocumentType::kPOrder};
+
+using LMoveKey = std::tuple<std::string, std::string, std::string>;  // item code, document, date
+
+// What one document moves, as its record now stands.
+struct LDocumentMoves {
+  std::string date;              // empty: none (gone, a draft, an order not received)
+  std::vector<LStockLine> lines;
+};
+
+// The quantity as a difference carries it: thousandths of a unit.
+long long Thousandths(double quantity) { return std::llround(quantity * 1000); }
+
+}  // namespace
+
+void LCheckStockMovements(LProfile& profile, bool fix, LCheckReport& report) {
+  std::map<LMoveKey, double> stored, computed;
+  std::map<std::string, std::set<std::string>> holders;  // document: the items holding a movement of it
+  std::set<std::string> stocked;
+  std::set<std::string> lists;
+  for (LSalesDocumentType type : kMovingTypes) lists.insert(std::string(LSalesDocumentKindOf(type).recordedList));
+  LItem item;
+  for (LFileStoreIteratorBase it(profile.MainList(kItemsList), item); item.IsAttached(); it.Next(item)) {
+    if (LItemGetKind(item) == LItemKind::kStocked) stocked.insert(item.GetPrimaryKey());
+    for (const LStockMove& move : LStockReadMoves(item)) {
+      if (!lists.contains(move.document.substr(0, move.document.find('/')))) continue;  // not a document's
+      stored[{item.GetPrimaryKey(), move.document, move.date}] += move.quantity;
+      holders[move.document].insert(item.GetPrimaryKey());
+    }
+  }
+  std::map<std::string, LDocumentMoves> documents;
+  for (LSalesDocumentType type : kMovingTypes) {
+    const LSalesDocumentKind& kind = LSalesDocumentKindOf(type);
+    LSalesDocument document;
+    for (LFileStoreIteratorBase it(profile.MainList(kind.recordedList), document); document.IsAttached(); it.Next(document)) {
+      LDocumentMoves& moves = documents[LSalesStockDocument(kind, document.GetPrimaryKey())];
+      moves.date = MoveDate(kind, document);
+      if (moves.date.empty()) continue;
+      moves.lines = StockLines(profile, kind, document);
+      for (const LStockLine& line : moves.lines)
+        if (stocked.contains(line.code)) computed[{line.code, LSalesStockDocument(kind, document.GetPrimaryKey()), moves.date}] += line.quantity;
+    }
+  }
+  std::set<LMoveKey> keys;
+  for (const auto* side : {&stored, &computed})
+    for (const auto& entry : *side) keys.insert(entry.first);
+  std::set<std::string> wrong;  // documents whose movements differ
+  for (const LMoveKey& key : keys) {
+    double held = stored.contains(key) ? stored[key] : 0, moved = computed.contains(key) ? computed[key] : 0;
+    if (std::fabs(held - moved) < 1e-9) continue;
+    const auto& [code, document, date] = key;
+    wrong.insert(document);
+    report.differences.push_back({std::string(kItemsList), code, "Mouvement " + document + " du " + date + " (millièmes)",
+                                  Thousandths(held), Thousandths(moved), fix});
+  }
+  if (!fix) return;
+  for (const std::string& document : wrong) {
+    const LDocumentMoves& moves = documents[document];
+    const std::set<std::string>& held = holders[document];
+    std::string error;
+    if (!LStockReplaceDocumentMoves(profile, document, moves.date, moves.lines, {held.begin(), held.end()}, &error))
+      LLogError("%s", error.c_str());
+  }
 }

@@ -14,6 +14,7 @@
 
 #include "invoice/shared/salesdocument.h"
 
+struct LCheckReport;
 class LProfile;
 
 // The movements of the recorded document key of kind become those of after: what before (the
@@ -30,3 +31,10 @@ std::string LSalesStockDocument(const LSalesDocumentKind& kind, std::string_view
 // stock; a received order is received again on the new date. false with the message in *error
 // when the order does not exist or is a draft.
 bool LPOrderReceive(LProfile& profile, std::string_view key, std::string_view date, std::string* error);
+
+// The check of stock movements: every movement that an item holds of a recorded document against
+// what the document, as it stands, moves (its lines of stocked products, on its date). Each
+// difference is reported by item, document and date, quantities in thousandths of a unit; with
+// fix the movements of each document found wrong are replaced by what it moves, at the average
+// cost of the day for what leaves.
+void LCheckStockMovements(LProfile& profile, bool fix, LCheckReport& report);

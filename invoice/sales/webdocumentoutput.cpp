@@ -286,10 +286,7 @@ class LWebRecordEmailDialog : public LWebDialogEx {
       AddCheckBox(kFacturXControl, "Joindre la facture électronique Factur-X (PDF/A-3)");
   }
   bool CmOk() override {
-    if (!WLMayChangeData(form_)) {
-      PopupBoxError(kWebViewerRefusal);
-      return false;
-    }
+    if (RefuseViewer()) return false;
     LProfile profile(WLSessionBusinessFolder(form_));
     LDocumentMail mail;
     mail.to = GetTextAndTrim(kToControl);

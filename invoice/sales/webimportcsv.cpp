@@ -154,10 +154,7 @@ std::string LWebImportCsvDialog::ChosenMap(int nColumns) const {
 }
 
 bool LWebImportCsvDialog::CmOk() {
-  if (!WLMayChangeData(form_)) {
-    PopupBoxError(kWebViewerRefusal);
-    return false;
-  }
+  if (RefuseViewer()) return false;
   std::string path = PendingPath(form_.GetParam("file"));
   if (path.empty()) return Upload();
   std::string bytes, error;

@@ -164,12 +164,6 @@ std::string LWebPaymentDialogBase::AmountText(long long amount) {
   return LAmountInputText(amount, Profile().GetCurrencyFormat());
 }
 
-bool LWebPaymentDialogBase::RefuseViewer() {
-  if (WLMayChangeData(form_)) return false;
-  PopupBoxError(kWebViewerRefusal);
-  return true;
-}
-
 bool LWebPaymentDialogBase::ReadAmount(int control, long long& amount, bool required, bool quiet) {
   std::string text = GetTextAndTrim(control);
   amount = 0;

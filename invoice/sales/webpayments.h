@@ -67,7 +67,6 @@ class LWebPaymentDialogBase : public LWebDialogEx {
   bool ReadAmount(int control, long long& amount, bool required, bool quiet);
   std::string Money(long long amount);
   std::string AmountText(long long amount);
-  bool RefuseViewer();
   LProfile& Profile();
 
   static constexpr int kFirstAmountControl = 2000;

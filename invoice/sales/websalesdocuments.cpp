@@ -446,10 +446,7 @@ bool LWebSalesDocumentDialog::CmOk() {
 }
 
 bool LWebSalesDocumentDialog::SaveDocument() {
-  if (!WLMayChangeData(form_)) {
-    PopupBoxError(kWebViewerRefusal);
-    return false;
-  }
+  if (RefuseViewer()) return false;
   LProfile& profile = Profile();
   std::string error;
   if (!LSalesCheckParty(profile, kind_, GetTextAndTrim(kCustomerControl), &error)) {

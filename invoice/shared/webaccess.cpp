@@ -125,4 +125,10 @@ std::string WLSessionBusinessFolder(LWebletForm& form) {
 
 void LWebPageEx::PrintHeader() { WLStandardHeader(form_, navLinks_, title_, WLSessionUserName(form_), styleCss_); }
 
+bool LWebDialogEx::RefuseViewer() {
+  if (WLMayChangeData(form_)) return false;
+  PopupBoxError(kWebViewerRefusal);
+  return true;
+}
+
 void LWebDialogEx::PrintHeader() { WLStandardHeader(form_, navLinks_, title_, WLSessionUserName(form_), styleCss_); }

@@ -71,4 +71,9 @@ class LWebDialogEx : public LWebDialog {
   LWebDialogEx(LWebletForm& form, std::string_view routeName) : LWebDialog(form, routeName) {}
   bool Authenticate() override { return AuthenticateEx(form_); }
   void PrintHeader() override;
+
+ protected:
+  // true, after alerting kWebViewerRefusal, when the session's user may only view the data: the
+  // first check of a dialog that changes records.
+  bool RefuseViewer();
 };

@@ -96,10 +96,7 @@ bool LWebDialogKV::ReadControls(LRecord& record) {
 }
 
 bool LWebDialogKV::CmOk() {
-  if (!WLMayChangeData(form_)) {
-    PopupBoxError(kWebViewerRefusal);
-    return false;
-  }
+  if (RefuseViewer()) return false;
   const LFileStoreListBase& list = Profile().MainList(listName_);
   std::string key = EditedKey();
   bool creating = key.empty();

@@ -68,4 +68,32 @@ TEST_F(AuditPendingTest, ARecordCreatedAndLeftEmptyGoesWithoutAnEntry) {
   EXPECT_TRUE(Entries().empty());
 }
 
+TEST_F(AuditPendingTest, EntriesOfAwkwardTextAreFoundAgainAndTheLastWordOnTheirDocumentRead) {
+  // Every byte the encoding escapes, so that the note, the entry and their readers must agree.
+  LAuditEvent deletion{"delete-document", "Facture fournisseur A&B=C+D%E é", "2026-03-01", -4200,
+                       "Memo=a%26b+c\nd&Name=Caf\xc3\xa9", {}, {}};
+  LAuditEvent record = deletion;
+  record.action = "record";
+  record.lines.clear();
+  Save("Total=1");
+  ASSERT_TRUE(LAuditAppend(*profile_, record));
+  { LAuditPending refused(*profile_, deletion, RecordPath()); ASSERT_TRUE(refused.Append()); }
+  EXPECT_FALSE(LAuditSaysDeleted(*profile_, "Facture fournisseur", "A&B=C+D%E é"));  // cancelled
+  { LAuditPending cutShort(*profile_, deletion, RecordPath()); Save("Total=2"); }
+  EXPECT_TRUE(LAuditSaysDeleted(*profile_, "Facture fournisseur", "A&B=C+D%E é"));
+  EXPECT_FALSE(LAuditSaysDeleted(*profile_, "Facture fournisseur", "A&B=C+D%E"));
+  {  // its entry found again: nothing added
+    LAuditPending done(*profile_, deletion, RecordPath());
+    ASSERT_TRUE(done.Append());
+    Save("Total=3");
+  }
+  std::vector<LHashTable> entries = Entries();
+  ASSERT_EQ(entries.size(), 5u);
+  EXPECT_STREQ(entries[2].GetString("Action", ""), "cancel");
+  EXPECT_STREQ(entries[3].GetString("Reference", ""), deletion.reference.c_str());
+  EXPECT_STREQ(entries[3].GetString("Lines", ""), deletion.lines.c_str());
+  EXPECT_STREQ(entries[3].GetString("Amount", ""), "-4200");
+  EXPECT_EQ(LAuditVerify(*profile_).brokenEntry, 0);
+}
+
 }  // namespace

@@ -1,7 +1,11 @@
 // Cheques, cash transactions and transaction templates, called as the command line and the web
-// pages call them: what each posts, what voiding and deleting take back, and that the balances
-// cached in the accounts stay those of the ledger throughout.
+// pages call them: what each posts, what voiding and deleting take back, what a cheque killed
+// before its record leaves, and that the balances cached in the accounts stay those of the ledger
+// throughout.
 #include "accounts/cheques.h"
+
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include <gtest/gtest.h>
 
@@ -12,6 +16,7 @@
 #include "accounts/check.h"
 #include "accounts/ledger.h"
 #include "accounts/ledgerdelete.h"
+#include "accounts/purchaseintent.h"
 #include "accounts/question.h"
 #include "accounts/txntemplates.h"
 #include "invoice/shared/options.h"
@@ -166,6 +171,47 @@ TEST_F(ChequesTest, ChequeToASupplierIsABillPaymentAndCashMovesBothSides) {
   ASSERT_TRUE(LedgerTransactionDelete(profile_, today_.ToText(), key));
   EXPECT_FALSE(profile_.List(kCashTransactionsList).TestRecordExists(key));
   EXPECT_EQ(Total("1190"), -1500);
+  ExpectBooksInStep();
+}
+
+// A cheque written by a process that died before saving its record, after its posting (or the
+// bill payment that posts it) was made: the next holder of the ledger lock takes that posting
+// back, so the number is free and no payment stands without its cheque.
+TEST_F(ChequesTest, AChequeKilledBeforeItsRecordLeavesNothingBehind) {
+  LChequeRequest toSupplier = ToSupplier(30000);
+  std::string date = today_.ToText();
+  pid_t child = ::fork();
+  ASSERT_GE(child, 0);
+  if (child == 0) {  // what LChequeWrite does before it saves the cheque, then the kill
+    LProfile books;
+    auto* supplierCheque = new LPurchaseChangeIntent(books);  // never destroyed: the process dies
+    supplierCheque->NoteCheque("1110", "7", {}, date);
+    LAccount bank;
+    (void)LAccountList(books).Open(bank, "1110");
+    LBillPaymentRequest payment{.supplier = "S1", .amount = 30000, .date = date, .payingAccount = bank.GetDescription(),
+                                .method = std::string(kChequeMethod), .cheque = "7"};
+    std::string key, error;
+    bool made = LBillPaymentCreate(books, payment, key, error);
+    auto* rentCheque = new LPurchaseChangeIntent(books);
+    rentCheque->NoteCheque("1110", "8", "CHQ8", date);
+    LLedgerTransaction rent(date, "CHQ8", kTxnTypeBillPayment);
+    rent.AddLine("6410", "Loyer", 800, "anne", "", "CHQ8");
+    rent.AddLine("1110", "Loyer", -800, "anne", "", "CHQ8");
+    ::_exit(made && LAccountTransactionRecord(books, rent) ? 0 : 1);
+  }
+  int status = 0;
+  ASSERT_EQ(::waitpid(child, &status, 0), child);
+  ASSERT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0);
+  ASSERT_TRUE(profile_.List(kBillPaymentsList).TestRecordExists("1"));
+
+  ExpectBooksInStep();  // the check takes the lock: the cheques are settled first
+  EXPECT_FALSE(profile_.List(kBillPaymentsList).TestRecordExists("1"));
+  EXPECT_FALSE(LLedgerTransactionTestExists(profile_, date, "CHQ8"));
+  EXPECT_EQ(Total("1110"), 0);
+  LFixedAsker yes(true);
+  std::string key, message;
+  toSupplier.number = "7";
+  EXPECT_TRUE(LChequeWrite(profile_, yes, toSupplier, key, &message)) << message;
   ExpectBooksInStep();
 }
 

@@ -1,8 +1,9 @@
-// Invoices recorded, edited and deleted and payments recorded by the real binary, killed at random
-// moments: afterwards, with no repair command, `kontavo check` finds every account balance equal
-// to the journal and every customer balance equal to the documents, and says what it settled;
-// every invoice and payment has exactly its posting, no posting is left without its document, and
-// the audit trail's chain holds.
+// Invoices recorded, edited and deleted, payments recorded, payments and a credit note applied to
+// invoices, bills, bill payments and cheques, account renumberings, by the real binary, killed at
+// random moments: afterwards, with no repair command, `kontavo check` finds every account balance
+// equal to the journal, every customer and supplier balance and every item's stock movements
+// equal to the documents, and says what it settled; every document has exactly its posting, no
+// posting is left without its document, and the audit trail's chain holds.
 #include <signal.h>
 
 #include <gtest/gtest.h>
@@ -20,11 +21,14 @@
 
 #include "accounts/accounts.h"
 #include "accounts/bills.h"
+#include "accounts/cheques.h"
 #include "accounts/billpayments.h"
 #include "accounts/ledger.h"
 #include "accounts/ledgeriterator.h"
 #include "invoice/sales/salesposting.h"
+#include "invoice/shared/item.h"
 #include "invoice/shared/profile.h"
+#include "invoice/shared/stock.h"
 #include "llib/gen/file.h"
 #include "llib/gen/filestore.h"
 #include "llib/gen/hashtable.h"
@@ -41,6 +45,7 @@ class CrashCli : public LHomeTest {
     ASSERT_EQ(LRunKontavo({"init"}).exitCode, 0);
     ASSERT_EQ(LRunKontavo({"account", "defaults"}).exitCode, 0);
     ASSERT_EQ(LRunKontavo({"customer", "add", "C1", "Name=Dupont"}).exitCode, 0);
+    ASSERT_EQ(LRunKontavo({"item", "add", "P1", "--description", "Pain", "--price", "12.50"}).exitCode, 0);
   }
   // The keys of the recorded invoices now.
   std::vector<std::string> InvoiceKeys() const {
@@ -51,11 +56,11 @@ class CrashCli : public LHomeTest {
   }
   static std::vector<std::string> Invoice(int n) {
     return {"invoice", "new", "--customer", "C1", "--date", "2026-01-05", "--line",
-            "|x|" + std::to_string(1 + n % 4) + "|12.50|Aucun|"};
+            "P1|x|" + std::to_string(1 + n % 4) + "|12.50|Aucun|"};
   }
   static std::vector<std::string> Edit(const std::string& key, int n) {
     return {"invoice", "edit", key, "--customer", "C1", "--date", "2026-01-0" + std::to_string(1 + n % 9),
-            "--line", "|x|" + std::to_string(2 + n % 5) + "|7.25|Aucun|"};
+            "--line", "P1|x|" + std::to_string(2 + n % 5) + "|7.25|Aucun|"};
   }
   static std::vector<std::string> Delete(const std::string& key) { return {"invoice", "delete", key}; }
   static std::vector<std::string> Payment() {
@@ -145,7 +150,7 @@ std::set<LPosting> ExpectPostedAsBuilt(LProfile& profile, std::string_view list)
     EXPECT_FALSE(reference.empty()) << list << " " << document.GetPrimaryKey() << " was never posted";
     LLedgerTransaction built, posted;
     if (list == kPaymentsList) LPaymentBuildTransaction(profile, document, reference, "", built);
-    else LSalesDocumentBuildTransaction(profile, document, false, document.GetDate(), reference, "", built);
+    else LSalesDocumentBuildTransaction(profile, document, list == "CreditNotes", document.GetDate(), reference, "", built);
     EXPECT_TRUE(LLedgerTransactionLoad(profile, posted, document.GetDate(), reference));
     EXPECT_TRUE(LLedgerTransactionEqual(posted, built)) << list << " " << document.GetPrimaryKey();
     places.insert({document.GetDate(), reference});
@@ -168,6 +173,7 @@ TEST_F(CrashCli, KilledSalesChangesLeaveDocumentsAndPostingsTheNextCommandBrings
   long long runUs = FirstInvoiceUs();
   ASSERT_GT(runUs, 0);
 
+  ASSERT_EQ(LRunKontavo({"creditnote", "new", "--customer", "C1", "--date", "2026-01-04", "--line", "|avoir|1|30|Aucun|"}).exitCode, 0);
   std::mt19937 random(25);
   std::string intents = home_.SharedFolder() + "/Ledger/Intents";
   std::string lockFile = home_.SharedFolder() + "/Ledger/Ledger.lock";  // holds a posting's intent
@@ -179,6 +185,12 @@ TEST_F(CrashCli, KilledSalesChangesLeaveDocumentsAndPostingsTheNextCommandBrings
     if (keys.size() > 1) {
       commands.push_back(Edit(keys[random() % keys.size()], round));
       if (round % 2 == 0) commands.push_back(Delete(keys[random() % keys.size()]));
+      // Applications: a payment to one invoice, or a part of the credit note (the same invoice
+      // takes the new amount).
+      std::string applied = keys[random() % keys.size()];
+      if (round % 3 == 1)
+        commands.push_back({"payment", "add", "--customer", "C1", "--amount", "5", "--date", "2026-01-06", "--apply", applied + "=5"});
+      if (round % 3 == 2) commands.push_back({"creditnote", "apply", "1", applied + "=" + std::to_string(1 + round % 2)});
     }
     RunKilled(commands, runUs, random, nKilled, nLeft);
   }
@@ -199,10 +211,24 @@ TEST_F(CrashCli, KilledSalesChangesLeaveDocumentsAndPostingsTheNextCommandBrings
   // The documents and the ledger agree both ways.
   LProfile profile(home_.SharedFolder());
   std::set<LPosting> invoices = ExpectPostedAsBuilt(profile, "Invoices");
+  std::set<LPosting> creditNotes = ExpectPostedAsBuilt(profile, "CreditNotes");
   std::set<LPosting> payments = ExpectPostedAsBuilt(profile, kPaymentsList);
   EXPECT_GT(invoices.size(), 1u);
+  EXPECT_EQ(creditNotes.size(), 1u);
+  invoices.insert(creditNotes.begin(), creditNotes.end());
   EXPECT_EQ(PostingsOfType(profile, kTxnTypeSales), invoices);
   EXPECT_EQ(PostingsOfType(profile, kTxnTypeReceipt), payments);
+  // The stock of the loaves left is what the invoices say, movement by movement.
+  std::map<std::string, double> sold, moved;  // by document
+  LSalesDocument invoice;
+  for (LFileStoreIteratorBase it(profile.MainList("Invoices"), invoice); invoice.IsAttached(); it.Next(invoice))
+    sold["Invoices/" + invoice.GetPrimaryKey()] = -invoice.Items().GetItemQty(0);
+  invoice.Invalidate();
+  LItem loaf;
+  ASSERT_TRUE(profile.MainList(kItemsList).Open(loaf, "P1"));
+  for (const LStockMove& move : LStockReadMoves(loaf)) moved[move.document] += move.quantity;
+  loaf.DetachWithoutSave();
+  EXPECT_EQ(moved, sold);
 }
 
 // The same kills, looked at from the audit trail: whatever moment a recording, an edit, a
@@ -236,10 +262,10 @@ TEST_F(CrashCli, KilledDocumentChangesLeaveTheAuditTrailSayingWhatTheBooksShow) 
   ExpectTrailAgrees(profile, log, kPaymentsList, "Paiement", "Amount");
 }
 
-// Bills recorded and replaced and bill payments spread over them, killed at random moments: the
-// next command brings every bill's and bill payment's posting, the payment's link to it, the
-// amounts paid and the supplier's balance back in step, and the audit trail says what the
-// documents show.
+// Bills recorded and replaced, bill payments and cheques spread over them, killed at random
+// moments: the next command brings every bill's and bill payment's posting, the payment's link to
+// it, each cheque with its bill payment, the amounts paid and the supplier's balance back in
+// step, and the audit trail says what the documents show.
 TEST_F(CrashCli, KilledPurchaseChangesLeaveBillsPostingsAndFiguresTheNextCommandBringsInStep) {
   ASSERT_EQ(LRunKontavo({"supplier", "add", "S1", "Name=Fournil"}).exitCode, 0);
   auto bill = [](int n) {
@@ -260,6 +286,9 @@ TEST_F(CrashCli, KilledPurchaseChangesLeaveBillsPostingsAndFiguresTheNextCommand
       if (name.ends_with(".dat")) keys.push_back(name.substr(0, name.size() - 4));
     std::vector<std::vector<std::string>> commands{
         bill(round), {"billpayment", "add", "--supplier", "S1", "--amount", "30", "--date", "2026-03-10", "--auto"}};
+    if (round % 2 == 1)  // a cheque to the supplier is a bill payment too
+      commands.push_back({"cheque", "add", "--account", "1110", "--payee", "Fournil", "--amount", "12", "--date",
+                          "2026-03-11", "--supplier", "S1", "--auto"});
     if (!keys.empty()) {
       std::vector<std::string> replaced = bill(round + 3);
       replaced.insert(replaced.begin() + 2, {"--ref", keys[random() % keys.size()]});
@@ -297,9 +326,13 @@ TEST_F(CrashCli, KilledPurchaseChangesLeaveBillsPostingsAndFiguresTheNextCommand
     EXPECT_TRUE(LLedgerTransactionLoad(profile, posted, payment.GetString("Date"), reference));
     EXPECT_TRUE(LLedgerTransactionEqual(posted, built)) << "bill payment " << payment.GetPrimaryKey();
     paid.insert({payment.GetString("Date"), reference});
+    if (!payment.GetString("ChequeNumber").empty())
+      EXPECT_FALSE(LChequeOfBillPayment(profile, payment.GetPrimaryKey()).empty())
+          << "bill payment " << payment.GetPrimaryKey() << " stands without its cheque";
   }
   payment.Invalidate();
   EXPECT_GT(paid.size(), 1u);
+  EXPECT_FALSE(LChequeKeys(profile).empty());  // and the check found each with its bill payment
   EXPECT_EQ(PostingsOfType(profile, kTxnTypeBillPayment), paid);
   std::string log = LReadFile(home_.SharedFolder() + "/AuditTrail.log");
   ExpectTrailAgrees(profile, log, kBillsList, "Facture fournisseur", "Total");

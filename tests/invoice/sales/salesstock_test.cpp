@@ -1,16 +1,25 @@
 // Stock following the documents: purchase orders received at different costs make the weighted
 // average, invoices take goods out at it and credit notes bring them back; edits and deletes
 // move the stock back; halves of a cent in and out cancel; the stock at a past date; and
-// perpetual-inventory postings that balance and leave the book check clean.
+// perpetual-inventory postings that balance and leave the book check clean; the check of the
+// movements against the documents, and a write failing midway finished by the next opener.
 #include <gtest/gtest.h>
+
+#include <cerrno>
+#include <string>
+#include <vector>
 
 #include "accounts/check.h"
 #include "accounts/ledger.h"
 #include "invoice/sales/salesbook.h"
+#include "invoice/sales/salesposting.h"
 #include "invoice/sales/salesstock.h"
 #include "invoice/shared/inventory.h"
 #include "invoice/shared/item.h"
 #include "invoice/shared/options.h"
+#include "invoice/shared/stock.h"
+#include "llib/gen/filestore.h"
+#include "llib/gen/syscallfault.h"
 #include "llib/gen/process.h"
 #include "llib/gen/textnum.h"
 #include "tests/support/salestestbusiness.h"
@@ -209,6 +218,88 @@ TEST_F(SalesStock, WithoutTheOptionInvoicesPostNoCost) {
   InvoiceAfterReceipt(3, txn);
   EXPECT_FALSE(txn.Lines().empty());
   for (const auto& line : txn.Lines()) EXPECT_NE(line.account, "1310");
+}
+
+// The check compares every item's movements with the documents that move it, and its fix puts
+// them back: a movement lost, one left on a date the invoice no longer has, one of a document
+// deleted since.
+TEST_F(SalesStock, CheckFindsMovementsOutOfStepWithTheirDocumentsAndFixPutsThemBack) {
+  Receive("2024-01-10", 10, 400);
+  LRecord content;
+  Content(content, "C1", "2024-03-01", "W", 3, 1500);
+  std::string invoice = Create(kInvoiceKind, content);
+  LItem widget;
+  ASSERT_TRUE(Profile().MainList(kItemsList).Open(widget, "W"));
+  std::vector<LStockMove> kept = LStockReadMoves(widget);
+  widget.DetachWithoutSave();
+  auto check = [&](bool fix) {
+    LBookCheckProcess data;
+    data.profile = &Profile();
+    data.fix = fix;
+    LProcessInterfaceVoid silent;
+    EXPECT_EQ(Process(silent, data), kProcessFinished);
+    return data.report.differences;
+  };
+  std::string error;
+  ASSERT_TRUE(LStockReplaceDocumentMoves(Profile(), "Invoices/" + invoice, "2024-02-27", {{"W", -2, 400}}, {"W"}, &error));
+  ASSERT_TRUE(LStockReplaceDocumentMoves(Profile(), "Invoices/99", "2024-03-05", {{"W", -1, 400}}, {}, &error));
+  std::vector<LCheckDifference> found = check(true);
+  std::vector<std::string> seen;
+  for (const LCheckDifference& difference : found)
+    seen.push_back(difference.key + " " + difference.field + " " + std::to_string(difference.stored) + " " +
+                   std::to_string(difference.computed));
+  EXPECT_EQ(seen, (std::vector<std::string>{"W Mouvement Invoices/" + invoice + " du 2024-02-27 (millièmes) -2000 0",
+                                            "W Mouvement Invoices/" + invoice + " du 2024-03-01 (millièmes) 0 -3000",
+                                            "W Mouvement Invoices/99 du 2024-03-05 (millièmes) -1000 0"}));
+  EXPECT_TRUE(check(false).empty());
+  EXPECT_EQ(Item("W").stock.quantity, 7);
+  EXPECT_EQ(Item("W").moves.size(), kept.size());
+}
+
+// A write failing at any point of an invoice's recording or edit: either the change is refused
+// whole, or what its record already holds is left under its intent and the next holder of the
+// ledger lock (here the check) brings the posting, the balances and the stock in step with it.
+TEST_F(SalesStock, AWriteFailingAfterTheRecordIsFinishedByTheNextOpener) {
+  Receive("2024-01-10", 10, 400);
+  LRecord first;
+  Content(first, "C1", "2024-03-01", "W", 1, 1500);
+  std::string edited = Create(kInvoiceKind, first);
+  int nLeft = 0;
+  for (unsigned nth = 1; nth <= 30; ++nth) {
+    for (bool editing : {false, true}) {
+      std::string error, key;
+      LSyscallFaultArm(LSyscall::kWrite, nth, ENOSPC);
+      if (editing) {
+        (void)LSalesDocumentEdit(
+            Profile(), kInvoiceKind, edited, [nth](LSalesDocument& d) { d.SetString("Item1Qty", ftotl(1 + nth % 3)); },
+            &error);
+      } else {
+        LRecord content;
+        Content(content, "C1", "2024-03-02", "W", 2, 1500);
+        (void)LSalesDocumentCreate(Profile(), kInvoiceKind, content, false, {}, key, &error);
+      }
+      LSyscallFaultDisarm();
+      nLeft += error.find("remis en accord à la prochaine ouverture") != std::string::npos;
+      LBookCheckProcess data;
+      data.profile = &Profile();
+      LProcessInterfaceVoid silent;
+      ASSERT_EQ(Process(silent, data), kProcessFinished);
+      for (const LCheckDifference& difference : data.report.differences)
+        ADD_FAILURE() << "write " << nth << (editing ? " of the edit" : " of the recording") << ": " << difference.list
+                      << "/" << difference.key << " " << difference.field << " " << difference.stored << " -> "
+                      << difference.computed;
+    }
+  }
+  EXPECT_GT(nLeft, 0) << "no write failed after a record was saved: the test proved nothing";
+  // Every invoice left has exactly its posting.
+  LSalesDocument document;
+  for (LFileStoreIteratorBase it(Profile().MainList(kInvoiceKind.recordedList), document); document.IsAttached(); it.Next(document)) {
+    LLedgerTransaction built, posted;
+    LSalesDocumentBuildTransaction(Profile(), document, false, document.GetDate(), document.GetString("JournalTxnRef"), "", built);
+    EXPECT_TRUE(LLedgerTransactionLoad(Profile(), posted, document.GetDate(), document.GetString("JournalTxnRef")));
+    EXPECT_TRUE(LLedgerTransactionEqual(posted, built)) << document.GetPrimaryKey();
+  }
+  document.Invalidate();
 }
 
 }  // namespace
