@@ -31,8 +31,8 @@ const std::vector<LListIndex>& LListIndexes() {
   return indexes;
 }
 
-void LListIndexesDeclare() {
-  for (const LListIndex& index : LListIndexes()) LFileStoreIndexDeclare(index.list, index.field);
+void LListIndexesDeclare(std::string_view folder) {
+  for (const LListIndex& index : LListIndexes()) LFileStoreIndexDeclare(folder, index.list, index.field);
 }
 
 std::vector<std::string> LDocumentKeysDated(LProfile& profile, std::string_view listName,

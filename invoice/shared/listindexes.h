@@ -21,8 +21,9 @@ struct LListIndex {
 };
 // Every index, for a check of the books.
 const std::vector<LListIndex>& LListIndexes();
-// Declares the indexes; LProfile does it when it opens a business, before any record is written.
-void LListIndexesDeclare();
+// Declares the indexes of the business in folder; LProfile does it when it opens one, before
+// any record is written.
+void LListIndexesDeclare(std::string_view folder);
 
 // The keys of the records of a dated list whose "Date" holds, in no order.
 std::vector<std::string> LDocumentKeysDated(LProfile& profile, std::string_view listName,

@@ -69,9 +69,9 @@ void LProfile::SetDatabaseName(std::string_view folder) {
 }
 
 void LProfile::Create() {
-  LListIndexesDeclare();
   LFile::MakeFolder(databaseName_);
   dataStore_.SetFolder(databaseName_);
+  LListIndexesDeclare(dataStore_.GetFolder());
   for (std::string_view name : kMainLists)
     mainLists_.emplace(std::string(name), std::make_unique<LFileStoreListBase>(dataStore_, name));
 }

@@ -29,7 +29,7 @@ std::mutex& RegistryMutex() {
 }
 
 std::map<std::string, std::string, std::less<>>& Registry() {
-  static std::map<std::string, std::string, std::less<>> fields;  // list name -> field
+  static std::map<std::string, std::string, std::less<>> fields;  // list folder -> field
   return fields;
 }
 
@@ -187,16 +187,15 @@ ino_t LFileStoreInodeOf(const std::string& path) {
   return ::stat(path.c_str(), &st) == 0 ? st.st_ino : 0;
 }
 
-void LFileStoreIndexDeclare(std::string_view listName, std::string_view field) {
+void LFileStoreIndexDeclare(std::string_view dataFolder, std::string_view listName, std::string_view field) {
+  std::string listFolder = LFile::MakeFilePath(dataFolder, listName);  // as the store's lists make it
   std::lock_guard<std::mutex> lock(RegistryMutex());
-  Registry().insert_or_assign(std::string(listName), std::string(field));
+  Registry().insert_or_assign(std::move(listFolder), std::string(field));
 }
 
 std::string LFileStoreIndexedField(std::string_view listFolder) {
-  std::size_t slash = listFolder.rfind('/');
-  std::string_view name = slash == std::string_view::npos ? listFolder : listFolder.substr(slash + 1);
   std::lock_guard<std::mutex> lock(RegistryMutex());
-  auto it = Registry().find(name);
+  auto it = Registry().find(listFolder);
   return it == Registry().end() ? std::string() : it->second;
 }
 

@@ -15,7 +15,7 @@
 // restored backup has new inodes) or by a program that does not keep it, is mended entry by
 // entry: a record whose entry does not match is read itself and its line appended.
 //
-//     LFileStoreIndexDeclare("Invoices", "Date");             // once, before lists are written
+//     LFileStoreIndexDeclare(business, "Invoices", "Date");   // once, before lists are written
 //     for (const LFileStoreIndexEntry& e : LFileStoreIndexRead(list, "Date"))
 //       if (period.Holds(e.value)) ...open e.key...
 #pragma once
@@ -29,10 +29,11 @@
 class LFileStoreListBase;
 class LRecord;
 
-// Lists named listName, in every business, keep an index of field (one field per list name).
-// Declaring again is harmless.
-void LFileStoreIndexDeclare(std::string_view listName, std::string_view field);
-// The field indexed for the list folder (its last path component), "" when none.
+// The list listName of the data folder (a business) keeps an index of field, one field per list,
+// for the rest of the process. Declared per folder: a list of the same name in another folder
+// (another business not opened as one, a bare store) keeps none. Declaring again is harmless.
+void LFileStoreIndexDeclare(std::string_view dataFolder, std::string_view listName, std::string_view field);
+// The field indexed for the list folder (data folder + "/" + list name), "" when none.
 std::string LFileStoreIndexedField(std::string_view listFolder);
 
 // The inode of the file at path, 0 when there is none.

@@ -13,6 +13,7 @@
 
 #include "invoice/shared/options.h"
 #include "invoice/shared/profile.h"
+#include "tests/support/defaultchart.h"
 #include "tests/support/fileclock.h"
 #include "tests/support/testhome.h"
 
@@ -20,14 +21,6 @@ namespace {
 
 class AccountsTest : public LHomeTest {
  protected:
-  // A business in country with the default chart.
-  void DefaultChart(const char* country) {
-    LOptions options;
-    options.OpenFrom(profile_);
-    options.SetString("CountryCode", country);
-    EXPECT_TRUE(options.Flush());
-    EXPECT_TRUE(LAccountListCreateDefault(profile_));
-  }
   std::unique_ptr<LAccount> Open(const char* number) {
     auto account = std::make_unique<LAccount>();
     LAccountList(profile_).Open(*account, number);
@@ -60,7 +53,7 @@ TEST_F(AccountsTest, SubClassFollowsTheNumberUnlessStored) {
 }
 
 TEST_F(AccountsTest, DefaultChartForFranceHasFortyNineRowsAndSlotOneEndsOn1150) {
-  DefaultChart("FR");
+  LSetUpDefaultChart(profile_, "FR");
   // 53 rows, of which the four country variants of 2390 and 2410 do not apply in France.
   EXPECT_EQ(LAccountList(profile_).GetNumbers().size(), 49u);
   EXPECT_EQ(Slots(), (std::vector<std::string>{"1150", "1210", "4110", "4210", "2410", "2390", "2210", "6190", "6110"}));
@@ -85,7 +78,7 @@ TEST_F(AccountsTest, DefaultChartNamesTheTaxAccountsByCountry) {
                                           {"NZ", "TPS versée", "TPS perçue"},
                                           {"BE", "Autres charges à verser", "Taxe à la vente perçue"}}) {
     profile_.SetDatabaseName(home_.SharedFolder() + "/MultiBus/" + country);
-    DefaultChart(country);
+    LSetUpDefaultChart(profile_, country);
     EXPECT_EQ(Open("2390")->GetDescription(), paid) << country;
     EXPECT_EQ(Open("2410")->GetDescription(), collected) << country;
     std::vector<std::string> slots = Slots();
@@ -94,7 +87,7 @@ TEST_F(AccountsTest, DefaultChartNamesTheTaxAccountsByCountry) {
 }
 
 TEST_F(AccountsTest, DefaultChartTwiceChangesNothingAndBringsDeletedAccountsBack) {
-  DefaultChart("FR");
+  LSetUpDefaultChart(profile_, "FR");
   {
     auto renamed = Open("1110");
     renamed->SetString("Description", "Banque populaire");
@@ -170,7 +163,7 @@ TEST_F(AccountsTest, LookupsSeeWhatAnotherProcessChangedInTheChart) {
 }
 
 TEST_F(AccountsTest, OpeningBalanceIsBalancedByTheHistoricalAccount) {
-  DefaultChart("FR");
+  LSetUpDefaultChart(profile_, "FR");
   EXPECT_TRUE(Open("2150")->UpdateOpeningBalance(profile_, 50000));
   EXPECT_EQ(Open("2150")->GetOpeningBalance(), -50000);  // a liability keeps it on the credit side
   EXPECT_EQ(Open("2150")->GetTotalBalance(), -50000);

@@ -13,6 +13,7 @@
 #include "accounts/ledgerdelete.h"
 #include "invoice/shared/profile.h"
 #include "llib/gen/hashtable.h"
+#include "tests/support/ledgerposters.h"
 #include "tests/support/testhome.h"
 
 namespace {
@@ -123,12 +124,7 @@ TEST_F(AuditTrailTest, EveryTamperedByteRemovalAndSwapIsFound) {
 TEST_F(AuditTrailTest, FourProcessesPostingAtOnceLeaveOneValidChain) {
   constexpr int kProcesses = 4;
   constexpr int kEach = 60;
-  std::vector<std::unique_ptr<LChildProcess>> children;
-  for (int p = 0; p < kProcesses; ++p)
-    children.push_back(std::make_unique<LChildProcess>(
-        KONTAVO_PROGRAM_ledgerposter,
-        std::vector<std::string>{home_.SharedFolder(), "P" + std::to_string(p), std::to_string(kEach)}));
-  for (auto& child : children) EXPECT_EQ(child->Wait(), 0);
+  LRunLedgerPosters(home_.SharedFolder(), kProcesses, kEach);
   LAuditVerifyResult result = LAuditVerify(*profile_);
   EXPECT_EQ(result.message, "");
   EXPECT_EQ(result.entryCount, kProcesses * kEach);

@@ -19,9 +19,9 @@
 #include "accounts/purchaseintent.h"
 #include "accounts/question.h"
 #include "accounts/txntemplates.h"
-#include "invoice/shared/options.h"
 #include "invoice/shared/partyfields.h"
 #include "invoice/shared/profile.h"
+#include "tests/support/defaultchart.h"
 #include "tests/support/testhome.h"
 
 namespace {
@@ -29,11 +29,7 @@ namespace {
 class ChequesTest : public LHomeTest {
  protected:
   void SetUp() override {
-    LOptions options;
-    options.OpenFrom(profile_);
-    options.SetString("CountryCode", "FR");
-    EXPECT_TRUE(options.Flush());
-    EXPECT_TRUE(LAccountListCreateDefault(profile_));
+    LSetUpDefaultChart(profile_, "FR");
   }
   long long Total(const char* number) {
     LAccount account;

@@ -14,6 +14,7 @@
 #include "accounts/transactiondate.h"
 #include "invoice/shared/options.h"
 #include "invoice/shared/profile.h"
+#include "tests/support/defaultchart.h"
 #include "tests/support/testhome.h"
 
 namespace {
@@ -21,11 +22,7 @@ namespace {
 class JournalEntryTest : public LHomeTest {
  protected:
   void SetUp() override {
-    LOptions options;
-    options.OpenFrom(profile_);
-    options.SetString("CountryCode", "FR");
-    EXPECT_TRUE(options.Flush());
-    EXPECT_TRUE(LAccountListCreateDefault(profile_));
+    LSetUpDefaultChart(profile_, "FR");
   }
   // An entry debiting debit and crediting credit by amount.
   LJournalEntryDlg Rent(LAsker& asker, const LDate& date, long long amount, const char* reference = "GJ[auto]",

@@ -18,6 +18,7 @@
 #include "llib/gen/csv.h"
 #include "llib/gen/date.h"
 #include "llib/gen/moneybounds.h"
+#include "tests/support/ledgerposters.h"
 #include "tests/support/testhome.h"
 
 namespace {
@@ -338,12 +339,7 @@ TEST_F(LedgerTest, AmountsBeyondTheCeilingNeverWrapTheBooks) {
 TEST_F(LedgerTest, FourProcessesPostingAtOnceLoseNothing) {
   constexpr int kProcesses = 4;
   constexpr int kEach = 250;
-  std::vector<std::unique_ptr<LChildProcess>> children;
-  for (int p = 0; p < kProcesses; ++p)
-    children.push_back(std::make_unique<LChildProcess>(
-        KONTAVO_PROGRAM_ledgerposter,
-        std::vector<std::string>{home_.SharedFolder(), "P" + std::to_string(p), std::to_string(kEach)}));
-  for (auto& child : children) EXPECT_EQ(child->Wait(), 0);
+  LRunLedgerPosters(home_.SharedFolder(), kProcesses, kEach);
 
   std::set<std::string> seen;
   long nRows = 0;

@@ -21,7 +21,7 @@ int main(int argc, char** argv) {
   if (argc < 2) return 2;
   std::string verb = argv[1];
   if ((verb == "create" || verb == "createindexed") && argc == 5) {
-    if (verb == "createindexed") LFileStoreIndexDeclare(argv[3], "Date");
+    if (verb == "createindexed") LFileStoreIndexDeclare(argv[2], argv[3], "Date");
     LFileStoreListBase list(LFileStoreDataStore(argv[2]), argv[3]);
     int count = std::atoi(argv[4]);
     for (int i = 0; i < count; ++i) {

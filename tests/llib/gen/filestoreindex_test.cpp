@@ -17,7 +17,7 @@ namespace fs = std::filesystem;
 
 class FileStoreIndexTest : public LHomeTest {
  protected:
-  void SetUp() override { LFileStoreIndexDeclare("Dated", "Date"); }
+  void SetUp() override { LFileStoreIndexDeclare(home_.Path(), "Dated", "Date"); }
   LFileStoreDataStore store_{home_.Path()};
   LFileStoreListBase list_{store_, "Dated"};
   std::string IndexPath() const { return list_.GetFolder() + "/.index.Date"; }
@@ -74,6 +74,16 @@ TEST_F(FileStoreIndexTest, FollowsNewKeysEditsRenamesAndDeletesWithoutReadingRec
   plain.SetString("Date", "2026-01-01");
   ASSERT_TRUE(plain.Flush());
   EXPECT_FALSE(LFile::Exists(other.GetFolder() + "/.index.Date"));
+  // Nor does a list of the same name in another folder: a declaration is of one business's list,
+  // not of every list so named that the process opens afterwards.
+  ASSERT_TRUE(LFile::MakeFolder(home_.Path() + "/Other"));
+  LFileStoreListBase again(LFileStoreDataStore(home_.Path() + "/Other"), "Dated");
+  LRecord undeclared;
+  again.CreateNewRecord(undeclared, "1");
+  undeclared.SetString("Date", "2026-01-01");
+  ASSERT_TRUE(undeclared.Flush());
+  EXPECT_TRUE(LFile::Exists(again.MakeRecordPath("1")));
+  EXPECT_FALSE(LFile::Exists(again.GetFolder() + "/.index.Date"));
 }
 
 TEST_F(FileStoreIndexTest, AStaleOrLostIndexIsMendedFromTheRecords) {
