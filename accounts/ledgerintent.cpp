@@ -6,7 +6,6 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <atomic>
 #include <cerrno>
 #include <map>
 #include <mutex>
@@ -14,6 +13,7 @@
 #include <vector>
 
 #include "accounts/auditpending.h"
+#include "accounts/bookschangefile.h"
 #include "accounts/audittrail.h"
 #include "accounts/ledger.h"
 #include "accounts/ledgerlock.h"
@@ -50,12 +50,6 @@ std::string LedgerLockPath(const LProfile& profile) {
 }
 
 std::string Numbered(std::string_view name, int index) { return std::string(name) + std::to_string(index); }
-
-// "<process id>-<counter>": unique among the processes and threads sharing the folder.
-std::string NextIntentName() {
-  static std::atomic<unsigned> counter{0};
-  return std::to_string(::getpid()) + "-" + std::to_string(counter++);
-}
 
 // ---- Settling ---------------------------------------------------------------------------------
 
@@ -175,16 +169,27 @@ LIntentSettler FindSettler(std::string_view name) {
   return it == settlers.byExtension.end() ? nullptr : it->second;
 }
 
+enum class LChangeFileState { kLive, kAbandoned, kIdle };
+
 // Whether the owner of a change file is gone: its lock died with it. A live owner's file stays
-// locked and is left alone; one locked after its owner removed it ended normally in between.
-bool IsAbandoned(const std::string& path) {
+// locked and is left alone; one locked after its owner removed it ended normally in between. An
+// empty file whose owner is gone held no change (its owner was killed between two): kIdle.
+LChangeFileState StateOf(const std::string& path) {
   LFileDescriptor fd(LRobustOpen(path, O_RDONLY));
-  if (!fd.IsOpen()) return false;
+  if (!fd.IsOpen()) return LChangeFileState::kLive;
   int locked;
   do {
     locked = ::flock(fd.Get(), LOCK_EX | LOCK_NB);
   } while (locked != 0 && errno == EINTR);
-  return locked == 0 && LFile::Exists(path);
+  struct stat info {};
+  if (locked != 0 || ::fstat(fd.Get(), &info) != 0 || info.st_nlink == 0) return LChangeFileState::kLive;
+  return info.st_size == 0 ? LChangeFileState::kIdle : LChangeFileState::kAbandoned;
+}
+
+// Whether the file holds something (a change running or abandoned).
+bool HasContent(const std::string& path) {
+  struct stat info {};
+  return ::stat(path.c_str(), &info) == 0 && info.st_size > 0;
 }
 
 // The complete lines of the files (a line cut short by the crash is dropped).
@@ -229,11 +234,16 @@ int LLedgerSettleIntents(const LProfile& profile) {
     std::string path = LFile::MakeFilePath(folder, name);
     if (name.ends_with(kIntentExtension)) {
       if (SettleFile(profile, path)) ++nSettled;
-    } else if (name.ends_with(kAuditPendingExtension)) {
-      if (IsAbandoned(path)) pendingAudit.push_back(path);
-    } else if (LIntentSettler settler = FindSettler(name); settler != nullptr && IsAbandoned(path)) {
-      abandoned[settler].push_back(path);
+      continue;
     }
+    bool audit = name.ends_with(kAuditPendingExtension);
+    LIntentSettler settler = audit ? nullptr : FindSettler(name);
+    if (!audit && settler == nullptr) continue;
+    LChangeFileState state = StateOf(path);
+    if (state == LChangeFileState::kIdle && ::unlink(path.c_str()) != 0) LLogWriteFailure("unlink", path, errno);
+    if (state != LChangeFileState::kAbandoned) continue;
+    if (audit) pendingAudit.push_back(path);
+    else abandoned[settler].push_back(path);
   }
   if (!pendingAudit.empty()) {
     LAuditSettlePending(profile, NotesOf(pendingAudit));
@@ -248,42 +258,30 @@ int LLedgerSettleIntents(const LProfile& profile) {
   return nSettled;
 }
 
-LBooksChangeIntent::LBooksChangeIntent(const LProfile& profile, std::string_view extension) {
-  std::string folder = IntentsFolder(profile);
-  path_ = LFile::MakeFilePath(folder, NextIntentName(), extension);
-  int fd = LRobustOpen(path_, O_WRONLY | O_CREAT | O_EXCL, 0666);
-  if (fd < 0 && errno == ENOENT && LFile::MakeFolder(folder)) fd = LRobustOpen(path_, O_WRONLY | O_CREAT | O_EXCL, 0666);
-  if (fd < 0) {
-    LLogWriteFailure("open", path_, errno);
-    path_.clear();
-    return;
-  }
-  file_ = LLockedFile(fd, ::flock(fd, LOCK_EX | LOCK_NB) == 0);
-}
+LBooksChangeIntent::LBooksChangeIntent(const LProfile& profile, std::string_view extension)
+    : file_(LBooksChangeFileTake(IntentsFolder(profile), extension)) {}
 
-bool LBooksChangeIntent::Note(std::string_view line) {
-  if (path_.empty()) return false;
-  std::string text(line);
-  text.push_back('\n');
-  if (LRobustWrite(file_.Get(), text.data(), text.size())) return true;
-  LLogWriteFailure("write", path_, errno);
-  return false;
-}
+bool LBooksChangeIntent::Note(std::string_view line) { return file_ != nullptr && LBooksChangeFileNote(*file_, line); }
 
 void LBooksChangeIntent::Keep() {
-  path_.clear();
-  file_.Close();
+  if (file_ != nullptr) LBooksChangeFileLeave(file_);
+  file_ = nullptr;
 }
 
 LBooksChangeIntent::~LBooksChangeIntent() {
-  if (!path_.empty() && ::unlink(path_.c_str()) != 0) LLogWriteFailure("unlink", path_, errno);
-  file_.Close();
+  if (file_ != nullptr) LBooksChangeFileGiveBack(file_);
 }
 
 void LLedgerSettleInterrupted(const LProfile& profile) {
   struct stat info {};
   bool waiting = ::stat(LedgerLockPath(profile).c_str(), &info) == 0 && info.st_size > 0;
-  if (!waiting && LFile::ListFolder(IntentsFolder(profile)).empty()) return;
+  // The change files of running processes stay in the folder, empty between their changes.
+  std::string folder = IntentsFolder(profile);
+  if (!waiting) {
+    std::vector<std::string> names = LFile::ListFolder(folder);
+    auto holds = [&](const std::string& name) { return HasContent(LFile::MakeFilePath(folder, name)); };
+    if (std::none_of(names.begin(), names.end(), holds)) return;
+  }
   LLedgerLock lock(profile);
 }
 

@@ -105,11 +105,20 @@ std::vector<std::string_view> LIntentNoteParts(std::string_view note);
 // Registers the settler of extension (".sales"); call once at start-up.
 void LLedgerAddIntentSettler(std::string_view extension, LIntentSettler settler);
 
+//
+// Creating and removing a file is what a file system does slowest, so a process keeps its change
+// files: each is created on first need ("<process id>-<counter><extension>"), locked for the life
+// of the process, written from its start by each change and emptied when the change is complete,
+// and removed when the process exits. An empty file says there is nothing to settle: one left
+// by a killed process is removed by the next holder of the ledger lock.
+struct LBooksChangeFile;
+
 class LBooksChangeIntent {
  public:
-  // Creates and locks the intent file; a failure only loses the crash protection, and is logged.
+  // Takes a change file of the process that no change is using (creating and locking one when
+  // there is none); a failure only loses the crash protection, and is logged.
   LBooksChangeIntent(const LProfile& profile, std::string_view extension);
-  // The change is complete: the file is removed, then its lock released.
+  // The change is complete: the file is emptied for the process's next change.
   ~LBooksChangeIntent();
   LBooksChangeIntent(const LBooksChangeIntent&) = delete;
   LBooksChangeIntent& operator=(const LBooksChangeIntent&) = delete;
@@ -122,8 +131,7 @@ class LBooksChangeIntent {
   void Keep();
 
  private:
-  std::string path_;     // the intent file
-  LLockedFile file_;     // held locked for the life of the change
+  LBooksChangeFile* file_ = nullptr;  // the process's file this change writes; null without protection
 };
 
 // Settles every intent left by an interrupted change (see above). Callers hold the ledger lock;

@@ -91,8 +91,7 @@ class CrashCli : public LHomeTest {
     std::this_thread::sleep_for(std::chrono::microseconds(random() % (spanUs + 1)));
     for (auto& run : runs) ::kill(run->Pid(), SIGKILL);
     for (auto& run : runs) nKilled += run->Wait() == 128 + SIGKILL;
-    nLeft += static_cast<int>(LFile::ListFolder(home_.SharedFolder() + "/Ledger/Intents").size()) +
-             !LReadFile(home_.SharedFolder() + "/Ledger/Ledger.lock").empty();
+    nLeft += LCountChangesLeft(home_.SharedFolder());
   }
   LEnvScope country_{"KONTAVO_COUNTRY", "US"};
 };

@@ -140,6 +140,14 @@ std::string LReadFile(const std::string& path) {
   return content.str();
 }
 
+int LCountChangesLeft(const std::string& sharedFolder) {
+  std::error_code absent;
+  int n = 0;
+  for (const auto& entry : std::filesystem::directory_iterator(sharedFolder + "/Ledger/Intents", absent))
+    n += entry.is_regular_file() && entry.file_size(absent) > 0;
+  return n + !LReadFile(sharedFolder + "/Ledger/Ledger.lock").empty();
+}
+
 void LWriteFile(const std::string& path, const std::string& content) {
   std::ofstream out(path, std::ios::binary | std::ios::trunc);
   out << content;

@@ -49,6 +49,9 @@ std::string LSharedDataPath(const std::string& relative);
 // Reads a whole file ("" when missing).
 std::string LReadFile(const std::string& path);
 void LWriteFile(const std::string& path, const std::string& content);
+// Changes of the books a kill left midway in the business folder: the intents that hold notes
+// (processes keep empty ones between changes) and the ledger lock file when it holds one.
+int LCountChangesLeft(const std::string& sharedFolder);
 
 // A program started in the background; its stdout can be read line by line.
 class LChildProcess {
