@@ -167,32 +167,37 @@ bool LPaymentCreate(LProfile& profile, const LPaymentRequest& request, std::stri
     return false;
   }
   newKey = key;
-  if (!LCoreDataPaymentApply(profile, payment, +1)) {
-    SetError(error, std::string(kRecordNotSavedMessage));
-    return false;
-  }
-  std::string reference = LSalesDocumentTakeReference(profile, payment, true);
-  if (reference.empty()) {
-    SetError(error, "Impossible d'écrire dans le grand livre.");
-    return false;
-  }
-  intent.NotePosting(kPaymentsList, key, {}, reference);
-  bool posted = LPaymentRecordTransactions(profile, payment, LGetPostingUserName());
-  // The flush keeps "JournalTxnRef"; the applications are written whatever the posting did, once
-  // the trail has them.
-  LApplicationAudit applications(profile, kPaymentTitle, payment, payments.MakeRecordPath(key));
-  LPayment distributed;
-  Distributed(payment, *distribution, distributed);
-  if (!applications.Write(distributed)) {
-    (void)payment.Flush();
-    SetError(error, "Le paiement " + key + " est enregistré, mais la piste d'audit n'a pas pu recevoir ses imputations : "
-                    "il n'est imputé à aucune facture.");
-    return false;
-  }
-  bool written = payment.Flush() && LPaymentApplyList(profile, payment, *distribution);
-  if (!posted) SetError(error, "Impossible d'écrire dans le grand livre.");
-  else if (!written) SetError(error, "Impossible d'enregistrer le paiement.");
-  return posted && written;
+  bool unapplied = false;  // the trail refused the applications: the payment stands, whole, without them
+  auto finish = [&] {
+    if (!LCoreDataPaymentApply(profile, payment, +1)) {
+      SetError(error, std::string(kRecordNotSavedMessage));
+      return false;
+    }
+    std::string reference = LSalesDocumentTakeReference(profile, payment, true);
+    if (reference.empty()) {
+      SetError(error, "Impossible d'écrire dans le grand livre.");
+      return false;
+    }
+    intent.NotePosting(kPaymentsList, key, {}, reference);
+    bool posted = LPaymentRecordTransactions(profile, payment, LGetPostingUserName());
+    // The flush keeps "JournalTxnRef"; the applications are written whatever the posting did, once
+    // the trail has them.
+    LApplicationAudit applications(profile, kPaymentTitle, payment, payments.MakeRecordPath(key));
+    LPayment distributed;
+    Distributed(payment, *distribution, distributed);
+    if (!applications.Write(distributed)) {
+      unapplied = payment.Flush() && posted;
+      SetError(error, "Le paiement " + key + " est enregistré, mais la piste d'audit n'a pas pu recevoir ses imputations : "
+                      "il n'est imputé à aucune facture.");
+      return false;
+    }
+    bool written = payment.Flush() && LPaymentApplyList(profile, payment, *distribution);
+    if (!posted) SetError(error, "Impossible d'écrire dans le grand livre.");
+    else if (!written) SetError(error, "Impossible d'enregistrer le paiement.");
+    return posted && written;
+  };
+  if (finish()) return true;
+  return unapplied ? false : intent.LeaveUnfinished(key, error);
 }
 
 namespace {

@@ -38,16 +38,6 @@ bool NotSaved(std::string* error) {
   return false;
 }
 
-// A change that failed after its audit entry, its record written or not: what it moves besides
-// (posting, balances, stock) is left to the next holder of the ledger lock, which brings them in
-// step with the record as it stands (salesledger.h), as after a crash.
-bool LeftToSettle(LSalesChangeIntent& intent, std::string_view key, std::string* error) {
-  intent.Keep();
-  if (error != nullptr && !error->empty())
-    *error += " Le document " + std::string(key) + " et les livres seront remis en accord à la prochaine ouverture.";
-  return false;
-}
-
 bool DeleteRefused(std::string_view key, std::string* error) {
   SetError(error, "Impossible de supprimer le document " + std::string(key) + ".");
   return false;
@@ -256,7 +246,7 @@ bool LSalesDocumentCreate(LProfile& profile, const LSalesDocumentKind& kind, con
     return stocked;
   };
   if (finish()) return true;
-  return draft ? false : LeftToSettle(intent, newKey, error);
+  return draft ? false : intent.LeaveUnfinished(newKey, error);
 }
 
 bool LSalesDocumentOpen(LProfile& profile, const LSalesDocumentKind& kind, std::string_view key,
@@ -331,7 +321,7 @@ bool LSalesDocumentEdit(LProfile& profile, const LSalesDocumentKind& kind, std::
     return Post(profile, kind, document, intent, oldDate, error) && stocked;
   };
   if (apply()) return true;
-  return recorded ? LeftToSettle(intent, key, error) : false;
+  return recorded ? intent.LeaveUnfinished(key, error) : false;
 }
 
 bool LSalesDocumentRecordDraft(LProfile& profile, const LSalesDocumentKind& kind, std::string_view draftKey,

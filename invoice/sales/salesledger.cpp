@@ -133,6 +133,13 @@ void LSalesChangeIntent::NoteReserving(std::string_view list) {
   (void)Note(std::string(kNoteReserving) + "\t" + std::string(list));
 }
 
+bool LSalesChangeIntent::LeaveUnfinished(std::string_view document, std::string* error) {
+  Keep();
+  if (error != nullptr && !error->empty())
+    *error += " Le document " + std::string(document) + " et les livres seront remis en accord à la prochaine ouverture.";
+  return false;
+}
+
 void LSalesChangeIntent::NoteDeleting(std::string_view list, std::string_view key) {
   (void)Note(std::string(kNoteDeleting) + "\t" + std::string(list) + "\t" + std::string(key));
 }

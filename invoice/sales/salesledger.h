@@ -41,6 +41,11 @@ class LSalesChangeIntent : public LBooksChangeIntent {
   void NoteDeleting(std::string_view list, std::string_view key);
   // A new number of list is about to be taken (an empty record file, noted once taken).
   void NoteReserving(std::string_view list);
+  // The change failed after its audit entry, its record written or not: what it moves besides
+  // (posting, balances, stock) is left to the next holder of the ledger lock, which brings them in
+  // step with the record as it stands, as after a crash. Adds so much to *error (when it holds a
+  // message) about document (its key); returns false.
+  bool LeaveUnfinished(std::string_view document, std::string* error);
 };
 
 // Installs the hooks above. Call once at start-up, before any business is opened; calling

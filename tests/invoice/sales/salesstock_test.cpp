@@ -11,6 +11,7 @@
 
 #include "accounts/check.h"
 #include "accounts/ledger.h"
+#include "invoice/sales/paymentbook.h"
 #include "invoice/sales/salesbook.h"
 #include "invoice/sales/salesposting.h"
 #include "invoice/sales/salesstock.h"
@@ -256,9 +257,10 @@ TEST_F(SalesStock, CheckFindsMovementsOutOfStepWithTheirDocumentsAndFixPutsThemB
   EXPECT_EQ(Item("W").moves.size(), kept.size());
 }
 
-// A write failing at any point of an invoice's recording or edit: either the change is refused
-// whole, or what its record already holds is left under its intent and the next holder of the
-// ledger lock (here the check) brings the posting, the balances and the stock in step with it.
+// A write failing at any point of an invoice's recording or edit or of a payment: either the
+// change is refused whole, or what its record already holds is left under its intent and the next
+// holder of the ledger lock (here the check) brings the posting, the balances, the amounts paid
+// and the stock in step with it.
 TEST_F(SalesStock, AWriteFailingAfterTheRecordIsFinishedByTheNextOpener) {
   Receive("2024-01-10", 10, 400);
   LRecord first;
@@ -266,13 +268,16 @@ TEST_F(SalesStock, AWriteFailingAfterTheRecordIsFinishedByTheNextOpener) {
   std::string edited = Create(kInvoiceKind, first);
   int nLeft = 0;
   for (unsigned nth = 1; nth <= 30; ++nth) {
-    for (bool editing : {false, true}) {
+    for (const char* change : {"recording", "edit", "payment"}) {
       std::string error, key;
       LSyscallFaultArm(LSyscall::kWrite, nth, ENOSPC);
-      if (editing) {
+      if (change == std::string_view("edit")) {
         (void)LSalesDocumentEdit(
             Profile(), kInvoiceKind, edited, [nth](LSalesDocument& d) { d.SetString("Item1Qty", ftotl(1 + nth % 3)); },
             &error);
+      } else if (change == std::string_view("payment")) {
+        LPaymentRequest request{"C1", "2024-03-03", 700, {}, false, true, {}};
+        (void)LPaymentCreate(Profile(), request, key, &error);
       } else {
         LRecord content;
         Content(content, "C1", "2024-03-02", "W", 2, 1500);
@@ -285,7 +290,7 @@ TEST_F(SalesStock, AWriteFailingAfterTheRecordIsFinishedByTheNextOpener) {
       LProcessInterfaceVoid silent;
       ASSERT_EQ(Process(silent, data), kProcessFinished);
       for (const LCheckDifference& difference : data.report.differences)
-        ADD_FAILURE() << "write " << nth << (editing ? " of the edit" : " of the recording") << ": " << difference.list
+        ADD_FAILURE() << "write " << nth << " of the " << change << ": " << difference.list
                       << "/" << difference.key << " " << difference.field << " " << difference.stored << " -> "
                       << difference.computed;
     }
