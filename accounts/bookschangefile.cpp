@@ -13,6 +13,7 @@
 
 #include "llib/gen/file.h"
 #include "llib/gen/log.h"
+#include "llib/gen/processid.h"
 
 namespace {
 
@@ -82,7 +83,7 @@ class LChangeFiles {
   // After a fork the files and their locks belong to the parent: the child lets go of its copies
   // of the descriptors without unlocking (the lock is the parent's too) and makes its own.
   void ForgetInherited() {
-    pid_t self = ::getpid();
+    pid_t self = LProcessId();
     if (owner_ == self) return;
     for (const auto& file : files_) ::close(file->fd);
     files_.clear();
@@ -94,7 +95,7 @@ class LChangeFiles {
     auto file = std::make_unique<LBooksChangeFile>();
     for (int attempt = 0; attempt < 100; ++attempt) {
       // A name of a process that had this id before is taken: the next one is tried.
-      file->path = LFile::MakeFilePath(folder, std::to_string(::getpid()) + "-" + std::to_string(counter++), extension);
+      file->path = LFile::MakeFilePath(folder, std::to_string(LProcessId()) + "-" + std::to_string(counter++), extension);
       file->fd = LRobustOpen(file->path, O_RDWR | O_CREAT | O_EXCL, 0666);
       if (file->fd < 0 && errno == ENOENT && LFile::MakeFolder(folder))
         file->fd = LRobustOpen(file->path, O_RDWR | O_CREAT | O_EXCL, 0666);
@@ -123,7 +124,7 @@ class LChangeFiles {
   }
 
   std::mutex mutex_;
-  pid_t owner_ = ::getpid();
+  pid_t owner_ = LProcessId();
   std::vector<std::unique_ptr<LBooksChangeFile>> files_;
 };
 

@@ -12,6 +12,7 @@
 #include <cstring>
 #include <filesystem>
 
+#include "llib/gen/processid.h"
 #include "llib/gen/log.h"
 #include "llib/gen/syscallfault.h"
 
@@ -267,7 +268,7 @@ std::string LTempPathBeside(std::string_view path) {
   std::size_t slash = path.rfind('/');
   std::string temp(slash == std::string_view::npos ? std::string_view() : path.substr(0, slash + 1));
   temp += ".kontavo.";
-  temp += std::to_string(::getpid());
+  temp += std::to_string(LProcessId());
   temp += '.';
   temp += std::to_string(counter.fetch_add(1));
   temp += kTempSuffix;
