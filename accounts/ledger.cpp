@@ -86,8 +86,10 @@ bool AppendRows(const LProfile& profile, const LLedgerTransaction& txn, LLedgerI
   if (!LinesWithinBounds(txn)) return false;
   LTextBuffer path;
   if (!LLedgerGetCSVFilePath(profile, path, txn.GetDate())) return false;
-  // Deletes replace a day file by renaming: the lock is taken on the file the path names.
-  LLockedFile file = LLockedFile::OpenCurrent(path, O_RDWR | O_CREAT, LOCK_EX, kLedgerLockTimeoutMs, 0666);
+  // Deletes replace a day file by renaming a new one over it (nothing renames a day file away):
+  // the lock is taken on the file the path names.
+  LLockedFile file =
+      LLockedFile::OpenCurrent(path, O_RDWR | O_CREAT, LOCK_EX, kLedgerLockTimeoutMs, 0666, LPathChange::kReplaced);
   if (!file.IsOpen()) {
     LLogWriteFailure("open", path, file.OpenErrno());
     return false;

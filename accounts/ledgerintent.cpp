@@ -51,6 +51,23 @@ std::string LedgerLockPath(const LProfile& profile) {
 
 std::string Numbered(std::string_view name, int index) { return std::string(name) + std::to_string(index); }
 
+// The first byte of a lock file that holds no intent. The intent is the file's first line:
+// marking it ended writes one byte where cutting the file would free its block and journal the
+// change, ten times the cost of a posting's other writes.
+constexpr char kNoIntent = '\n';
+
+bool MarkNoIntent(int fd) { return LRobustWriteAt(fd, &kNoIntent, 1, 0); }
+
+// Writes text, an intent and its line end, over the start of the lock file in two writes: the
+// text with the mark of no intent in place of its first character, then that character. A writer
+// killed midway thus leaves the mark first, whatever an earlier and longer intent left after it
+// (a write cut short keeps its start, never its end).
+bool WriteIntentText(int fd, std::string& text) {
+  char first = text.front();
+  text.front() = kNoIntent;
+  return LRobustWriteAt(fd, text.data(), text.size(), 0) && LRobustWriteAt(fd, &first, 1, 0);
+}
+
 // ---- Settling ---------------------------------------------------------------------------------
 
 // Whether the day file holds rows, whole, at sizeBefore. A day file that grew by part of them
@@ -98,12 +115,14 @@ bool SetBalances(const LProfile& profile, const LHashTable& intent, bool inEffec
   return saved;
 }
 
-// Settles the intent text; true when it is settled and may go. An intent cut short was never
+// Settles the intent that text (a lock file's or an older intent file's content) holds in its
+// first line; true when it is settled and may go. An intent cut short, with no line end, was never
 // complete, so the change it announced never began: there is nothing to settle. whole: the change
 // is known to be whole in its day file, which is not looked at.
 bool Settle(const LProfile& profile, std::string text, bool whole = false) {
-  if (text.empty() || text.back() != '\n') return true;
-  text.pop_back();
+  std::size_t end = text.find(kNoIntent);
+  if (end == std::string::npos || end == 0) return true;
+  text.resize(end);
   LHashTable intent;
   intent.LoadHTTPString(text);
   std::string date = intent.GetParm("Date", "");
@@ -128,7 +147,7 @@ bool SettleFile(const LProfile& profile, const std::string& path) {
   return LFile::ReadAll(path, text) && Settle(profile, std::move(text)) && ::unlink(path.c_str()) == 0;
 }
 
-// Settles the intent held in the ledger lock file, if any, and empties the file. Called by the
+// Settles the intent held in the ledger lock file, if any, and marks it ended. Called by the
 // holder of the lock, through the descriptor it locked.
 bool SettleLockFile(const LProfile& profile) {
   LLedgerLockFile* held = LLedgerHeldLockFile(profile);
@@ -140,13 +159,14 @@ bool SettleLockFile(const LProfile& profile) {
   ssize_t n = ::pread(held->fd, text.data(), text.size(), 0);
   if (n < 0) return false;
   text.resize(static_cast<std::size_t>(n));
+  bool found = n > 0 && text.front() != kNoIntent;
   if (!Settle(profile, std::move(text), whole)) return false;
-  if (LRobustTruncate(held->fd, 0)) {
+  if (MarkNoIntent(held->fd)) {
     held->empty = true;
     held->balancesPending = false;
-    return n > 0;
+    return found;
   }
-  LLogWriteFailure("truncate", LedgerLockPath(profile), errno);
+  LLogWriteFailure("write", LedgerLockPath(profile), errno);
   return false;
 }
 
@@ -272,9 +292,16 @@ LBooksChangeIntent::~LBooksChangeIntent() {
   if (file_ != nullptr) LBooksChangeFileGiveBack(file_);
 }
 
+bool LLedgerIntentWaits(int fd) {
+  char first;
+  ssize_t n = ::pread(fd, &first, 1, 0);
+  return n < 0 || (n == 1 && first != kNoIntent);  // a file that cannot be read is settled by the lock's holder
+}
+
 void LLedgerSettleInterrupted(const LProfile& profile) {
-  struct stat info {};
-  bool waiting = ::stat(LedgerLockPath(profile).c_str(), &info) == 0 && info.st_size > 0;
+  LFileDescriptor lockFile(LRobustOpen(LedgerLockPath(profile), O_RDONLY));
+  bool waiting = lockFile.IsOpen() && LLedgerIntentWaits(lockFile.Get());
+  lockFile.Close();
   // The change files of running processes stay in the folder, empty between their changes.
   std::string folder = IntentsFolder(profile);
   if (!waiting) {
@@ -309,7 +336,8 @@ void LLedgerIntent::Add(const LLedgerTransaction& txn, int sign, bool holdRecord
     auto it = std::find_if(moves_.begin(), moves_.end(), same);
     if (it == moves_.end()) {
       LAccountMove& move = moves_.emplace_back();
-      bool opened = holdRecords ? move.held.Open(accounts, line.account, move.account)
+      // An account's number changes only under the ledger lock (renumbering), which this holds.
+      bool opened = holdRecords ? move.held.Open(accounts, line.account, move.account, LPathChange::kReplaced)
                                 : accounts.Open(move.account, line.account);
       if (!opened) {
         moves_.pop_back();
@@ -352,19 +380,18 @@ bool LLedgerIntent::Write(std::string_view kind, std::string_view date, std::str
   intent.SaveHTTPString(text);
   text.push_back('\n');  // the mark of a complete intent
 
-  // The holder of the lock writes through its descriptor of the lock file, which it found empty
-  // or emptied when it took the lock. Others (a test playing a killed process) open the file.
+  // The holder of the lock writes through its descriptor of the lock file. Others (a test playing
+  // a killed process) open the file.
   std::string path = LedgerLockPath(profile_);
   heldFile_ = LLedgerHeldLockFile(profile_);
   LFileDescriptor opened;
   if (heldFile_ == nullptr) opened = LFileDescriptor(LRobustOpen(path, O_WRONLY | O_CREAT | O_TRUNC, 0666));
   int fd = heldFile_ != nullptr ? heldFile_->fd : opened.Get();
-  bool written = fd >= 0 && (heldFile_ == nullptr || heldFile_->empty || LRobustTruncate(fd, 0)) &&
-                 LRobustWriteAt(fd, text.data(), text.size(), 0);
+  bool written = fd >= 0 && WriteIntentText(fd, text);
   if (heldFile_ != nullptr) *heldFile_ = {heldFile_->fd, false, false};
   if (!written) {
     LLogWriteFailure("write", path, errno);
-    if (fd >= 0 && LRobustTruncate(fd, 0) && heldFile_ != nullptr) heldFile_->empty = true;
+    if (fd >= 0 && MarkNoIntent(fd) && heldFile_ != nullptr) heldFile_->empty = true;
     heldFile_ = nullptr;
     return false;
   }
@@ -406,7 +433,7 @@ void LLedgerIntent::Refuse() {
 void LLedgerIntent::End() {
   int fd = heldFile_ != nullptr ? heldFile_->fd : intentFile_.Get();
   if (fd >= 0) {
-    if (!LRobustTruncate(fd, 0)) LLogWriteFailure("truncate", LedgerLockPath(profile_), errno);
+    if (!MarkNoIntent(fd)) LLogWriteFailure("write", LedgerLockPath(profile_), errno);
     else if (heldFile_ != nullptr) *heldFile_ = {heldFile_->fd, true, false};
   }
   heldFile_ = nullptr;

@@ -1,10 +1,10 @@
 // Postings and deletions that survive a crash. A posting changes two things that must agree: the
 // rows of a day file and the balances cached in the account records (month bucket, total,
 // "BalanceFirst", "IsAccountUsed"). Before it touches either, it writes an intent record into the
-// ledger lock file "Ledger/Ledger.lock" (only the holder of the lock writes there, and it is
-// emptied when the change is complete): the day file, what changes there, where the audit trail ends (the change's
-// entry comes next), and for every account the values it held before and the amount it moves
-// by. The intent is removed once both are written.
+// ledger lock file "Ledger/Ledger.lock" (only the holder of the lock writes there): the day file,
+// what changes there, where the audit trail ends (the change's entry comes next), and for every
+// account the values it held before and the amount it moves by. The intent is marked ended once
+// both are written.
 //
 // A process killed in between leaves its intent behind. The next holder of the ledger lock (every
 // posting, deletion, check and renumbering takes it, and every command opens the books through
@@ -18,9 +18,16 @@
 // audit entry, day file rewritten, balances, intent removed. So rows in effect mean an audit
 // entry written, and a change refused or undone takes its entry back.
 //
-// With nothing interrupted, a lock holder looks at the size of the lock file and lists the
-// folder of sales intents, and a posting pays one write and one truncation of a file that exists:
-// no file is created or removed per posting (creating and removing files is what a file system
+// The intent is the first line of the lock file: a file that is empty or begins with a line end
+// holds none, and what follows that first line (the rest of an earlier, longer intent) is never
+// read. Writing an intent takes two writes over the start of the file, the line end first (so a
+// writer killed midway leaves no intent, see WriteIntentText); ending it writes the line end back
+// over its first byte. The file is never cut: cutting frees its block and journals the change, ten
+// times the cost of such a write.
+//
+// With nothing interrupted, a lock holder looks at the lock file's size and first byte and lists
+// the folder of sales intents, and a posting pays three small writes of a file that exists: no
+// file is created, cut or removed per posting (creating and removing files is what a file system
 // does slowest).
 //
 //     LLedgerIntent intent(profile);
@@ -133,6 +140,10 @@ class LBooksChangeIntent {
  private:
   LBooksChangeFile* file_ = nullptr;  // the process's file this change writes; null without protection
 };
+
+// Whether the ledger lock file open on fd holds an intent waiting to be settled (one read of its
+// first byte; true when it cannot be read, for the holder of the lock to try).
+bool LLedgerIntentWaits(int fd);
 
 // Settles every intent left by an interrupted change (see above). Callers hold the ledger lock;
 // LLedgerLock calls it when it takes the lock. Returns the number settled.

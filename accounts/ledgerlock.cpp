@@ -60,7 +60,8 @@ LFileDescriptor OpenLockFile(const std::string& folder, const std::string& path)
 
 // Takes the lock on held.fd, kept from an earlier hold when there is one. A kept descriptor
 // whose file was removed since (st_nlink 0) locks nothing anyone else sees: the file is opened
-// anew. The size read on the way tells whether an intent waits in the file.
+// anew. The size read on the way, and the file's first byte when it has one, tell whether an
+// intent waits in the file.
 void Take(const std::string& folder, const std::string& path, LHeld& held) {
   if (tKept.path == path && tKept.pid == LProcessId()) held.fd = std::move(tKept.fd);
   tKept.path.clear();
@@ -71,7 +72,7 @@ void Take(const std::string& folder, const std::string& path, LHeld& held) {
     struct stat info {};
     if (::fstat(held.fd.Get(), &info) != 0) info.st_nlink = 1;  // cannot tell: keep it
     if (info.st_nlink > 0) {
-      held.file = {held.fd.Get(), held.locked && info.st_size == 0, ++gHolds};
+      held.file = {held.fd.Get(), held.locked && (info.st_size == 0 || !LLedgerIntentWaits(held.fd.Get())), ++gHolds};
       return;
     }
     if (held.locked) ::flock(held.fd.Get(), LOCK_UN);

@@ -27,8 +27,8 @@ class LProfile;
 inline constexpr std::string_view kLedgerLockFile = "Ledger.lock";  // in the ledger folder
 
 // The lock file as held by this thread, where the holder writes the intent of its change
-// (accounts/ledgerintent.h). empty: the file is known to hold no intent (it was emptied when the
-// lock was taken and after each change), so writing the next one needs no truncation first.
+// (accounts/ledgerintent.h). empty: the file is known to hold no intent (none waited when the lock
+// was taken, or it was settled then, and every change of this hold has ended).
 struct LLedgerLockFile {
   int fd = -1;
   bool empty = false;

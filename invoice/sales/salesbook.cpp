@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <optional>
 
 #include "accounts/auditpending.h"
@@ -66,9 +67,12 @@ bool LSalesCheckParty(LProfile& profile, const LSalesDocumentKind& kind, const s
 
 namespace {
 
-// Takes key in list by creating its file exclusively; false when it exists already.
+// Takes key in list by creating its file exclusively; false when it exists already. The list's
+// first record makes its folder, as a save does.
 bool ReserveKey(const LFileStoreListBase& list, const std::string& key) {
-  int fd = LRobustOpen(list.MakeRecordPath(key), O_RDWR | O_CREAT | O_EXCL, 0666);
+  std::string path = list.MakeRecordPath(key);
+  int fd = LRobustOpen(path, O_RDWR | O_CREAT | O_EXCL, 0666);
+  if (fd < 0 && errno == ENOENT && LFile::MakeFolder(list.GetFolder())) fd = LRobustOpen(path, O_RDWR | O_CREAT | O_EXCL, 0666);
   if (fd < 0) return false;
   ::close(fd);
   return true;

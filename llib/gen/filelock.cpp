@@ -53,21 +53,26 @@ namespace {
 // Bounds the reopening of a file replaced again and again while this writer waits.
 constexpr int kMaxReopenAttempts = 1000;
 
-// size: the opened file's, as one look tells it along the way.
-bool IsFileUnderPath(int fd, const std::string& path, long long& size) {
+// size: the opened file's, as one look tells it along the way. A file that is only ever replaced
+// or removed has lost its one link when it left path; one linked twice (for an instant, while a
+// new file is linked into place) is looked for under path as any other.
+bool IsFileUnderPath(int fd, const std::string& path, LPathChange change, long long& size) {
   struct stat opened, named;
-  if (::fstat(fd, &opened) != 0 || ::stat(path.c_str(), &named) != 0) return false;
+  if (::fstat(fd, &opened) != 0) return false;
   size = opened.st_size;
+  if (change == LPathChange::kReplaced && opened.st_nlink == 1) return true;
+  if (::stat(path.c_str(), &named) != 0) return false;
   return opened.st_dev == named.st_dev && opened.st_ino == named.st_ino;
 }
 
 }  // namespace
 
 LLockedFile LLockedFile::OpenCurrent(const std::string& path, int flags, int lockOperation, unsigned timeoutMs,
-                                     unsigned mode) {
+                                     unsigned mode, LPathChange change) {
   for (int attempt = 1;; ++attempt) {
     LLockedFile file(path, flags, lockOperation, timeoutMs, mode);
-    if (!file.IsOpen() || attempt == kMaxReopenAttempts || IsFileUnderPath(file.Get(), path, file.size_)) return file;
+    if (!file.IsOpen() || attempt == kMaxReopenAttempts || IsFileUnderPath(file.Get(), path, change, file.size_))
+      return file;
   }
 }
 

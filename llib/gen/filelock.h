@@ -32,6 +32,14 @@ std::vector<unsigned> LFlockPauseSchedule(unsigned timeoutMs);
 // the lock was obtained; callers proceed either way.
 bool flocktimed(int fd, int operation, unsigned timeoutMs);
 
+// How a file may leave its path while a writer waits for its lock (LLockedFile::OpenCurrent).
+enum class LPathChange {
+  kRenamed,   // replaced by a new file renamed over it, or itself renamed to another name
+  // Only replaced (a new file renamed over it) or removed, never renamed to another name: once
+  // locked, a link count of 1 says that the descriptor is still the file under path.
+  kReplaced,
+};
+
 // A descriptor with its lock. The destructor unlocks, then closes: one cleanup path.
 class LLockedFile {
  public:
@@ -43,9 +51,10 @@ class LLockedFile {
   // As the constructor, for a writer of a file that others replace by renaming a new file over
   // it: once locked, the descriptor must still be the file under path, or a writer that waited
   // on the replaced file would change a file nobody reads any more. When the path names another
-  // file by then, the lock is given up and the whole open is made again.
+  // file by then, the lock is given up and the whole open is made again. change: what others do to
+  // the file; kReplaced spares the look at the path.
   static LLockedFile OpenCurrent(const std::string& path, int flags, int lockOperation, unsigned timeoutMs,
-                                 unsigned mode = 0666);
+                                 unsigned mode = 0666, LPathChange change = LPathChange::kRenamed);
   // Takes over an open descriptor that already holds its lock.
   LLockedFile(int fd, bool locked) : fd_(fd), locked_(locked) {}
   ~LLockedFile() { Close(); }

@@ -34,9 +34,7 @@ std::string LFileStoreDataStore::MakeDataFilePath(std::string_view listFolder, s
 
 LFileStoreListBase::LFileStoreListBase(const LFileStoreDataStore& store, std::string_view listName,
                                        std::string_view /*keyField: the key lives in the file name*/)
-    : folder_(LFile::MakeFilePath(store.GetFolder(), listName)) {
-  if (!LFile::IsFolder(folder_)) ::mkdir(folder_.c_str(), 0777);
-}
+    : folder_(LFile::MakeFilePath(store.GetFolder(), listName)) {}
 
 std::string LFileStoreListBase::MakeRecordPath(std::string_view key) const {
   return LFileStoreDataStore::MakeDataFilePath(folder_, key);
@@ -131,6 +129,9 @@ bool LFileStoreListBase::Delete(std::string_view key) const {
 // file replaced meanwhile opens the new one again (LLockedFile::OpenCurrent), and readers that
 // opened the old file read it whole. A record new under its key is linked into place instead
 // (CreateLinked), as a new number is (SaveUnderNewKey).
+//
+// The list's folder is made by the first record stored in it, not when the list is opened: every
+// read and every posting opens lists, and a look at the folder each time is a system call more.
 
 namespace {
 
@@ -196,6 +197,7 @@ enum class Created { kDone, kTaken, kFailed, kUnsupported };
 Created CreateUnnamedThenLink(const std::string& path, std::string_view text, ino_t& inode) {
   std::string folder = path.substr(0, path.rfind('/'));
   LFileDescriptor fd(LRobustOpen(folder, O_WRONLY | O_TMPFILE));
+  if (!fd.IsOpen() && errno == ENOENT && LFile::MakeFolder(folder)) fd = LFileDescriptor(LRobustOpen(folder, O_WRONLY | O_TMPFILE));
   if (!fd.IsOpen()) return Created::kUnsupported;
   struct stat st;
   if (!LRobustWrite(fd.Get(), text.data(), text.size()) || ::fstat(fd.Get(), &st) != 0) {
@@ -237,6 +239,7 @@ bool LFileStoreListBase::SaveUnderNewKey(LRecord& r) const {
   // link fails on an existing name exactly as an exclusive create does, and the record appears
   // whole or not at all.
   std::string text = BuildFileText(r);
+  (void)LFile::MakeFolder(folder_);  // when it cannot be made, the write below fails and says why
   std::string temp = LWriteTemporaryBeside(MakeRecordPath("1"), text);
   if (temp.empty()) return false;
   ino_t inode = LFileStoreInodeOf(temp);
@@ -348,10 +351,11 @@ bool LFileStoreSaveInPlace(const LFileStoreListBase& list, LRecord& r) {
   return OverwriteInPlace(file, path, stored, r);
 }
 
-bool LFileStoreInPlaceUpdate::Open(const LFileStoreListBase& list, std::string_view key, LRecord& r) {
+bool LFileStoreInPlaceUpdate::Open(const LFileStoreListBase& list, std::string_view key, LRecord& r,
+                                   LPathChange change) {
   if (key.empty() || !LFileStoreIndexedField(list.GetFolder()).empty()) return list.Open(r, key);
   path_ = list.MakeRecordPath(key);
-  file_ = LLockedFile::OpenCurrent(path_, O_RDWR, LOCK_EX, kRecordLockTimeoutMs);
+  file_ = LLockedFile::OpenCurrent(path_, O_RDWR, LOCK_EX, kRecordLockTimeoutMs, 0666, change);
   if (!file_.IsOpen()) return list.Open(r, key);
   stored_ = ReadWholeFile(file_.Get(), file_.Size());
   list.CreateNewRecord(r, key);  // attached under key, as an open record is

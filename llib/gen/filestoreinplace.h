@@ -39,8 +39,10 @@ class LRecord;
 class LFileStoreInPlaceUpdate {
  public:
   // Opens key of list into r (attached as by LFileStoreListBase::Open). false: r stays detached
-  // and empty.
-  bool Open(const LFileStoreListBase& list, std::string_view key, LRecord& r);
+  // and empty. change: LPathChange::kReplaced when the caller keeps the record's key from changing
+  // (by a lock that every change of key takes).
+  bool Open(const LFileStoreListBase& list, std::string_view key, LRecord& r,
+            LPathChange change = LPathChange::kRenamed);
   // Writes r over the file in place (LFileStoreSaveInPlace's rules), then lets the file go.
   [[nodiscard]] bool Save(LRecord& r);
   // Whether a record is held (opened and not saved yet).

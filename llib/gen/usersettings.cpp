@@ -16,6 +16,8 @@ LFileStoreListBase SettingsList() {
 
 LFileStoreListBase PasswordList() {
   LFileStoreListBase list(LFileStoreDataStore(LFile::GetUserDataFolderApp()), kPasswordList);
+  // Made here, private, rather than by the first save with the store's usual permissions.
+  (void)LFile::MakeFolder(list.GetFolder(), 0700);
   ::chmod(list.GetFolder().c_str(), 0700);
   return list;
 }

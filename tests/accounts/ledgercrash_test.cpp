@@ -27,6 +27,7 @@
 #include "accounts/ledger.h"
 #include "accounts/ledgerdelete.h"
 #include "accounts/ledgerintent.h"
+#include "accounts/ledgerlock.h"
 #include "invoice/shared/profile.h"
 #include "llib/gen/file.h"
 #include "llib/gen/log.h"
@@ -152,6 +153,42 @@ TEST_F(LedgerCrashTest, AnInterruptedPostingIsCompletedOrUndoneByWhatTheDayFileH
   }
 }
 
+// The lock file is never cut: an intent ended is marked by a line end over its first byte, and a
+// shorter intent written later leaves the end of the longer one after its own line end. A holder
+// killed after such an intent is settled by that intent alone, and the mark it leaves once settled
+// (as any writer killed before its intent was whole leaves it) holds no intent.
+TEST_F(LedgerCrashTest, AnIntentIsTheLockFilesFirstLineWhateverALongerOneLeftAfterIt) {
+  LLedgerTransaction wide("2024-03-01", "GJ1", "General");
+  for (const char* number : {"6410", "6420", "1110", "1120"})
+    wide.AddLine(number, "Loyer et charges du trimestre", number[0] == '6' ? 5000 : -5000, "anne", "", "");
+  ASSERT_TRUE(LAccountTransactionRecord(profile_, wide));
+  std::string day = home_.SharedFolder() + "/Ledger/2024-03-01.csv";
+  LLedgerTransaction txn = Rent("2024-03-01", "GJ2", 4200);
+  std::string rows;
+  for (const auto& line : txn.Lines()) rows += line.BuildCSVRow();
+  {
+    LLedgerLock lock(profile_);
+    LLedgerIntent intent(profile_);  // never ended: the holder dies with its rows written
+    intent.AddTransaction(txn, +1);
+    ASSERT_TRUE(intent.BeginPosting(txn, static_cast<long long>(LReadFile(day).size()), rows));
+    LWriteFile(day, LReadFile(day) + rows);
+  }
+  std::string intentText = LLedgerIntentLeft(home_.SharedFolder());
+  ASSERT_NE(intentText.find("GJ2"), std::string::npos);
+  std::string lockFile = LReadFile(home_.SharedFolder() + "/Ledger/Ledger.lock");
+  ASSERT_GT(lockFile.size(), intentText.size() + 1) << "the wide posting's intent left nothing after the short one";
+  std::size_t logged = log_.size();
+  LLedgerSettleInterrupted(profile_);
+  EXPECT_NE(log_.find("GJ2 du 2024-03-01, interrompue, a été achevée", logged), std::string::npos) << log_;
+  EXPECT_EQ(LLedgerIntentLeft(home_.SharedFolder()), "");
+  logged = log_.size();
+  LLedgerSettleInterrupted(profile_);
+  EXPECT_EQ(log_.find("interrompue", logged), std::string::npos) << log_;
+  LCheckReport report = Check(profile_);
+  EXPECT_TRUE(report.differences.empty());
+  EXPECT_TRUE(report.problems.empty());
+}
+
 // The figures an intent carries add as balances do, held at the 64-bit limits: lines whose sum
 // passes them, settled onto a total already near them, leave the total held, never wrapped to a
 // negative (nor undefined: UBSan runs this in the sanitized build).
@@ -233,7 +270,6 @@ TEST_F(LedgerCrashTest, KilledPostersLeaveBooksTheNextCommandBringsInStep) {
   const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(60);
   std::mt19937 random(17);
   std::string intents = home_.SharedFolder() + "/Ledger/Intents";
-  std::string lockFile = home_.SharedFolder() + "/Ledger/Ledger.lock";  // holds a posting's intent
   std::string auditLog = home_.SharedFolder() + "/" + std::string(kAuditTrailFile);
   auto auditSize = [&] {
     std::error_code absent;
@@ -264,7 +300,7 @@ TEST_F(LedgerCrashTest, KilledPostersLeaveBooksTheNextCommandBringsInStep) {
   LRunResult check = LRunKontavo({"check"});
   EXPECT_EQ(check.exitCode, 0) << check.out << check.err;
   EXPECT_TRUE(LFile::ListFolder(intents).empty());
-  EXPECT_EQ(LReadFile(lockFile), "");
+  EXPECT_EQ(LLedgerIntentLeft(home_.SharedFolder()), "");
   LCheckReport report = Check(profile_);
   EXPECT_TRUE(report.differences.empty());
   EXPECT_TRUE(report.problems.empty());

@@ -176,7 +176,6 @@ TEST_F(CrashCli, KilledSalesChangesLeaveDocumentsAndPostingsTheNextCommandBrings
   ASSERT_EQ(LRunKontavo({"creditnote", "new", "--customer", "C1", "--date", "2026-01-04", "--line", "|avoir|1|30|Aucun|"}).exitCode, 0);
   std::mt19937 random(25);
   std::string intents = home_.SharedFolder() + "/Ledger/Intents";
-  std::string lockFile = home_.SharedFolder() + "/Ledger/Ledger.lock";  // holds a posting's intent
   int nLeft = 0, nKilled = 0;
   const Clock::time_point deadline = Clock::now() + std::chrono::seconds(120);
   for (int round = 0; round < 150 && Clock::now() < deadline; ++round) {
@@ -200,7 +199,7 @@ TEST_F(CrashCli, KilledSalesChangesLeaveDocumentsAndPostingsTheNextCommandBrings
   LRunResult check = LRunKontavo({"check"});
   EXPECT_EQ(check.exitCode, 0) << check.out << check.err;
   EXPECT_TRUE(LFile::ListFolder(intents).empty());
-  EXPECT_EQ(LReadFile(lockFile), "");
+  EXPECT_EQ(LLedgerIntentLeft(home_.SharedFolder()), "");
   // Nothing was left to repair: a second check is silent.
   LRunResult again = LRunKontavo({"check"});
   EXPECT_EQ(again.exitCode, 0) << again.out << again.err;

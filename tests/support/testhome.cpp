@@ -145,7 +145,12 @@ int LCountChangesLeft(const std::string& sharedFolder) {
   int n = 0;
   for (const auto& entry : std::filesystem::directory_iterator(sharedFolder + "/Ledger/Intents", absent))
     n += entry.is_regular_file() && entry.file_size(absent) > 0;
-  return n + !LReadFile(sharedFolder + "/Ledger/Ledger.lock").empty();
+  return n + !LLedgerIntentLeft(sharedFolder).empty();
+}
+
+std::string LLedgerIntentLeft(const std::string& sharedFolder) {
+  std::string text = LReadFile(sharedFolder + "/Ledger/Ledger.lock");
+  return text.substr(0, text.find('\n'));
 }
 
 void LWriteFile(const std::string& path, const std::string& content) {

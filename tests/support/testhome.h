@@ -52,6 +52,9 @@ void LWriteFile(const std::string& path, const std::string& content);
 // Changes of the books a kill left midway in the business folder: the intents that hold notes
 // (processes keep empty ones between changes) and the ledger lock file when it holds one.
 int LCountChangesLeft(const std::string& sharedFolder);
+// The intent the ledger lock file holds: its first line, "" when it holds none (the file is empty
+// or begins with a line end; an ended intent leaves its text after that line end).
+std::string LLedgerIntentLeft(const std::string& sharedFolder);
 
 // A program started in the background; its stdout can be read line by line.
 class LChildProcess {

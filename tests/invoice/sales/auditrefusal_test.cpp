@@ -55,11 +55,14 @@ class AuditRefusal : public LSalesTestBusiness {
   }
 
   // Every file of the business with its content (times change when a file is rewritten as it was),
-  // but for the lists' indexes: caches that note a reserved number given back like any delete.
+  // but for the lists' indexes: caches that note a reserved number given back like any delete. Of
+  // the ledger lock file, the intent it holds (its first line): an ended intent leaves its text
+  // after that.
   std::map<std::string, std::string> Contents() const {
     std::map<std::string, std::string> contents;
     for (const auto& [path, entry] : LTreeSnapshot(home_.SharedFolder()))
       if (entry.kind == 'f' && path.find("/.index.") == std::string::npos) contents[path] = entry.content;
+    contents["Ledger/Ledger.lock"] = LLedgerIntentLeft(home_.SharedFolder());
     return contents;
   }
 
