@@ -1,5 +1,6 @@
 #include "invoice/sales/documentprint.h"
 
+#include "invoice/sales/paymentbook.h"
 #include "invoice/sales/salesbook.h"
 #include "invoice/shared/customerstatement.h"
 #include "invoice/shared/documentform.h"
@@ -62,7 +63,7 @@ bool LPrintReceipt(LProfile& profile, std::string_view key, std::string_view use
                    std::string* error) {
   form = LPrintedForm();
   LPayment payment;
-  if (key.empty() || !profile.MainList(kPaymentsList).Open(payment, key)) return NotFound("Paiement", key, error);
+  if (!LPaymentOpen(profile, key, payment, error)) return false;
   if (!LReceiptPdf(profile, payment, form.pdf, error, &form.warning)) return false;
   form.fileName = LReceiptPdfName(payment);
   Printed(profile, kPaymentsList, key, form, user);
