@@ -14,6 +14,7 @@
 #include "llib/gen/csv.h"
 #include "llib/gen/file.h"
 #include "llib/gen/log.h"
+#include "llib/gen/optionalerror.h"
 #include "llib/gen/system.h"
 
 namespace {
@@ -29,10 +30,6 @@ std::string_view Trim(std::string_view text) {
   if (first == std::string_view::npos) return {};
   std::size_t last = text.find_last_not_of(" \t\r\n");
   return text.substr(first, last - first + 1);
-}
-
-void SetMessage(std::string* message, std::string_view text) {
-  if (message != nullptr) message->assign(text);
 }
 
 bool SameText(std::string_view a, std::string_view b) {
@@ -99,8 +96,7 @@ bool LJournalEntryDlg::ConfirmReconciledLines(std::string* message) {
     if (!IsReconciled(profile_, line.account, txnDate, txnReference)) continue;
     LQuestion question{std::string(kReconciledQuestion), "", "Enregistrer", "Non", false};
     if (asker_.Ask(question).confirmed) return true;
-    SetMessage(message, kReconciledQuestion);
-    return false;
+    return LFail(message, kReconciledQuestion);
   }
   return true;
 }
@@ -114,20 +110,20 @@ bool LJournalEntryDlg::CmOk(std::string* message) {
 
   // ---- Checks, in the order the user meets them ------------------------------------------
   if (!ConfirmReconciledLines(message)) return false;
-  if (GetOutOfBalance() != 0) return SetMessage(message, kJournalEntryUnbalancedMessage), false;
+  if (GetOutOfBalance() != 0) return LFail(message, kJournalEntryUnbalancedMessage);
   if (!LCheckTransactionDate(profile_, asker_, date, message)) return false;
-  if (typedReference.empty()) return SetMessage(message, kNoReference), false;
-  if (lineDescription.empty()) return SetMessage(message, kNoDescription), false;
-  if (lines.empty()) return SetMessage(message, kJournalEntryNoLineMessage), false;
+  if (typedReference.empty()) return LFail(message, kNoReference);
+  if (lineDescription.empty()) return LFail(message, kNoDescription);
+  if (lines.empty()) return LFail(message, kJournalEntryNoLineMessage);
   // The desk offers only accounts of the chart; typed numbers are held to the same rule.
   for (const auto& line : lines)
-    if (!LAccountIsLive(profile_, line.account)) return SetMessage(message, LAccountNotInChartMessage(line.account)), false;
+    if (!LAccountIsLive(profile_, line.account)) return LFail(message, LAccountNotInChartMessage(line.account));
 
   // ---- From here on the entry is good: number, build, post --------------------------------
   std::string txnReference = typedReference;
   if (std::size_t bracket = txnReference.find('['); bracket != std::string::npos) {
     int number = LTakeReferenceNumber(profile_, LJournalEntryTypeCounter(typeIndex));
-    if (number == 0) return SetMessage(message, kRecordNotSavedMessage), false;
+    if (number == 0) return LFail(message, kRecordNotSavedMessage);
     txnReference = LFormatReference(txnReference.substr(0, bracket), number);
   }
   LLedgerTransaction txn(date.ToText(), txnReference, LJournalEntryTypeText(typeIndex));
@@ -144,7 +140,7 @@ bool LJournalEntryDlg::CmOk(std::string* message) {
       // A stored entry whose rows are already gone is simply recorded anew.
       if (changed) (void)LAccountTransactionDelete(profile_, storedDate, storedReference);
     }
-    if (changed && !LAccountTransactionRecord(profile_, txn)) return SetMessage(message, kLedgerNotWrittenMessage), false;
+    if (changed && !LAccountTransactionRecord(profile_, txn)) return LFail(message, kLedgerNotWrittenMessage);
   }
   wroteLedger_ = changed;
 
@@ -154,6 +150,6 @@ bool LJournalEntryDlg::CmOk(std::string* message) {
   // Only the next entry's suggested account depends on it: the entry itself is written.
   if (!options.Flush()) LLogWarning("Journal entry: the last account used could not be remembered");
   savedReference_ = txnReference;
-  SetMessage(message, existing ? std::string_view() : kSaved);
+  LSetError(message, existing ? std::string_view() : kSaved);
   return true;
 }
