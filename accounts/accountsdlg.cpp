@@ -9,6 +9,8 @@
 #include "invoice/shared/options.h"
 #include "invoice/shared/profile.h"
 #include "llib/gen/money.h"
+#include "llib/gen/optionalerror.h"
+#include "llib/gen/trim.h"
 
 namespace {
 
@@ -33,27 +35,15 @@ constexpr char kEditWrongLength[] =
     "compte est précisé dans les options de la société.";
 constexpr std::string_view kRenumberQuestion = "Voulez-vous vraiment modifier le numéro de compte ?";
 
-bool Refuse(std::string* message, std::string_view text) {
-  if (message != nullptr) message->assign(text);
-  return false;
-}
-
 bool RefuseLength(std::string* message, const char* format, int digits) {
   char text[512];
   std::snprintf(text, sizeof text, format, static_cast<unsigned long>(digits));
-  return Refuse(message, text);
-}
-
-std::string Trimmed(std::string_view text) {
-  std::size_t first = text.find_first_not_of(" \t\r\n");
-  if (first == std::string_view::npos) return {};
-  std::size_t last = text.find_last_not_of(" \t\r\n");
-  return std::string(text.substr(first, last - first + 1));
+  return LFail(message, text);
 }
 
 // An opening balance as entered; empty text is no opening balance.
 bool ParseOpening(const LProfile& profile, std::string_view text, long long& amount) {
-  std::string trimmed = Trimmed(text);
+  std::string trimmed(LTrim(text));
   amount = 0;
   return trimmed.empty() || LParseAmount(trimmed, profile.GetCurrencyDigits(), amount);
 }
@@ -89,43 +79,44 @@ bool LAccountClassificationApplies(int type, bool header, bool cash) {
 // ---- Adding -----------------------------------------------------------------------------------
 
 bool LNewAccountDlg::CmAddNewAcct(LProfile& profile, std::string* message) {
-  if (Trimmed(name).empty()) return Refuse(message, kNewNoName);
+  if (LTrim(name).empty()) return LFail(message, kNewNoName);
   bool subTypeChosen = subTypeEntry >= 1 && subTypeEntry <= LAccountSubTypeCount(type);
   switch (type) {
-    case kAccountAsset: if (!subTypeChosen) return Refuse(message, kNoAssetSubType); break;
-    case kAccountLiability: if (!subTypeChosen) return Refuse(message, kNoLiabilitySubType); break;
+    case kAccountAsset: if (!subTypeChosen) return LFail(message, kNoAssetSubType); break;
+    case kAccountLiability: if (!subTypeChosen) return LFail(message, kNoLiabilitySubType); break;
     case kAccountEquity: break;
-    case kAccountIncome: if (!subTypeChosen) return Refuse(message, kNoIncomeSubType); break;
-    case kAccountExpense: if (!subTypeChosen) return Refuse(message, kNoExpenseSubType); break;
-    default: return Refuse(message, kNoType);
+    case kAccountIncome: if (!subTypeChosen) return LFail(message, kNoIncomeSubType); break;
+    case kAccountExpense: if (!subTypeChosen) return LFail(message, kNoExpenseSubType); break;
+    default: return LFail(message, kNoType);
   }
   int subClass = (type == kAccountIncome || type == kAccountExpense) ? subTypeEntry - 1 : 0;
   bool classified = LAccountClassificationApplies(type, header, cash);
-  if (classified && (classificationEntry < 1 || classificationEntry > 3)) return Refuse(message, kNoClassification);
-  std::string accountNumber = Trimmed(number);
-  if (accountNumber.empty()) return Refuse(message, kNoNumber);
+  if (classified && (classificationEntry < 1 || classificationEntry > 3)) return LFail(message, kNoClassification);
+  std::string accountNumber(LTrim(number));
+  if (accountNumber.empty()) return LFail(message, kNoNumber);
   int digits = LAccountGetNumberOfDigits(profile);
   if (accountNumber.size() != static_cast<std::size_t>(digits)) return RefuseLength(message, kNewWrongLength, digits);
   long long opening = 0;
-  if (!ParseOpening(profile, openingBalance, opening)) return Refuse(message, kBadOpening);
-  if (!FreeNumber(profile, accountNumber)) return Refuse(message, kNumberTaken);
+  if (!ParseOpening(profile, openingBalance, opening)) return LFail(message, kBadOpening);
+  if (!FreeNumber(profile, accountNumber)) return LFail(message, kNumberTaken);
 
   LAccountList accounts(profile);
   LAccount account;
   accounts.CreateNewRecord(account, accountNumber);
-  account.SetString("Description", Trimmed(name));
+  account.SetString("Description", LTrim(name));
   account.SetInt("Type", type);
   account.SetInt("SubClass", subClass);
   account.SetBool("Header", header);
   account.SetBool("Cash", cash && !header);
   account.SetInt("Classification", classified ? classificationEntry : 0);
   account.SetBool("TaxIncluded", taxIncluded);
-  if (!account.Flush() || !account.UpdateOpeningBalance(profile, opening)) return Refuse(message, kRecordNotSavedMessage);
+  if (!account.Flush() || !account.UpdateOpeningBalance(profile, opening))
+    return LFail(message, kRecordNotSavedMessage);
   if (int slot = LDefAccountSlotFromName(linkedSlot); slot != 0) {
     LOptions options;
     options.OpenFrom(profile);
     options.SetDefAccountNumber(slot, accountNumber);
-    if (!options.Flush()) return Refuse(message, kRecordNotSavedMessage);
+    if (!options.Flush()) return LFail(message, kRecordNotSavedMessage);
   }
   return true;
 }
@@ -153,34 +144,35 @@ bool LAccountDlg::Load(const LProfile& profile, std::string_view accountNumber) 
 }
 
 bool LAccountDlg::CmOk(LProfile& profile, LAsker& asker, LProcessInterface& process, std::string* message) {
-  if (Trimmed(name).empty()) return Refuse(message, kEditNoName);
-  std::string newNumber = Trimmed(number);
+  if (LTrim(name).empty()) return LFail(message, kEditNoName);
+  std::string newNumber(LTrim(number));
   int digits = LAccountGetNumberOfDigits(profile);
   if (newNumber.size() != static_cast<std::size_t>(digits)) return RefuseLength(message, kEditWrongLength, digits);
   bool classified = LAccountClassificationApplies(type_, header, cash);
-  if (classified && (classificationEntry < 1 || classificationEntry > 3)) return Refuse(message, kNoClassification);
+  if (classified && (classificationEntry < 1 || classificationEntry > 3)) return LFail(message, kNoClassification);
   long long opening = 0;
-  if (!ParseOpening(profile, openingBalance, opening)) return Refuse(message, kBadOpening);
+  if (!ParseOpening(profile, openingBalance, opening)) return LFail(message, kBadOpening);
 
   if (newNumber != storedNumber_) {
     LQuestion question{std::string(kRenumberQuestion), "Numéro de compte", "Modifier", "Non", false};
-    if (!asker.Ask(question).confirmed) return Refuse(message, kRenumberQuestion);
-    if (!FreeNumber(profile, newNumber)) return Refuse(message, kNumberTaken);
+    if (!asker.Ask(question).confirmed) return LFail(message, kRenumberQuestion);
+    if (!FreeNumber(profile, newNumber)) return LFail(message, kNumberTaken);
     LAccountRenumberProcess renumber{&profile, storedNumber_, newNumber};
-    if (Process(process, renumber) != kProcessFinished) return Refuse(message, kRenumberFailedMessage);
+    if (Process(process, renumber) != kProcessFinished) return LFail(message, kRenumberFailedMessage);
     storedNumber_ = newNumber;
   }
 
   LAccountList accounts(profile);
   LAccount account;
   if (!accounts.Open(account, storedNumber_)) return false;
-  account.SetString("Description", Trimmed(name));
+  account.SetString("Description", LTrim(name));
   account.SetBool("Header", header);
   account.SetBool("Cash", cash && !header);
   account.SetBool("TaxIncluded", taxIncluded);
   if (subClass >= 0) account.SetInt("SubClass", subClass);
   account.SetInt("Classification", classified ? classificationEntry : 0);
-  if (!account.Flush() || !account.UpdateOpeningBalance(profile, opening)) return Refuse(message, kRecordNotSavedMessage);
+  if (!account.Flush() || !account.UpdateOpeningBalance(profile, opening))
+    return LFail(message, kRecordNotSavedMessage);
 
   LOptions options;
   options.OpenFrom(profile);
@@ -191,6 +183,6 @@ bool LAccountDlg::CmOk(LProfile& profile, LAsker& asker, LProcessInterface& proc
     if (int current = LDefAccountSlotOfAccount(profile, storedNumber_); current != 0)
       options.SetDefAccountNumber(current, "");
   }
-  if (!options.Flush()) return Refuse(message, kRecordNotSavedMessage);
+  if (!options.Flush()) return LFail(message, kRecordNotSavedMessage);
   return true;
 }

@@ -9,6 +9,7 @@
 #include "invoice/shared/profile.h"
 #include "invoice/shared/taxoptions.h"
 #include "llib/gen/filestore.h"
+#include "llib/gen/optionalerror.h"
 
 namespace {
 
@@ -61,15 +62,11 @@ int TaxNumberOfRate(const LTaxOptions& taxes, int nTaxes, double rate) {
 bool LBillImportPrepare(LProfile& profile, const LEInvoice& invoice, std::string_view supplierKey, LBillImport& plan,
                         std::string* error) {
   plan = LBillImport();
-  auto fail = [error](std::string message) {
-    if (error != nullptr) *error = std::move(message);
-    return false;
-  };
-  if (invoice.IsCreditNote()) return fail("Cet avoir reçu ne peut pas devenir une facture fournisseur.");
+  if (invoice.IsCreditNote()) return LFail(error, "Cet avoir reçu ne peut pas devenir une facture fournisseur.");
   LRecord supplier;
   if (!supplierKey.empty()) {
     if (!profile.MainList(kSuppliersList).Open(supplier, supplierKey))
-      return fail("Le fournisseur « " + std::string(supplierKey) + " » n'existe pas.");
+      return LFail(error, "Le fournisseur « " + std::string(supplierKey) + " » n'existe pas.");
     plan.supplierKey = supplierKey;
   } else {
     plan.supplierKey = FindSupplier(profile, invoice.seller);
@@ -78,15 +75,16 @@ bool LBillImportPrepare(LProfile& profile, const LEInvoice& invoice, std::string
   if (!plan.supplierKey.empty()) {
     std::string imported = FindImported(profile, plan.supplierKey, invoice.number);
     if (!imported.empty())
-      return fail("La facture " + invoice.number + " de « " + invoice.seller.name + " » a déjà été importée (" +
-                  imported + ").");
+      return LFail(error, "La facture " + invoice.number + " de « " + invoice.seller.name + " » a déjà été importée (" +
+                              imported + ").");
   }
   std::string account = supplier.GetString("ExpenseAccount");
   if (account.empty() || !LAccountIsLive(profile, account)) LOptions::GetDefAccountNumber(profile, 9, account);
   if (account.empty() || !LAccountIsLive(profile, account))
-    return fail("Aucun compte de charges : indiquez le compte de charges par défaut (compte associé 9).");
+    return LFail(error, "Aucun compte de charges : indiquez le compte de charges par défaut (compte associé 9).");
   int nTaxes = LBillTaxCount(profile);
-  if (invoice.taxTotal != 0 && nTaxes < 1) return fail("Aucune taxe n'est définie pour y porter la TVA de la facture.");
+  if (invoice.taxTotal != 0 && nTaxes < 1)
+    return LFail(error, "Aucune taxe n'est définie pour y porter la TVA de la facture.");
 
   plan.seller = invoice.seller;
   plan.date = invoice.issueDate;
@@ -118,10 +116,7 @@ bool LBillImportPost(LProfile& profile, LBillImport& plan, std::string_view user
     if (!plan.seller.vatNumber.empty()) supplier.SetString("VATNumber", plan.seller.vatNumber);
     if (!plan.seller.address.empty()) supplier.SetString("Address", plan.seller.address);
     if (!plan.seller.email.empty()) supplier.SetString("Email", plan.seller.email);
-    if (!supplier.Flush()) {
-      if (error != nullptr) *error = "Impossible d'enregistrer le fournisseur.";
-      return false;
-    }
+    if (!supplier.Flush()) return LFail(error, "Impossible d'enregistrer le fournisseur.");
     plan.supplierKey = supplier.GetPrimaryKey();
   }
   LBill bill;  // detached until it has its reference
@@ -132,8 +127,7 @@ bool LBillImportPost(LProfile& profile, LBillImport& plan, std::string_view user
   for (const auto& [account, amount] : plan.lines) bill.AddItemLine(account, amount, "");
   for (const auto& [number, amount] : plan.taxes) bill.SetInt64("TaxAmount" + std::to_string(number), amount);
   if (!LBillSave(profile, bill, userName)) {
-    if (error != nullptr) *error = "Impossible d'écrire la facture fournisseur dans le grand livre.";
-    return false;
+    return LFail(error, "Impossible d'écrire la facture fournisseur dans le grand livre.");
   }
   reference = bill.GetPrimaryKey();
   return true;

@@ -379,6 +379,7 @@ bool LBillPaymentDelete(LProfile& profile, std::string_view key, std::string& er
   std::vector<LAppliedAmount> held = Applications(payment);
   payment.DetachWithoutSave();
   intent.NoteBillPayment(key, date, {});
+  if (!voidReference.empty()) intent.NoteBillPayment(key, voidDate, {});  // its cheque's reversal goes too
   if (!payments.Delete(key)) {
     error = "Impossible de supprimer le règlement « " + std::string(key) + " ».";
     return false;
@@ -429,6 +430,8 @@ bool LBillPaymentVoid(LProfile& profile, std::string_view key, std::string_view 
   payment.SetBool("Void", true);
   payment.SetString("VoidDate", date);
   payment.SetString("VoidTxnRef", voidReference);
+  // Its posting stays; the bills' amounts paid and the balance follow the record.
+  intent.NoteBillPayment(key, payment.GetString("Date"), payment.GetString("Date"));
   if (!SaveChanged(profile, payment, error)) return false;
   bool figures = MovePaidAll(profile, held, -1);
   if (!(LSupplierChangeBalance(profile, payment.GetString("Supplier"), payment.GetInt64("Amount", 0)) && figures))
@@ -462,6 +465,7 @@ bool LBillPaymentUnvoid(LProfile& profile, std::string_view key, std::string& er
   for (std::string_view field : {std::string_view("Void"), std::string_view("VoidDate"), std::string_view("VoidTxnRef"),
                                  kVoidKeysField, kVoidAmountsField})
     payment.DeleteField(field);
+  intent.NoteBillPayment(key, payment.GetString("Date"), payment.GetString("Date"));
   if (!SaveChanged(profile, payment, error)) return false;
   bool figures = MovePaidAll(profile, entries, +1);
   if (!(LSupplierChangeBalance(profile, supplier, -payment.GetInt64("Amount", 0)) && figures)) return FiguresNotWritten(error);

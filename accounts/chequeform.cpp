@@ -7,6 +7,7 @@
 #include "invoice/shared/formparts.h"
 #include "invoice/shared/profile.h"
 #include "llib/gen/frenchwords.h"
+#include "llib/gen/optionalerror.h"
 
 namespace {
 
@@ -140,8 +141,7 @@ bool LPrintCheque(LProfile& profile, std::string_view key, std::string_view acco
   if (!LChequeResolve(profile, key, account, found, error)) return false;
   LCheque cheque;
   if (!profile.List(kChequesList).Open(cheque, found)) {
-    if (error != nullptr) *error = "Le chèque n° " + std::string(key) + " n'existe pas.";
-    return false;
+    return LFail(error, "Le chèque n° " + std::string(key) + " n'existe pas.");
   }
   fileName = LChequePdfName(cheque);
   return LChequePdf(profile, cheque, pdf, error);

@@ -223,6 +223,9 @@ bool LChequeVoid(LProfile& profile, LAsker& asker, std::string_view key, const L
   if (date.ToText() < cheque.GetDate()) return LSplitRefuse(message, kVoidBefore);
   if (!LCheckTransactionDate(profile, asker, date, message)) return false;
   LLedgerLock lock(profile);
+  // Killed before the cheque is saved void, the reversal and the payment's voiding are taken back.
+  LPurchaseChangeIntent intent(profile);
+  intent.NoteChequeVoid(key, date.ToText());
   if (!PostReversal(profile, cheque, date.ToText(), message)) return false;
   std::string reversal = cheque.GetString("JournalTxnRef") + std::string(kChequeVoidSuffix);
   std::string payment = cheque.GetBillPayment(), error;
@@ -249,6 +252,9 @@ bool LChequeDelete(LProfile& profile, std::string_view key, std::string* message
   if (!list.Open(cheque, key)) return LSplitRefuse(message, kNoCheque);
   cheque.DetachWithoutSave();
   LLedgerLock lock(profile);
+  // Killed midway, the deletion is finished by the next holder of the lock.
+  LPurchaseChangeIntent intent(profile);
+  intent.NoteChequeDelete(key);
   DeleteReversal(profile, cheque);
   std::string reference = cheque.GetString("JournalTxnRef");
   std::string payment = cheque.GetBillPayment();
@@ -269,6 +275,9 @@ bool LChequeDeleteForLedger(LProfile& profile, std::string_view, std::string_vie
       cheque.GetString("VoidTxnRef") != reference)
     return false;
   LLedgerLock lock(profile);
+  // Killed midway, the cheque is made not void by the next holder of the lock.
+  LPurchaseChangeIntent intent(profile);
+  intent.NoteChequeUnvoid(cheque.GetPrimaryKey());
   DeleteReversal(profile, cheque);
   std::string error;
   // The payment could not count again only if its record could not be saved: `kontavo check` finds it.

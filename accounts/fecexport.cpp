@@ -19,6 +19,7 @@
 #include "invoice/shared/profile.h"
 #include "llib/gen/file.h"
 #include "llib/gen/latin9.h"
+#include "llib/gen/optionalerror.h"
 
 namespace {
 
@@ -253,23 +254,21 @@ void WriteDay(const LFecContext& context, std::vector<LLedgerJournalLine>& rows,
 }  // namespace
 
 bool LFecExport(LProfile& profile, const LFecExportOptions& options, LFecExportResult& result, std::string* error) {
-  auto fail = [&](std::string message) {
-    if (error != nullptr) *error = std::move(message);
-    return false;
-  };
   result = {};
-  if (options.year < 2 || options.year > 9999) return fail("Exercice invalide : " + std::to_string(options.year));
+  if (options.year < 2 || options.year > 9999)
+    return LFail(error, "Exercice invalide : " + std::to_string(options.year));
   LCompany company;
   company.OpenFrom(profile);
   std::string siren = company.GetSiren();
   if (!LFecIsSiren(siren))
-    return fail("Le numéro SIREN de l'entreprise (9 chiffres) est nécessaire pour nommer le fichier des écritures "
-                "comptables : renseignez le champ « SIREN » de la fiche de l'entreprise.");
+    return LFail(error,
+                 "Le numéro SIREN de l'entreprise (9 chiffres) est nécessaire pour nommer le fichier des écritures "
+                 "comptables : renseignez le champ « SIREN » de la fiche de l'entreprise.");
   // The fiscal year that holds the 1st of January of the year is the one that ends in it.
   LDTPeriod year = LFiscalYearOf(profile, LDate(options.year, 1, 1));
   LDate start, end;
   if (!LDate::Parse(year.from, start) || !LDate::Parse(year.to, end))
-    return fail("Exercice invalide : " + std::to_string(options.year));
+    return LFail(error, "Exercice invalide : " + std::to_string(options.year));
 
   LFecContext context;
   context.digits = profile.GetCurrencyDigits();
@@ -305,7 +304,7 @@ bool LFecExport(LProfile& profile, const LFecExportOptions& options, LFecExportR
   if (!writer.Commit()) {
     std::string path = result.path;
     result = {};
-    return fail("Impossible d'écrire le fichier " + path + ".");
+    return LFail(error, "Impossible d'écrire le fichier " + path + ".");
   }
   return true;
 }

@@ -14,7 +14,9 @@
 #include "llib/gen/csv.h"
 #include "llib/gen/file.h"
 #include "llib/gen/log.h"
+#include "llib/gen/optionalerror.h"
 #include "llib/gen/system.h"
+#include "llib/gen/trim.h"
 
 namespace {
 
@@ -23,17 +25,6 @@ constexpr std::string_view kNoDescription = "Veuillez entrer une description de 
 constexpr std::string_view kReconciledQuestion =
     "Cet enregistrement de transaction a été rapproché. Voulez-vous vraiment l'enregistrer ?";
 constexpr std::string_view kSaved = "La transaction a été enregistrée.";
-
-std::string_view Trim(std::string_view text) {
-  std::size_t first = text.find_first_not_of(" \t\r\n");
-  if (first == std::string_view::npos) return {};
-  std::size_t last = text.find_last_not_of(" \t\r\n");
-  return text.substr(first, last - first + 1);
-}
-
-void SetMessage(std::string* message, std::string_view text) {
-  if (message != nullptr) message->assign(text);
-}
 
 bool SameText(std::string_view a, std::string_view b) {
   return a.size() == b.size() && ::strncasecmp(a.data(), b.data(), a.size()) == 0;
@@ -73,11 +64,11 @@ std::string_view LJournalEntryTypeText(int typeIndex) {
 }
 
 std::string LJournalEntryAccountFromColumn(std::string_view column) {
-  column = Trim(column);
+  column = LTrim(column);
   std::size_t end = column.find_first_of(" \t");
   std::size_t dash = column.find(" - ");
   if (dash != std::string_view::npos && dash < end) end = dash;
-  return std::string(Trim(column.substr(0, end)));
+  return std::string(LTrim(column.substr(0, end)));
 }
 
 long long LJournalEntryOutOfBalance(const std::vector<LJournalEntryLine>& lines) {
@@ -90,7 +81,7 @@ long long LJournalEntryDlg::GetOutOfBalance() const { return LJournalEntryOutOfB
 
 bool LJournalEntryDlg::ConfirmReconciledLines(std::string* message) {
   std::string txnDate = existing ? storedDate : date.ToText();
-  std::string txnReference = existing ? storedReference : std::string(Trim(reference));
+  std::string txnReference = existing ? storedReference : std::string(LTrim(reference));
   if (lines.empty() || txnReference.empty()) return true;
   LAccountList accounts(profile_);
   LAccount account;
@@ -99,8 +90,7 @@ bool LJournalEntryDlg::ConfirmReconciledLines(std::string* message) {
     if (!IsReconciled(profile_, line.account, txnDate, txnReference)) continue;
     LQuestion question{std::string(kReconciledQuestion), "", "Enregistrer", "Non", false};
     if (asker_.Ask(question).confirmed) return true;
-    SetMessage(message, kReconciledQuestion);
-    return false;
+    return LFail(message, kReconciledQuestion);
   }
   return true;
 }
@@ -109,25 +99,25 @@ bool LJournalEntryDlg::CmOk(std::string* message) {
   wroteLedger_ = false;
   savedReference_.clear();
   std::string userName = LGetPostingUserName();
-  std::string typedReference(LTruncated(Trim(reference), kMaxTextBytes));
+  std::string typedReference(LTruncated(LTrim(reference), kMaxTextBytes));
   std::string lineDescription(LTruncated(description, kMaxTextBytes));
 
   // ---- Checks, in the order the user meets them ------------------------------------------
   if (!ConfirmReconciledLines(message)) return false;
-  if (GetOutOfBalance() != 0) return SetMessage(message, kJournalEntryUnbalancedMessage), false;
+  if (GetOutOfBalance() != 0) return LFail(message, kJournalEntryUnbalancedMessage);
   if (!LCheckTransactionDate(profile_, asker_, date, message)) return false;
-  if (typedReference.empty()) return SetMessage(message, kNoReference), false;
-  if (lineDescription.empty()) return SetMessage(message, kNoDescription), false;
-  if (lines.empty()) return SetMessage(message, kJournalEntryNoLineMessage), false;
+  if (typedReference.empty()) return LFail(message, kNoReference);
+  if (lineDescription.empty()) return LFail(message, kNoDescription);
+  if (lines.empty()) return LFail(message, kJournalEntryNoLineMessage);
   // The desk offers only accounts of the chart; typed numbers are held to the same rule.
   for (const auto& line : lines)
-    if (!LAccountIsLive(profile_, line.account)) return SetMessage(message, LAccountNotInChartMessage(line.account)), false;
+    if (!LAccountIsLive(profile_, line.account)) return LFail(message, LAccountNotInChartMessage(line.account));
 
   // ---- From here on the entry is good: number, build, post --------------------------------
   std::string txnReference = typedReference;
   if (std::size_t bracket = txnReference.find('['); bracket != std::string::npos) {
     int number = LTakeReferenceNumber(profile_, LJournalEntryTypeCounter(typeIndex));
-    if (number == 0) return SetMessage(message, kRecordNotSavedMessage), false;
+    if (number == 0) return LFail(message, kRecordNotSavedMessage);
     txnReference = LFormatReference(txnReference.substr(0, bracket), number);
   }
   LLedgerTransaction txn(date.ToText(), txnReference, LJournalEntryTypeText(typeIndex));
@@ -144,7 +134,7 @@ bool LJournalEntryDlg::CmOk(std::string* message) {
       // A stored entry whose rows are already gone is simply recorded anew.
       if (changed) (void)LAccountTransactionDelete(profile_, storedDate, storedReference);
     }
-    if (changed && !LAccountTransactionRecord(profile_, txn)) return SetMessage(message, kLedgerNotWrittenMessage), false;
+    if (changed && !LAccountTransactionRecord(profile_, txn)) return LFail(message, kLedgerNotWrittenMessage);
   }
   wroteLedger_ = changed;
 
@@ -154,6 +144,6 @@ bool LJournalEntryDlg::CmOk(std::string* message) {
   // Only the next entry's suggested account depends on it: the entry itself is written.
   if (!options.Flush()) LLogWarning("Journal entry: the last account used could not be remembered");
   savedReference_ = txnReference;
-  SetMessage(message, existing ? std::string_view() : kSaved);
+  LSetError(message, existing ? std::string_view() : kSaved);
   return true;
 }

@@ -3,6 +3,7 @@
 #include "accounts/accounts.h"
 #include "invoice/shared/options.h"
 #include "invoice/shared/profile.h"
+#include "llib/gen/optionalerror.h"
 
 namespace {
 
@@ -84,10 +85,7 @@ void LNeededAccountsDlg::SetSlotNumber(const LProfile& profile, int slot, std::s
 
 bool LNeededAccountsDlg::CmOk(LProfile& profile, std::string* message) {
   for (int slot : kSlotOrder) {
-    if (Slot(slot).number.empty() || Slot(slot).description.empty()) {
-      if (message != nullptr) *message = kMissingBoxes;
-      return false;
-    }
+    if (Slot(slot).number.empty() || Slot(slot).description.empty()) return LFail(message, kMissingBoxes);
   }
   struct LSlotAccount {
     int slot;
@@ -114,11 +112,9 @@ bool LNeededAccountsDlg::CmOk(LProfile& profile, std::string* message) {
     options.SetDefAccountNumber(kind.slot, boxes.number);
     if (!LCreateAccount(profile, boxes.number, boxes.description, kind.type, kind.cash, kind.subClass,
                         kind.classification)) {
-      if (message != nullptr) *message = kRecordNotSavedMessage;
-      return false;
+      return LFail(message, kRecordNotSavedMessage);
     }
   }
   if (options.Flush()) return true;
-  if (message != nullptr) *message = kRecordNotSavedMessage;
-  return false;
+  return LFail(message, kRecordNotSavedMessage);
 }

@@ -10,15 +10,11 @@
 #include "invoice/shared/salesdocument.h"
 #include "invoice/shared/taxoptions.h"
 #include "invoice/shared/totals.h"
+#include "llib/gen/optionalerror.h"
 
 namespace {
 
 std::string ItemField(int line, std::string_view name) { return "Item" + std::to_string(line) + std::string(name); }
-
-bool Fail(std::string* error, std::string message) {
-  if (error != nullptr) *error = std::move(message);
-  return false;
-}
 
 // The account the order's lines are expensed to: the supplier's, else the business's default.
 std::string ExpenseAccount(LProfile& profile, std::string_view supplier) {
@@ -38,14 +34,15 @@ bool LBillLoadFromPOrder(LProfile& profile, std::string_view key, std::string_vi
   const LSalesDocumentKind& kind = LSalesDocumentKindOf(LSalesDocumentType::kPOrder);
   LSalesDocument order;
   if (key.empty() || !profile.List(kind.recordedList).Open(order, key))
-    return Fail(error, "Bon de commande introuvable : " + std::string(key) + ".");
+    return LFail(error, "Bon de commande introuvable : " + std::string(key) + ".");
   order.DetachWithoutSave();
   std::string billed = order.GetString(kPOrderBillField);
   if (!billed.empty() && profile.List(kBillsList).TestRecordExists(billed))
-    return Fail(error, "Le bon de commande " + std::string(key) + " a déjà été facturé (" + billed + ").");
+    return LFail(error, "Le bon de commande " + std::string(key) + " a déjà été facturé (" + billed + ").");
   std::string supplier = order.GetCustomer();
   std::string account = ExpenseAccount(profile, supplier);
-  if (account.empty()) return Fail(error, "Aucun compte de charges : indiquez le compte de charges par défaut (compte associé 9).");
+  if (account.empty())
+    return LFail(error, "Aucun compte de charges : indiquez le compte de charges par défaut (compte associé 9).");
 
   bill.SetString("Supplier", supplier);
   bill.SetString("Date", date);

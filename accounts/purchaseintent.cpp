@@ -23,6 +23,9 @@ namespace {
 constexpr std::string_view kNoteBill = "bill";
 constexpr std::string_view kNoteBillPayment = "billpayment";
 constexpr std::string_view kNoteCheque = "cheque";
+constexpr std::string_view kNoteChequeVoid = "chequevoid";
+constexpr std::string_view kNoteChequeUnvoid = "chequeunvoid";
+constexpr std::string_view kNoteChequeDelete = "chequedelete";
 
 // A cheque noted but not saved: its posting taken out, or, for one paying a supplier, the bill
 // payment that was to be its own (of that number on that bank, which no cheque names).
@@ -54,6 +57,44 @@ void SettleCheque(LProfile& profile, const std::string& account, const std::stri
                 number.c_str(), account.c_str());
 }
 
+// A cheque's voiding killed before the cheque was saved void: its reversal on date leaves the
+// ledger and its bill payment, voided already, counts again.
+void SettleChequeVoid(LProfile& profile, const std::string& key, const std::string& date) {
+  LCheque cheque;
+  if (!profile.List(kChequesList).Open(cheque, key)) return;
+  cheque.DetachWithoutSave();
+  if (cheque.IsVoid()) return;  // saved void: the voiding is whole
+  std::string reversal = cheque.GetString("JournalTxnRef") + std::string(kChequeVoidSuffix);
+  bool undone = LLedgerTransactionTestExists(profile, date, reversal) && LAccountTransactionDelete(profile, date, reversal);
+  LBillPayment payment;
+  if (!cheque.GetBillPayment().empty() && profile.List(kBillPaymentsList).Open(payment, cheque.GetBillPayment())) {
+    bool voided = LBillPaymentIsVoid(payment) && payment.GetString("VoidTxnRef") == reversal;
+    payment.DetachWithoutSave();
+    std::string error;
+    if (voided && !LBillPaymentUnvoid(profile, cheque.GetBillPayment(), error))
+      LLogError("Chèque n° %s du compte %s : %s", cheque.GetNumber().c_str(), cheque.GetAccount().c_str(), error.c_str());
+    undone = undone || voided;
+  }
+  if (undone)
+    LLogWarning("Chèque n° %s du compte %s : son annulation, interrompue avant que le chèque soit enregistré annulé, a été défaite.",
+                cheque.GetNumber().c_str(), cheque.GetAccount().c_str());
+}
+
+// The taking back of a cheque's voiding, or its deletion, killed midway: finished, as the user
+// asked (the reversal, or the cheque's own posting, may have left the ledger already).
+void SettleChequeUnvoidOrDelete(LProfile& profile, const std::string& key, bool deleting) {
+  LCheque cheque;
+  if (!profile.List(kChequesList).Open(cheque, key)) return;  // deleted: whole
+  cheque.DetachWithoutSave();
+  std::string reversal = cheque.GetString("VoidTxnRef");
+  if (!deleting && reversal.empty()) return;  // saved without its voiding: whole
+  bool finished = deleting ? LChequeDelete(profile, key, nullptr) : LChequeDeleteForLedger(profile, {}, reversal);
+  LLogWarning(finished ? "Chèque n° %s du compte %s : %s, interrompue, a été achevée."
+                       : "Chèque n° %s du compte %s : %s, interrompue, n'a pas pu être achevée.",
+              cheque.GetNumber().c_str(), cheque.GetAccount().c_str(),
+              deleting ? "sa suppression" : "la reprise de son annulation");
+}
+
 // The bill payment document's postings on the dates: (date, reference) of each.
 std::set<std::pair<std::string, std::string>> PostingsOf(const LProfile& profile, const std::string& document,
                                                          const std::vector<std::string>& dates) {
@@ -77,6 +118,8 @@ void SettleBillPayment(LProfile& profile, const std::string& key, const std::vec
   std::vector<std::string> looked = dates;
   if (present) looked.push_back(payment.GetString("Date"));
   std::set<std::pair<std::string, std::string>> posted = PostingsOf(profile, key, looked);
+  // A void payment's reversal (its cheque's, cheques.h) is its own too.
+  if (present && LBillPaymentIsVoid(payment)) posted.erase({payment.GetString("VoidDate"), payment.GetString("VoidTxnRef")});
   std::string reference = present ? payment.GetString("JournalTxnRef") : std::string();
   if (present && reference.empty())  // posted, killed before the link was saved
     for (const auto& [date, found] : posted)
@@ -144,8 +187,12 @@ void SettlePurchaseChange(const LProfile& profile, const std::vector<std::string
   std::map<std::string, std::vector<std::string>> bills, payments;
   for (const std::string& note : notes) {
     std::vector<std::string_view> parts = LIntentNoteParts(note);
-    if (parts.size() == 5 && parts[0] == kNoteCheque)  // first: it may take a bill payment out
+    // Cheques first: they may take a bill payment out, or change whether it counts.
+    if (parts.size() == 5 && parts[0] == kNoteCheque)
       SettleCheque(books, std::string(parts[1]), std::string(parts[2]), std::string(parts[3]), std::string(parts[4]));
+    if (parts.size() == 3 && parts[0] == kNoteChequeVoid) SettleChequeVoid(books, std::string(parts[1]), std::string(parts[2]));
+    if (parts.size() == 2 && (parts[0] == kNoteChequeUnvoid || parts[0] == kNoteChequeDelete))
+      SettleChequeUnvoidOrDelete(books, std::string(parts[1]), parts[0] == kNoteChequeDelete);
     if (parts.size() != 4) continue;
     auto* noted = parts[0] == kNoteBill ? &bills : parts[0] == kNoteBillPayment ? &payments : nullptr;
     if (noted == nullptr) continue;
@@ -175,6 +222,18 @@ void LPurchaseChangeIntent::NoteCheque(std::string_view account, std::string_vie
                                        std::string_view date) {
   (void)Note(std::string(kNoteCheque) + "\t" + std::string(account) + "\t" + std::string(number) + "\t" +
              std::string(key) + "\t" + std::string(date));
+}
+
+void LPurchaseChangeIntent::NoteChequeVoid(std::string_view key, std::string_view date) {
+  (void)Note(std::string(kNoteChequeVoid) + "\t" + std::string(key) + "\t" + std::string(date));
+}
+
+void LPurchaseChangeIntent::NoteChequeUnvoid(std::string_view key) {
+  (void)Note(std::string(kNoteChequeUnvoid) + "\t" + std::string(key));
+}
+
+void LPurchaseChangeIntent::NoteChequeDelete(std::string_view key) {
+  (void)Note(std::string(kNoteChequeDelete) + "\t" + std::string(key));
 }
 
 void LPurchaseLedgerInstall() { LLedgerAddIntentSettler(kPurchaseChangeIntentExtension, SettlePurchaseChange); }

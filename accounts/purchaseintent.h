@@ -6,9 +6,10 @@
 // the file of a killed change brings the noted documents and their postings in step (a record
 // present is posted as it stands and names its posting in "JournalTxnRef", a posting left without
 // its document is taken out; a cheque whose record was never saved has its posting, or the bill
-// payment it made, taken out), then computes every supplier's
-// balance and every bill's amount paid again from the documents (LCheckSupplierBalances), and
-// logs it.
+// payment it made, taken out; a cheque's voiding cut short before the cheque was saved void is
+// taken back; the taking back of a voiding, or a deletion, cut short is finished), then computes
+// every supplier's balance and every bill's amount paid again from the documents
+// (LCheckSupplierBalances), and logs it.
 #pragma once
 
 #include <string_view>
@@ -32,6 +33,14 @@ class LPurchaseChangeIntent : public LBooksChangeIntent {
   // bill payment it makes). Killed before the cheque record is saved, the posting or the bill
   // payment goes: the cheque never was.
   void NoteCheque(std::string_view account, std::string_view number, std::string_view key, std::string_view date);
+  // The cheque key is about to be voided on date: its reversal posted, its bill payment voided,
+  // then the cheque saved void. Killed before that save, the reversal goes and the bill payment
+  // counts again: the cheque never was void.
+  void NoteChequeVoid(std::string_view key, std::string_view date);
+  // The cheque key is about to lose its void reversal (deleted from the journal), or to be
+  // deleted with its postings: whichever step was reached, the next holder of the lock finishes it.
+  void NoteChequeUnvoid(std::string_view key);
+  void NoteChequeDelete(std::string_view key);
 };
 
 // Registers the settler of those intents. Call once at start-up; calling it again changes nothing.

@@ -4,6 +4,7 @@
 #include "invoice/shared/profile.h"
 #include "llib/gen/money.h"
 #include "llib/gen/moneybounds.h"
+#include "llib/gen/optionalerror.h"
 #include "llib/gen/record.h"
 
 namespace {
@@ -27,8 +28,7 @@ std::string ItemField(int line, std::string_view name) { return "Item" + std::to
 }  // namespace
 
 bool LSplitRefuse(std::string* message, std::string_view text, std::string_view value) {
-  if (message != nullptr) *message = Replace(text, value);
-  return false;
+  return LFail(message, Replace(text, value));
 }
 
 bool LSplitPayingAccountCheck(const LProfile& profile, std::string_view account, std::string* message) {

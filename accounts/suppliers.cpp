@@ -10,14 +10,11 @@
 #include "invoice/shared/salesdocument.h"
 #include "llib/gen/date.h"
 #include "llib/gen/filestore.h"
+#include "llib/gen/optionalerror.h"
 
 namespace {
 
 constexpr int kDefaultTermsDays = 30;
-
-void SetError(std::string* error, std::string message) {
-  if (error != nullptr) *error = std::move(message);
-}
 
 }  // namespace
 
@@ -81,18 +78,15 @@ std::string LSupplierFirstDocument(LProfile& profile, std::string_view supplier)
 bool LSupplierDelete(LProfile& profile, std::string_view supplier, std::string* error) {
   LFileStoreListBase suppliers = profile.List(kSuppliersList);
   if (supplier.empty() || !suppliers.TestRecordExists(supplier)) {
-    SetError(error, "Le fournisseur « " + std::string(supplier) + " » n'existe pas.");
-    return false;
+    return LFail(error, "Le fournisseur « " + std::string(supplier) + " » n'existe pas.");
   }
   std::string document = LSupplierFirstDocument(profile, supplier);
   if (!document.empty()) {
-    SetError(error, "Le fournisseur « " + std::string(supplier) + " » ne peut pas être supprimé : " + document +
-                        " le nomme.");
-    return false;
+    return LFail(error, "Le fournisseur « " + std::string(supplier) + " » ne peut pas être supprimé : " + document +
+                            " le nomme.");
   }
   if (suppliers.Delete(supplier)) return true;
-  SetError(error, "Impossible de supprimer le fournisseur « " + std::string(supplier) + " ».");
-  return false;
+  return LFail(error, "Impossible de supprimer le fournisseur « " + std::string(supplier) + " ».");
 }
 
 std::string LBillDueDate(LProfile& profile, const LRecord& bill) { return LBillDueDates(profile).Of(bill); }

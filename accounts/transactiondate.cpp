@@ -5,6 +5,7 @@
 #include "accounts/question.h"
 #include "invoice/shared/options.h"
 #include "invoice/shared/profile.h"
+#include "llib/gen/optionalerror.h"
 
 namespace {
 
@@ -16,10 +17,6 @@ constexpr std::string_view kFutureDateRefusal =
 constexpr std::string_view kClosedDateRefusal =
     "Les données entrées sont antérieures à la date de clôture. Veuillez désactiver la fonctionnalité date de "
     "clôture pour la date spécifiée sous l'onglet Comptes dans la fenêtre principale.";
-
-void SetMessage(std::string* message, std::string_view text) {
-  if (message != nullptr) message->assign(text);
-}
 
 }  // namespace
 
@@ -39,21 +36,12 @@ bool LCheckTransactionDate(const LProfile& profile, LAsker& asker, const LDate& 
     char text[512];
     std::snprintf(text, sizeof text, kOldDateQuestion, date.ToText().c_str());
     LQuestion question{text, "Date incorrecte", "Enregistrer", "Annuler", false};
-    if (!asker.Ask(question).confirmed) {
-      SetMessage(message, text);
-      return false;
-    }
+    if (!asker.Ask(question).confirmed) return LFail(message, text);
   } else if (-secondsAgo >= kTransactionDateLimitSeconds) {
     LOptions options;
     options.OpenFrom(profile);
-    if (options.GetBool("ProhibitTransactionsInFuture", false)) {
-      SetMessage(message, kFutureDateRefusal);
-      return false;
-    }
+    if (options.GetBool("ProhibitTransactionsInFuture", false)) return LFail(message, kFutureDateRefusal);
   }
-  if (LCompanyOptionsCTDIsClosed(profile, date)) {
-    SetMessage(message, kClosedDateRefusal);
-    return false;
-  }
+  if (LCompanyOptionsCTDIsClosed(profile, date)) return LFail(message, kClosedDateRefusal);
   return true;
 }

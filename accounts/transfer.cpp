@@ -6,6 +6,7 @@
 #include "accounts/references.h"
 #include "accounts/transactiondate.h"
 #include "invoice/shared/profile.h"
+#include "llib/gen/optionalerror.h"
 #include "llib/gen/system.h"
 
 namespace {
@@ -17,11 +18,6 @@ constexpr std::string_view kNotPositive = "Vous devez transférer un montant pos
 constexpr std::string_view kFutureDate = "Vous ne pouvez pas planifier un transfert avec une date future";
 constexpr std::string_view kAboveBalance = "Le solde de ce compte est inexact.";
 constexpr std::string_view kTransferDescription = "Transférer";
-
-bool Refuse(std::string* message, std::string_view text) {
-  if (message != nullptr) message->assign(text);
-  return false;
-}
 
 }  // namespace
 
@@ -37,14 +33,14 @@ bool LAccountTransfer(LProfile& profile, LAsker& asker, std::string_view from, s
                       const LDate& today) {
   std::string source = LTransferAccountNumber(profile, from);
   std::string destination = LTransferAccountNumber(profile, to);
-  if (source.empty()) return Refuse(message, kNoSource);
-  if (destination.empty()) return Refuse(message, kNoDestination);
-  if (source == destination) return Refuse(message, kSameAccounts);
-  if (amount <= 0) return Refuse(message, kNotPositive);
-  if (date > today) return Refuse(message, kFutureDate);
+  if (source.empty()) return LFail(message, kNoSource);
+  if (destination.empty()) return LFail(message, kNoDestination);
+  if (source == destination) return LFail(message, kSameAccounts);
+  if (amount <= 0) return LFail(message, kNotPositive);
+  if (date > today) return LFail(message, kFutureDate);
   LAccount account;
   LAccountList(profile).Open(account, source);
-  if (amount > account.GetTotalBalance()) return Refuse(message, kAboveBalance);
+  if (amount > account.GetTotalBalance()) return LFail(message, kAboveBalance);
   if (!LCheckTransactionDate(profile, asker, date, message, today)) return false;
 
   // The number is consumed only once the transaction is in the ledger.
@@ -55,8 +51,9 @@ bool LAccountTransfer(LProfile& profile, LAsker& asker, std::string_view from, s
   std::string userName = LGetPostingUserName();
   txn.AddLine(destination, kTransferDescription, amount, userName, "", "");
   txn.AddLine(source, kTransferDescription, -amount, userName, "", "");
-  if (!LAccountTransactionRecord(profile, txn)) return Refuse(message, kLedgerNotWrittenMessage);
+  if (!LAccountTransactionRecord(profile, txn)) return LFail(message, kLedgerNotWrittenMessage);
   if (reference != nullptr) *reference = txnReference;
-  if (!LStoreReferenceNumber(profile, kGeneralJournalCounter, number + 1)) return Refuse(message, kRecordNotSavedMessage);
+  if (!LStoreReferenceNumber(profile, kGeneralJournalCounter, number + 1))
+    return LFail(message, kRecordNotSavedMessage);
   return true;
 }

@@ -5,17 +5,13 @@
 #include "accounts/accounts.h"
 #include "invoice/shared/profile.h"
 #include "llib/gen/filestore.h"
+#include "llib/gen/optionalerror.h"
 #include "llib/gen/record.h"
 
 namespace {
 
 constexpr std::string_view kNoName = "Veuillez entrer un nom pour ce modèle.";
 constexpr std::string_view kNotSaved = "Impossible d'enregistrer le modèle.";
-
-bool Refuse(std::string* message, std::string_view text) {
-  if (message != nullptr) message->assign(text);
-  return false;
-}
 
 std::string ItemField(int line, std::string_view name) { return "Item" + std::to_string(line) + std::string(name); }
 
@@ -49,11 +45,11 @@ long long LTxnTemplate::Debits() const {
 
 bool LTxnTemplateSave(const LProfile& profile, const LTxnTemplate& tpl, std::string* message) {
   std::string name(LTruncated(tpl.name, kMaxTextBytes));
-  if (name.find_first_not_of(" \t") == std::string::npos) return Refuse(message, kNoName);
-  if (tpl.lines.empty()) return Refuse(message, kJournalEntryNoLineMessage);
+  if (name.find_first_not_of(" \t") == std::string::npos) return LFail(message, kNoName);
+  if (tpl.lines.empty()) return LFail(message, kJournalEntryNoLineMessage);
   for (const auto& line : tpl.lines)
-    if (!LAccountIsLive(profile, line.account)) return Refuse(message, LAccountNotInChartMessage(line.account));
-  if (LJournalEntryOutOfBalance(tpl.lines) != 0) return Refuse(message, kJournalEntryUnbalancedMessage);
+    if (!LAccountIsLive(profile, line.account)) return LFail(message, LAccountNotInChartMessage(line.account));
+  if (LJournalEntryOutOfBalance(tpl.lines) != 0) return LFail(message, kJournalEntryUnbalancedMessage);
   LFileStoreListBase list = profile.List(kTransactionTemplatesList);
   LRecord record;
   list.CreateNewRecord(record, name);
@@ -67,8 +63,8 @@ bool LTxnTemplateSave(const LProfile& profile, const LTxnTemplate& tpl, std::str
     record.SetInt64(ItemField(static_cast<int>(i) + 1, "Amount"), line.IsCredit() ? -line.amount : line.amount);
   }
   // Saved whole: the old record of that name is replaced, not merged.
-  if (!list.Delete(name) && list.TestRecordExists(name)) return Refuse(message, kNotSaved);
-  return record.Flush() || Refuse(message, kNotSaved);
+  if (!list.Delete(name) && list.TestRecordExists(name)) return LFail(message, kNotSaved);
+  return record.Flush() || LFail(message, kNotSaved);
 }
 
 bool LTxnTemplateLoad(const LProfile& profile, std::string_view name, LTxnTemplate& tpl) {

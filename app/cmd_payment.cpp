@@ -99,7 +99,8 @@ void PrintPayment(LProfile& profile, LPayment& payment, std::ostream& out) {
 
 int Show(LCliContext& context, LProfile& profile, const std::string& key) {
   LPayment payment;
-  if (!profile.MainList(kPaymentsList).Open(payment, key)) return context.Fail("Paiement introuvable : " + key + ".");
+  std::string error;
+  if (!LPaymentOpen(profile, key, payment, &error)) return context.Fail(error);
   if (context.json) context.out << LJsonDump(PaymentJson(profile, payment)) << "\n";
   else PrintPayment(profile, payment, context.out);
   return kExitOk;

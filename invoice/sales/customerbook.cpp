@@ -6,6 +6,7 @@
 #include "invoice/shared/recurring.h"
 #include "invoice/shared/salesdocument.h"
 #include "llib/gen/filestore.h"
+#include "llib/gen/optionalerror.h"
 
 namespace {
 
@@ -49,15 +50,11 @@ std::string LCustomerFirstUse(LProfile& profile, std::string_view key) {
 }
 
 bool LCustomerDelete(LProfile& profile, std::string_view key, std::string* error) {
-  auto fail = [&](std::string message) {
-    if (error != nullptr) *error = std::move(message);
-    return false;
-  };
   const LFileStoreListBase& list = profile.MainList(kCustomersList);
-  if (key.empty() || !list.TestRecordExists(key)) return fail("Client introuvable : " + std::string(key) + ".");
+  if (key.empty() || !list.TestRecordExists(key)) return LFail(error, "Client introuvable : " + std::string(key) + ".");
   std::string use = LCustomerFirstUse(profile, key);
   if (!use.empty())
-    return fail("Le client « " + std::string(key) + " » ne peut pas être supprimé : " + use + " le nomme.");
-  if (!list.Delete(key)) return fail("Le client « " + std::string(key) + " » n'a pas pu être supprimé.");
+    return LFail(error, "Le client « " + std::string(key) + " » ne peut pas être supprimé : " + use + " le nomme.");
+  if (!list.Delete(key)) return LFail(error, "Le client « " + std::string(key) + " » n'a pas pu être supprimé.");
   return true;
 }

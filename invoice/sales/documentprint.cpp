@@ -1,5 +1,6 @@
 #include "invoice/sales/documentprint.h"
 
+#include "invoice/sales/paymentbook.h"
 #include "invoice/sales/salesbook.h"
 #include "invoice/shared/customerstatement.h"
 #include "invoice/shared/documentform.h"
@@ -9,12 +10,12 @@
 #include "invoice/shared/profile.h"
 #include "invoice/shared/receiptform.h"
 #include "llib/gen/file.h"
+#include "llib/gen/optionalerror.h"
 
 namespace {
 
 bool NotFound(std::string_view what, std::string_view key, std::string* error) {
-  if (error != nullptr) *error = std::string(what) + " introuvable : " + std::string(key) + ".";
-  return false;
+  return LFail(error, std::string(what) + " introuvable : " + std::string(key) + ".");
 }
 
 // The history of the printed record gains "Imprimé" with the file's name; a trace only, so a
@@ -62,7 +63,7 @@ bool LPrintReceipt(LProfile& profile, std::string_view key, std::string_view use
                    std::string* error) {
   form = LPrintedForm();
   LPayment payment;
-  if (key.empty() || !profile.MainList(kPaymentsList).Open(payment, key)) return NotFound("Paiement", key, error);
+  if (!LPaymentOpen(profile, key, payment, error)) return false;
   if (!LReceiptPdf(profile, payment, form.pdf, error, &form.warning)) return false;
   form.fileName = LReceiptPdfName(payment);
   Printed(profile, kPaymentsList, key, form, user);
@@ -90,10 +91,7 @@ bool LPrintStatement(LProfile& profile, std::string_view customer, const LDate& 
   form = LPrintedForm();
   LCustomerStatement statement;
   std::string buildError;
-  if (!LCustomerStatementBuild(profile, customer, from, to, statement, buildError)) {
-    if (error != nullptr) *error = buildError;
-    return false;
-  }
+  if (!LCustomerStatementBuild(profile, customer, from, to, statement, buildError)) return LFail(error, buildError);
   if (!LCustomerStatementPdf(profile, statement, form.pdf, error, &form.warning)) return false;
   form.fileName = LStatementPdfName(customer);
   return true;
@@ -101,6 +99,5 @@ bool LPrintStatement(LProfile& profile, std::string_view customer, const LDate& 
 
 bool LWritePrintedForm(const LPrintedForm& form, const std::string& path, std::string* error) {
   if (LFile::WriteAllAtomic(path, form.pdf)) return true;
-  if (error != nullptr) *error = "Impossible d'écrire le fichier « " + path + " ».";
-  return false;
+  return LFail(error, "Impossible d'écrire le fichier « " + path + " ».");
 }

@@ -10,6 +10,7 @@
 #include "invoice/shared/printformat.h"
 #include "invoice/shared/profile.h"
 #include "llib/gen/file.h"
+#include "llib/gen/optionalerror.h"
 #include "llib/net/email.h"
 #include "llib/net/emailsendbg.h"
 #include "llib/net/emailaddress.h"
@@ -193,10 +194,7 @@ bool LQueueSalesDocumentMail(LProfile& profile, const LSalesDocumentKind& kind, 
                              std::string* message) {
   PreparedMail prepared;
   std::string problem;
-  if (!PrepareMail(profile, kind, key, request, facturX, user, prepared, problem)) {
-    if (message != nullptr) *message = problem;
-    return false;
-  }
+  if (!PrepareMail(profile, kind, key, request, facturX, user, prepared, problem)) return LFail(message, problem);
   (void)LDocumentHistoryEmail(profile, prepared.list, key, "pending", user, prepared.mail.to);  // a trace only
   // The sender's thread hears of each attempt: the history follows it, in a profile of its own.
   LEmailSendReport report = [business = profile.GetDatabaseName(), list = prepared.list, key = std::string(key),

@@ -26,9 +26,7 @@ void SetError(std::string* error, std::string message) {
 }
 
 bool OpenPayment(LProfile& profile, std::string_view key, LPayment& payment, std::string* error) {
-  if (profile.MainList(kPaymentsList).Open(payment, key)) return true;
-  SetError(error, "Paiement introuvable : " + std::string(key) + ".");
-  return false;
+  return LPaymentOpen(profile, key, payment, error);
 }
 
 const LFileStoreListBase& Invoices(LProfile& profile) {
@@ -121,6 +119,12 @@ long long HeldAfter(const std::vector<LAppliedAmount>& entries, const std::vecto
 }
 
 }  // namespace
+
+bool LPaymentOpen(LProfile& profile, std::string_view key, LPayment& payment, std::string* error) {
+  if (!key.empty() && profile.MainList(kPaymentsList).Open(payment, key)) return true;
+  SetError(error, "Paiement introuvable : " + std::string(key) + ".");
+  return false;
+}
 
 bool LPaymentCreate(LProfile& profile, const LPaymentRequest& request, std::string& newKey, std::string* error) {
   // Applications read and write the invoices' cached amounts: one desk at a time.
@@ -228,7 +232,7 @@ bool LPaymentDelete(LProfile& profile, std::string_view key, std::string* error)
   LLedgerLock lock(profile);
   LSalesChangeIntent intent(profile);
   LPayment payment;
-  if (!OpenPayment(profile, key, payment, error)) return false;
+  if (!LPaymentOpen(profile, key, payment, error)) return false;
   // Noted before its entry, so that a deletion killed after the entry is finished by the next
   // command (LPaymentFinishDelete writes the entry if it is missing). The trail keeps the whole
   // payment as it was; without it, nothing is deleted (the note goes with the intent).

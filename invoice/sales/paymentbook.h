@@ -27,6 +27,10 @@ struct LPaymentRequest {
   std::vector<LAppliedAmount> applications;
 };
 
+// Opens the recorded payment key. false with "Paiement introuvable : KEY." when there is none
+// (an empty key included).
+bool LPaymentOpen(LProfile& profile, std::string_view key, LPayment& payment, std::string* error);
+
 // Records the payment under the first free number of "Payments", writes it to the audit trail
 // (refused, nothing left behind, when the trail cannot be written), moves the balance, posts it
 // and applies it. newKey receives the key. Refused: unknown customer, amount not above 0, an

@@ -7,6 +7,7 @@
 #include "invoice/sales/salesstock.h"
 #include "invoice/shared/profile.h"
 #include "invoice/shared/salesdocument.h"
+#include "llib/gen/optionalerror.h"
 #include "llib/gen/system.h"
 
 bool LPOrderConvertToBill(LProfile& profile, std::string_view key, std::string_view date, std::string& reference,
@@ -21,14 +22,10 @@ bool LPOrderConvertToBill(LProfile& profile, std::string_view key, std::string_v
   bool received = !order.GetString("ReceivedDate").empty();
   order.DetachWithoutSave();
   if (!received && !LPOrderReceive(profile, key, date, error)) return false;
-  if (!LBillSave(profile, bill, LGetPostingUserName())) {
-    if (error != nullptr) *error = std::string(kLedgerNotWrittenMessage);
-    return false;
-  }
+  if (!LBillSave(profile, bill, LGetPostingUserName())) return LFail(error, kLedgerNotWrittenMessage);
   reference = bill.GetPrimaryKey();
   if (!profile.List(kind.recordedList).Open(order, key)) return true;
   order.SetString(kPOrderBillField, reference);
   if (order.Flush()) return true;
-  if (error != nullptr) *error = "Impossible d'enregistrer le bon de commande " + std::string(key) + ".";
-  return false;
+  return LFail(error, "Impossible d'enregistrer le bon de commande " + std::string(key) + ".");
 }

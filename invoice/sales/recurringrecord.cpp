@@ -11,6 +11,7 @@
 #include "invoice/shared/profile.h"
 #include "llib/gen/date.h"
 #include "llib/gen/filestore.h"
+#include "llib/gen/optionalerror.h"
 #include "llib/gen/system.h"
 
 namespace {
@@ -18,10 +19,6 @@ namespace {
 // The one field of a template that an occurrence does not take: the ledger reference belongs to
 // one posted document only. The schedule fields go along with every other field.
 constexpr std::string_view kTemplateOnly[] = {"JournalTxnRef"};
-
-void SetError(std::string* error, std::string_view message) {
-  if (error != nullptr) *error = message;
-}
 
 bool IsTemplateOnly(std::string_view field) {
   return std::find(std::begin(kTemplateOnly), std::end(kTemplateOnly), field) != std::end(kTemplateOnly);
@@ -43,22 +40,20 @@ bool MakeOccurrence(LProfile& profile, const LSalesDocumentKind& kind, const LRe
   document.SetInt64("AmountRefunded", 0);  // so that no list works it out and writes it on the way
   document.SetString("OrderNumber", "");
   if (!document.Flush() || document.GetPrimaryKey().empty()) {
-    SetError(error, "Impossible d'enregistrer le document.");
-    return false;
+    return LFail(error, "Impossible d'enregistrer le document.");
   }
   bool written = beforeTotals();
   LRecurringUpdateDescriptionAndPrice(profile, document);
   written = written && LSalesDocumentSumTotals(profile, kind, document).written;
   document.SetString("IsDraft", "0");
   if (written && document.Flush()) return true;
-  SetError(error, "Impossible d'enregistrer le document.");
-  return false;
+  return LFail(error, "Impossible d'enregistrer le document.");
 }
 
 // The due date of the template as text; empty (with the message) when it is never due.
 std::string DueDateOf(const LRecord& schedule, std::string* error) {
   std::string date = LRecurringGetDueDateText(schedule);
-  if (date.empty()) SetError(error, "Ce modèle n'a pas d'échéance.");
+  if (date.empty()) LSetError(error, "Ce modèle n'a pas d'échéance.");
   return date;
 }
 
@@ -66,8 +61,7 @@ std::string DueDateOf(const LRecord& schedule, std::string* error) {
 bool MoveScheduleOn(LRecord& schedule, const std::string& date, std::string* error) {
   schedule.SetString("RecurLast", date);
   if (schedule.Flush()) return true;
-  SetError(error, "Impossible d'enregistrer le modèle.");
-  return false;
+  return LFail(error, "Impossible d'enregistrer le modèle.");
 }
 
 }  // namespace
@@ -76,7 +70,7 @@ std::string LRecurringRecord(LProfile& profile, LRecord& schedule, std::string* 
   std::string date = DueDateOf(schedule, error);
   if (date.empty()) return {};
   if (LDefAccountListNeedsUpdate(profile)) {
-    SetError(error, kNeededAccountsWarning);
+    LSetError(error, kNeededAccountsWarning);
     return {};
   }
   LSalesDocument invoice;
@@ -90,9 +84,9 @@ std::string LRecurringRecord(LProfile& profile, LRecord& schedule, std::string* 
   bool posted = LInvoiceRecordTransactions(profile, invoice, LGetPostingUserName(), true);
   bool saved = invoice.Flush();  // keeps "JournalTxnRef"
   bool moved = MoveScheduleOn(schedule, date, error);
-  if (moved && !posted) SetError(error, "Impossible d'écrire dans le grand livre.");
-  else if (moved && !saved) SetError(error, "Impossible d'enregistrer le document.");
-  else if (moved && !stocked) SetError(error, stockError);
+  if (moved && !posted) LSetError(error, "Impossible d'écrire dans le grand livre.");
+  else if (moved && !saved) LSetError(error, "Impossible d'enregistrer le document.");
+  else if (moved && !stocked) LSetError(error, stockError);
   return invoice.GetPrimaryKey();
 }
 

@@ -21,6 +21,7 @@
 #include "invoice/shared/documenthistory.h"
 #include "invoice/shared/profile.h"
 #include "llib/gen/file.h"
+#include "llib/gen/optionalerror.h"
 #include "llib/gen/system.h"
 
 namespace {
@@ -29,19 +30,11 @@ constexpr std::string_view kSuppliersList = "Suppliers";
 constexpr std::string_view kDocumentNotSaved = "Impossible d'enregistrer le document.";
 constexpr std::string_view kLedgerNotWritten = "Impossible d'écrire dans le grand livre.";
 
-void SetError(std::string* error, std::string message) {
-  if (error != nullptr) *error = std::move(message);
-}
-
 // A write failed: the user is told and the change goes no further.
-bool NotSaved(std::string* error) {
-  SetError(error, std::string(kDocumentNotSaved));
-  return false;
-}
+bool NotSaved(std::string* error) { return LFail(error, kDocumentNotSaved); }
 
 bool DeleteRefused(std::string_view key, std::string* error) {
-  SetError(error, "Impossible de supprimer le document " + std::string(key) + ".");
-  return false;
+  return LFail(error, "Impossible de supprimer le document " + std::string(key) + ".");
 }
 
 bool IsPosted(const LSalesDocumentKind& kind) {
@@ -55,12 +48,10 @@ bool IsDraftKey(std::string_view key) { return key.compare(0, kDraftKeyPrefix.si
 bool LSalesCheckParty(LProfile& profile, const LSalesDocumentKind& kind, const std::string& party, std::string* error) {
   bool purchase = kind.type == LSalesDocumentType::kPOrder;
   if (party.empty()) {
-    SetError(error, purchase ? "Veuillez sélectionner un fournisseur." : "Veuillez sélectionner un client.");
-    return false;
+    return LFail(error, purchase ? "Veuillez sélectionner un fournisseur." : "Veuillez sélectionner un client.");
   }
   if (!profile.MainList(purchase ? kSuppliersList : kCustomersList).TestRecordExists(party)) {
-    SetError(error, (purchase ? "Le fournisseur « " : "Le client « ") + party + " » n'existe pas.");
-    return false;
+    return LFail(error, (purchase ? "Le fournisseur « " : "Le client « ") + party + " » n'existe pas.");
   }
   return true;
 }
@@ -111,8 +102,7 @@ bool Reopen(const LFileStoreListBase& list, LSalesDocument& document) {
 // have nowhere to go.
 bool CheckLinkedAccounts(LProfile& profile, const LSalesDocumentKind& kind, std::string* error) {
   if (kind.type != LSalesDocumentType::kInvoice || !LDefAccountListNeedsUpdate(profile)) return true;
-  SetError(error, std::string(kNeededAccountsWarning));
-  return false;
+  return LFail(error, kNeededAccountsWarning);
 }
 
 // The audit entry of a change of the recorded document, with the total the document will have
@@ -129,8 +119,7 @@ LAuditEvent DocumentEvent(LProfile& profile, const LSalesDocumentKind& kind, std
 // written.
 bool AuditWritten(LAuditPending& pending, std::string* error) {
   if (pending.Append()) return true;
-  SetError(error, std::string(kAuditNotWrittenMessage));
-  return false;
+  return LFail(error, kAuditNotWrittenMessage);
 }
 
 // Posts a recorded invoice or credit note under its reference (a new one when it has none, noted
@@ -139,18 +128,15 @@ bool Post(LProfile& profile, const LSalesDocumentKind& kind, LSalesDocument& doc
           std::string_view oldDate, std::string* error) {
   std::string had = document.GetString("JournalTxnRef");
   std::string reference = LSalesDocumentTakeReference(profile, document, false);
-  if (reference.empty()) {
-    SetError(error, std::string(kLedgerNotWritten));
-    return false;
-  }
+  if (reference.empty()) return LFail(error, kLedgerNotWritten);
   if (reference != had) intent.NotePosting(kind.recordedList, document.GetPrimaryKey(), oldDate, reference);
   std::string userName = LGetPostingUserName();
   bool posted = kind.type == LSalesDocumentType::kInvoice
                     ? LInvoiceRecordTransactions(profile, document, userName, false)
                     : LCreditNoteRecordTransactions(profile, document, userName);
   bool saved = document.Flush();  // keeps "JournalTxnRef"
-  if (!posted) SetError(error, std::string(kLedgerNotWritten));
-  else if (!saved) SetError(error, std::string(kDocumentNotSaved));
+  if (!posted) LSetError(error, kLedgerNotWritten);
+  else if (!saved) LSetError(error, kDocumentNotSaved);
   return posted && saved;
 }
 
@@ -178,13 +164,9 @@ bool LSalesDocumentCreate(LProfile& profile, const LSalesDocumentKind& kind, con
   if (!CheckLinkedAccounts(profile, kind, error)) return false;
   if (!LSalesCheckParty(profile, kind, content.GetString("Customer"), error)) return false;
   if (draft && !key.empty() && !IsDraftKey(key)) {
-    SetError(error, "Le numéro d'un brouillon doit commencer par DFT.");
-    return false;
+    return LFail(error, "Le numéro d'un brouillon doit commencer par DFT.");
   }
-  if (!draft && IsDraftKey(key)) {
-    SetError(error, "Le numéro DFT… est réservé aux brouillons.");
-    return false;
-  }
+  if (!draft && IsDraftKey(key)) return LFail(error, "Le numéro DFT… est réservé aux brouillons.");
   const LFileStoreListBase& list = profile.MainList(draft ? kind.draftsList : kind.recordedList);
   // The number is taken (an empty file) before anything is written, so that the intent can name
   // the document from its first write on; should the change die between, the settler takes
@@ -195,8 +177,7 @@ bool LSalesDocumentCreate(LProfile& profile, const LSalesDocumentKind& kind, con
     takenKey = LSalesReserveFirstFreeKey(list, draft ? kDraftKeyPrefix : std::string_view());
     if (takenKey.empty()) return NotSaved(error);
   } else if (!ReserveKey(list, takenKey)) {
-    SetError(error, "Un document porte déjà le numéro " + takenKey + ".");
-    return false;
+    return LFail(error, "Un document porte déjà le numéro " + takenKey + ".");
   }
   if (!draft && IsPosted(kind)) intent.NotePosting(kind.recordedList, takenKey, {}, {});
   LSalesDocument document;
@@ -230,10 +211,7 @@ bool LSalesDocumentCreate(LProfile& profile, const LSalesDocumentKind& kind, con
     // the document no more (each write of a record is a new file, what a file system does slowest).
     if (IsPosted(kind) && !draft) {
       std::string reference = LSalesDocumentTakeReference(profile, document, false);
-      if (reference.empty()) {
-        SetError(error, std::string(kLedgerNotWritten));
-        return false;
-      }
+      if (reference.empty()) return LFail(error, kLedgerNotWritten);
       intent.NotePosting(kind.recordedList, newKey, {}, reference);
     }
     // The history is a trace, not the document: a failure to write it does not undo the document.
@@ -269,10 +247,7 @@ bool LSalesDocumentEdit(LProfile& profile, const LSalesDocumentKind& kind, std::
   bool recorded = recordedList.TestRecordExists(key);
   const LFileStoreListBase& list = recorded ? recordedList : profile.MainList(kind.draftsList);
   LSalesDocument document;
-  if (!list.Open(document, key)) {
-    SetError(error, "Document introuvable : " + std::string(key) + ".");
-    return false;
-  }
+  if (!list.Open(document, key)) return LFail(error, "Document introuvable : " + std::string(key) + ".");
   // The "edit" entry goes first, so that a trail that cannot be written refuses the edit; should the
   // edit not take effect after it, a "cancel" entry follows (auditpending.h).
   std::optional<LAuditPending> audit;
@@ -332,10 +307,7 @@ bool LSalesDocumentRecordDraft(LProfile& profile, const LSalesDocumentKind& kind
                                std::string& newKey, std::string* error) {
   const LFileStoreListBase& drafts = profile.MainList(kind.draftsList);
   LSalesDocument draft;
-  if (!drafts.Open(draft, draftKey)) {
-    SetError(error, "Brouillon introuvable : " + std::string(draftKey) + ".");
-    return false;
-  }
+  if (!drafts.Open(draft, draftKey)) return LFail(error, "Brouillon introuvable : " + std::string(draftKey) + ".");
   if (!LSalesDocumentCreate(profile, kind, draft, false, {}, newKey, error)) return false;
   if (kind.type == LSalesDocumentType::kInvoice && !LConvertedInvoiceMoved(profile, draft, draftKey, newKey))
     return NotSaved(error);
@@ -343,9 +315,8 @@ bool LSalesDocumentRecordDraft(LProfile& profile, const LSalesDocumentKind& kind
                                     LGetPostingUserName());  // a trace only, as above
   draft.DetachWithoutSave();
   if (!drafts.Delete(draftKey)) {
-    SetError(error, "Le document " + newKey + " est enregistré, mais le brouillon " + std::string(draftKey) +
-                        " n'a pas pu être supprimé.");
-    return false;
+    return LFail(error, "Le document " + newKey + " est enregistré, mais le brouillon " + std::string(draftKey) +
+                            " n'a pas pu être supprimé.");
   }
   return true;
 }
@@ -407,8 +378,7 @@ bool LSalesDocumentDelete(LProfile& profile, const LSalesDocumentKind& kind, std
     // whole document as it was; without it, nothing is deleted (the note goes with the intent).
     intent.NoteDeleting(kind.recordedList, key);
     if (!LAuditAppendDocument(profile, kAuditDeleteDocument, kind.title, key, document)) {
-      SetError(error, std::string(kAuditNotWrittenMessage));
-      return false;
+      return LFail(error, kAuditNotWrittenMessage);
     }
     return DeleteRecorded(profile, kind, key, document, error);
   }
@@ -418,8 +388,7 @@ bool LSalesDocumentDelete(LProfile& profile, const LSalesDocumentKind& kind, std
     if (!draftsList.Delete(key)) return DeleteRefused(key, error);
     return true;
   }
-  SetError(error, "Document introuvable : " + std::string(key) + ".");
-  return false;
+  return LFail(error, "Document introuvable : " + std::string(key) + ".");
 }
 
 // ---- Deletions asked by the ledger ------------------------------------------------------------

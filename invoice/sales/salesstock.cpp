@@ -16,6 +16,7 @@
 #include "invoice/shared/totals.h"
 #include "llib/gen/filestore.h"
 #include "llib/gen/log.h"
+#include "llib/gen/optionalerror.h"
 
 namespace {
 
@@ -88,16 +89,12 @@ bool LPOrderReceive(LProfile& profile, std::string_view key, std::string_view da
   const LSalesDocumentKind& kind = LSalesDocumentKindOf(LSalesDocumentType::kPOrder);
   LSalesDocument order;
   if (!profile.MainList(kind.recordedList).Open(order, key)) {
-    if (error != nullptr) *error = "Bon de commande introuvable : " + std::string(key) + ".";
-    return false;
+    return LFail(error, "Bon de commande introuvable : " + std::string(key) + ".");
   }
   LSalesDocument before;
   before.CopyRecord(order);
   order.SetString(kReceivedDate, date);
-  if (!order.Flush()) {
-    if (error != nullptr) *error = "Impossible d'enregistrer le document.";
-    return false;
-  }
+  if (!order.Flush()) return LFail(error, "Impossible d'enregistrer le document.");
   return LSalesDocumentMoveStock(profile, kind, key, &before, &order, error);
 }
 

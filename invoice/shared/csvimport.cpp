@@ -6,16 +6,13 @@
 #include "invoice/shared/profile.h"
 #include "llib/gen/filestore.h"
 #include "llib/gen/filestoreindex.h"
+#include "llib/gen/optionalerror.h"
 #include "llib/gen/process.h"
 #include "llib/gen/record.h"
 
 namespace {
 
 constexpr std::string_view kIgnored = "-";
-
-void SetError(std::string* error, std::string message) {
-  if (error != nullptr) *error = std::move(message);
-}
 
 // ---- The map from columns to fields -----------------------------------------------------------
 
@@ -53,13 +50,11 @@ bool ParseMap(LPartyKind kind, std::string_view map, std::vector<MapEntry>& entr
     map = comma == std::string_view::npos ? std::string_view() : map.substr(comma + 1);
     std::size_t equals = pair.rfind('=');
     if (equals == std::string_view::npos || equals == 0) {
-      SetError(error, "Correspondance invalide : " + std::string(pair) + " (COLONNE=CHAMP attendu).");
-      return false;
+      return LFail(error, "Correspondance invalide : " + std::string(pair) + " (COLONNE=CHAMP attendu).");
     }
     std::string field = FieldOfName(kind, pair.substr(equals + 1));
     if (field.empty() || LPartyFieldIsComputed(kind, field)) {
-      SetError(error, "Champ inconnu dans la correspondance : " + std::string(pair.substr(equals + 1)) + ".");
-      return false;
+      return LFail(error, "Champ inconnu dans la correspondance : " + std::string(pair.substr(equals + 1)) + ".");
     }
     entries.push_back({std::string(pair.substr(0, equals)), field});
   }
@@ -93,15 +88,13 @@ bool MapColumns(LPartyKind kind, const std::vector<std::string>& header, const s
   if (taken.empty()) {
     std::string names;
     for (const std::string& cell : header) names += (names.empty() ? "" : ", ") + cell;
-    SetError(error, "Aucune colonne reconnue dans l'en-tête (" + names +
-                        ") ; indiquez les colonnes avec une correspondance (--map).");
-    return false;
+    return LFail(error, "Aucune colonne reconnue dans l'en-tête (" + names +
+                            ") ; indiquez les colonnes avec une correspondance (--map).");
   }
   // Parties without a code are known by their name, as documents name them.
   bool byName = kind == LPartyKind::kCustomer || kind == LPartyKind::kSupplier;
   if (keyColumn < 0 && !(byName && taken.count("Name"))) {
-    SetError(error, "Aucune colonne ne donne la clé (Code) ; indiquez-la avec une correspondance (--map).");
-    return false;
+    return LFail(error, "Aucune colonne ne donne la clé (Code) ; indiquez-la avec une correspondance (--map).");
   }
   return true;
 }

@@ -11,6 +11,7 @@
 #include "invoice/shared/templatereportformdata.h"
 #include "invoice/shared/totals.h"
 #include "llib/gen/date.h"
+#include "llib/gen/optionalerror.h"
 #include "llib/gen/pdfcanvas.h"
 #include "llib/gen/pdftable.h"
 
@@ -371,8 +372,7 @@ bool LSalesDocumentPdf(LProfile& profile, const LSalesDocumentKind& kind, const 
   LTemplateForm form;
   std::string reason;
   if (!LTemplateFormParse(LTemplateFormDefaultText(kind), profile.GetCurrencyFormat(), form, reason)) {
-    if (error != nullptr) *error = reason;
-    return false;
+    return LFail(error, reason);
   }
   return LSalesDocumentPdf(profile, kind, document, form, pdf, error, warning);
 }

@@ -9,8 +9,10 @@
 #include "invoice/shared/facturx.h"
 #include "llib/gen/file.h"
 #include "llib/gen/money.h"
+#include "llib/gen/optionalerror.h"
 #include "llib/gen/pdfa3.h"
 #include "llib/gen/textnum.h"
+#include "llib/gen/trim.h"
 
 namespace {
 
@@ -47,9 +49,7 @@ std::string Text(const xmlNode* node) {
   xmlChar* content = xmlNodeGetContent(node);
   std::string text = content != nullptr ? reinterpret_cast<const char*>(content) : "";
   xmlFree(content);
-  std::size_t first = text.find_first_not_of(" \t\r\n");
-  std::size_t last = text.find_last_not_of(" \t\r\n");
-  return first == std::string::npos ? std::string() : text.substr(first, last - first + 1);
+  return std::string(LTrim(text));
 }
 
 std::string Attribute(const xmlNode* node, const char* name) {
@@ -86,8 +86,7 @@ bool Amount(const xmlNode* node, std::string_view path, long long& out, bool req
   out = 0;
   if (at == nullptr && !required) return true;
   if (at != nullptr && ParseAmount(Text(at), out)) return true;
-  if (error != nullptr) *error = "Facture électronique : montant absent ou illisible (" + std::string(path) + ").";
-  return false;
+  return LFail(error, "Facture électronique : montant absent ou illisible (" + std::string(path) + ").");
 }
 
 LEInvoiceParty Party(const xmlNode* node) {
@@ -158,8 +157,7 @@ bool ReadSettlement(const xmlNode* settlement, LEInvoice& invoice, std::string* 
 // The sums a sender must get right.
 bool CheckTotals(const LEInvoice& invoice, std::string* error) {
   auto fail = [error](const char* what) {
-    if (error != nullptr) *error = std::string("Facture électronique incohérente : ") + what + ".";
-    return false;
+    return LFail(error, std::string("Facture électronique incohérente : ") + what + ".");
   };
   long long taxes = 0;
   for (const LEInvoiceTax& tax : invoice.taxes) taxes += tax.amount;
@@ -177,10 +175,7 @@ bool CheckTotals(const LEInvoice& invoice, std::string* error) {
 }
 
 bool Read(const xmlNode* root, LEInvoice& invoice, std::string* error) {
-  if (!IsNamed(root, "CrossIndustryInvoice")) {
-    if (error != nullptr) *error = kNotAnInvoice;
-    return false;
-  }
+  if (!IsNamed(root, "CrossIndustryInvoice")) return LFail(error, kNotAnInvoice);
   invoice.profile = Text(Path(root, "ExchangedDocumentContext/GuidelineSpecifiedDocumentContextParameter/ID"));
   invoice.number = Text(Path(root, "ExchangedDocument/ID"));
   invoice.typeCode = Text(Path(root, "ExchangedDocument/TypeCode"));
@@ -189,15 +184,11 @@ bool Read(const xmlNode* root, LEInvoice& invoice, std::string* error) {
   const xmlNode* agreement = Child(transaction, "ApplicableHeaderTradeAgreement");
   const xmlNode* settlement = Child(transaction, "ApplicableHeaderTradeSettlement");
   if (invoice.number.empty() || invoice.issueDate.empty() || agreement == nullptr || settlement == nullptr) {
-    if (error != nullptr) *error = "Facture électronique incomplète : numéro, date, parties ou règlement absents.";
-    return false;
+    return LFail(error, "Facture électronique incomplète : numéro, date, parties ou règlement absents.");
   }
   invoice.seller = Party(Child(agreement, "SellerTradeParty"));
   invoice.buyer = Party(Child(agreement, "BuyerTradeParty"));
-  if (invoice.seller.name.empty()) {
-    if (error != nullptr) *error = "Facture électronique incomplète : le vendeur n'a pas de nom.";
-    return false;
-  }
+  if (invoice.seller.name.empty()) return LFail(error, "Facture électronique incomplète : le vendeur n'a pas de nom.");
   invoice.deliveryDate =
       Date(Path(transaction, "ApplicableHeaderTradeDelivery/ActualDeliverySupplyChainEvent/OccurrenceDateTime/DateTimeString"));
   return ReadLines(transaction, invoice, error) && ReadSettlement(settlement, invoice, error) && CheckTotals(invoice, error);
@@ -209,15 +200,11 @@ bool LEInvoiceParseXml(std::string_view xml, LEInvoice& invoice, std::string* er
   invoice = LEInvoice();
   // Entities are only declared in a DTD; an invoice never has one, an XML bomb always does.
   if (xml.find("<!DOCTYPE") != std::string_view::npos || xml.find("<!ENTITY") != std::string_view::npos) {
-    if (error != nullptr) *error = "Facture électronique refusée : le XML déclare une DTD ou des entités.";
-    return false;
+    return LFail(error, "Facture électronique refusée : le XML déclare une DTD ou des entités.");
   }
   xmlDoc* doc = xmlReadMemory(xml.data(), static_cast<int>(xml.size()), "factur-x.xml", nullptr,
                               XML_PARSE_NONET | XML_PARSE_NOERROR | XML_PARSE_NOWARNING);
-  if (doc == nullptr) {
-    if (error != nullptr) *error = std::string(kNotAnInvoice) + " Le XML est mal formé.";
-    return false;
-  }
+  if (doc == nullptr) return LFail(error, std::string(kNotAnInvoice) + " Le XML est mal formé.");
   bool ok = Read(xmlDocGetRootElement(doc), invoice, error);
   xmlFreeDoc(doc);
   if (!ok) invoice = LEInvoice();
@@ -227,16 +214,12 @@ bool LEInvoiceParseXml(std::string_view xml, LEInvoice& invoice, std::string* er
 bool LEInvoiceReadFile(const std::string& path, LEInvoice& invoice, std::string* error) {
   invoice = LEInvoice();
   std::string bytes;
-  if (!LFile::ReadAll(path, bytes)) {
-    if (error != nullptr) *error = "Impossible de lire le fichier « " + path + " ».";
-    return false;
-  }
+  if (!LFile::ReadAll(path, bytes)) return LFail(error, "Impossible de lire le fichier « " + path + " ».");
   if (bytes.rfind("%PDF-", 0) != 0) return LEInvoiceParseXml(bytes, invoice, error);
   std::string xml;
   std::string pdfError;
   if (!LPdfReadAttachment(bytes, kFacturXFileName, xml, &pdfError)) {
-    if (error != nullptr) *error = "Ce PDF n'est pas une facture électronique : " + pdfError;
-    return false;
+    return LFail(error, "Ce PDF n'est pas une facture électronique : " + pdfError);
   }
   return LEInvoiceParseXml(xml, invoice, error);
 }

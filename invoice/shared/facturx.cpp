@@ -13,6 +13,7 @@
 #include "invoice/shared/totals.h"
 #include "llib/gen/date.h"
 #include "llib/gen/money.h"
+#include "llib/gen/optionalerror.h"
 #include "llib/gen/pdfa3.h"
 #include "llib/gen/reporttable.h"
 
@@ -109,8 +110,7 @@ bool BuildInvoice(LProfile& profile, const LSalesDocument& document, const LComp
   LTaxOptions taxOptions;
   taxOptions.OpenFrom(profile);
   if (document.GetBool("IsTaxInclusive", taxOptions.IsTaxInclusive())) {
-    if (error != nullptr) *error = "Factur-X : les prix TTC ne peuvent pas être transmis ; utilisez des prix HT.";
-    return false;
+    return LFail(error, "Factur-X : les prix TTC ne peuvent pas être transmis ; utilisez des prix HT.");
   }
   LFKTaxContext context = LFKMakeTaxContext(taxOptions, document);
   std::map<std::string, LFKTaxBreakdownLine> taxes;
@@ -126,8 +126,8 @@ bool BuildInvoice(LProfile& profile, const LSalesDocument& document, const LComp
       return true;
     }
     if (tax->second.rate.rate2 > 0 || LFKIsCombinedName(name)) {
-      if (error != nullptr) *error = "Factur-X : la taxe « " + name + " » a deux taux ; une facture électronique n'en porte qu'un par ligne.";
-      return false;
+      return LFail(error, "Factur-X : la taxe « " + name +
+                              " » a deux taux ; une facture électronique n'en porte qu'un par ligne.");
     }
     category = tax->second.rate.rate1 > 0 ? Category{"S", tax->second.rate.rate1} : Category{"Z", 0};
     return true;
@@ -335,8 +335,7 @@ bool LFacturXXml(LProfile& profile, const LSalesDocumentKind& kind, const LSales
   xml.clear();
   bool creditNote = kind.type == LSalesDocumentType::kCreditNote;
   if (kind.type != LSalesDocumentType::kInvoice && !creditNote) {
-    if (error != nullptr) *error = "Factur-X : seules les factures et les avoirs sont des factures électroniques.";
-    return false;
+    return LFail(error, "Factur-X : seules les factures et les avoirs sont des factures électroniques.");
   }
   LCompany company;
   company.OpenFrom(profile);

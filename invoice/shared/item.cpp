@@ -4,6 +4,7 @@
 #include "invoice/shared/profile.h"
 #include "invoice/shared/salesdocument.h"
 #include "llib/gen/filestore.h"
+#include "llib/gen/optionalerror.h"
 #include "llib/gen/textnum.h"
 
 void LForEachLineItem(LProfile& profile, const LSalesDocument& document,
@@ -40,15 +41,11 @@ bool LItemSyncDocument(LProfile& profile, const LSalesDocument& document, int si
 }
 
 bool LItemSave(LProfile& profile, std::string_view code, const LItemInput& input, bool create, std::string* error) {
-  auto fail = [&](std::string message) {
-    if (error != nullptr) *error = std::move(message);
-    return false;
-  };
-  if (code.empty()) return fail("Veuillez indiquer le code de l'article.");
+  if (code.empty()) return LFail(error, "Veuillez indiquer le code de l'article.");
   const LFileStoreListBase& list = profile.MainList(kItemsList);
   bool exists = list.TestRecordExists(code);
-  if (create && exists) return fail("L'article « " + std::string(code) + " » existe déjà.");
-  if (!create && !exists) return fail("Article introuvable : " + std::string(code) + ".");
+  if (create && exists) return LFail(error, "L'article « " + std::string(code) + " » existe déjà.");
+  if (!create && !exists) return LFail(error, "Article introuvable : " + std::string(code) + ".");
   LItem item;
   list.OpenAlways(item, code);
   if (input.description) item.SetString("Description", *input.description);
@@ -59,6 +56,6 @@ bool LItemSave(LProfile& profile, std::string_view code, const LItemInput& input
   if (input.reorderLevel) item.SetString("ReorderLevel", ftotl(*input.reorderLevel));
   if (input.reorderQuantity) item.SetString("ReorderQty", ftotl(*input.reorderQuantity));
   item.SetDirty(true);
-  if (!item.Flush()) return fail("Impossible d'enregistrer l'article.");
+  if (!item.Flush()) return LFail(error, "Impossible d'enregistrer l'article.");
   return true;
 }

@@ -9,6 +9,7 @@
 #include "llib/gen/filestore.h"
 #include "llib/gen/money.h"
 #include "llib/gen/moneybounds.h"
+#include "llib/gen/optionalerror.h"
 #include "llib/gen/textnum.h"
 
 namespace {
@@ -82,10 +83,6 @@ constexpr LPartyField kGroupFields[] = {
 
 constexpr std::string_view kComputed[] = {"Balance", "OldestDue", "Quantity", "AverageCost", "MoveCount"};
 
-void SetError(std::string* error, std::string message) {
-  if (error != nullptr) *error = std::move(message);
-}
-
 // ---- Typed text -------------------------------------------------------------------------------
 
 // A number as typed in a spreadsheet: blanks (also no-break ones), "€" and "%" left out, and the
@@ -118,20 +115,18 @@ bool StoreNumber(const LPartyField& field, std::string_view text, const LCurrenc
   if (field.type == LFieldType::kAmount) {
     long long cents = 0;
     if (!LParseAmount(plain, currency.digits, cents)) {
-      SetError(error, LAmountRefusal(field.name, text, plain, currency));
-      return false;
+      return LFail(error, LAmountRefusal(field.name, text, plain, currency));
     }
     stored = std::to_string(cents);
     return true;
   }
   double value = 0;
   if (!LParseQuantity(plain, value)) {
-    SetError(error, "Nombre invalide pour " + std::string(field.name) + " : " + std::string(text) + ".");
-    return false;
+    return LFail(error, "Nombre invalide pour " + std::string(field.name) + " : " + std::string(text) + ".");
   }
   if (field.type == LFieldType::kPercent && (value < 0 || value > 100)) {
-    SetError(error, "Le taux " + std::string(field.name) + " doit être entre 0 et 100 : " + std::string(text) + ".");
-    return false;
+    return LFail(error,
+                 "Le taux " + std::string(field.name) + " doit être entre 0 et 100 : " + std::string(text) + ".");
   }
   stored = ftotl(value);
   return true;
@@ -139,8 +134,7 @@ bool StoreNumber(const LPartyField& field, std::string_view text, const LCurrenc
 
 bool StoreDays(const LPartyField& field, std::string_view text, std::string& stored, std::string* error) {
   if (text.empty() || text.size() > 4 || text.find_first_not_of("0123456789") != std::string_view::npos) {
-    SetError(error, "Nombre de jours invalide pour " + std::string(field.name) + " : " + std::string(text) + ".");
-    return false;
+    return LFail(error, "Nombre de jours invalide pour " + std::string(field.name) + " : " + std::string(text) + ".");
   }
   stored = std::to_string(LTextToInt(text));
   return true;
@@ -156,8 +150,7 @@ std::string WithoutBlanks(std::string_view text) {
 bool StoreSiren(std::string_view text, std::string& stored, std::string* error) {
   std::string digits = WithoutBlanks(text);
   if (digits.size() != 9 || digits.find_first_not_of("0123456789") != std::string::npos) {
-    SetError(error, "Numéro SIREN invalide (9 chiffres) : " + std::string(text) + ".");
-    return false;
+    return LFail(error, "Numéro SIREN invalide (9 chiffres) : " + std::string(text) + ".");
   }
   stored = digits;
   return true;
@@ -170,10 +163,7 @@ bool StoreVatNumber(std::string_view text, std::string& stored, std::string* err
   bool ok = number.size() >= 4 && number.size() <= 15 && std::isalpha(static_cast<unsigned char>(number[0])) &&
             std::isalpha(static_cast<unsigned char>(number[1]));
   for (char c : number) ok = ok && std::isalnum(static_cast<unsigned char>(c));
-  if (!ok) {
-    SetError(error, "Numéro de TVA intracommunautaire invalide : " + std::string(text) + ".");
-    return false;
-  }
+  if (!ok) return LFail(error, "Numéro de TVA intracommunautaire invalide : " + std::string(text) + ".");
   stored = number;
   return true;
 }
@@ -183,10 +173,7 @@ bool StoreEmail(std::string_view text, std::string& stored, std::string* error) 
   bool ok = at != std::string_view::npos && at > 0 && text.find('@', at + 1) == std::string_view::npos &&
             text.find_first_of(" \t,;<>") == std::string_view::npos &&
             text.find('.', at + 2) != std::string_view::npos && text.back() != '.';
-  if (!ok) {
-    SetError(error, "Adresse e-mail invalide : " + std::string(text) + ".");
-    return false;
-  }
+  if (!ok) return LFail(error, "Adresse e-mail invalide : " + std::string(text) + ".");
   stored.assign(text);
   return true;
 }
@@ -198,8 +185,7 @@ bool StoreItemKind(std::string_view text, std::string& stored, std::string* erro
   else if (word == "produitnonstocke" || word == "nonstocked" || word == "nonstock") kind = LItemKind::kProduct;
   else if (word == "prestation") kind = LItemKind::kService;
   else if (!LItemKindParse(word == "stocke" ? std::string_view("stock") : std::string_view(word), kind)) {
-    SetError(error, "Type d'article invalide : " + std::string(text) + " (stock, product ou service).");
-    return false;
+    return LFail(error, "Type d'article invalide : " + std::string(text) + " (stock, product ou service).");
   }
   stored.assign(LItemKindWord(kind));
   return true;
@@ -319,15 +305,11 @@ bool LPartySave(LProfile& profile, LPartyKind kind, std::string_view key,
                 std::string* error) {
   const LPartyKindInfo& info = LPartyKindOf(kind);
   std::string the(info.the);
-  if (key.empty()) {
-    SetError(error, "La clé (" + std::string(info.keyName) + ") est vide.");
-    return false;
-  }
+  if (key.empty()) return LFail(error, "La clé (" + std::string(info.keyName) + ") est vide.");
   std::vector<std::pair<std::string, std::string>> stored;
   for (const auto& [name, text] : fields) {
     if (LPartyFieldIsComputed(kind, name)) {
-      SetError(error, "Le champ " + name + " est calculé par Kontavo et ne peut pas être saisi.");
-      return false;
+      return LFail(error, "Le champ " + name + " est calculé par Kontavo et ne peut pas être saisi.");
     }
     std::string value = text;
     const LPartyField* field = LPartyFieldNamed(kind, name);
@@ -337,22 +319,17 @@ bool LPartySave(LProfile& profile, LPartyKind kind, std::string_view key,
   const LFileStoreListBase& list = profile.MainList(info.list);
   bool exists = list.TestRecordExists(key);
   if (exists && mode == LPartySaveMode::kCreate) {
-    SetError(error, the + " « " + std::string(key) + " » existe déjà.");
-    return false;
+    return LFail(error, the + " « " + std::string(key) + " » existe déjà.");
   }
   if (!exists && mode == LPartySaveMode::kUpdate) {
-    SetError(error, the + " « " + std::string(key) + " » n'existe pas.");
-    return false;
+    return LFail(error, the + " « " + std::string(key) + " » n'existe pas.");
   }
   LRecord record;
   if (exists) list.OpenAlways(record, key);
   else list.CreateNewRecord(record, key);  // created whole; one taken meanwhile is merged into
   for (const auto& [name, value] : stored) record.SetString(name, value);
   record.SetDirty(true);
-  if (!record.Flush()) {
-    SetError(error, "Impossible d'enregistrer « " + std::string(key) + " ».");
-    return false;
-  }
+  if (!record.Flush()) return LFail(error, "Impossible d'enregistrer « " + std::string(key) + " ».");
   if (created != nullptr) *created = !exists;
   return true;
 }

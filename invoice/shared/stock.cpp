@@ -10,6 +10,7 @@
 #include "invoice/shared/profile.h"
 #include "llib/gen/filestore.h"
 #include "llib/gen/money.h"
+#include "llib/gen/optionalerror.h"
 #include "llib/gen/textnum.h"
 
 namespace {
@@ -189,10 +190,7 @@ bool LStockReplaceDocumentMoves(LProfile& profile, std::string_view document, st
       continue;
     }
     WriteMoves(item, moves);
-    if (!item.Flush()) {
-      if (error != nullptr) *error = "Impossible d'enregistrer le stock de l'article « " + code + " ».";
-      return false;
-    }
+    if (!item.Flush()) return LFail(error, "Impossible d'enregistrer le stock de l'article « " + code + " ».");
   }
   return true;
 }

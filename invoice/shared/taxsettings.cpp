@@ -5,6 +5,7 @@
 #include "invoice/shared/taxoptions.h"
 #include "invoice/shared/taxrename.h"
 #include "llib/gen/money.h"
+#include "llib/gen/optionalerror.h"
 
 namespace {
 
@@ -79,8 +80,7 @@ bool LTaxSettingsApply(LProfile& profile, const LTaxSettingsChange& change, std:
   std::vector<Parsed> parsed(change.assignments.size());
   for (std::size_t i = 0; i < parsed.size(); ++i)
     if (!Parse(change.assignments[i], parsed[i])) {
-      if (error != nullptr) *error = LTaxSettingsInvalidMessage(change.assignments[i].text);
-      return false;
+      return LFail(error, LTaxSettingsInvalidMessage(change.assignments[i].text));
     }
   LTaxOptions tax;
   tax.OpenFrom(profile);
@@ -103,10 +103,7 @@ bool LTaxSettingsApply(LProfile& profile, const LTaxSettingsChange& change, std:
       case LTaxSettingField::kCombined: tax.SetTaxCombined(one.taxNumber, one.value); break;
     }
   }
-  if (!tax.Flush()) {
-    if (error != nullptr) *error = "Impossible d'enregistrer les taxes.";
-    return false;
-  }
+  if (!tax.Flush()) return LFail(error, "Impossible d'enregistrer les taxes.");
   for (const auto& [oldName, newName] : renames) {
     LChangeTaxNameData data{&profile, oldName, newName};
     LProcessInterfaceVoid silent;

@@ -8,6 +8,7 @@
 #include "invoice/shared/templatereportformdata.h"
 #include "llib/gen/file.h"
 #include "llib/gen/money.h"
+#include "llib/gen/optionalerror.h"
 
 namespace {
 
@@ -256,10 +257,7 @@ bool LTemplateFormLoad(const LProfile& profile, const LSalesDocumentKind& kind, 
   }
   std::string text;
   if (!ReadForm(profile, name, text)) {
-    if (!requested.empty()) {
-      if (error != nullptr) *error = "Formulaire introuvable : " + name + ".";
-      return false;
-    }
+    if (!requested.empty()) return LFail(error, "Formulaire introuvable : " + name + ".");
     warning = "Formulaire introuvable : " + name + " ; le formulaire par défaut est utilisé.";
     name = defaultName;
     if (!ReadForm(profile, name, text)) text = LTemplateFormDefaultText(kind);
@@ -288,18 +286,14 @@ std::vector<std::string> LTemplateFormNames(const LProfile& profile) {
 }
 
 bool LTemplateFormCopy(const LProfile& profile, std::string_view from, std::string_view to, std::string* error) {
-  auto refuse = [error](std::string message) {
-    if (error != nullptr) *error = std::move(message);
-    return false;
-  };
   std::string text;
-  if (!ReadForm(profile, from, text)) return refuse("Formulaire introuvable : " + std::string(from) + ".");
-  if (!IsPlainName(to)) return refuse("Nom de formulaire non valide : « " + std::string(to) + " ».");
+  if (!ReadForm(profile, from, text)) return LFail(error, "Formulaire introuvable : " + std::string(from) + ".");
+  if (!IsPlainName(to)) return LFail(error, "Nom de formulaire non valide : « " + std::string(to) + " ».");
   std::string path = FormPath(profile, to);
   if (LFile::Exists(path) || KindOfDefaultName(to) != nullptr)
-    return refuse("Le formulaire « " + std::string(to) + " » existe déjà.");
+    return LFail(error, "Le formulaire « " + std::string(to) + " » existe déjà.");
   if ((!LFile::IsFolder(LTemplateFormsFolder(profile)) && !LFile::MakeFolder(LTemplateFormsFolder(profile))) ||
       !LFile::WriteAllAtomic(path, text))
-    return refuse("Impossible d'écrire le fichier « " + path + " ».");
+    return LFail(error, "Impossible d'écrire le fichier « " + path + " ».");
   return true;
 }

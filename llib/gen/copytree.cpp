@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "llib/gen/file.h"
+#include "llib/gen/optionalerror.h"
 
 namespace {
 
@@ -226,14 +227,10 @@ LProcessResult Process(LProcessInterface& process, LCopyFolderData& data) {
 bool LMoveFolder(const std::string& from, const std::string& to, std::string* error) {
   if (::rename(from.c_str(), to.c_str()) == 0) return true;
   int err = errno;
-  if (err != EXDEV) {
-    if (error != nullptr) *error = "Impossible de déplacer \"" + from + "\" : " + LIoFailureReason(err);
-    return false;
-  }
+  if (err != EXDEV) return LFail(error, "Impossible de déplacer \"" + from + "\" : " + LIoFailureReason(err));
   struct stat st;
   if (::stat(from.c_str(), &st) != 0 || ::mkdir(to.c_str(), 0700) != 0) {
-    if (error != nullptr) *error = "Impossible de déplacer \"" + from + "\" : " + LIoFailureReason(errno);
-    return false;
+    return LFail(error, "Impossible de déplacer \"" + from + "\" : " + LIoFailureReason(errno));
   }
   LProcessInterfaceVoid silent;
   LCopyFolderData data;
@@ -244,9 +241,6 @@ bool LMoveFolder(const std::string& from, const std::string& to, std::string* er
     LFile::RemoveTree(to);
     return false;
   }
-  if (!LFile::RemoveTree(from)) {
-    if (error != nullptr) *error = "Impossible de supprimer \"" + from + "\" après sa copie.";
-    return false;
-  }
+  if (!LFile::RemoveTree(from)) return LFail(error, "Impossible de supprimer \"" + from + "\" après sa copie.");
   return true;
 }

@@ -4,13 +4,11 @@
 #include <sys/stat.h>
 
 #include "llib/gen/file.h"
+#include "llib/gen/optionalerror.h"
+#include "llib/gen/trim.h"
 #include "llib/gen/utf16.h"
 
 namespace {
-
-void SetError(std::string* error, std::string message) {
-  if (error != nullptr) *error = std::move(message);
-}
 
 // ---- Encodings --------------------------------------------------------------------------------
 
@@ -99,8 +97,8 @@ int LineOf(std::string_view text, std::size_t pos) {
 bool RefuseNul(std::string_view text, std::string* error) {
   std::size_t nul = text.find('\0');
   if (nul == std::string_view::npos) return false;
-  SetError(error, "Ligne " + std::to_string(LineOf(text, nul)) +
-                      " : le fichier contient un octet nul ; ce n'est pas un fichier CSV texte.");
+  LSetError(error, "Ligne " + std::to_string(LineOf(text, nul)) +
+                       " : le fichier contient un octet nul ; ce n'est pas un fichier CSV texte.");
   return true;
 }
 
@@ -160,12 +158,6 @@ char FindSeparator(std::string_view text) {
   return ',';
 }
 
-std::string_view TrimBlanks(std::string_view text) {
-  std::size_t first = text.find_first_not_of(' ');
-  if (first == std::string_view::npos) return {};
-  return text.substr(first, text.find_last_not_of(' ') - first + 1);
-}
-
 class RowParser {
  public:
   RowParser(std::string_view text, char separator) : text_(text), separator_(separator) {}
@@ -192,8 +184,8 @@ class RowParser {
  private:
   bool TooLong(std::string* error) const {
     if (pos_ - rowStart_ <= kCsvTableMaxRowBytes) return false;
-    SetError(error, "Ligne " + std::to_string(rowLine_) +
-                        " : une ligne dépasse 1 Mo ; ce fichier n'est pas un tableau CSV.");
+    LSetError(error,
+              "Ligne " + std::to_string(rowLine_) + " : une ligne dépasse 1 Mo ; ce fichier n'est pas un tableau CSV.");
     return true;
   }
 
@@ -202,7 +194,7 @@ class RowParser {
     std::size_t start = pos_;
     while (pos_ < text_.size() && text_[pos_] != separator_ && !IsLineEnd(text_[pos_])) ++pos_;
     if (TooLong(error)) return false;
-    cell.assign(TrimBlanks(text_.substr(start, pos_ - start)));
+    cell.assign(LTrim(text_.substr(start, pos_ - start), " "));
     return true;
   }
 
@@ -212,8 +204,7 @@ class RowParser {
     ++pos_;
     while (true) {
       if (pos_ >= text_.size()) {
-        SetError(error, "Ligne " + std::to_string(openLine) + " : un guillemet ouvert n'est jamais refermé.");
-        return false;
+        return LFail(error, "Ligne " + std::to_string(openLine) + " : un guillemet ouvert n'est jamais refermé.");
       }
       if (TooLong(error)) return false;
       char c = text_[pos_++];
@@ -231,7 +222,7 @@ class RowParser {
     std::size_t start = pos_;
     while (pos_ < text_.size() && text_[pos_] != separator_ && !IsLineEnd(text_[pos_])) ++pos_;
     if (TooLong(error)) return false;
-    cell.append(TrimBlanks(text_.substr(start, pos_ - start)));
+    cell.append(LTrim(text_.substr(start, pos_ - start), " "));
     return true;
   }
 
@@ -288,13 +279,9 @@ bool LCsvTableReadBytes(const std::string& path, std::string& bytes, std::string
   bytes.clear();
   struct stat status;
   if (::stat(path.c_str(), &status) == 0 && static_cast<unsigned long long>(status.st_size) > kCsvTableMaxFileBytes) {
-    SetError(error, "Le fichier " + path + " dépasse 256 Mo.");
-    return false;
+    return LFail(error, "Le fichier " + path + " dépasse 256 Mo.");
   }
-  if (!LFile::ReadAll(path, bytes)) {
-    SetError(error, "Impossible de lire le fichier " + path + ".");
-    return false;
-  }
+  if (!LFile::ReadAll(path, bytes)) return LFail(error, "Impossible de lire le fichier " + path + ".");
   return true;
 }
 

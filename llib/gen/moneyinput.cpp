@@ -1,6 +1,7 @@
 #include "llib/gen/moneyinput.h"
 
 #include "llib/gen/moneybounds.h"
+#include "llib/gen/optionalerror.h"
 
 std::string LPlainAmountText(std::string_view text, const LCurrencyFormat& format) {
   std::string plain;
@@ -47,6 +48,5 @@ std::string LAmountInputText(long long amount, const LCurrencyFormat& format) {
 bool LReadTypedAmount(std::string_view typed, const LCurrencyFormat& format, long long& amount, std::string* error) {
   std::string plain = LPlainAmountText(typed, format);
   if (LParseAmount(plain, format.digits, amount)) return true;
-  if (error != nullptr) *error = LAmountRefusal("", typed, plain, format);
-  return false;
+  return LFail(error, LAmountRefusal("", typed, plain, format));
 }

@@ -14,6 +14,7 @@
 #include <exception>
 #include <memory>
 
+#include "llib/gen/optionalerror.h"
 #include "llib/gen/reporttable.h"
 
 namespace {
@@ -120,10 +121,7 @@ bool LPdfMakeA3(std::string_view pdf, const LPdfA3Metadata& metadata, const LPdf
                 std::string& out, std::string* error) {
   out.clear();
   std::string icc = SrgbProfile();
-  if (icc.empty()) {
-    if (error != nullptr) *error = "Impossible de créer le profil de couleurs sRGB du PDF/A.";
-    return false;
-  }
+  if (icc.empty()) return LFail(error, "Impossible de créer le profil de couleurs sRGB du PDF/A.");
   try {
     QPDF document;
     document.setSuppressWarnings(true);
@@ -146,8 +144,7 @@ bool LPdfMakeA3(std::string_view pdf, const LPdfA3Metadata& metadata, const LPdf
     return true;
   } catch (const std::exception& e) {
     out.clear();
-    if (error != nullptr) *error = std::string("PDF illisible : ") + e.what();
-    return false;
+    return LFail(error, std::string("PDF illisible : ") + e.what());
   }
 }
 
@@ -159,16 +156,12 @@ bool LPdfReadAttachment(std::string_view pdf, std::string_view fileName, std::st
     document.processMemoryFile("document", pdf.data(), pdf.size());
     QPDFEmbeddedFileDocumentHelper files(document);
     std::shared_ptr<QPDFFileSpecObjectHelper> fileSpec = files.getEmbeddedFile(std::string(fileName));
-    if (!fileSpec) {
-      if (error != nullptr) *error = "Le PDF ne contient pas de fichier « " + std::string(fileName) + " ».";
-      return false;
-    }
+    if (!fileSpec) return LFail(error, "Le PDF ne contient pas de fichier « " + std::string(fileName) + " ».");
     std::shared_ptr<Buffer> data = fileSpec->getEmbeddedFileStream().getStreamData(qpdf_dl_all);
     content.assign(reinterpret_cast<const char*>(data->getBuffer()), data->getSize());
     return true;
   } catch (const std::exception& e) {
     content.clear();
-    if (error != nullptr) *error = std::string("PDF illisible : ") + e.what();
-    return false;
+    return LFail(error, std::string("PDF illisible : ") + e.what());
   }
 }

@@ -9,6 +9,8 @@
 #include <array>
 #include <vector>
 
+#include "llib/gen/optionalerror.h"
+
 namespace {
 
 constexpr double kA4WidthPt = 595.28, kA4HeightPt = 841.89;
@@ -199,8 +201,7 @@ bool LPdfCanvas::Image(const std::string& path, double x, double y, double width
   int imageHeight = cairo_image_surface_get_height(image);
   if (cairo_surface_status(image) != CAIRO_STATUS_SUCCESS || imageWidth <= 0 || imageHeight <= 0) {
     cairo_surface_destroy(image);
-    if (error != nullptr) *error = "L'image « " + path + " » n'est pas une image PNG lisible.";
-    return false;
+    return LFail(error, "L'image « " + path + " » n'est pas une image PNG lisible.");
   }
   if (impl_->cr == nullptr) NewPage();
   double scale = std::min({width / imageWidth, height / imageHeight, 1.0});
@@ -269,8 +270,7 @@ bool LPdfCanvas::Finish(std::string& pdf, std::string* error) {
   cairo_surface_destroy(surface);
   if (status != CAIRO_STATUS_SUCCESS) {
     pdf.clear();
-    if (error != nullptr) *error = std::string("Impossible d'écrire le PDF : ") + cairo_status_to_string(status);
-    return false;
+    return LFail(error, std::string("Impossible d'écrire le PDF : ") + cairo_status_to_string(status));
   }
   return true;
 }

@@ -16,6 +16,9 @@ enum class LSyscall { kWrite, kRename, kFsync, kTruncate };
 void LSyscallFaultArm(LSyscall kind, unsigned nth, int err);
 // Makes every call of kind from the nth on fail with err (a disk that stays full).
 void LSyscallFaultArmFrom(LSyscall kind, unsigned nth, int err);
+// Kills the process (SIGKILL, as a crash or a power cut) at the nth call of kind, before that
+// call changes anything: a test can stop a change at each of its steps in turn.
+void LSyscallFaultArmKill(LSyscall kind, unsigned nth);
 // Disarms every kind.
 void LSyscallFaultDisarm();
 // Called by the wrappers: true (errno set to the armed value) when this call is to fail.

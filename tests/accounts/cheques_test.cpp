@@ -22,6 +22,7 @@
 #include "invoice/shared/partyfields.h"
 #include "invoice/shared/profile.h"
 #include "tests/support/defaultchart.h"
+#include "tests/support/killpoints.h"
 #include "tests/support/testhome.h"
 
 namespace {
@@ -209,6 +210,55 @@ TEST_F(ChequesTest, AChequeKilledBeforeItsRecordLeavesNothingBehind) {
   toSupplier.number = "7";
   EXPECT_TRUE(LChequeWrite(profile_, yes, toSupplier, key, &message)) << message;
   ExpectBooksInStep();
+}
+
+// A cheque to a supplier voided, its voiding taken back from the journal, and the cheque deleted,
+// each killed at every one of its steps in turn: the next holder of the ledger lock leaves the
+// cheque, its bill payment, their postings and the supplier's figures in step, the change either
+// not begun or whole.
+TEST_F(ChequesTest, AChequeVoidedUnvoidedOrDeletedIsInStepWhereverItWasKilled) {
+  LFixedAsker yes(true);
+  LBill bill;
+  bill.SetString("Supplier", "S1");
+  bill.SetString("Date", today_.ToText());
+  bill.AddItemLine("6410", 100000000, "");
+  LChequeRequest request = ToSupplier(1500);
+  ASSERT_TRUE(LBillSave(profile_, bill, "test"));
+  request.autoApply = true;
+  // Each cheque on its own days, so that every run of a change has the same steps.
+  int nDays = 0;
+  LDate voidDate;
+  std::string key, message;
+  auto write = [&](bool voided) {
+    request.date = today_.AddDays(-2 * ++nDays);
+    voidDate = request.date.AddDays(1);
+    ASSERT_TRUE(LChequeWrite(profile_, yes, request, key, &message)) << message;
+    if (voided) {
+      ASSERT_TRUE(LChequeVoid(profile_, yes, key, voidDate, &message)) << message;
+    }
+  };
+  auto inspect = [&](const std::string& where) {
+    SCOPED_TRACE(where);
+    ExpectBooksInStep();  // the check takes the lock: the change is settled first
+    bool posted = LLedgerTransactionTestExists(profile_, request.date.ToText(), key);
+    bool reversed = LLedgerTransactionTestExists(profile_, voidDate.ToText(), key + "V");
+    LCheque cheque;
+    if (!profile_.List(kChequesList).Open(cheque, key)) {
+      EXPECT_FALSE(posted || reversed);
+      return;
+    }
+    cheque.DetachWithoutSave();
+    EXPECT_TRUE(posted);
+    EXPECT_EQ(reversed, cheque.IsVoid());
+  };
+  int nDeleted = LKillAtEachStep([&] { write(true); }, [&] { (void)LChequeDelete(profile_, key, nullptr); }, inspect);
+  int nVoided = LKillAtEachStep([&] { write(false); }, [&] { (void)LChequeVoid(profile_, yes, key, voidDate, nullptr); },
+                                inspect);
+  int nUnvoided = LKillAtEachStep(
+      [&] { write(true); }, [&] { (void)LedgerTransactionDelete(profile_, voidDate.ToText(), key + "V"); }, inspect);
+  EXPECT_GT(nVoided, 5);
+  EXPECT_GT(nUnvoided, 5);
+  EXPECT_GT(nDeleted, 5);
 }
 
 TEST_F(ChequesTest, ChequeSettlesBillsAndVoidingItGivesThemBack) {

@@ -63,6 +63,20 @@ class CrashCli : public LHomeTest {
             "--line", "P1|x|" + std::to_string(2 + n % 5) + "|7.25|Aucun|"};
   }
   static std::vector<std::string> Delete(const std::string& key) { return {"invoice", "delete", key}; }
+  // A cheque of the books, chosen at random; empty when there is none.
+  std::string AnyCheque(std::mt19937& random) const {
+    std::vector<std::string> keys = LChequeKeys(LProfile(home_.SharedFolder()));
+    return keys.empty() ? std::string() : keys[random() % keys.size()];
+  }
+  // Voids the cheque key, or takes its voiding back from the journal, or now and then deletes it.
+  std::vector<std::string> ChequeUndoing(const std::string& key, int round) const {
+    if (round % 4 == 3) return {"cheque", "delete", key};
+    LCheque cheque;
+    if (!LProfile(home_.SharedFolder()).List(kChequesList).Open(cheque, key)) return {"cheque", "delete", key};
+    cheque.DetachWithoutSave();
+    if (cheque.IsVoid()) return {"ledger", "delete", cheque.GetString("VoidDate"), cheque.GetString("VoidTxnRef")};
+    return {"cheque", "void", key, "--date", "2026-03-12"};
+  }
   static std::vector<std::string> Payment() {
     return {"payment", "add", "--customer", "C1", "--amount", "20", "--date", "2026-01-06", "--auto"};
   }
@@ -261,10 +275,11 @@ TEST_F(CrashCli, KilledDocumentChangesLeaveTheAuditTrailSayingWhatTheBooksShow) 
   ExpectTrailAgrees(profile, log, kPaymentsList, "Paiement", "Amount");
 }
 
-// Bills recorded and replaced, bill payments and cheques spread over them, killed at random
-// moments: the next command brings every bill's and bill payment's posting, the payment's link to
-// it, each cheque with its bill payment, the amounts paid and the supplier's balance back in
-// step, and the audit trail says what the documents show.
+// Bills recorded and replaced, bill payments and cheques spread over them, cheques voided, their
+// voiding taken back from the journal and cheques deleted, killed at random moments: the next
+// command brings every bill's and bill payment's posting (and a void one's reversal), the
+// payment's link to it, each cheque with its bill payment, the amounts paid and the supplier's
+// balance back in step, and the audit trail says what the documents show.
 TEST_F(CrashCli, KilledPurchaseChangesLeaveBillsPostingsAndFiguresTheNextCommandBringsInStep) {
   ASSERT_EQ(LRunKontavo({"supplier", "add", "S1", "Name=Fournil"}).exitCode, 0);
   auto bill = [](int n) {
@@ -288,6 +303,7 @@ TEST_F(CrashCli, KilledPurchaseChangesLeaveBillsPostingsAndFiguresTheNextCommand
     if (round % 2 == 1)  // a cheque to the supplier is a bill payment too
       commands.push_back({"cheque", "add", "--account", "1110", "--payee", "Fournil", "--amount", "12", "--date",
                           "2026-03-11", "--supplier", "S1", "--auto"});
+    if (std::string cheque = AnyCheque(random); !cheque.empty()) commands.push_back(ChequeUndoing(cheque, round));
     if (!keys.empty()) {
       std::vector<std::string> replaced = bill(round + 3);
       replaced.insert(replaced.begin() + 2, {"--ref", keys[random() % keys.size()]});
@@ -325,6 +341,7 @@ TEST_F(CrashCli, KilledPurchaseChangesLeaveBillsPostingsAndFiguresTheNextCommand
     EXPECT_TRUE(LLedgerTransactionLoad(profile, posted, payment.GetString("Date"), reference));
     EXPECT_TRUE(LLedgerTransactionEqual(posted, built)) << "bill payment " << payment.GetPrimaryKey();
     paid.insert({payment.GetString("Date"), reference});
+    if (LBillPaymentIsVoid(payment)) paid.insert({payment.GetString("VoidDate"), payment.GetString("VoidTxnRef")});
     if (!payment.GetString("ChequeNumber").empty())
       EXPECT_FALSE(LChequeOfBillPayment(profile, payment.GetPrimaryKey()).empty())
           << "bill payment " << payment.GetPrimaryKey() << " stands without its cheque";
@@ -332,6 +349,15 @@ TEST_F(CrashCli, KilledPurchaseChangesLeaveBillsPostingsAndFiguresTheNextCommand
   payment.Invalidate();
   EXPECT_GT(paid.size(), 1u);
   EXPECT_FALSE(LChequeKeys(profile).empty());  // and the check found each with its bill payment
+  int nVoid = 0;
+  for (const std::string& key : LChequeKeys(profile)) {
+    LCheque cheque;
+    ASSERT_TRUE(profile.List(kChequesList).Open(cheque, key));
+    cheque.DetachWithoutSave();
+    nVoid += cheque.IsVoid();
+    EXPECT_EQ(LLedgerTransactionTestExists(profile, "2026-03-12", key + "V"), cheque.IsVoid()) << "cheque " << key;
+  }
+  EXPECT_GT(nVoid, 0);
   EXPECT_EQ(PostingsOfType(profile, kTxnTypeBillPayment), paid);
   std::string log = LReadFile(home_.SharedFolder() + "/AuditTrail.log");
   ExpectTrailAgrees(profile, log, kBillsList, "Facture fournisseur", "Total");
