@@ -72,8 +72,11 @@ void LProfile::Create() {
   LFile::MakeFolder(databaseName_);
   dataStore_.SetFolder(databaseName_);
   LListIndexesDeclare(dataStore_.GetFolder());
-  for (std::string_view name : kMainLists)
-    mainLists_.emplace(std::string(name), std::make_unique<LFileStoreListBase>(dataStore_, name));
+  for (std::string_view name : kMainLists) {
+    auto list = std::make_unique<LFileStoreListBase>(dataStore_, name);
+    LFile::MakeFolder(list->GetFolder());  // the books' layout, there from their first opening
+    mainLists_.emplace(std::string(name), std::move(list));
+  }
 }
 
 void LProfile::Destroy() {

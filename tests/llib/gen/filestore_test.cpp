@@ -191,8 +191,27 @@ TEST_F(FileStoreTest, DeletedFieldIsDroppedOnceThenWrittenAgainByTheSameObject) 
   EXPECT_EQ(File("d.dat"), "Keep=k2&Gone=old");
 }
 
+// Opening a list makes nothing; its first record makes its folder, whichever way it is stored:
+// linked into place under its key, or under the first free number.
+TEST_F(FileStoreTest, TheFirstRecordStoredMakesTheListsFolder) {
+  for (const char* name : {"Keyed", "Numbered"}) {
+    LFileStoreListBase list(store_, name);
+    LRecord record;
+    EXPECT_FALSE(list.Open(record, "1"));
+    ASSERT_FALSE(fs::exists(list.GetFolder())) << name;
+    if (name == std::string_view("Keyed")) list.CreateNewRecord(record, "K1");
+    else list.CreateNewRecord(record);
+    record.SetString("A", "1");
+    ASSERT_TRUE(record.Flush()) << name;
+    LRecord back;
+    ASSERT_TRUE(list.Open(back, record.GetPrimaryKey())) << name;
+    EXPECT_EQ(back.GetString("A"), "1");
+  }
+}
+
 TEST_F(FileStoreTest, ArbitraryBytesInARecordFileNeverFailALoad) {
   std::mt19937 random(1234);
+  fs::create_directories(list_.GetFolder());
   for (int round = 0; round < 200; ++round) {
     std::string bytes(random() % 300, '\0');
     for (char& c : bytes) c = static_cast<char>(random() % 256);
