@@ -9,6 +9,7 @@
 #include <thread>
 
 #include "accounts/accounts.h"
+#include "accounts/auditpending.h"
 #include "accounts/audittrail.h"
 #include "accounts/check.h"
 #include "accounts/ledger.h"
@@ -52,8 +53,9 @@ class LedgerLockWaitTest : public LHomeTest {
 
 // The holder posts all along another process's wait and after it has gone on, in one hold: the
 // holder's entries and the late one never share a number, and the late entry is written once the
-// lock is free. Then a holder killed midway while another goes on without the lock: its intent
-// survives and is settled.
+// lock is free. Then a holder killed midway while another process, and a thread of its own
+// process recording a document, go on without the lock: its intent survives and is settled, and
+// the document's entry is written by the next holder.
 TEST_F(LedgerLockWaitTest, OneThatGoesOnWithoutTheLockLeavesTheHolderWhole) {
   std::string folder = home_.SharedFolder();
   int nHolder = 0;
@@ -91,10 +93,19 @@ TEST_F(LedgerLockWaitTest, OneThatGoesOnWithoutTheLockLeavesTheHolderWhole) {
   EXPECT_TRUE(LLedgerTransactionLoad(*profile_, late, "2024-01-31", "W-0"));
   ExpectInStep();
 
-  // The holder dies with its rows written and its balances not, while the other goes on.
+  // The holder dies with its rows written and its balances not, while the others go on.
+  std::string document = folder + "/Facture7.dat";
   {
     LLedgerLock lock(*profile_);
     LChildProcess waiter(KONTAVO_PROGRAM_ledgerposter, {folder, "V", "1"});
+    std::thread desk([&] {
+      LProfile profile(folder);
+      LLedgerLock late(profile);
+      EXPECT_FALSE(late.Locked());
+      LAuditPending audit(profile, {std::string(kAuditRecord), "Facture 7", "2024-03-01", 500, "", "", ""}, document);
+      EXPECT_TRUE(audit.Append());
+      LWriteFile(document, "Total=500\n");
+    });
     LLedgerTransaction txn = Rent("2024-03-01", "HK", 4200);
     std::string rows;
     for (const auto& line : txn.Lines()) rows += line.BuildCSVRow();
@@ -103,11 +114,17 @@ TEST_F(LedgerLockWaitTest, OneThatGoesOnWithoutTheLockLeavesTheHolderWhole) {
     ASSERT_TRUE(intent.BeginPosting(txn, 0, rows));
     LWriteFile(folder + "/Ledger/2024-03-01.csv", rows);
     EXPECT_EQ(waiter.Wait(), 0);
+    desk.join();
   }
   LLedgerSettleInterrupted(*profile_);
   EXPECT_NE(log_.find("l'enregistrement de l'écriture HK du 2024-03-01, interrompue, a été achevée"), std::string::npos)
       << log_;
-  EXPECT_EQ(LAuditVerify(*profile_).message, "");
+  EXPECT_NE(log_.find("l'entrée « record » de Facture 7, faite sans le verrou du grand livre, a été inscrite"),
+            std::string::npos)
+      << log_;
+  LAuditVerifyResult last = LAuditVerify(*profile_);
+  EXPECT_EQ(last.message, "");
+  EXPECT_EQ(last.entryCount, nHolder + 3);  // and the two late ones
   ExpectInStep();
 }
 
