@@ -19,6 +19,7 @@
 #include "invoice/shared/taxoptions.h"
 #include "invoice/shared/weblistcells.h"
 #include "llib/gen/date.h"
+#include "llib/gen/datemessage.h"
 #include "llib/gen/filestore.h"
 #include "llib/gen/jsontext.h"
 #include "llib/gen/log.h"
@@ -256,11 +257,11 @@ bool LWebBillDialog::BuildBill(LBill& bill) {
   LDate date, due;
   std::string dateText = GetTextAndTrim(kDateControl), dueText = GetTextAndTrim(kDueControl);
   if (!LDate::Parse(dateText, date)) {
-    PopupControlDataInvalid(kDateControl, "Date invalide : " + dateText + ".");
+    PopupControlDataInvalid(kDateControl, LInvalidDateMessage(dateText));
     return false;
   }
   if (!dueText.empty() && !LDate::Parse(dueText, due)) {
-    PopupControlDataInvalid(kDueControl, "Date invalide : " + dueText + ".");
+    PopupControlDataInvalid(kDueControl, LInvalidDateMessage(dueText));
     return false;
   }
   bill.SetString("Supplier", supplier);
