@@ -175,6 +175,9 @@ struct LAuditEnd {
   long long size = 0;          // of the log
   long long headSize = -1;     // as last written here; -1: unknown
   std::string last;            // the log's last line
+  // The ledger-lock hold during which a look at the log found it as noted (LAuditLogSize): the
+  // entry that follows in that hold needs no second look. 0: none.
+  unsigned long long seenInHold = 0;
 };
 
 LAuditEnd& NotedEnd() {
@@ -184,6 +187,7 @@ LAuditEnd& NotedEnd() {
 
 void ForgetEnd(LAuditEnd& end) {
   end.path.clear();
+  end.seenInHold = 0;
   end.log.Close();
   end.head.Close();
 }
@@ -200,6 +204,13 @@ long long LAuditLogSize(const LProfile& profile) {
   std::string path = LogPath(profile);
   struct stat info {};
   if (::stat(path.c_str(), &info) != 0) return 0;
+  if (unsigned long long hold = LLedgerHoldNumber(profile); hold != 0) {
+    LAuditEnd& end = NotedEnd();
+    std::lock_guard<std::mutex> guard(end.mutex);
+    bool asNoted = end.path == path && end.pid == LProcessId() && info.st_dev == end.logDevice &&
+                   info.st_ino == end.logInode && info.st_size == end.size;
+    end.seenInHold = asNoted ? hold : 0;
+  }
   return static_cast<long long>(info.st_size);
 }
 
@@ -230,6 +241,8 @@ namespace {
 // ones noted. false when the log cannot be read.
 bool CatchUp(const LProfile& profile, LAuditEnd& end) {
   std::string path = LogPath(profile);
+  unsigned long long hold = LLedgerHoldNumber(profile);
+  if (hold != 0 && end.seenInHold == hold && end.path == path && end.pid == LProcessId()) return true;
   struct stat info {};
   bool same = end.path == path && end.pid == LProcessId() && ::stat(path.c_str(), &info) == 0 &&
               info.st_dev == end.logDevice && info.st_ino == end.logInode;

@@ -23,6 +23,7 @@ struct LHeld {
   bool locked = false;   // whether the outermost holder got it in time
   LFileDescriptor fd;
   LLedgerLockFile file;  // fd, as the intent sees it, while locked
+  unsigned long long hold = 0;  // numbered by gHolds once locked
 };
 thread_local std::map<std::string, LHeld> tHeld;
 
@@ -71,7 +72,8 @@ void Take(const std::string& folder, const std::string& path, LHeld& held) {
     struct stat info {};
     if (::fstat(held.fd.Get(), &info) != 0) info.st_nlink = 1;  // cannot tell: keep it
     if (info.st_nlink > 0) {
-      held.file = {held.fd.Get(), held.locked && info.st_size == 0, ++gHolds};
+      held.file = {held.fd.Get(), held.locked && info.st_size == 0};
+      held.hold = ++gHolds;
       return;
     }
     if (held.locked) ::flock(held.fd.Get(), LOCK_UN);
@@ -88,11 +90,25 @@ void LLedgerLetGoOfFiles() {
   LAuditLetGoOfFiles();
 }
 
-LLedgerLockFile* LLedgerHeldLockFile(const LProfile& profile) {
+namespace {
+
+LHeld* HeldLock(const LProfile& profile) {
   LTextBuffer folder;
   LLegderGetBaseFolder(profile, folder);
   auto it = tHeld.find(LFile::MakeFilePath(folder, kLedgerLockFile));
-  return it == tHeld.end() || !it->second.locked ? nullptr : &it->second.file;
+  return it == tHeld.end() || !it->second.locked ? nullptr : &it->second;
+}
+
+}  // namespace
+
+LLedgerLockFile* LLedgerHeldLockFile(const LProfile& profile) {
+  LHeld* held = HeldLock(profile);
+  return held == nullptr ? nullptr : &held->file;
+}
+
+unsigned long long LLedgerHoldNumber(const LProfile& profile) {
+  LHeld* held = HeldLock(profile);
+  return held == nullptr ? 0 : held->hold;
 }
 
 LLedgerLock::LLedgerLock(const LProfile& profile) {

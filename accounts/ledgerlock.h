@@ -32,15 +32,17 @@ inline constexpr std::string_view kLedgerLockFile = "Ledger.lock";  // in the le
 struct LLedgerLockFile {
   int fd = -1;
   bool empty = false;
-  // This hold's number, unique in the process: what a holder found of the shared files during
-  // one hold stays true until its end, as every writer of them holds the lock.
-  unsigned long long hold = 0;
   // The intent's change is whole in its day file and only some balances could not be saved: the
   // next change of this hold settles it before it reads any balance.
   bool balancesPending = false;
 };
 // The lock file of profile's ledger while this thread holds its lock; nullptr otherwise.
 LLedgerLockFile* LLedgerHeldLockFile(const LProfile& profile);
+// The number of this thread's hold of profile's ledger lock, unique in the process and never 0;
+// 0 when this thread does not hold it. What a holder found of the shared files during one hold
+// stays true until the hold ends, as every writer of them holds the lock. It is kept apart from
+// LLedgerLockFile, which the intent rewrites whole.
+unsigned long long LLedgerHoldNumber(const LProfile& profile);
 
 // Closes the files that postings keep open between holds: this thread's descriptor of the lock
 // file and the process's of the audit trail. For one that lets go of the disk the books are on

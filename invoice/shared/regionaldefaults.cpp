@@ -8,48 +8,40 @@
 
 namespace {
 
-struct TaxDefault {
-  std::string_view name;
-  LFKTaxRate rate;
-  std::string_view combined;  // combined definition, empty for a plain tax
-  bool zeroRated;
-  std::string_view account;   // description of the account the tax is posted to
-};
-
 constexpr std::string_view kSalesTaxAccount = "Taxe à la vente perçue";
 constexpr std::string_view kVatAccount = "TVA perçue";
 constexpr std::string_view kGstAccount = "TPS perçue";
 
-constexpr TaxDefault kFrance[] = {
+constexpr LTaxDefault kFrance[] = {
     {"TVA 20 %", {20, 0, false}, {}, false, kSalesTaxAccount},
     {"TVA 10 %", {10, 0, false}, {}, false, kSalesTaxAccount},
     {"TVA 5,5 %", {5.5, 0, false}, {}, false, kSalesTaxAccount},
     {"TVA 2,1 %", {2.1, 0, false}, {}, false, kSalesTaxAccount},
 };
-constexpr TaxDefault kUnitedKingdom[] = {
+constexpr LTaxDefault kUnitedKingdom[] = {
     {"TVA 20 %", {20, 0, false}, {}, false, kVatAccount},
     {"TVA 5 %", {5, 0, false}, {}, false, kVatAccount},
     {"TVA 0 %", {0, 0, false}, {}, true, kVatAccount},
 };
-constexpr TaxDefault kIreland[] = {
+constexpr LTaxDefault kIreland[] = {
     {"TVA 23 %", {23, 0, false}, {}, false, kVatAccount},
     {"TVA 13,5 %", {13.5, 0, false}, {}, false, kVatAccount},
     {"TVA 9 %", {9, 0, false}, {}, false, kVatAccount},
     {"TVA 0 %", {0, 0, false}, {}, true, kVatAccount},
 };
-constexpr TaxDefault kSouthAfrica[] = {
+constexpr LTaxDefault kSouthAfrica[] = {
     {"TVA 15 %", {15, 0, false}, {}, false, kVatAccount},
     {"TVA 0 %", {0, 0, false}, {}, true, kVatAccount},
 };
-constexpr TaxDefault kAustralia[] = {{"TPS", {10, 0, false}, {}, false, kGstAccount}};
-constexpr TaxDefault kNewZealand[] = {{"TPS", {15, 0, false}, {}, false, kGstAccount}};
-constexpr TaxDefault kElsewhere[] = {{"Taxe à la vente", {0, 0, false}, {}, false, kSalesTaxAccount}};
+constexpr LTaxDefault kAustralia[] = {{"TPS", {10, 0, false}, {}, false, kGstAccount}};
+constexpr LTaxDefault kNewZealand[] = {{"TPS", {15, 0, false}, {}, false, kGstAccount}};
+constexpr LTaxDefault kElsewhere[] = {{"Taxe à la vente", {0, 0, false}, {}, false, kSalesTaxAccount}};
 
 // Canada: the federal TPS and TVH go to the sales tax account, the provincial TVP and TVQ to
 // accounts of their own (they are remitted to another authority).
 constexpr std::string_view kPstAccount = "TVP perçue";
 constexpr std::string_view kQstAccount = "TVQ perçue";
-constexpr TaxDefault kGst = {"TPS", {5, 0, false}, {}, false, kSalesTaxAccount};
+constexpr LTaxDefault kGst = {"TPS", {5, 0, false}, {}, false, kSalesTaxAccount};
 
 struct Province {
   std::string_view name;
@@ -80,8 +72,14 @@ void ClearTaxes(LTaxOptions& tax) {
       tax.DeleteField(LTaxOptions::TaxField(prefix, n));
 }
 
-template <std::size_t N>
-void SetTaxes(LTaxOptions& tax, const TaxDefault (&taxes)[N], int defaultRate) {
+void SetPaymentTerms(LRecord& documentOptions, int days) {
+  documentOptions.SetInt("PaymentTerms", 2);
+  documentOptions.SetInt("PaymentTermsDays", days);
+}
+
+}  // namespace
+
+void LTaxOptionsSetTaxes(LTaxOptions& tax, std::span<const LTaxDefault> taxes, int defaultRate) {
   ClearTaxes(tax);
   int n = 0;
   for (const auto& entry : taxes) {
@@ -96,13 +94,6 @@ void SetTaxes(LTaxOptions& tax, const TaxDefault (&taxes)[N], int defaultRate) {
   tax.SetInt("DefaultRate", defaultRate);
 }
 
-void SetPaymentTerms(LRecord& documentOptions, int days) {
-  documentOptions.SetInt("PaymentTerms", 2);
-  documentOptions.SetInt("PaymentTermsDays", days);
-}
-
-}  // namespace
-
 std::string_view LCanadaProvinceName(int province) {
   if (province < 1 || province > kCanadaProvinceCount) return {};
   return kProvinces[province - 1].name;
@@ -112,21 +103,21 @@ bool LTaxOptionsSetCanadaRates(LTaxOptions& tax, int province) {
   if (province < 1 || province > kCanadaProvinceCount) return false;
   const Province& rates = kProvinces[province - 1];
   if (province == kProvinceQuebec) {
-    const TaxDefault taxes[] = {kGst,
-                                {"TVQ", {9.975, 0, false}, {}, false, kQstAccount},
-                                {"TPS+TVQ", {5, 9.975, true}, "*TPS+TVQ", false, kSalesTaxAccount}};
-    SetTaxes(tax, taxes, 3);
+    const LTaxDefault taxes[] = {kGst,
+                                 {"TVQ", {9.975, 0, false}, {}, false, kQstAccount},
+                                 {"TPS+TVQ", {5, 9.975, true}, "*TPS+TVQ", false, kSalesTaxAccount}};
+    LTaxOptionsSetTaxes(tax, taxes, 3);
   } else if (rates.hst > 0) {
-    const TaxDefault taxes[] = {{"TVH", {rates.hst, 0, false}, {}, false, kSalesTaxAccount}, kGst};
-    SetTaxes(tax, taxes, 1);
+    const LTaxDefault taxes[] = {{"TVH", {rates.hst, 0, false}, {}, false, kSalesTaxAccount}, kGst};
+    LTaxOptionsSetTaxes(tax, taxes, 1);
   } else if (rates.pst > 0) {
-    const TaxDefault taxes[] = {kGst,
-                                {"TVP", {rates.pst, 0, false}, {}, false, kPstAccount},
-                                {"TPS+TVP", {5, rates.pst, false}, "TPS+TVP", false, kSalesTaxAccount}};
-    SetTaxes(tax, taxes, 3);
+    const LTaxDefault taxes[] = {kGst,
+                                 {"TVP", {rates.pst, 0, false}, {}, false, kPstAccount},
+                                 {"TPS+TVP", {5, rates.pst, false}, "TPS+TVP", false, kSalesTaxAccount}};
+    LTaxOptionsSetTaxes(tax, taxes, 3);
   } else {
-    const TaxDefault taxes[] = {kGst};
-    SetTaxes(tax, taxes, 1);
+    const LTaxDefault taxes[] = {kGst};
+    LTaxOptionsSetTaxes(tax, taxes, 1);
   }
   tax.SetBool("TrackTaxPaid", true);
   return true;
@@ -137,23 +128,23 @@ void LOptionsSetRegionalDefaults(LProfile&, LOptions& options, LTaxOptions& tax,
   int termsDays = 30;
   bool tracksTaxPaid = true;
   if (country == "FR") {
-    SetTaxes(tax, kFrance, 1);
+    LTaxOptionsSetTaxes(tax, kFrance, 1);
   } else if (country == "GB") {
-    SetTaxes(tax, kUnitedKingdom, 1);
+    LTaxOptionsSetTaxes(tax, kUnitedKingdom, 1);
   } else if (country == "IE") {
-    SetTaxes(tax, kIreland, 1);
+    LTaxOptionsSetTaxes(tax, kIreland, 1);
   } else if (country == "ZA") {
-    SetTaxes(tax, kSouthAfrica, 1);
+    LTaxOptionsSetTaxes(tax, kSouthAfrica, 1);
   } else if (country == "AU") {
-    SetTaxes(tax, kAustralia, 1);
+    LTaxOptionsSetTaxes(tax, kAustralia, 1);
     termsDays = 14;
   } else if (country == "NZ") {
-    SetTaxes(tax, kNewZealand, 1);
+    LTaxOptionsSetTaxes(tax, kNewZealand, 1);
     termsDays = 14;
   } else if (country == "CA") {
     LTaxOptionsSetCanadaRates(tax, LGetSystemLocale().language == "fr" ? kProvinceQuebec : kProvinceOntario);
   } else {
-    SetTaxes(tax, kElsewhere, 1);
+    LTaxOptionsSetTaxes(tax, kElsewhere, 1);
     tracksTaxPaid = false;
   }
   tax.SetBool("TaxInclusive", false);

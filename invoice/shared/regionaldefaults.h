@@ -11,10 +11,26 @@
 // ("TrackTaxPaid"). Invoices and orders get payment terms of 30 days (14 in AU and NZ).
 #pragma once
 
+#include <span>
 #include <string_view>
+
+#include "invoice/shared/taxrate.h"
 
 class LProfile;
 class LTaxOptions;
+
+// One tax of a table of taxes as the tax options store it.
+struct LTaxDefault {
+  std::string_view name;      // "TaxName"
+  LFKTaxRate rate;            // "TaxRate"
+  std::string_view combined;  // "TaxCombined": the combined definition ("A+B"), empty for a plain tax
+  bool zeroRated;             // "ZeroRate"
+  std::string_view account;   // "TaxAccountPayable": description of the account the tax is posted to
+};
+
+// Replaces the taxes of tax with taxes, numbered from 1 in their order, and makes tax number
+// defaultRate the default one. The other tax options are left as they are.
+void LTaxOptionsSetTaxes(LTaxOptions& tax, std::span<const LTaxDefault> taxes, int defaultRate);
 
 // Canadian provinces and territories, in the order the start wizard lists them; the province
 // number is the position + 1.

@@ -1,6 +1,6 @@
 // The audit trail: what postings, deletions and renumbering write into it, and the chain that
-// `audit verify` checks: every tampered byte, removed entry and swapped pair is found, and four
-// processes posting at once leave a chain that holds.
+// `audit verify` checks: every tampered byte, removed entry and swapped pair is found, and
+// processes posting in turn or at once leave a chain that holds.
 #include "accounts/audittrail.h"
 
 #include <gtest/gtest.h>
@@ -11,6 +11,7 @@
 #include "accounts/accounts.h"
 #include "accounts/ledger.h"
 #include "accounts/ledgerdelete.h"
+#include "accounts/ledgerlock.h"
 #include "invoice/shared/profile.h"
 #include "llib/gen/hashtable.h"
 #include "tests/support/ledgerposters.h"
@@ -119,6 +120,30 @@ TEST_F(AuditTrailTest, EveryTamperedByteRemovalAndSwapIsFound) {
   result = LAuditVerifyText(Joined({entries[0], entries[1]}), head);
   EXPECT_EQ(result.message, "Piste d'audit rompue à l'entrée 2 : la dernière entrée ne correspond pas à la tête "
                             "de la piste (entrée modifiée, ou entrées suivantes supprimées).");
+}
+
+// A process keeps the end of the trail as it last left it; entries that another process wrote
+// since are read before its next entry, whether that entry records a posting or a deletion, and
+// whether it comes first or later in a hold of the ledger lock.
+TEST_F(AuditTrailTest, EntriesOfAnotherProcessInBetweenAreFollowed) {
+  auto postElsewhere = [&](const std::string& tag, int count) {
+    LChildProcess poster(KONTAVO_PROGRAM_ledgerposter, {home_.SharedFolder(), tag, std::to_string(count)});
+    EXPECT_EQ(poster.Wait(), 0);
+  };
+  Post("2026-03-01", "GJ1", 100);
+  postElsewhere("A", 2);
+  Post("2026-03-02", "GJ2", 200);
+  postElsewhere("B", 2);
+  ASSERT_TRUE(LAccountTransactionDelete(*profile_, "2026-03-02", "GJ2"));
+  postElsewhere("C", 1);
+  {
+    LLedgerLock lock(*profile_);
+    Post("2026-03-03", "GJ3", 300);
+    Post("2026-03-04", "GJ4", 400);
+  }
+  LAuditVerifyResult result = LAuditVerify(*profile_);
+  EXPECT_EQ(result.message, "");
+  EXPECT_EQ(result.entryCount, 10);
 }
 
 TEST_F(AuditTrailTest, FourProcessesPostingAtOnceLeaveOneValidChain) {

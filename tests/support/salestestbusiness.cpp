@@ -3,6 +3,7 @@
 #include "accounts/accounts.h"
 #include "invoice/shared/itemcollection.h"
 #include "invoice/shared/options.h"
+#include "invoice/shared/regionaldefaults.h"
 #include "invoice/shared/taxoptions.h"
 #include "llib/gen/textnum.h"
 
@@ -11,25 +12,12 @@ void LSalesTestBusiness::SetUp() {
   EXPECT_TRUE(LAccountListCreateDefault(*profile_));
   LTaxOptions tax;
   tax.OpenFrom(*profile_);
-  struct Tax {
-    const char* name;
-    LFKTaxRate rate;
-    const char* combined;
-  };
-  const Tax taxes[] = {{"A", {10, 0, false}, ""},      {"B", {5, 0, false}, ""},
-                       {"C", {9.975, 0, false}, ""},   {"AB", {10, 5, false}, "A+B"},
-                       {"BC", {5, 9.975, true}, "*B+C"}, {"Z", {0, 0, false}, ""},
-                       {"T", {10, 5, false}, ""}};
-  int n = 0;
-  for (const auto& entry : taxes) {
-    ++n;
-    tax.SetTaxName(n, entry.name);
-    tax.SetTaxRate(n, entry.rate);
-    tax.SetTaxCombined(n, entry.combined);
-    tax.SetZeroRate(n, n == 6);
-  }
-  tax.SetInt("TaxSystem", n);
-  tax.SetInt("DefaultRate", 1);
+  // No account: each tax posts to the linked sales tax account.
+  const LTaxDefault taxes[] = {{"A", {10, 0, false}, "", false, ""},        {"B", {5, 0, false}, "", false, ""},
+                               {"C", {9.975, 0, false}, "", false, ""},     {"AB", {10, 5, false}, "A+B", false, ""},
+                               {"BC", {5, 9.975, true}, "*B+C", false, ""}, {"Z", {0, 0, false}, "", true, ""},
+                               {"T", {10, 5, false}, "", false, ""}};
+  LTaxOptionsSetTaxes(tax, taxes, 1);
   tax.SetBool("TaxInclusive", false);
 }
 
