@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -52,6 +53,13 @@ void LWriteFile(const std::string& path, const std::string& content);
 // Changes of the books a kill left midway in the business folder: the intents that hold notes
 // (processes keep empty ones between changes) and the ledger lock file when it holds one.
 int LCountChangesLeft(const std::string& sharedFolder);
+// The size of the business's audit trail now (0 when there is none): it grows as soon as a change
+// of the books begins.
+long long LAuditTrailSize(const std::string& sharedFolder);
+// Waits until started() holds, at most ten seconds, looking every millisecond: the random pause of
+// a kill loop then falls while its changes run, however slow the processes are to start (a
+// sanitized build under load takes longer than the whole pause), instead of before any began.
+void LWaitForWork(const std::function<bool()>& started);
 
 // A program started in the background; its stdout can be read line by line.
 class LChildProcess {
