@@ -10,6 +10,7 @@
 #include "invoice/shared/profile.h"
 #include "llib/gen/money.h"
 #include "llib/gen/optionalerror.h"
+#include "llib/gen/trim.h"
 
 namespace {
 
@@ -40,16 +41,9 @@ bool RefuseLength(std::string* message, const char* format, int digits) {
   return LFail(message, text);
 }
 
-std::string Trimmed(std::string_view text) {
-  std::size_t first = text.find_first_not_of(" \t\r\n");
-  if (first == std::string_view::npos) return {};
-  std::size_t last = text.find_last_not_of(" \t\r\n");
-  return std::string(text.substr(first, last - first + 1));
-}
-
 // An opening balance as entered; empty text is no opening balance.
 bool ParseOpening(const LProfile& profile, std::string_view text, long long& amount) {
-  std::string trimmed = Trimmed(text);
+  std::string trimmed(LTrim(text));
   amount = 0;
   return trimmed.empty() || LParseAmount(trimmed, profile.GetCurrencyDigits(), amount);
 }
@@ -85,7 +79,7 @@ bool LAccountClassificationApplies(int type, bool header, bool cash) {
 // ---- Adding -----------------------------------------------------------------------------------
 
 bool LNewAccountDlg::CmAddNewAcct(LProfile& profile, std::string* message) {
-  if (Trimmed(name).empty()) return LFail(message, kNewNoName);
+  if (LTrim(name).empty()) return LFail(message, kNewNoName);
   bool subTypeChosen = subTypeEntry >= 1 && subTypeEntry <= LAccountSubTypeCount(type);
   switch (type) {
     case kAccountAsset: if (!subTypeChosen) return LFail(message, kNoAssetSubType); break;
@@ -98,7 +92,7 @@ bool LNewAccountDlg::CmAddNewAcct(LProfile& profile, std::string* message) {
   int subClass = (type == kAccountIncome || type == kAccountExpense) ? subTypeEntry - 1 : 0;
   bool classified = LAccountClassificationApplies(type, header, cash);
   if (classified && (classificationEntry < 1 || classificationEntry > 3)) return LFail(message, kNoClassification);
-  std::string accountNumber = Trimmed(number);
+  std::string accountNumber(LTrim(number));
   if (accountNumber.empty()) return LFail(message, kNoNumber);
   int digits = LAccountGetNumberOfDigits(profile);
   if (accountNumber.size() != static_cast<std::size_t>(digits)) return RefuseLength(message, kNewWrongLength, digits);
@@ -109,7 +103,7 @@ bool LNewAccountDlg::CmAddNewAcct(LProfile& profile, std::string* message) {
   LAccountList accounts(profile);
   LAccount account;
   accounts.CreateNewRecord(account, accountNumber);
-  account.SetString("Description", Trimmed(name));
+  account.SetString("Description", LTrim(name));
   account.SetInt("Type", type);
   account.SetInt("SubClass", subClass);
   account.SetBool("Header", header);
@@ -150,8 +144,8 @@ bool LAccountDlg::Load(const LProfile& profile, std::string_view accountNumber) 
 }
 
 bool LAccountDlg::CmOk(LProfile& profile, LAsker& asker, LProcessInterface& process, std::string* message) {
-  if (Trimmed(name).empty()) return LFail(message, kEditNoName);
-  std::string newNumber = Trimmed(number);
+  if (LTrim(name).empty()) return LFail(message, kEditNoName);
+  std::string newNumber(LTrim(number));
   int digits = LAccountGetNumberOfDigits(profile);
   if (newNumber.size() != static_cast<std::size_t>(digits)) return RefuseLength(message, kEditWrongLength, digits);
   bool classified = LAccountClassificationApplies(type_, header, cash);
@@ -171,7 +165,7 @@ bool LAccountDlg::CmOk(LProfile& profile, LAsker& asker, LProcessInterface& proc
   LAccountList accounts(profile);
   LAccount account;
   if (!accounts.Open(account, storedNumber_)) return false;
-  account.SetString("Description", Trimmed(name));
+  account.SetString("Description", LTrim(name));
   account.SetBool("Header", header);
   account.SetBool("Cash", cash && !header);
   account.SetBool("TaxIncluded", taxIncluded);

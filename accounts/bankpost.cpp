@@ -12,6 +12,7 @@
 #include "accounts/references.h"
 #include "invoice/shared/profile.h"
 #include "llib/gen/date.h"
+#include "llib/gen/datemessage.h"
 #include "llib/gen/log.h"
 #include "llib/gen/system.h"
 
@@ -50,7 +51,7 @@ bool LBankRecordTransaction(LProfile& profile, std::string_view account, std::st
                             std::string& error) {
   LDate day;
   if (!LDate::Parse(date, day)) {
-    error = "Date invalide : " + std::string(date) + ".";
+    error = LInvalidDateMessage(date);
     return false;
   }
   for (std::string_view number : {account, toAccount}) {

@@ -16,6 +16,7 @@
 #include "llib/gen/log.h"
 #include "llib/gen/optionalerror.h"
 #include "llib/gen/system.h"
+#include "llib/gen/trim.h"
 
 namespace {
 
@@ -24,13 +25,6 @@ constexpr std::string_view kNoDescription = "Veuillez entrer une description de 
 constexpr std::string_view kReconciledQuestion =
     "Cet enregistrement de transaction a été rapproché. Voulez-vous vraiment l'enregistrer ?";
 constexpr std::string_view kSaved = "La transaction a été enregistrée.";
-
-std::string_view Trim(std::string_view text) {
-  std::size_t first = text.find_first_not_of(" \t\r\n");
-  if (first == std::string_view::npos) return {};
-  std::size_t last = text.find_last_not_of(" \t\r\n");
-  return text.substr(first, last - first + 1);
-}
 
 bool SameText(std::string_view a, std::string_view b) {
   return a.size() == b.size() && ::strncasecmp(a.data(), b.data(), a.size()) == 0;
@@ -70,11 +64,11 @@ std::string_view LJournalEntryTypeText(int typeIndex) {
 }
 
 std::string LJournalEntryAccountFromColumn(std::string_view column) {
-  column = Trim(column);
+  column = LTrim(column);
   std::size_t end = column.find_first_of(" \t");
   std::size_t dash = column.find(" - ");
   if (dash != std::string_view::npos && dash < end) end = dash;
-  return std::string(Trim(column.substr(0, end)));
+  return std::string(LTrim(column.substr(0, end)));
 }
 
 long long LJournalEntryOutOfBalance(const std::vector<LJournalEntryLine>& lines) {
@@ -87,7 +81,7 @@ long long LJournalEntryDlg::GetOutOfBalance() const { return LJournalEntryOutOfB
 
 bool LJournalEntryDlg::ConfirmReconciledLines(std::string* message) {
   std::string txnDate = existing ? storedDate : date.ToText();
-  std::string txnReference = existing ? storedReference : std::string(Trim(reference));
+  std::string txnReference = existing ? storedReference : std::string(LTrim(reference));
   if (lines.empty() || txnReference.empty()) return true;
   LAccountList accounts(profile_);
   LAccount account;
@@ -105,7 +99,7 @@ bool LJournalEntryDlg::CmOk(std::string* message) {
   wroteLedger_ = false;
   savedReference_.clear();
   std::string userName = LGetPostingUserName();
-  std::string typedReference(LTruncated(Trim(reference), kMaxTextBytes));
+  std::string typedReference(LTruncated(LTrim(reference), kMaxTextBytes));
   std::string lineDescription(LTruncated(description, kMaxTextBytes));
 
   // ---- Checks, in the order the user meets them ------------------------------------------

@@ -3,16 +3,9 @@
 #include <cstdlib>
 
 #include "accounts/statementtext.h"
+#include "llib/gen/trim.h"
 
 namespace {
-
-bool IsBlank(char c) { return c == ' ' || c == '\t' || c == '\r' || c == '\n'; }
-
-std::string_view Trim(std::string_view text) {
-  while (!text.empty() && IsBlank(text.front())) text.remove_prefix(1);
-  while (!text.empty() && IsBlank(text.back())) text.remove_suffix(1);
-  return text;
-}
 
 std::string_view LocalName(std::string_view name) {
   std::size_t colon = name.rfind(':');
@@ -72,9 +65,10 @@ class LMarkupParser {
     if (stack_.size() == 1) return;
     LMarkupElement& element = Current();
     if (!element.children.empty() || leafClosed_) return;
-    std::size_t lineEnd = raw.find_first_of("\r\n", Trim(raw).empty() ? raw.size() : raw.find_first_not_of(" \t\r\n"));
+    std::size_t lineEnd =
+        raw.find_first_of("\r\n", LTrim(raw).empty() ? raw.size() : raw.find_first_not_of(kTrimBlanks));
     std::string_view own = raw.substr(0, lineEnd);
-    if (!Trim(own).empty()) {
+    if (!LTrim(own).empty()) {
       AppendDecoded(own, pendingRaw_);
       if (lineEnd != std::string_view::npos) leafClosed_ = true;
     }
@@ -85,7 +79,7 @@ class LMarkupParser {
   void SettleText(bool closeLeaf) {
     if (pendingRaw_.empty()) return;
     LMarkupElement& element = Current();
-    element.text += std::string(Trim(pendingRaw_));
+    element.text += std::string(LTrim(pendingRaw_));
     pendingRaw_.clear();
     if (closeLeaf && stack_.size() > 1) stack_.pop_back();
     leafClosed_ = false;
@@ -110,7 +104,7 @@ class LMarkupParser {
     std::string_view tag = rest.substr(1, close > 0 ? close - 1 : 0);
     position_ += close + 1;
     if (tag.empty() || tag[0] == '?' || tag[0] == '!') return;
-    if (tag[0] == '/') return EndTag(LocalName(Trim(tag.substr(1))));
+    if (tag[0] == '/') return EndTag(LocalName(LTrim(tag.substr(1))));
     bool selfClosed = tag.back() == '/';
     std::size_t nameEnd = tag.find_first_of(" \t\r\n/");
     std::string_view name = LocalName(tag.substr(0, nameEnd));

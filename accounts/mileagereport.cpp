@@ -102,7 +102,7 @@ bool LMileageReport(LProfile& profile, std::string_view vehicle, const LDate& fr
   for (const std::string& key : keys) {
     LVehicle read;
     if (!LVehicleLoad(profile, key, read)) {
-      error = "Véhicule introuvable : " + key;
+      error = LVehicleNotFoundMessage(key);
       return false;
     }
     if (!AddVehicle(profile, read, trips[key], from, to, built, all, error)) return false;

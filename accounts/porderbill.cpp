@@ -4,6 +4,7 @@
 
 #include "accounts/accounts.h"
 #include "accounts/bills.h"
+#include "invoice/shared/itemfield.h"
 #include "invoice/shared/options.h"
 #include "invoice/shared/partyfields.h"
 #include "invoice/shared/profile.h"
@@ -13,8 +14,6 @@
 #include "llib/gen/optionalerror.h"
 
 namespace {
-
-std::string ItemField(int line, std::string_view name) { return "Item" + std::to_string(line) + std::string(name); }
 
 // The account the order's lines are expensed to: the supplier's, else the business's default.
 std::string ExpenseAccount(LProfile& profile, std::string_view supplier) {
@@ -57,18 +56,19 @@ bool LBillLoadFromPOrder(LProfile& profile, std::string_view key, std::string_vi
     int line = bill.GetItemCount() + 1;
     bill.AddItemLine(account, net, lines.GetItemTaxName(i));
     if (plain) {
-      bill.SetFloat(ItemField(line, "Qty"), lines.GetItemQty(i));
-      bill.SetInt64(ItemField(line, "UnitValue"), lines.GetItemUnitValue(i));
-      bill.SetInt(ItemField(line, "UnitValueDigits"), lines.GetItemUnitValueDigits(i));
+      bill.SetFloat(LItemField(line, "Qty"), lines.GetItemQty(i));
+      bill.SetInt64(LItemField(line, "UnitValue"), lines.GetItemUnitValue(i));
+      bill.SetInt(LItemField(line, "UnitValueDigits"), lines.GetItemUnitValueDigits(i));
     }
-    if (std::string code = lines.GetItemCode(i); !code.empty()) bill.SetString(ItemField(line, "Code"), code);
-    if (std::string text = lines.GetItemDescription(i); !text.empty()) bill.SetString(ItemField(line, "Description"), text);
+    if (std::string code = lines.GetItemCode(i); !code.empty()) bill.SetString(LItemField(line, "Code"), code);
+    if (std::string text = lines.GetItemDescription(i); !text.empty())
+      bill.SetString(LItemField(line, "Description"), text);
   }
   if (long long shipping = order.GetShippingCosts(); shipping != 0) {
     std::string shippingAccount;
     LOptions::GetDefAccountNumber(profile, 8, shippingAccount);
     bill.AddItemLine(LAccountIsLive(profile, shippingAccount) ? shippingAccount : account, shipping, "");
-    bill.SetString(ItemField(bill.GetItemCount(), "Description"), "Frais de port");
+    bill.SetString(LItemField(bill.GetItemCount(), "Description"), "Frais de port");
   }
   LTaxOptions taxes;
   taxes.OpenFrom(profile);

@@ -1,6 +1,7 @@
 #include "accounts/splitlines.h"
 
 #include "accounts/accounts.h"
+#include "invoice/shared/itemfield.h"
 #include "invoice/shared/profile.h"
 #include "llib/gen/money.h"
 #include "llib/gen/moneybounds.h"
@@ -22,8 +23,6 @@ std::string Replace(std::string_view format, std::string_view value) {
   if (std::size_t at = text.find("%s"); at != std::string::npos) text.replace(at, 2, value);
   return text;
 }
-
-std::string ItemField(int line, std::string_view name) { return "Item" + std::to_string(line) + std::string(name); }
 
 }  // namespace
 
@@ -81,13 +80,13 @@ bool LSplitLinesCheck(const LProfile& profile, const std::vector<LSplitLine>& li
 void LSplitLinesStore(LRecord& record, const std::vector<LSplitLine>& lines) {
   int count = record.GetInt("ItemCount", 0);
   for (int line = 1; line <= count; ++line)
-    for (std::string_view name : {"Account", "Amount", "Memo"}) record.DeleteField(ItemField(line, name));
+    for (std::string_view name : {"Account", "Amount", "Memo"}) record.DeleteField(LItemField(line, name));
   record.SetInt("ItemCount", static_cast<int>(lines.size()));
   for (std::size_t i = 0; i < lines.size(); ++i) {
     int line = static_cast<int>(i) + 1;
-    record.SetString(ItemField(line, "Account"), lines[i].account);
-    record.SetInt64(ItemField(line, "Amount"), lines[i].amount);
-    if (!lines[i].memo.empty()) record.SetString(ItemField(line, "Memo"), lines[i].memo);
+    record.SetString(LItemField(line, "Account"), lines[i].account);
+    record.SetInt64(LItemField(line, "Amount"), lines[i].amount);
+    if (!lines[i].memo.empty()) record.SetString(LItemField(line, "Memo"), lines[i].memo);
   }
 }
 
@@ -95,7 +94,7 @@ std::vector<LSplitLine> LSplitLinesLoad(const LRecord& record) {
   std::vector<LSplitLine> lines;
   int count = record.GetInt("ItemCount", 0);
   for (int line = 1; line <= count; ++line)
-    lines.push_back({record.GetString(ItemField(line, "Account")), record.GetInt64(ItemField(line, "Amount"), 0),
-                     record.GetString(ItemField(line, "Memo"))});
+    lines.push_back({record.GetString(LItemField(line, "Account")), record.GetInt64(LItemField(line, "Amount"), 0),
+                     record.GetString(LItemField(line, "Memo"))});
   return lines;
 }

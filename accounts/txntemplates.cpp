@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "accounts/accounts.h"
+#include "invoice/shared/itemfield.h"
 #include "invoice/shared/profile.h"
 #include "llib/gen/filestore.h"
 #include "llib/gen/optionalerror.h"
@@ -12,8 +13,6 @@ namespace {
 
 constexpr std::string_view kNoName = "Veuillez entrer un nom pour ce modèle.";
 constexpr std::string_view kNotSaved = "Impossible d'enregistrer le modèle.";
-
-std::string ItemField(int line, std::string_view name) { return "Item" + std::to_string(line) + std::string(name); }
 
 // Scales the lines of one side so that they sum to total.
 void ScaleSide(std::vector<LJournalEntryLine>& lines, bool credit, long long total) {
@@ -59,8 +58,8 @@ bool LTxnTemplateSave(const LProfile& profile, const LTxnTemplate& tpl, std::str
   record.SetInt("ItemCount", static_cast<int>(tpl.lines.size()));
   for (std::size_t i = 0; i < tpl.lines.size(); ++i) {
     const auto& line = tpl.lines[i];
-    record.SetString(ItemField(static_cast<int>(i) + 1, "Account"), line.account);
-    record.SetInt64(ItemField(static_cast<int>(i) + 1, "Amount"), line.IsCredit() ? -line.amount : line.amount);
+    record.SetString(LItemField(static_cast<int>(i) + 1, "Account"), line.account);
+    record.SetInt64(LItemField(static_cast<int>(i) + 1, "Amount"), line.IsCredit() ? -line.amount : line.amount);
   }
   // Saved whole: the old record of that name is replaced, not merged.
   if (!list.Delete(name) && list.TestRecordExists(name)) return LFail(message, kNotSaved);
@@ -77,9 +76,9 @@ bool LTxnTemplateLoad(const LProfile& profile, std::string_view name, LTxnTempla
   tpl.reference = record.GetString("Reference", kTemplateDefaultReference);
   int count = record.GetInt("ItemCount", 0);
   for (int line = 1; line <= count; ++line) {
-    long long amount = record.GetInt64(ItemField(line, "Amount"), 0);
-    tpl.lines.push_back({record.GetString(ItemField(line, "Account")), amount < 0 ? -amount : amount,
-                         amount < 0 ? "CR" : "DR"});
+    long long amount = record.GetInt64(LItemField(line, "Amount"), 0);
+    tpl.lines.push_back(
+        {record.GetString(LItemField(line, "Account")), amount < 0 ? -amount : amount, amount < 0 ? "CR" : "DR"});
   }
   record.DetachWithoutSave();
   return true;

@@ -83,6 +83,8 @@ std::string LVehicleDescription(const LVehicle& vehicle) {
   return text;
 }
 
+std::string LVehicleNotFoundMessage(std::string_view key) { return "Véhicule introuvable : " + std::string(key); }
+
 bool LVehicleLoad(LProfile& profile, std::string_view key, LVehicle& vehicle) {
   LRecord record;
   if (key.empty() || !profile.MainList(kVehiclesList).Open(record, key)) return false;
@@ -169,7 +171,7 @@ bool LVehicleSave(LProfile& profile, const LVehicle& vehicle, bool replace, std:
 
 bool LVehicleDelete(LProfile& profile, std::string_view key, std::string& error) {
   if (key.empty() || !profile.MainList(kVehiclesList).TestRecordExists(key)) {
-    error = "Véhicule introuvable : " + std::string(key);
+    error = LVehicleNotFoundMessage(key);
     return false;
   }
   if (HasTrips(profile, key)) {
@@ -183,7 +185,7 @@ bool LVehicleDelete(LProfile& profile, std::string_view key, std::string& error)
 
 bool LVehicleMileageSave(LProfile& profile, LVehicleMileage& trip, std::string& error) {
   if (trip.vehicle.empty() || !profile.MainList(kVehiclesList).TestRecordExists(trip.vehicle)) {
-    error = "Véhicule introuvable : " + trip.vehicle;
+    error = LVehicleNotFoundMessage(trip.vehicle);
     return false;
   }
   if (!trip.date.IsValid()) {

@@ -51,6 +51,8 @@ bool LVehicleKindOf(std::string_view word, std::string& kind);
 // "Clio de Paul (AB-123-CD), voiture 5 CV électrique": the vehicle as reports and lists show it.
 std::string LVehicleDescription(const LVehicle& vehicle);
 
+// "Véhicule introuvable : <key>", for a vehicle that is not there.
+std::string LVehicleNotFoundMessage(std::string_view key);
 // Reads the vehicle; false when there is none (vehicle unchanged).
 bool LVehicleLoad(LProfile& profile, std::string_view key, LVehicle& vehicle);
 // The vehicles' keys, sorted.

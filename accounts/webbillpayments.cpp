@@ -14,6 +14,7 @@
 #include "invoice/shared/profile.h"
 #include "invoice/shared/weblistcells.h"
 #include "llib/gen/date.h"
+#include "llib/gen/datemessage.h"
 #include "llib/gen/filestore.h"
 #include "llib/gen/log.h"
 #include "llib/gen/money.h"
@@ -272,7 +273,7 @@ bool LWebBillPaymentDialog::BuildRequest(LBillPaymentRequest& request) {
   LDate date;
   std::string dateText = GetTextAndTrim(kDateControl);
   if (!LDate::Parse(dateText, date)) {
-    PopupControlDataInvalid(kDateControl, "Date invalide : " + dateText + ".");
+    PopupControlDataInvalid(kDateControl, LInvalidDateMessage(dateText));
     return false;
   }
   request.date = date.ToText();

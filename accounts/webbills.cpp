@@ -12,12 +12,14 @@
 #include "accounts/suppliers.h"
 #include "accounts/webbank.h"
 #include "accounts/websuppliers.h"
+#include "invoice/shared/itemfield.h"
 #include "invoice/shared/listindexes.h"
 #include "invoice/shared/profile.h"
 #include "invoice/shared/stock.h"
 #include "invoice/shared/taxoptions.h"
 #include "invoice/shared/weblistcells.h"
 #include "llib/gen/date.h"
+#include "llib/gen/datemessage.h"
 #include "llib/gen/filestore.h"
 #include "llib/gen/jsontext.h"
 #include "llib/gen/log.h"
@@ -47,8 +49,6 @@ enum LineColumn : int { kAccount = 0, kCode = 1, kDescription = 2, kQuantity = 3
 constexpr int kEmptyRowsOffered = 3;
 
 int LineControl(int line, int column) { return kFirstLineControl + line * kLineStride + column; }
-
-std::string ItemField(int line, std::string_view name) { return "Item" + std::to_string(line) + std::string(name); }
 
 std::string SelectHtml(int id, const std::vector<std::string>& texts, const std::vector<std::string>& values,
                        const std::string& chosen, const char* cssClass) {
@@ -174,12 +174,12 @@ void LWebBillDialog::InitDialog() {
   for (int line = 1; line <= lines; ++line) {
     int row = line - 1;
     SetText(LineControl(row, kAccount), bill.GetItemAccount(line));
-    SetText(LineControl(row, kCode), bill.GetString(ItemField(line, "Code")));
-    SetText(LineControl(row, kDescription), bill.GetString(ItemField(line, "Description")));
-    SetText(LineControl(row, kQuantity), LQuantityText(bill.GetFloat(ItemField(line, "Qty"), 1.0)));
+    SetText(LineControl(row, kCode), bill.GetString(LItemField(line, "Code")));
+    SetText(LineControl(row, kDescription), bill.GetString(LItemField(line, "Description")));
+    SetText(LineControl(row, kQuantity), LQuantityText(bill.GetFloat(LItemField(line, "Qty"), 1.0)));
     // The unit price as stored, in its own digits when it has more than the currency's.
-    int digits = bill.GetInt(ItemField(line, "UnitValueDigits"), -1);
-    long long unit = bill.GetInt64(ItemField(line, "UnitValue"), 0);
+    int digits = bill.GetInt(LItemField(line, "UnitValueDigits"), -1);
+    long long unit = bill.GetInt64(LItemField(line, "UnitValue"), 0);
     LCurrencyFormat number = Profile().GetCurrencyFormat();
     number.symbol.clear();
     if (digits > currencyDigits) number.digits = digits;
@@ -257,11 +257,11 @@ bool LWebBillDialog::BuildBill(LBill& bill) {
   LDate date, due;
   std::string dateText = GetTextAndTrim(kDateControl), dueText = GetTextAndTrim(kDueControl);
   if (!LDate::Parse(dateText, date)) {
-    PopupControlDataInvalid(kDateControl, "Date invalide : " + dateText + ".");
+    PopupControlDataInvalid(kDateControl, LInvalidDateMessage(dateText));
     return false;
   }
   if (!dueText.empty() && !LDate::Parse(dueText, due)) {
-    PopupControlDataInvalid(kDueControl, "Date invalide : " + dueText + ".");
+    PopupControlDataInvalid(kDueControl, LInvalidDateMessage(dueText));
     return false;
   }
   bill.SetString("Supplier", supplier);
@@ -305,10 +305,10 @@ bool LWebBillDialog::BuildBill(LBill& bill) {
     }
     int line = bill.GetItemCount() + 1;
     bill.AddItemLine(account, price, taxName);
-    bill.SetFloat(ItemField(line, "Qty"), quantity);
-    bill.SetInt(ItemField(line, "UnitValueDigits"), currencyDigits);
-    if (!code.empty()) bill.SetString(ItemField(line, "Code"), code);
-    if (!description.empty()) bill.SetString(ItemField(line, "Description"), description);
+    bill.SetFloat(LItemField(line, "Qty"), quantity);
+    bill.SetInt(LItemField(line, "UnitValueDigits"), currencyDigits);
+    if (!code.empty()) bill.SetString(LItemField(line, "Code"), code);
+    if (!description.empty()) bill.SetString(LItemField(line, "Description"), description);
   }
   taxOptions.DetachWithoutSave();
   if (bill.GetItemCount() == 0) {

@@ -14,6 +14,7 @@
 #include "llib/gen/money.h"
 #include "llib/gen/moneyinput.h"
 #include "llib/gen/process.h"
+#include "llib/gen/trim.h"
 #include "llib/web/webformat.h"
 #include "llib/web/webjob.h"
 #include "llib/web/webletform.h"
@@ -71,12 +72,6 @@ int ControlOfMessage(const std::string& message, int typeControl) {
   if (message.find("classification") != std::string::npos) return kClassControl;
   if (message.find("solde d'ouverture") != std::string::npos) return kOpeningControl;
   return kNumberControl;
-}
-
-std::string Trim(std::string_view text) {
-  std::size_t first = text.find_first_not_of(" \t");
-  if (first == std::string_view::npos) return {};
-  return std::string(text.substr(first, text.find_last_not_of(" \t") - first + 1));
 }
 
 std::string Money(const LProfile& profile, long long amount) { return LFormatMoney(amount, profile.GetCurrencyFormat()); }
@@ -302,7 +297,7 @@ class LWebAccountDialog : public LWebLedgerDialog {
     dialog->openingBalance = opening.empty() ? opening : LPlainAmountText(opening, profile.GetCurrencyFormat());
     dialog->linkedSlot = GetText(kSlotControl);
     auto asker = std::make_shared<LWebAsker>(form_);
-    if (Trim(dialog->number) == number_) return Answer(*dialog, *asker, profile);
+    if (LTrim(dialog->number, " \t") == number_) return Answer(*dialog, *asker, profile);
     // A new number: the account is renumbered everywhere, a long operation that runs on while
     // the page follows it.
     std::string pressed = form_.GetParam("submit");

@@ -14,6 +14,7 @@
 #include "accounts/webquestion.h"
 #include "invoice/shared/partyfields.h"
 #include "invoice/shared/profile.h"
+#include "llib/gen/datemessage.h"
 #include "llib/gen/filestore.h"
 #include "llib/gen/money.h"
 #include "llib/gen/moneyinput.h"
@@ -162,7 +163,7 @@ class LWebChequeVoidDialog : public LWebLedgerDialog {
     LDate date;
     std::string text = GetTextAndTrim(kDateControl);
     if (!LDate::Parse(text, date)) {
-      PopupControlDataInvalid(kDateControl, "Date invalide : " + text + ".");
+      PopupControlDataInvalid(kDateControl, LInvalidDateMessage(text));
       return false;
     }
     LWebAsker asker(form_);
@@ -338,7 +339,7 @@ class LWebCashTxnDialog : public LWebLedgerDialog {
     LDate date;
     std::string dateText = GetTextAndTrim(kDateControl);
     if (!LDate::Parse(dateText, date)) {
-      PopupControlDataInvalid(kDateControl, "Date invalide : " + dateText + ".");
+      PopupControlDataInvalid(kDateControl, LInvalidDateMessage(dateText));
       return false;
     }
     long long amount = 0;

@@ -18,6 +18,7 @@
 #include "accounts/webquestion.h"
 #include "invoice/shared/weblistperiod.h"
 #include "invoice/shared/profile.h"
+#include "llib/gen/datemessage.h"
 #include "llib/gen/money.h"
 #include "llib/gen/moneyinput.h"
 #include "llib/gen/textnum.h"
@@ -222,7 +223,7 @@ class LWebJournalEntryDialog : public LWebLedgerDialog {
   bool ReadEntry(const LProfile& profile, LJournalEntryDlg& entry) {
     std::string date = GetTextAndTrim(kDateControl);
     if (!LDate::Parse(date, entry.date)) {
-      PopupControlDataInvalid(kDateControl, "Date invalide : " + date + ".");
+      PopupControlDataInvalid(kDateControl, LInvalidDateMessage(date));
       return false;
     }
     entry.typeIndex = TypeIndexOf(GetText(kTypeControl));

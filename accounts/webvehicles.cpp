@@ -163,7 +163,7 @@ class LWebVehicleDialog : public LWebDialogEx {
     bool editing = !key.empty();
     LVehicle vehicle;
     if (editing && !LVehicleLoad(profile, key, vehicle)) {
-      PopupBoxError("Véhicule introuvable : " + key);
+      PopupBoxError(LVehicleNotFoundMessage(key));
       return false;
     }
     if (!editing) vehicle.key = GetTextAndTrim(kKeyControl);
@@ -219,7 +219,7 @@ class LWebVehicleDeleteRecordsDialog : public LWebDialogEx {
     LVehicle vehicle;
     std::string key = form_.GetParam("id");
     if (!LVehicleLoad(profile, key, vehicle)) {
-      AddRowError("Véhicule introuvable : " + key);
+      AddRowError(LVehicleNotFoundMessage(key));
       return;
     }
     AddHiddenField("id", key);

@@ -17,6 +17,7 @@
 #include "invoice/sales/salesbook.h"
 #include "invoice/sales/salesstock.h"
 #include "llib/gen/date.h"
+#include "llib/gen/datemessage.h"
 #include "llib/gen/filestore.h"
 #include "llib/gen/jsontext.h"
 
@@ -172,7 +173,7 @@ int ReceiveOrBill(LCliContext& context, LCliArgs& args, bool bill) {
   if (!args.Finish(words, error)) return context.Usage(error);
   if (words.size() != 2) return context.Usage();
   LDate date = LDate::Today();
-  if (hasDate && !LDate::Parse(dateText, date)) return context.Fail("Date invalide : " + dateText + ".");
+  if (hasDate && !LDate::Parse(dateText, date)) return context.Fail(LInvalidDateMessage(dateText));
   LProfile* profile = context.Profile();
   if (profile == nullptr) return kExitFailed;
   if (!bill) return LPOrderReceive(*profile, words[1], date.ToText(), &error) ? kExitOk : context.Fail(error);

@@ -10,6 +10,7 @@
 #include "invoice/shared/item.h"
 #include "invoice/shared/profile.h"
 #include "llib/gen/date.h"
+#include "llib/gen/datemessage.h"
 #include "llib/gen/money.h"
 #include "llib/gen/jsontext.h"
 
@@ -142,7 +143,7 @@ int LCmdItem(LCliContext& context, LCliArgs& args) {
   std::vector<std::string> words;
   if (!args.Finish(words, error)) return context.Usage(error);
   LDate date;
-  if (hasDate && !LDate::Parse(dateText, date)) return context.Fail("Date invalide : " + dateText + ".");
+  if (hasDate && !LDate::Parse(dateText, date)) return context.Fail(LInvalidDateMessage(dateText));
   if (verb == "list" && words.size() == 1 && !hasDate) return List(context, *profile);
   if (verb == "stock" && words.size() == 2) return Stock(context, *profile, words[1], hasDate ? date.ToText() : "");
   return context.Usage();

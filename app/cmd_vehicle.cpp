@@ -34,7 +34,7 @@ int VehicleWrite(LCliContext& context, LProfile& profile, const std::vector<std:
   }
   LVehicle vehicle;
   vehicle.key = words[1];
-  if (!add && !LVehicleLoad(profile, words[1], vehicle)) return context.Fail("Véhicule introuvable : " + words[1]);
+  if (!add && !LVehicleLoad(profile, words[1], vehicle)) return context.Fail(LVehicleNotFoundMessage(words[1]));
   std::string error;
   if (!LVehicleSetFields(vehicle, fields, error) || !LVehicleSave(profile, vehicle, !add, error))
     return context.Fail(error);
@@ -57,7 +57,7 @@ int VehicleList(LCliContext& context, LProfile& profile) {
 
 int VehicleShow(LCliContext& context, LProfile& profile, const std::string& key) {
   LVehicle vehicle;
-  if (!LVehicleLoad(profile, key, vehicle)) return context.Fail("Véhicule introuvable : " + key);
+  if (!LVehicleLoad(profile, key, vehicle)) return context.Fail(LVehicleNotFoundMessage(key));
   nlohmann::ordered_json json = VehicleJson(vehicle);
   if (context.json) {
     context.out << LJsonDump(json) << "\n";
@@ -122,7 +122,7 @@ int MileageList(LCliContext& context, LProfile& profile, LCliArgs& args) {
   if (words.size() > 1) return context.Usage();
   std::string vehicle = words.empty() ? std::string() : words[0];
   if (!vehicle.empty() && !profile.MainList(kVehiclesList).TestRecordExists(vehicle))
-    return context.Fail("Véhicule introuvable : " + vehicle);
+    return context.Fail(LVehicleNotFoundMessage(vehicle));
   nlohmann::ordered_json all = nlohmann::ordered_json::array();
   for (const LVehicleMileage& trip : LVehicleMileageList(profile, vehicle, from, to)) {
     if (!context.json) {
@@ -153,7 +153,7 @@ int MileageClear(LCliContext& context, LProfile& profile, LCliArgs& args) {
   if (!args.Finish(words, error)) return context.Usage(error);
   if (words.size() != 1) return context.Usage();
   if (!profile.MainList(kVehiclesList).TestRecordExists(words[0]))
-    return context.Fail("Véhicule introuvable : " + words[0]);
+    return context.Fail(LVehicleNotFoundMessage(words[0]));
   context.out << LVehicleMileageDeleteRange(profile, words[0], from, to) << "\n";
   return kExitOk;
 }

@@ -8,15 +8,9 @@
 #include "app/startwizardpages.h"
 #include "invoice/shared/profile.h"
 #include "llib/gen/locale.h"
+#include "llib/gen/trim.h"
 
 namespace {
-
-std::string Trimmed(std::string_view text) {
-  std::size_t begin = 0, end = text.size();
-  while (begin < end && std::isspace(static_cast<unsigned char>(text[begin]))) ++begin;
-  while (end > begin && std::isspace(static_cast<unsigned char>(text[end - 1]))) --end;
-  return std::string(text.substr(begin, end - begin));
-}
 
 std::string Lowered(std::string text) {
   for (char& c : text) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
@@ -36,7 +30,7 @@ bool LStartWizardPrompter::Ask(std::string_view prompt, std::string_view def, st
     out_ << "\n";
     return false;
   }
-  line = Trimmed(line);
+  line = std::string(LTrim(line, kTrimSpaces));
   answer = line.empty() ? std::string(def) : line;
   return true;
 }

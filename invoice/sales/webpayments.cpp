@@ -14,6 +14,7 @@
 #include "invoice/shared/sortedinvoice.h"
 #include "invoice/shared/webnavtabs.h"
 #include "llib/gen/date.h"
+#include "llib/gen/datemessage.h"
 #include "llib/gen/filestore.h"
 #include "llib/gen/money.h"
 #include "llib/gen/moneyinput.h"
@@ -369,7 +370,7 @@ bool LWebPaymentDialog::CmOk() {
   std::string dateText = GetTextAndTrim(kDateControl);
   LDate date;
   if (!LDate::Parse(dateText, date)) {
-    PopupControlDataInvalid(kDateControl, "Date invalide : " + dateText + ".");
+    PopupControlDataInvalid(kDateControl, LInvalidDateMessage(dateText));
     return false;
   }
   LFixedAsker asker(IsChecked(kConfirmDateControl));

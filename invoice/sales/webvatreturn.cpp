@@ -17,6 +17,7 @@
 #include "llib/gen/process.h"
 #include "llib/gen/reporttable.h"
 #include "llib/gen/textnum.h"
+#include "llib/gen/trim.h"
 #include "llib/web/webformat.h"
 #include "llib/web/webletform.h"
 #include "llib/web/webletroutes.h"
@@ -28,12 +29,6 @@ constexpr char kVrnRefusal[] = "Please enter your VAT registration number in Opt
 // The boxes kept by the running figures: a box left as it was shown takes its figure from them,
 // so that the submission takes it out of them.
 constexpr int kRunningBoxes[] = {1, 6, 8};
-
-std::string Trimmed(std::string text) {
-  std::size_t first = text.find_first_not_of(" \t");
-  if (first == std::string::npos) return {};
-  return text.substr(first, text.find_last_not_of(" \t") - first + 1);
-}
 
 // ---- vatreturn (United Kingdom) -----------------------------------------------------------------
 
@@ -96,8 +91,8 @@ class LWebVatSettingsPage : public LWebVatPage {
     LProfile profile(WLSessionBusinessFolder(form_));
     std::string vrn = FKVatRegistrationNumber(profile), api = FKMTDApiBaseUrl();
     if (!form_.GetParam("save").empty()) {
-      vrn = Trimmed(form_.GetParam("vrn"));
-      api = Trimmed(form_.GetParam("api"));
+      vrn = std::string(LTrim(form_.GetParam("vrn"), " \t"));
+      api = std::string(LTrim(form_.GetParam("api"), " \t"));
       std::string error;
       if (FKVatConfigure(profile, vrn, api, error)) SetOutcome({"Paramètres enregistrés.", ""}, true);
       else SetOutcome({error, ""}, false);
@@ -126,7 +121,7 @@ class LWebVatAuthPage : public LWebVatPage {
     LProcessInterfaceVoid process;
     FKMTDforVATAuthDlg dialog(process);
     // The code pasted, or brought by a redirect that reached this server.
-    std::string code = Trimmed(form_.GetParam("code"));
+    std::string code(LTrim(form_.GetParam("code"), " \t"));
     if (!code.empty()) {
       if (dialog.Authorize(code)) {
         SetOutcome({"L'accès à HMRC est autorisé.", ""}, true);
@@ -225,7 +220,7 @@ class LWebVatSubmitPage : public LWebVatPage {
   bool Submit(LProfile& profile, const std::string& period, const FKVatReturns& running) {
     FKVatGivenFigures given;
     for (int box = 1; box <= 9; ++box) {
-      std::string text = Trimmed(form_.GetParam("box" + std::to_string(box)));
+      std::string text(LTrim(form_.GetParam("box" + std::to_string(box)), " \t"));
       long long value = 0;
       if (!LParseAmount(text, box >= 6 ? 0 : 2, value)) {
         SetOutcome({std::string(FKVatBoxLabel(box)) +
@@ -238,7 +233,7 @@ class LWebVatSubmitPage : public LWebVatPage {
     }
     for (int box : kRunningBoxes) {
       std::string shown = form_.GetParam("shown" + std::to_string(box));
-      if (Trimmed(form_.GetParam("box" + std::to_string(box))) != shown) continue;
+      if (LTrim(form_.GetParam("box" + std::to_string(box)), " \t") != shown) continue;
       if (shown != BoxText(running, box)) {
         // Sales were recorded since the form was shown: show the figures as they are now.
         for (int changed : kRunningBoxes) form_.parameters.DeleteField("box" + std::to_string(changed));

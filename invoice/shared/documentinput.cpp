@@ -12,6 +12,7 @@
 #include "invoice/shared/taxoptions.h"
 #include "invoice/shared/totals.h"
 #include "llib/gen/date.h"
+#include "llib/gen/datemessage.h"
 #include "llib/gen/money.h"
 #include "llib/gen/moneybounds.h"
 #include "llib/gen/textnum.h"
@@ -227,7 +228,7 @@ bool LApplyDocumentInput(LProfile& profile, const LSalesDocumentKind& kind, cons
   if (!input.customer.empty()) document.SetString("Customer", input.customer);
   if (!input.date.empty()) {
     LDate date;
-    if (!LDate::Parse(input.date, date)) return error = "Date invalide : " + input.date + ".", false;
+    if (!LDate::Parse(input.date, date)) return error = LInvalidDateMessage(input.date), false;
     document.SetString("Date", input.date);
   }
   if (input.terms == "now") {

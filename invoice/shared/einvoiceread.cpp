@@ -12,6 +12,7 @@
 #include "llib/gen/optionalerror.h"
 #include "llib/gen/pdfa3.h"
 #include "llib/gen/textnum.h"
+#include "llib/gen/trim.h"
 
 namespace {
 
@@ -48,9 +49,7 @@ std::string Text(const xmlNode* node) {
   xmlChar* content = xmlNodeGetContent(node);
   std::string text = content != nullptr ? reinterpret_cast<const char*>(content) : "";
   xmlFree(content);
-  std::size_t first = text.find_first_not_of(" \t\r\n");
-  std::size_t last = text.find_last_not_of(" \t\r\n");
-  return first == std::string::npos ? std::string() : text.substr(first, last - first + 1);
+  return std::string(LTrim(text));
 }
 
 std::string Attribute(const xmlNode* node, const char* name) {

@@ -1,13 +1,12 @@
 #include "invoice/shared/itemcollection.h"
 
+#include "invoice/shared/itemfield.h"
 #include "llib/gen/money.h"
 #include "llib/gen/record.h"
 #include "llib/gen/textnum.h"
 
 std::string LFKItemCollectionRecord::ItemField(int index, std::string_view suffix) {
-  std::string name = "Item" + std::to_string(index + 1);
-  name.append(suffix);
-  return name;
+  return LItemField(index + 1, suffix);
 }
 
 int LFKItemCollectionRecord::GetItemCount() const { return record_.GetInt("ItemCount", 0); }

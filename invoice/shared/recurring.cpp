@@ -6,6 +6,7 @@
 #include "invoice/shared/item.h"
 #include "invoice/shared/profile.h"
 #include "llib/gen/date.h"
+#include "llib/gen/datemessage.h"
 #include "llib/gen/filestore.h"
 
 namespace {
@@ -119,7 +120,7 @@ bool LRecurringAddTemplate(LProfile& profile, const LSalesDocumentKind& kind, st
     return false;
   }
   if (!LDate::Parse(start, startDate)) {
-    error = "Date invalide : " + std::string(start) + ".";
+    error = LInvalidDateMessage(start);
     return false;
   }
   LSalesDocument source;

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "invoice/shared/profile.h"
+#include "llib/gen/datemessage.h"
 #include "llib/gen/textnum.h"
 #include "llib/web/webformat.h"
 #include "llib/web/weblist.h"
@@ -127,7 +128,7 @@ LWebListFilter LWebReadListFilter(const LWebletForm& form, LProfile& profile, co
     LDate date;
     if (text->empty()) bound->clear();
     else if (LDate::Parse(*text, date)) *bound = date.ToText();
-    else filter.error = "Date invalide : " + *text + ".";
+    else filter.error = LInvalidDateMessage(*text);
   }
   return filter;
 }
@@ -294,11 +295,11 @@ bool LWebListPeriodDialog::CmOk() {
   LDate fromDate, toDate;
   if (code == kLWebPeriodCustom || code.empty()) {
     if (!from.empty() && !LDate::Parse(from, fromDate)) {
-      PopupControlDataInvalid(kFromControl, "Date invalide : " + from + ".");
+      PopupControlDataInvalid(kFromControl, LInvalidDateMessage(from));
       return false;
     }
     if (!to.empty() && !LDate::Parse(to, toDate)) {
-      PopupControlDataInvalid(kToControl, "Date invalide : " + to + ".");
+      PopupControlDataInvalid(kToControl, LInvalidDateMessage(to));
       return false;
     }
     if (!from.empty() && !to.empty() && toDate < fromDate) {

@@ -5,6 +5,7 @@
 
 #include "llib/gen/file.h"
 #include "llib/gen/optionalerror.h"
+#include "llib/gen/trim.h"
 #include "llib/gen/utf16.h"
 
 namespace {
@@ -157,12 +158,6 @@ char FindSeparator(std::string_view text) {
   return ',';
 }
 
-std::string_view TrimBlanks(std::string_view text) {
-  std::size_t first = text.find_first_not_of(' ');
-  if (first == std::string_view::npos) return {};
-  return text.substr(first, text.find_last_not_of(' ') - first + 1);
-}
-
 class RowParser {
  public:
   RowParser(std::string_view text, char separator) : text_(text), separator_(separator) {}
@@ -199,7 +194,7 @@ class RowParser {
     std::size_t start = pos_;
     while (pos_ < text_.size() && text_[pos_] != separator_ && !IsLineEnd(text_[pos_])) ++pos_;
     if (TooLong(error)) return false;
-    cell.assign(TrimBlanks(text_.substr(start, pos_ - start)));
+    cell.assign(LTrim(text_.substr(start, pos_ - start), " "));
     return true;
   }
 
@@ -227,7 +222,7 @@ class RowParser {
     std::size_t start = pos_;
     while (pos_ < text_.size() && text_[pos_] != separator_ && !IsLineEnd(text_[pos_])) ++pos_;
     if (TooLong(error)) return false;
-    cell.append(TrimBlanks(text_.substr(start, pos_ - start)));
+    cell.append(LTrim(text_.substr(start, pos_ - start), " "));
     return true;
   }
 

@@ -2,16 +2,12 @@
 
 #include <cstring>
 
+#include "llib/gen/trim.h"
+
 namespace {
 
 bool IsBlank(char c) { return static_cast<unsigned char>(c) < 33; }
 bool IsLetterOrDigit(char c) { return (c >= '0' && c <= '9') || (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z'); }
-
-std::string_view Trimmed(std::string_view text) {
-  while (!text.empty() && IsBlank(text.front())) text.remove_prefix(1);
-  while (!text.empty() && IsBlank(text.back())) text.remove_suffix(1);
-  return text;
-}
 
 bool IsValidLocalPart(std::string_view local) {
   if (local.empty() || local.size() > LEmail::kMaxLocalPartBytes) return false;
@@ -64,7 +60,7 @@ bool LEmail::ValidateAddress(std::string_view list) {
 bool LEmailAddressListIterator::Next(std::string& address) {
   while (!rest_.empty()) {
     std::size_t comma = rest_.find(',');
-    std::string_view entry = Trimmed(rest_.substr(0, comma));
+    std::string_view entry = LTrimControls(rest_.substr(0, comma));
     rest_ = comma == std::string_view::npos ? std::string_view() : rest_.substr(comma + 1);
     if (!entry.empty()) {
       address.assign(entry);

@@ -6,16 +6,9 @@
 #include <cstring>
 
 #include "llib/gen/system.h"
+#include "llib/gen/trim.h"
 
 namespace {
-
-bool IsBlank(char c) { return static_cast<unsigned char>(c) < 33; }
-
-std::string_view Trimmed(std::string_view text) {
-  while (!text.empty() && IsBlank(text.front())) text.remove_prefix(1);
-  while (!text.empty() && IsBlank(text.back())) text.remove_suffix(1);
-  return text;
-}
 
 bool ParsePort(std::string_view text, int& port) {
   if (text.empty() || text.size() > 5) return false;
@@ -32,7 +25,7 @@ bool ParsePort(std::string_view text, int& port) {
 }  // namespace
 
 bool LIPAddressWithPort::Parse(std::string_view text, int defaultPort, LIPAddressWithPort& out) {
-  text = Trimmed(text);
+  text = LTrimControls(text);
   std::string_view host = text;
   int port = defaultPort;
   if (!text.empty() && text.front() == '[') {

@@ -5,6 +5,7 @@
 #include <nlohmann/json.hpp>
 
 #include "llib/gen/percent.h"
+#include "llib/gen/trim.h"
 #include "llib/gen/usersettings.h"
 
 namespace {
@@ -31,12 +32,6 @@ int Exchange(LProcessInterface& process, LHttpRequest& request, std::string_view
   response = std::move(answer.body);
   httpStatus = answer.status;
   return kOAuthResponse;
-}
-
-std::string_view Trim(std::string_view text) {
-  while (!text.empty() && std::isspace(static_cast<unsigned char>(text.front()))) text.remove_prefix(1);
-  while (!text.empty() && std::isspace(static_cast<unsigned char>(text.back()))) text.remove_suffix(1);
-  return text;
 }
 
 }  // namespace
@@ -75,9 +70,9 @@ std::string OAuthEncodeCode(std::string_view code) {
 }
 
 std::string OAuthParamsParseFromRedirectURL(std::string_view text) {
-  text = Trim(text);
+  text = LTrim(text, kTrimSpaces);
   constexpr std::string_view kTitle = "Success code=";
-  if (text.starts_with(kTitle)) return std::string(Trim(text.substr(kTitle.size())));
+  if (text.starts_with(kTitle)) return std::string(LTrim(text.substr(kTitle.size()), kTrimSpaces));
   std::size_t query = text.find('?');
   if (query != std::string_view::npos) {
     std::string code;

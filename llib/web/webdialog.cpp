@@ -3,20 +3,13 @@
 #include <strings.h>
 
 #include "llib/gen/textnum.h"
+#include "llib/gen/trim.h"
 #include "llib/web/webformat.h"
 #include "llib/web/webletform.h"
 
 namespace {
 
 std::string IdText(int id) { return std::to_string(id); }
-
-std::string Trimmed(std::string_view text) {
-  std::size_t start = 0;
-  while (start < text.size() && static_cast<unsigned char>(text[start]) < 33) ++start;
-  std::size_t end = text.size();
-  while (end > start && static_cast<unsigned char>(text[end - 1]) < 33) --end;
-  return std::string(text.substr(start, end - start));
-}
 
 constexpr std::string_view kButtonStyle = "style='font-family: Arial,sans-serif; font-size: 10pt;'";
 
@@ -216,7 +209,7 @@ std::string LWebDialog::GetToolTipText(int id) const {
 // ---- Values -------------------------------------------------------------------------------------
 
 std::string LWebDialog::GetText(int id) const { return form_.GetParam(IdText(id)); }
-std::string LWebDialog::GetTextAndTrim(int id) const { return Trimmed(GetText(id)); }
+std::string LWebDialog::GetTextAndTrim(int id) const { return std::string(LTrimControls(GetText(id))); }
 void LWebDialog::SetText(int id, std::string_view text) { form_.parameters.SetString(IdText(id), text); }
 void LWebDialog::SetInt(int id, int value) { SetText(id, std::to_string(value)); }
 std::string LWebDialog::GetControlValue(std::string_view name) const { return form_.GetParam(name); }

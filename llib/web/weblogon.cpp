@@ -10,14 +10,6 @@ namespace {
 constexpr std::string_view kLogonFailed = "Échec de la connexion. Veuillez vérifier que le mot de passe est correct.";
 constexpr std::string_view kCookieExpiry = "; Expires=Sun, 17 Jan 2038 19:14:07 GMT";
 
-std::string Trimmed(const std::string& text) {
-  std::size_t start = 0;
-  while (start < text.size() && static_cast<unsigned char>(text[start]) < 33) ++start;
-  std::size_t end = text.size();
-  while (end > start && static_cast<unsigned char>(text[end - 1]) < 33) --end;
-  return text.substr(start, end - start);
-}
-
 }  // namespace
 
 // ---- Logon ----------------------------------------------------------------------------------------
@@ -45,7 +37,7 @@ bool LWebLogon::Validate(const std::string& user, const std::string& password) {
 }
 
 bool LWebLogon::CmOk() {
-  std::string user = Trimmed(GetText(kLogonEmailControl));
+  std::string user = GetTextAndTrim(kLogonEmailControl);
   if (user.empty()) {
     PopupControlDataInvalid(kLogonEmailControl, "Veuillez entrer votre adresse de courriel.");
     return false;
@@ -55,7 +47,7 @@ bool LWebLogon::CmOk() {
     PopupControlDataInvalid(kLogonEmailControl, "Veuillez entrer une adresse de courriel valide.");
     return false;
   }
-  std::string password = Trimmed(GetText(kLogonPasswordControl));
+  std::string password = GetTextAndTrim(kLogonPasswordControl);
   if (!Validate(user, password)) {
     PopupControlDataInvalid(kLogonEmailControl, kLogonFailed);
     return false;

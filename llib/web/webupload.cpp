@@ -9,6 +9,7 @@
 #include "llib/gen/file.h"
 #include "llib/gen/hashtable.h"
 #include "llib/gen/textnum.h"
+#include "llib/gen/trim.h"
 #include "llib/web/webformat.h"
 #include "llib/web/webletconnection.h"
 #include "llib/web/webletform.h"
@@ -24,12 +25,6 @@ bool StartsWithNoCase(std::string_view text, std::string_view prefix) {
   return text.size() >= prefix.size() && ::strncasecmp(text.data(), prefix.data(), prefix.size()) == 0;
 }
 
-std::string_view Trim(std::string_view text) {
-  while (!text.empty() && static_cast<unsigned char>(text.front()) < 33) text.remove_prefix(1);
-  while (!text.empty() && static_cast<unsigned char>(text.back()) < 33) text.remove_suffix(1);
-  return text;
-}
-
 std::string_view Unquoted(std::string_view value) {
   if (value.size() >= 2 && value.front() == '"' && value.back() == '"') return value.substr(1, value.size() - 2);
   return value;
@@ -43,12 +38,12 @@ std::string HeaderParameter(std::string_view value, std::string_view key, bool* 
   while (start <= value.size()) {
     std::size_t end = value.find(';', start);
     if (end == std::string_view::npos) end = value.size();
-    std::string_view item = Trim(value.substr(start, end - start));
+    std::string_view item = LTrimControls(value.substr(start, end - start));
     std::size_t equals = item.find('=');
-    if (equals != std::string_view::npos && Trim(item.substr(0, equals)).size() == key.size() &&
-        StartsWithNoCase(Trim(item.substr(0, equals)), key)) {
+    if (equals != std::string_view::npos && LTrimControls(item.substr(0, equals)).size() == key.size() &&
+        StartsWithNoCase(LTrimControls(item.substr(0, equals)), key)) {
       if (found != nullptr) *found = true;
-      return std::string(Unquoted(Trim(item.substr(equals + 1))));
+      return std::string(Unquoted(LTrimControls(item.substr(equals + 1))));
     }
     start = end + 1;
   }
@@ -56,7 +51,7 @@ std::string HeaderParameter(std::string_view value, std::string_view key, bool* 
 }
 
 bool IsMultipartFormData(std::string_view contentType) {
-  return StartsWithNoCase(Trim(contentType), "multipart/form-data");
+  return StartsWithNoCase(LTrimControls(contentType), "multipart/form-data");
 }
 
 // One part's headers: the form field's name, the file name (hasFile when the part carries one)
@@ -78,8 +73,8 @@ PartHeaders ReadPartHeaders(std::string_view block) {
     std::string_view line = block.substr(start, end - start);
     std::size_t colon = line.find(':');
     if (colon != std::string_view::npos) {
-      std::string_view name = Trim(line.substr(0, colon));
-      std::string_view value = Trim(line.substr(colon + 1));
+      std::string_view name = LTrimControls(line.substr(0, colon));
+      std::string_view value = LTrimControls(line.substr(colon + 1));
       if (name.size() == 19 && StartsWithNoCase(name, "Content-Disposition")) {
         part.name = HeaderParameter(value, "name");
         part.fileName = HeaderParameter(value, "filename", &part.hasFile);
