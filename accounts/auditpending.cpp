@@ -6,6 +6,7 @@
 #include <cerrno>
 #include <utility>
 
+#include "accounts/ledgerlock.h"
 #include "llib/gen/hashtable.h"
 #include "llib/gen/log.h"
 #include "llib/gen/system.h"
@@ -66,8 +67,10 @@ void Settle(const LProfile& profile, std::string_view text, bool warn) {
   if (changed && seq == 0) {
     if (!LAuditAppend(profile, event)) return;
     if (warn)
-      LLogWarning("Piste d'audit : l'entrée « %s » de %s, interrompue avant d'être écrite, a été inscrite.",
-                  event.action.c_str(), event.reference.c_str());
+      LLogWarning("Piste d'audit : l'entrée « %s » de %s, %s, a été inscrite.", event.action.c_str(),
+                  event.reference.c_str(),
+                  LAuditField(text, "Unlocked") == "1" ? "faite sans le verrou du grand livre"
+                                                       : "interrompue avant d'être écrite");
   } else if (!changed && seq != 0 && !cancelled) {
     LAuditEvent cancel = event;
     cancel.action = kAuditCancel;
@@ -92,14 +95,21 @@ LAuditPending::LAuditPending(const LProfile& profile, LAuditEvent event, std::st
   note.SetString("Path", recordPath);
   note.SetString("Before", Fingerprint(recordPath));
   note.SetString("Log", std::to_string(LAuditLogSize(profile)));
+  bool unlocked = LLedgerHeldLockFile(profile) == nullptr;
+  if (unlocked) note.SetString("Unlocked", "1");
   note.SaveHTTPString(note_);
   event_ = std::move(event);
-  (void)intent_.Note(note_);  // a failure is logged and only loses the crash protection
+  // A failure is logged and only loses the crash protection; without the lock, the entry is then
+  // written at once under the log's own lock.
+  pending_ = intent_.Note(note_) && unlocked;
 }
 
-LAuditPending::~LAuditPending() { Settle(profile_, note_, false); }
+LAuditPending::~LAuditPending() {
+  if (pending_) intent_.Keep();
+  else Settle(profile_, note_, false);
+}
 
-bool LAuditPending::Append() { return LAuditAppend(profile_, event_); }
+bool LAuditPending::Append() { return pending_ || LAuditAppend(profile_, event_); }
 
 void LAuditSettlePending(const LProfile& profile, const std::vector<std::string>& notes) {
   for (const std::string& note : notes) Settle(profile, note, true);

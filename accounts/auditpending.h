@@ -21,6 +21,9 @@
 // A record file the change created and left empty (a number taken for a document never written)
 // is removed. Settling twice is harmless: the entry, or the entry and its "cancel", are found.
 //
+// A change made without the ledger lock, after the whole wait, writes nothing into the trail,
+// whose end only holders know: its note is left for the next holder, who applies the rule.
+//
 // The fingerprint is the file's identity, size and time of change: every save writes a new file
 // and renames it into place, so a save changes it even when it writes the same text. Cost of a
 // change: one intent file created and removed, two looks at the record file and one read of the
@@ -58,6 +61,7 @@ class LAuditPending {
   LAuditEvent event_;
   std::string note_;          // the pending entry and what it is checked against, one line
   LBooksChangeIntent intent_;  // the file that keeps note_ for the settler should this process die
+  bool pending_ = false;       // made without the ledger lock: the entry is the next holder's to write
 };
 
 // Brings in step the entries noted by changes killed midway (one note a line). The ledger's

@@ -356,7 +356,7 @@ bool LAuditAppend(const LProfile& profile, const LAuditEvent& event) {
   return false;
 }
 
-bool LAuditAppendTransaction(const LProfile& profile, std::string_view action, const LLedgerTransaction& txn) {
+LAuditEvent LAuditTransactionEvent(std::string_view action, const LLedgerTransaction& txn) {
   LAuditEvent event;
   event.action = action;
   event.reference = txn.GetReference();
@@ -365,7 +365,7 @@ bool LAuditAppendTransaction(const LProfile& profile, std::string_view action, c
     if (line.amount > 0) event.amount += line.amount;
     event.lines += line.BuildCSVRow();
   }
-  return LAuditAppend(profile, event);
+  return event;
 }
 
 bool LAuditAppendDocument(const LProfile& profile, std::string_view action, std::string_view title,

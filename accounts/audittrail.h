@@ -24,8 +24,9 @@
 // so that an entry taken off the end, or a change to the last entry, is found too.
 //
 // Each entry is appended under the ledger lock (accounts/ledgerlock.h), before the change it
-// records is made, and the log file's own exclusive lock is taken inside it, so two processes
-// never chain onto the same entry. A change that cannot write its entry is refused. A posting or
+// records is made, so two processes never chain onto the same entry. A posting or deletion
+// made without the lock, after the whole wait, leaves its entry pending for the next holder
+// (accounts/ledgerintent.h); other writers that waited in vain take the log file's own lock. A change that cannot write its entry is refused. A posting or
 // deletion of the ledger that fails or dies after its entry has the entry taken back off
 // (LAuditCutBack) by itself or by whoever settles its intent (accounts/ledgerintent.h), so the
 // log and the books never disagree. Books that existed before the trail start their chain at
@@ -94,10 +95,9 @@ std::string LAuditTimeNow();
 // every writer of the trail holds, so those entries are the last ones. false when the log or
 // the head could not be written.
 bool LAuditCutBack(const LProfile& profile, long long size);
-// An entry for a transaction posted ("post") or taken out ("delete"): its reference, date, the
+// The event of a transaction posted ("post") or taken out ("delete"): its reference, date, the
 // sum of its debits and its rows.
-[[nodiscard]] bool LAuditAppendTransaction(const LProfile& profile, std::string_view action,
-                                           const LLedgerTransaction& txn);
+LAuditEvent LAuditTransactionEvent(std::string_view action, const LLedgerTransaction& txn);
 
 // An entry for a document recorded, edited or deleted: Reference is title and key ("Facture 12",
 // "Paiement 3"), Date and Amount its "Date" and its "Total" (a payment's "Amount"), Lines its

@@ -41,14 +41,14 @@ std::string LowerAscii(std::string text) {
 
 class LLedgerWalk {
  public:
-  LLedgerWalk(LProfile& profile, LCheckReport& report) : profile_(profile), report_(report) {}
+  LLedgerWalk(const LProfile& profile, LCheckReport& report) : profile_(profile), report_(report) {}
 
   // Reads every day file; false when asked to stop.
   bool Run(LProcessInterface& process, const std::map<std::string, bool>& knownAccounts);
   std::map<std::string, LAccountFigures>& Figures() { return figures_; }
 
  private:
-  LProfile& profile_;
+  const LProfile& profile_;
   LCheckReport& report_;
   std::map<std::string, LAccountFigures> figures_;
   std::map<std::string, long long> txnSums_;  // this file's transactions: reference -> sum
@@ -156,14 +156,14 @@ void CheckAccount(LAccount& account, const LAccountFigures& figures, bool fix, L
   for (std::size_t i = firstDifference; i < report.differences.size(); ++i) report.differences[i].fixed = written;
 }
 
-void CheckAccounts(LProcessInterface& process, LBookCheckProcess& data, bool& cancelled) {
-  LProfile& profile = *data.profile;
+void CheckAccounts(LProcessInterface& process, const LProfile& profile, bool fix, LCheckReport& report,
+                   bool& cancelled) {
   LAccountList accounts(profile);
   std::vector<std::string> numbers = accounts.GetNumbers();
   std::map<std::string, bool> known;
   for (const auto& number : numbers) known.emplace(number, true);
 
-  LLedgerWalk walk(profile, data.report);
+  LLedgerWalk walk(profile, report);
   process.SetStatus("Lecture du grand livre", 0);
   if (!walk.Run(process, known)) {
     cancelled = true;
@@ -173,7 +173,7 @@ void CheckAccounts(LProcessInterface& process, LBookCheckProcess& data, bool& ca
   LAccount account;
   for (const auto& number : numbers) {
     if (!accounts.Open(account, number)) continue;
-    CheckAccount(account, walk.Figures()[number], data.fix, data.report);
+    CheckAccount(account, walk.Figures()[number], fix, report);
     account.Invalidate();
   }
 }
@@ -201,10 +201,16 @@ void LCheckAddBookCheck(LBookCheck check) {
   registry.checks.push_back(check);
 }
 
+void LCheckFixAccountBalances(const LProfile& profile, LCheckReport& report) {
+  LProcessInterfaceVoid quiet;
+  bool cancelled = false;
+  CheckAccounts(quiet, profile, true, report, cancelled);
+}
+
 LProcessResult Process(LProcessInterface& process, LBookCheckProcess& data) {
   LLedgerLock lock(*data.profile);
   bool cancelled = false;
-  CheckAccounts(process, data, cancelled);
+  CheckAccounts(process, *data.profile, data.fix, data.report, cancelled);
   if (cancelled) return kProcessCancelled;
   LCheckSupplierBalances(*data.profile, data.fix, data.report);
   LCheckChequePayments(*data.profile, data.report);

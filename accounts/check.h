@@ -60,6 +60,10 @@ struct LBookCheckProcess {
   LCheckReport report;
 };
 
+// The account check alone, fixing what differs: for a change cut short whose balances cannot be
+// told from what it noted. Callers hold the ledger lock.
+void LCheckFixAccountBalances(const LProfile& profile, LCheckReport& report);
+
 // Runs the account check, then every added check. Cancelled (nothing written) when asked to stop
 // while the day files are read.
 LProcessResult Process(LProcessInterface& process, LBookCheckProcess& data);

@@ -9,7 +9,6 @@
 #include <unistd.h>
 
 #include "accounts/accounts.h"
-#include "accounts/audittrail.h"
 #include "accounts/ledgerintent.h"
 #include "accounts/ledgerlock.h"
 #include "invoice/shared/profile.h"
@@ -102,7 +101,7 @@ bool AppendRows(const LProfile& profile, const LLedgerTransaction& txn, LLedgerI
   if (intent != nullptr) intent->AddPosting(txn);  // the accounts' records, locked after the day file
   if (intent != nullptr && !intent->BeginPosting(txn, end, rows)) return false;
   // The trail records the posting before the rows exist; a posting it cannot record is refused.
-  if (intent != nullptr && !LAuditAppendTransaction(profile, kAuditPost, txn)) return false;
+  if (intent != nullptr && !intent->RecordInTrail()) return false;
   if (LRobustWriteAt(file.Get(), rows.data(), rows.size(), end)) return true;
   LLogWriteFailure("write", path, errno);
   if (!LRobustTruncate(file.Get(), end)) LLogWriteFailure("truncate", path, errno);

@@ -7,7 +7,6 @@
 #include <string>
 #include <vector>
 
-#include "accounts/audittrail.h"
 #include "accounts/billpayments.h"
 #include "accounts/bills.h"
 #include "accounts/cashtxn.h"
@@ -74,9 +73,9 @@ bool LAccountTransactionDelete(LProfile& profile, std::string_view date, std::st
   if (!LLedgerTransactionLoad(profile, txn, date, reference)) return false;
   LLedgerIntent intent(profile);
   intent.AddTransaction(txn, -1);
-  if (!intent.BeginDeleting(date, reference)) return false;
+  if (!intent.BeginDeleting(txn)) return false;
   // The trail keeps the rows before they go; a deletion it cannot record is refused.
-  if (!LAuditAppendTransaction(profile, kAuditDelete, txn)) {
+  if (!intent.RecordInTrail()) {
     intent.End();
     return false;
   }

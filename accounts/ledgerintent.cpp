@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "accounts/auditpending.h"
+#include "accounts/check.h"
 #include "accounts/bookschangefile.h"
 #include "accounts/audittrail.h"
 #include "accounts/ledger.h"
@@ -25,6 +26,7 @@
 #include "llib/gen/hashtable.h"
 #include "llib/gen/log.h"
 #include "llib/gen/moneybounds.h"
+#include "llib/gen/system.h"
 #include "llib/gen/textnum.h"
 
 namespace {
@@ -33,6 +35,10 @@ constexpr std::string_view kIntentsFolder = "Intents";   // inside the ledger fo
 constexpr std::string_view kIntentExtension = ".intent";
 constexpr std::string_view kKindPosting = "post";
 constexpr std::string_view kKindDeleting = "delete";
+// The change file of one that went on without the ledger lock, and the note that its change is
+// complete (balances written): only its audit entry waits.
+constexpr std::string_view kUnlockedExtension = ".unlocked";
+constexpr std::string_view kDoneNote = "Done";
 
 std::string IntentsFolder(const LProfile& profile) {
   LTextBuffer ledger;
@@ -100,8 +106,10 @@ bool SetBalances(const LProfile& profile, const LHashTable& intent, bool inEffec
 
 // Settles the intent text; true when it is settled and may go. An intent cut short was never
 // complete, so the change it announced never began: there is nothing to settle. whole: the change
-// is known to be whole in its day file, which is not looked at.
-bool Settle(const LProfile& profile, std::string text, bool whole = false) {
+// is known to be whole in its day file, which is not looked at. recompute: one without the lock
+// may have moved the same accounts since the intent noted them, so its values would undo that
+// move: the balances are recomputed from the day files instead.
+bool Settle(const LProfile& profile, std::string text, bool whole = false, bool recompute = false) {
   if (text.empty() || text.back() != '\n') return true;
   text.pop_back();
   LHashTable intent;
@@ -113,7 +121,12 @@ bool Settle(const LProfile& profile, std::string text, bool whole = false) {
   bool posting = std::string_view(intent.GetParm("Kind", "")) == kKindPosting;
   bool inEffect = whole ? true : posting ? PostingInEffect(dayPath, LTextToInt64(intent.GetParm("Size", "0")), intent.GetParm("Rows", ""))
                           : !LLedgerTransactionTestExists(profile, date, reference);
-  if (!SetBalances(profile, intent, inEffect)) return false;
+  if (recompute) {
+    LCheckReport report;
+    LCheckFixAccountBalances(profile, report);
+  } else if (!SetBalances(profile, intent, inEffect)) {
+    return false;
+  }
   if (!inEffect && intent.TestFieldExists("Audit") && !LAuditCutBack(profile, LTextToInt64(intent.GetParm("Audit", "0"))))
     return false;
   LLogWarning("Grand livre : %s de l'écriture %s du %s, interrompue, a été %s et les soldes des comptes remis en accord.",
@@ -128,6 +141,13 @@ bool SettleFile(const LProfile& profile, const std::string& path) {
   return LFile::ReadAll(path, text) && Settle(profile, std::move(text)) && ::unlink(path.c_str()) == 0;
 }
 
+// Whether a change made without the lock is running or waits to be settled: it may have moved
+// accounts while the holder's change was under way.
+bool UnlockedChangeSeen(const LProfile& profile) {
+  std::vector<std::string> names = LFile::ListFolder(IntentsFolder(profile));
+  return std::any_of(names.begin(), names.end(), [](const std::string& name) { return name.ends_with(kUnlockedExtension); });
+}
+
 // Settles the intent held in the ledger lock file, if any, and empties the file. Called by the
 // holder of the lock, through the descriptor it locked.
 bool SettleLockFile(const LProfile& profile) {
@@ -140,7 +160,7 @@ bool SettleLockFile(const LProfile& profile) {
   ssize_t n = ::pread(held->fd, text.data(), text.size(), 0);
   if (n < 0) return false;
   text.resize(static_cast<std::size_t>(n));
-  if (!Settle(profile, std::move(text), whole)) return false;
+  if (!Settle(profile, std::move(text), whole, UnlockedChangeSeen(profile))) return false;
   if (LRobustTruncate(held->fd, 0)) {
     held->empty = true;
     held->balancesPending = false;
@@ -204,6 +224,41 @@ std::vector<std::string> NotesOf(const std::vector<std::string>& paths) {
   return notes;
 }
 
+// Settles the change file of one that went on without the ledger lock and is gone; true when it
+// may go. Its entry is written into the trail when its change is in effect. Balances are set
+// from the day files, not from the values it noted: the holder may have moved them since.
+bool SettleUnlocked(const LProfile& profile, const std::string& path) {
+  std::vector<std::string> notes = NotesOf({path});
+  if (notes.empty()) return true;  // cut short before the intent was whole: the change never began
+  bool done = notes.size() > 1 && notes.back() == kDoneNote;
+  LHashTable intent;
+  intent.LoadHTTPString(notes.front());
+  std::string date = intent.GetParm("Date", "");
+  std::string reference = intent.GetParm("Reference", "");
+  LTextBuffer dayPath;
+  if (!LLedgerGetCSVFilePath(profile, dayPath, date)) return true;
+  bool posting = std::string_view(intent.GetParm("Kind", "")) == kKindPosting;
+  bool inEffect = done || (posting ? PostingInEffect(dayPath, LTextToInt64(intent.GetParm("Size", "0")), intent.GetParm("Rows", ""))
+                                   : !LLedgerTransactionTestExists(profile, date, reference));
+  if (inEffect && !LAuditAppend(profile, LAuditEventOfLine(notes.front()))) return false;
+  const char* what = posting ? "l'enregistrement" : "la suppression";
+  if (done) {
+    LLogWarning("Grand livre : %s de l'écriture %s du %s, fait sans le verrou du grand livre, a été inscrit dans la "
+                "piste d'audit.", what, reference.c_str(), date.c_str());
+    return true;
+  }
+  // Balances move only once the day file holds the change: one not in effect moved none.
+  if (inEffect) {
+    LCheckReport report;
+    LCheckFixAccountBalances(profile, report);
+  }
+  LLogWarning("Grand livre : %s de l'écriture %s du %s, faite sans le verrou du grand livre et interrompue, a été %s.",
+              what, reference.c_str(), date.c_str(),
+              inEffect ? "achevée, inscrite dans la piste d'audit et les soldes des comptes recalculés d'après le grand livre"
+                       : "annulée");
+  return true;
+}
+
 }  // namespace
 
 std::vector<std::string_view> LIntentNoteParts(std::string_view note) {
@@ -234,6 +289,15 @@ int LLedgerSettleIntents(const LProfile& profile) {
     std::string path = LFile::MakeFilePath(folder, name);
     if (name.ends_with(kIntentExtension)) {
       if (SettleFile(profile, path)) ++nSettled;
+      continue;
+    }
+    if (name.ends_with(kUnlockedExtension)) {
+      LChangeFileState state = StateOf(path);
+      if (state == LChangeFileState::kLive) continue;
+      bool abandoned = state == LChangeFileState::kAbandoned;
+      if (abandoned && !SettleUnlocked(profile, path)) continue;  // left for the next holder
+      if (::unlink(path.c_str()) != 0) LLogWriteFailure("unlink", path, errno);
+      else nSettled += abandoned;
       continue;
     }
     bool audit = name.ends_with(kAuditPendingExtension);
@@ -291,6 +355,8 @@ LLedgerIntent::LLedgerIntent(const LProfile& profile) : profile_(profile) {}
 
 LLedgerIntent::~LLedgerIntent() {
   for (LAccountMove& move : moves_) move.account.DetachWithoutSave();
+  // Neither ended nor refused (balances not all written): left for the next holder of the lock.
+  if (unlocked_ != nullptr) unlocked_->Keep();
 }
 
 void LLedgerIntent::AddTransaction(const LLedgerTransaction& txn, int sign) { Add(txn, sign, false); }
@@ -323,16 +389,25 @@ void LLedgerIntent::Add(const LLedgerTransaction& txn, int sign, bool holdRecord
   }
 }
 
-bool LLedgerIntent::Write(std::string_view kind, std::string_view date, std::string_view reference,
-                          long long sizeBefore, std::string_view rows) {
+bool LLedgerIntent::Write(std::string_view kind, const LLedgerTransaction& txn, long long sizeBefore,
+                          std::string_view rows) {
+  heldFile_ = LLedgerHeldLockFile(profile_);
+  entry_ = LAuditTransactionEvent(kind, txn);  // the kinds are the trail's actions
   LHashTable intent;
   intent.SetString("Kind", kind);
-  intent.SetString("Date", date);
-  intent.SetString("Reference", reference);
+  intent.SetString("Date", txn.GetDate());
+  intent.SetString("Reference", txn.GetReference());
   intent.SetString("Size", std::to_string(sizeBefore));
   intent.SetString("Rows", rows);
-  auditSize_ = LAuditLogSize(profile_);
-  intent.SetString("Audit", std::to_string(auditSize_));
+  if (heldFile_ == nullptr) {
+    // The entry waits in the intent: its time and author are the change's, not its writer's.
+    entry_.time = LAuditTimeNow();
+    entry_.user = LGetPostingUserName();
+    LAuditSetEventFields(entry_, intent);
+  } else {
+    auditSize_ = LAuditLogSize(profile_);
+    intent.SetString("Audit", std::to_string(auditSize_));
+  }
   int i = 0;
   for (const LAccountMove& move : moves_) {
     ++i;
@@ -350,41 +425,57 @@ bool LLedgerIntent::Write(std::string_view kind, std::string_view date, std::str
   intent.SetString("Accounts", std::to_string(i));
   std::string text;
   intent.SaveHTTPString(text);
+  if (heldFile_ == nullptr) return WriteUnlocked(text);
   text.push_back('\n');  // the mark of a complete intent
 
   // The holder of the lock writes through its descriptor of the lock file, which it found empty
-  // or emptied when it took the lock. Others (a test playing a killed process) open the file.
-  std::string path = LedgerLockPath(profile_);
-  heldFile_ = LLedgerHeldLockFile(profile_);
-  LFileDescriptor opened;
-  if (heldFile_ == nullptr) opened = LFileDescriptor(LRobustOpen(path, O_WRONLY | O_CREAT | O_TRUNC, 0666));
-  int fd = heldFile_ != nullptr ? heldFile_->fd : opened.Get();
-  bool written = fd >= 0 && (heldFile_ == nullptr || heldFile_->empty || LRobustTruncate(fd, 0)) &&
-                 LRobustWriteAt(fd, text.data(), text.size(), 0);
-  if (heldFile_ != nullptr) *heldFile_ = {heldFile_->fd, false, false};
+  // or emptied when it took the lock.
+  int fd = heldFile_->fd;
+  bool written = (heldFile_->empty || LRobustTruncate(fd, 0)) && LRobustWriteAt(fd, text.data(), text.size(), 0);
+  *heldFile_ = {fd, false, false};
   if (!written) {
-    LLogWriteFailure("write", path, errno);
-    if (fd >= 0 && LRobustTruncate(fd, 0) && heldFile_ != nullptr) heldFile_->empty = true;
+    LLogWriteFailure("write", LedgerLockPath(profile_), errno);
+    if (LRobustTruncate(fd, 0)) heldFile_->empty = true;
     heldFile_ = nullptr;
     return false;
   }
-  intentFile_ = std::move(opened);
   return true;
 }
 
-bool LLedgerIntent::BeginPosting(const LLedgerTransaction& txn, long long sizeBefore, std::string_view rows) {
-  return Write(kKindPosting, txn.GetDate(), txn.GetReference(), sizeBefore, rows);
+bool LLedgerIntent::WriteUnlocked(std::string_view text) {
+  LLogWarning("Grand livre : verrou non obtenu en %u ms ; %s de l'écriture %s du %s se fait sans lui, son entrée de la "
+              "piste d'audit sera inscrite par le prochain détenteur du verrou.",
+              kLedgerLockTimeoutMs, entry_.action == kAuditPost ? "l'enregistrement" : "la suppression",
+              entry_.reference.c_str(), entry_.date.c_str());
+  unlocked_ = std::make_unique<LBooksChangeIntent>(profile_, kUnlockedExtension);
+  if (unlocked_->Note(text)) return true;
+  unlocked_.reset();  // without its intent the change would lose its entry: refused
+  return false;
 }
 
-bool LLedgerIntent::BeginDeleting(std::string_view date, std::string_view reference) {
-  return Write(kKindDeleting, date, reference, 0, {});
+bool LLedgerIntent::BeginPosting(const LLedgerTransaction& txn, long long sizeBefore, std::string_view rows) {
+  return Write(kKindPosting, txn, sizeBefore, rows);
 }
+
+bool LLedgerIntent::BeginDeleting(const LLedgerTransaction& txn) { return Write(kKindDeleting, txn, 0, {}); }
+
+bool LLedgerIntent::RecordInTrail() { return unlocked_ != nullptr || LAuditAppend(profile_, entry_); }
 
 bool LLedgerIntent::ApplyBalances() {
   std::optional<LAccountList> accounts;  // only for records not held
   bool saved = true;
   for (LAccountMove& move : moves_) {
     LAccount& account = move.account;
+    if (unlocked_ != nullptr && !move.held.IsHolding()) {
+      // Read without the ledger lock and without its own: the holder may have moved it since.
+      std::string key = account.GetPrimaryKey();
+      account.DetachWithoutSave();
+      if (!accounts) accounts.emplace(profile_);
+      if (!move.held.Open(*accounts, key, account)) {
+        saved = false;
+        continue;
+      }
+    }
     account.MoveBalance(move.monthIndex, move.delta);
     // In place: the intent rewrites these balances whole should the save be cut short.
     if (move.held.IsHolding()) {
@@ -399,16 +490,28 @@ bool LLedgerIntent::ApplyBalances() {
 }
 
 void LLedgerIntent::Refuse() {
+  // Without the lock nothing went into the trail, and the holder's entries may follow the end it
+  // saw: the log is not touched.
+  if (unlocked_ != nullptr) {
+    unlocked_.reset();
+    return;
+  }
   if (auditSize_ >= 0 && !LAuditCutBack(profile_, auditSize_)) return;  // the intent stays to be settled
   End();
 }
 
 void LLedgerIntent::End() {
-  int fd = heldFile_ != nullptr ? heldFile_->fd : intentFile_.Get();
-  if (fd >= 0) {
-    if (!LRobustTruncate(fd, 0)) LLogWriteFailure("truncate", LedgerLockPath(profile_), errno);
-    else if (heldFile_ != nullptr) *heldFile_ = {heldFile_->fd, true, false};
+  if (unlocked_ != nullptr) {
+    // Complete: only the entry waits, for the next holder. Unmarked, the change is settled as one
+    // cut short, which recomputes the balances: slower, never wrong.
+    (void)unlocked_->Note(kDoneNote);
+    unlocked_->Keep();
+    unlocked_.reset();
+    return;
+  }
+  if (heldFile_ != nullptr) {
+    if (!LRobustTruncate(heldFile_->fd, 0)) LLogWriteFailure("truncate", LedgerLockPath(profile_), errno);
+    else *heldFile_ = {heldFile_->fd, true, false};
   }
   heldFile_ = nullptr;
-  intentFile_.Close();
 }

@@ -18,6 +18,17 @@
 // audit entry, day file rewritten, balances, intent removed. So rows in effect mean an audit
 // entry written, and a change refused or undone takes its entry back.
 //
+// One that waited the whole 10,000 ms for the ledger lock goes on without it, and must not harm
+// the holder: it writes no intent into the holder's lock file and no entry into the audit trail
+// (whose end only holders may know). Its intent goes to a change file of its own in the intents
+// folder, locked while it runs, with the change's audit entry pending in it; when the change is
+// complete the file is marked done and left unlocked, and the next holder of the lock writes the
+// entry into the trail. A refused change simply empties its file: nothing was in the trail. One
+// killed midway is settled by the next holder from its day file: a change not in effect never
+// moved a balance (balances come after the rows); one in effect has its entry written and every
+// account's balances recomputed from the day files, as the holder may have moved the same
+// accounts since, which values noted before the change would undo.
+//
 // With nothing interrupted, a lock holder looks at the size of the lock file and lists the
 // folder of sales intents, and a posting pays one write and one truncation of a file that exists:
 // no file is created or removed per posting (creating and removing files is what a file system
@@ -26,7 +37,8 @@
 //     LLedgerIntent intent(profile);
 //     intent.AddTransaction(txn, +1);            // reads the accounts' current balances
 //     if (!intent.BeginPosting(txn, sizeBefore, rows)) return false;
-//     ... write the audit entry, append the rows (intent.Refuse() when either fails) ...
+//     if (!intent.RecordInTrail()) ...        // intent.Refuse() when this or the rows fail
+//     ... append the rows ...
 //     intent.ApplyBalances();
 //     intent.End();
 //
@@ -34,16 +46,19 @@
 #pragma once
 
 #include <list>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "accounts/accounts.h"
+#include "accounts/audittrail.h"
 #include "accounts/ledgerlock.h"
 #include "llib/gen/file.h"
 #include "llib/gen/filelock.h"
 #include "llib/gen/filestoreinplace.h"
 
+class LBooksChangeIntent;
 class LProfile;
 class LLedgerTransaction;
 
@@ -64,8 +79,11 @@ class LLedgerIntent {
   // Writes the intent of appending rows (txn's) at sizeBefore of its day file. false (nothing
   // written, the failure logged) when the intent cannot be written: the posting must not go on.
   [[nodiscard]] bool BeginPosting(const LLedgerTransaction& txn, long long sizeBefore, std::string_view rows);
-  // Writes the intent of taking the rows of reference out of the day file of date.
-  [[nodiscard]] bool BeginDeleting(std::string_view date, std::string_view reference);
+  // Writes the intent of taking txn's rows out of its day file.
+  [[nodiscard]] bool BeginDeleting(const LLedgerTransaction& txn);
+  // Writes the change's audit entry; without the ledger lock it stays pending in the intent, for
+  // the next holder. false when the trail could not be written: the change is refused.
+  [[nodiscard]] bool RecordInTrail();
   // Writes the new balances, one save per account. false when a save failed (the intent stays,
   // and the next holder of the lock settles it).
   [[nodiscard]] bool ApplyBalances();
@@ -85,11 +103,12 @@ class LLedgerIntent {
   const LProfile& profile_;
   std::list<LAccountMove> moves_;  // one per account, in the order first named
   LLedgerLockFile* heldFile_ = nullptr;  // the lock file as this thread holds it, once written
-  LFileDescriptor intentFile_;      // the lock file opened by one that does not hold the lock
+  std::unique_ptr<LBooksChangeIntent> unlocked_;  // the intent of one that went on without the lock
+  LAuditEvent entry_;               // the change's audit entry
   long long auditSize_ = -1;        // the audit trail's size when the intent was written
   void Add(const LLedgerTransaction& txn, int sign, bool holdRecords);
-  bool Write(std::string_view kind, std::string_view date, std::string_view reference, long long sizeBefore,
-             std::string_view rows);
+  bool Write(std::string_view kind, const LLedgerTransaction& txn, long long sizeBefore, std::string_view rows);
+  bool WriteUnlocked(std::string_view text);
 };
 
 // A change that spans many records outside the ledger lock (a sales document or a payment with the

@@ -11,6 +11,7 @@
 #include <string>
 #include <vector>
 
+#include "accounts/ledgerlock.h"
 #include "invoice/shared/profile.h"
 #include "llib/gen/file.h"
 #include "llib/gen/hashtable.h"
@@ -20,7 +21,11 @@ namespace {
 
 class AuditPendingTest : public LHomeTest {
  protected:
-  void SetUp() override { profile_ = std::make_unique<LProfile>(home_.SharedFolder()); }
+  // Changes hold the ledger lock around their pending entry, as documents do.
+  void SetUp() override {
+    profile_ = std::make_unique<LProfile>(home_.SharedFolder());
+    lock_ = std::make_unique<LLedgerLock>(*profile_);
+  }
   std::string RecordPath() const { return home_.SharedFolder() + "/Bills.dat"; }
   std::vector<LHashTable> Entries() const {
     std::vector<LHashTable> entries;
@@ -33,6 +38,7 @@ class AuditPendingTest : public LHomeTest {
   // Saves the record as the store does: a new file renamed into place.
   void Save(const std::string& text) const { ASSERT_TRUE(LFile::WriteAllAtomic(RecordPath(), text)); }
   std::unique_ptr<LProfile> profile_;
+  std::unique_ptr<LLedgerLock> lock_;
 };
 
 TEST_F(AuditPendingTest, TheTrailEndsSayingWhatTheRecordShows) {

@@ -132,6 +132,7 @@ TEST_F(LedgerCrashTest, AnInterruptedPostingIsCompletedOrUndoneByWhatTheDayFileH
     std::string rows;
     for (const auto& line : txn.Lines()) rows += line.BuildCSVRow();
     {
+      LLedgerLock lock(profile_);
       LLedgerIntent intent(profile_);  // never ended: the process dies here
       intent.AddTransaction(txn, +1);
       ASSERT_TRUE(intent.BeginPosting(txn, static_cast<long long>(LReadFile(day).size()), rows));
@@ -171,6 +172,7 @@ TEST_F(LedgerCrashTest, IntentFiguresBeyondSixtyFourBitsAreHeldNotWrapped) {
   std::string rows;
   for (const auto& line : txn.Lines()) rows += line.BuildCSVRow();
   {
+    LLedgerLock lock(profile_);
     LLedgerIntent intent(profile_);  // never ended: the process dies with its rows written
     intent.AddTransaction(txn, -1);
     ASSERT_TRUE(intent.BeginPosting(txn, 0, rows));
