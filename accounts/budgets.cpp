@@ -112,6 +112,8 @@ bool LBudgetSave(LProfile& profile, const LBudget& budget, bool replace, std::st
   return false;
 }
 
+std::string LBudgetNotFoundMessage(std::string_view name) { return "Budget introuvable : " + std::string(name); }
+
 bool LBudgetDelete(LProfile& profile, std::string_view name) {
   return !name.empty() && profile.MainList(kBudgetsList).Delete(name);
 }

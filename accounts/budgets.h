@@ -46,6 +46,8 @@ std::vector<std::string> LBudgetNames(LProfile& profile);
 // false with a French error: an empty name, a year outside 1900..9999, an account that is not in
 // the chart or is a heading, an account twice, an existing name, a write that failed.
 [[nodiscard]] bool LBudgetSave(LProfile& profile, const LBudget& budget, bool replace, std::string& error);
+// "Budget introuvable : <name>", for a budget that is not there.
+std::string LBudgetNotFoundMessage(std::string_view name);
 // Removes the budget; false when there was none.
 bool LBudgetDelete(LProfile& profile, std::string_view name);
 // The fiscal year of the budget (from its first to its last day).

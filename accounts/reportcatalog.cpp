@@ -197,7 +197,7 @@ bool BuildBudget(LProfile& profile, const LReportRequest& request, LReportTable&
     return false;
   }
   if (!LBudgetLoad(profile, request.subject, budget)) {
-    error = "Budget introuvable : " + request.subject;
+    error = LBudgetNotFoundMessage(request.subject);
     return false;
   }
   LDTPeriod period = LBudgetPeriod(profile, budget.year);

@@ -126,7 +126,7 @@ class LWebBudgetDialog : public LWebDialogEx {
     LBudget budget;
     std::string name = form_.GetParam("id");
     if (!LBudgetLoad(profile, name, budget)) {
-      AddRowError("Budget introuvable : " + name);
+      AddRowError(LBudgetNotFoundMessage(name));
       return;
     }
     LDTPeriod year = LBudgetPeriod(profile, budget.year);
@@ -168,7 +168,7 @@ class LWebBudgetDialog : public LWebDialogEx {
     LProfile profile(WLSessionBusinessFolder(form_));
     LBudget budget;
     if (!LBudgetLoad(profile, form_.GetParam("id"), budget)) {
-      PopupBoxError("Budget introuvable : " + form_.GetParam("id"));
+      PopupBoxError(LBudgetNotFoundMessage(form_.GetParam("id")));
       return false;
     }
     budget.lines.clear();

@@ -92,7 +92,7 @@ int LCmdBudget(LCliContext& context, LCliArgs& args) {
   if (!args.Finish(words, error)) return context.Usage(error);
   if (verb == "list" && words.empty()) return BudgetList(context, *profile);
   if (verb == "delete" && words.size() == 1) {
-    if (!LBudgetDelete(*profile, words[0])) return context.Fail("Budget introuvable : " + words[0]);
+    if (!LBudgetDelete(*profile, words[0])) return context.Fail(LBudgetNotFoundMessage(words[0]));
     return kExitOk;
   }
   return context.Usage();

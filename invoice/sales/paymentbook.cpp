@@ -97,14 +97,17 @@ void Distributed(const LPayment& payment, const LSortedInvoiceList& distribution
 }
 
 // Sets the invoices' cached amounts back from the stored payments and credit notes, after a change
-// of applications that was refused midway.
-void RecomputeInvoices(LProfile& profile, const std::vector<LAppliedAmount>& applications) {
+// of applications that was refused midway. false when an invoice could not be written.
+bool RecomputeInvoices(LProfile& profile, const std::vector<LAppliedAmount>& applications) {
+  bool written = true;
   for (const auto& application : applications) {
     LSalesDocument invoice;
     if (!Invoices(profile).Open(invoice, application.invoice)) continue;
     invoice.UpdateAmountPaid(profile);
     invoice.UpdateAmountRefunded(profile);
+    written = invoice.Flush() && written;
   }
+  return written;
 }
 
 // What an applier holds once applications are made: its other entries and the new ones (an
@@ -241,7 +244,8 @@ bool LPaymentDelete(LProfile& profile, std::string_view key, std::string* error)
     SetError(error, std::string(kAuditNotWrittenMessage));
     return false;
   }
-  return DeletePayment(profile, key, payment, error);
+  // Announced: what could not be written is finished by the next holder of the ledger lock.
+  return DeletePayment(profile, key, payment, error) || intent.LeaveUnfinished(key, error);
 }
 
 bool LPaymentFinishDelete(LProfile& profile, std::string_view key) {
@@ -257,41 +261,79 @@ bool LPaymentFinishDelete(LProfile& profile, std::string_view key) {
   return DeletePayment(profile, key, payment, nullptr);
 }
 
+namespace {
+
+// What tells a payment's (or refund's) applications from a credit note's.
+struct LApplierKind {
+  std::string_view list;   // where appliers of the kind are stored
+  std::string_view title;  // how the audit trail names one
+  std::string_view overMessage;
+  std::string_view notSavedMessage;
+  // Applies amount of applier to invoice; the invoice is written, the applier left to the caller.
+  void (*apply)(LProfile& profile, LRecord& applier, LSalesDocument& invoice, long long amount);
+};
+
+// Applies the applier (open; limit: what it may hold in all) to the invoices, each entry in turn,
+// for LPaymentApply and LCreditNoteApply. The invoices are noted in the caller's intent before the
+// first is written: an application killed midway, or whose applier cannot be saved after the trail
+// took it, leaves the invoices' amounts to the next holder of the ledger lock, which computes them
+// from the appliers as stored.
+bool ApplyToInvoices(LProfile& profile, LSalesChangeIntent& intent, const LApplierKind& kind, LRecord& applier,
+                     long long limit, const std::vector<LAppliedAmount>& applications, std::string* error) {
+  std::string key = applier.GetPrimaryKey();
+  if (!CheckApplications(profile, applier.GetString("Customer"), applications, error)) return false;
+  if (HeldAfter(LReadAppliedAmounts(applier), applications) > limit) {
+    SetError(error, std::string(kind.overMessage));
+    return false;
+  }
+  for (const auto& application : applications) intent.NoteApplying(kind.list, key, application.invoice);
+  LApplicationAudit audit(profile, kind.title, applier, profile.MainList(kind.list).MakeRecordPath(key));
+  bool written = true;
+  for (const auto& application : applications) {
+    LSalesDocument invoice;
+    if (!Invoices(profile).Open(invoice, application.invoice)) continue;
+    kind.apply(profile, applier, invoice, application.amount);
+    written = invoice.Flush() && written;
+  }
+  if (!audit.Write(applier)) {
+    applier.DetachWithoutSave();
+    SetError(error, std::string(kAuditNotWrittenMessage));
+    // Invoices that cannot be set back (a full disk) are the next holder of the lock's to set.
+    if (!RecomputeInvoices(profile, applications)) intent.Keep();
+    return false;
+  }
+  if (applier.Flush() && written) return true;
+  SetError(error, std::string(kind.notSavedMessage));
+  return intent.LeaveUnfinished(key, error);
+}
+
+}  // namespace
+
 bool LPaymentApply(LProfile& profile, std::string_view key, const std::vector<LAppliedAmount>& applications,
                    std::string* error) {
+  static const LApplierKind kPayment{kPaymentsList, kPaymentTitle, "Le montant imputé dépasse le montant du paiement.",
+                                     "Impossible d'enregistrer le paiement.",
+                                     [](LProfile& books, LRecord& applier, LSalesDocument& invoice, long long amount) {
+                                       auto& payment = static_cast<LPayment&>(applier);
+                                       LPaymentApplyToInvoice(payment, invoice, amount, books, payment.IsRefund());
+                                     }};
   // Applications read and write the invoices' cached amounts: one desk at a time.
   LLedgerLock lock(profile);
   LSalesChangeIntent intent(profile);
   LPayment payment;
   if (!OpenPayment(profile, key, payment, error)) return false;
   payment.UpdateInvoiceAmounts(profile);
-  if (!CheckApplications(profile, payment.GetCustomer(), applications, error)) return false;
-  if (HeldAfter(LReadAppliedAmounts(payment), applications) > payment.GetAmount()) {
-    SetError(error, "Le montant imputé dépasse le montant du paiement.");
-    return false;
-  }
-  LApplicationAudit audit(profile, kPaymentTitle, payment, profile.MainList(kPaymentsList).MakeRecordPath(key));
-  for (const auto& application : applications) {
-    LSalesDocument invoice;
-    if (Invoices(profile).Open(invoice, application.invoice))
-      LPaymentApplyToInvoice(payment, invoice, application.amount, profile, payment.IsRefund());
-  }
-  if (!audit.Write(payment)) {
-    payment.DetachWithoutSave();
-    RecomputeInvoices(profile, applications);
-    SetError(error, std::string(kAuditNotWrittenMessage));
-    return false;
-  }
-  if (!payment.Flush()) {
-    SetError(error, "Impossible d'enregistrer le paiement.");
-    return false;
-  }
-  return true;
+  return ApplyToInvoices(profile, intent, kPayment, payment, payment.GetAmount(), applications, error);
 }
 
 bool LCreditNoteApply(LProfile& profile, std::string_view key, const std::vector<LAppliedAmount>& applications,
                       std::string* error) {
-  // Applications read and write the invoices' cached amounts: one desk at a time.
+  static const LApplierKind kCreditNote{LSalesDocumentKindOf(LSalesDocumentType::kCreditNote).recordedList,
+                                        LSalesDocumentKindOf(LSalesDocumentType::kCreditNote).title,
+                                        "Le montant imputé dépasse le solde de l'avoir.", "Impossible d'enregistrer l'avoir.",
+                                        [](LProfile& books, LRecord& applier, LSalesDocument& invoice, long long amount) {
+                                          LCreditNoteApplyToInvoice(static_cast<LSalesDocument&>(applier), invoice, amount, books);
+                                        }};
   LLedgerLock lock(profile);
   LSalesChangeIntent intent(profile);
   LSalesDocument creditNote;
@@ -299,31 +341,7 @@ bool LCreditNoteApply(LProfile& profile, std::string_view key, const std::vector
     SetError(error, "Avoir introuvable : " + std::string(key) + ".");
     return false;
   }
-  if (!CheckApplications(profile, creditNote.GetCustomer(), applications, error)) return false;
-  if (HeldAfter(LReadAppliedAmounts(creditNote), applications) > creditNote.GetTotal()) {
-    SetError(error, "Le montant imputé dépasse le solde de l'avoir.");
-    return false;
-  }
-  LApplicationAudit audit(profile, LSalesDocumentKindOf(LSalesDocumentType::kCreditNote).title, creditNote,
-                          CreditNotes(profile).MakeRecordPath(key));
-  bool written = true;
-  for (const auto& application : applications) {
-    LSalesDocument invoice;
-    if (!Invoices(profile).Open(invoice, application.invoice)) continue;
-    LCreditNoteApplyToInvoice(creditNote, invoice, application.amount, profile);
-    written = invoice.Flush() && written;
-  }
-  if (!audit.Write(creditNote)) {
-    creditNote.DetachWithoutSave();
-    RecomputeInvoices(profile, applications);
-    SetError(error, std::string(kAuditNotWrittenMessage));
-    return false;
-  }
-  if (!creditNote.Flush() || !written) {
-    SetError(error, "Impossible d'enregistrer l'avoir.");
-    return false;
-  }
-  return true;
+  return ApplyToInvoices(profile, intent, kCreditNote, creditNote, creditNote.GetTotal(), applications, error);
 }
 
 bool LInvoiceRemoveExcessApplications(LProfile& profile, LSalesDocument& invoice) {

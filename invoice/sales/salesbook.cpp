@@ -380,7 +380,8 @@ bool LSalesDocumentDelete(LProfile& profile, const LSalesDocumentKind& kind, std
     if (!LAuditAppendDocument(profile, kAuditDeleteDocument, kind.title, key, document)) {
       return LFail(error, kAuditNotWrittenMessage);
     }
-    return DeleteRecorded(profile, kind, key, document, error);
+    // Announced: what could not be written is finished by the next holder of the ledger lock.
+    return DeleteRecorded(profile, kind, key, document, error) || intent.LeaveUnfinished(key, error);
   }
   if (draftsList.Open(document, key)) {
     if (isInvoice && !LConvertedInvoiceMoved(profile, document, key, {})) return NotSaved(error);

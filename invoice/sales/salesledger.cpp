@@ -35,6 +35,7 @@ namespace {
 constexpr std::string_view kNotePosting = "post";
 constexpr std::string_view kNoteDeleting = "delete";
 constexpr std::string_view kNoteReserving = "reserve";
+constexpr std::string_view kNoteApplying = "apply";
 
 // What the notes of an interrupted change say about one document.
 struct LNotedDocument {
@@ -97,11 +98,12 @@ void TakeBackReservations(LProfile& profile, const std::string& list) {
 void SettleSalesChange(const LProfile& profile, const std::vector<std::string>& notes) {
   LProfile books(profile.GetDataStore().GetFolder());
   std::map<std::pair<std::string, std::string>, LNotedDocument> documents;
-  std::set<std::string> reserving;
+  std::set<std::string> reserving, applied;  // lists; invoices
   for (const std::string& note : notes) {
     std::vector<std::string_view> parts = LIntentNoteParts(note);
     if (parts.size() == 2 && parts[0] == kNoteReserving) reserving.emplace(parts[1]);
-    if (parts.size() < 3) continue;
+    if (parts.size() == 4 && parts[0] == kNoteApplying) applied.emplace(parts[3]);
+    if (parts.size() < 3 || parts[0] == kNoteApplying) continue;
     LNotedDocument& noted = documents[{std::string(parts[1]), std::string(parts[2])}];
     if (parts[0] == kNoteDeleting) noted.deleting = true;
     if (parts[0] != kNotePosting || parts.size() < 5) continue;
@@ -119,6 +121,18 @@ void SettleSalesChange(const LProfile& profile, const std::vector<std::string>& 
   LCheckReport report;
   LCheckCustomerBalances(books, true, report);
   LCheckInvoiceAmounts(books, true, report);
+  for (const LCheckDifference& difference : report.differences)
+    LLogWarning("Ventes interrompues : %s/%s « %s » remis à %lld (au lieu de %lld).", difference.list.c_str(),
+                difference.key.c_str(), difference.field.c_str(), difference.computed, difference.stored);
+  // An application killed after its payment was saved, before the later ones gave back what the
+  // invoice then held beyond its total: given back now, latest first, as it would have been.
+  for (const std::string& key : applied) {
+    LSalesDocument invoice;
+    if (!books.MainList(LSalesDocumentKindOf(LSalesDocumentType::kInvoice).recordedList).Open(invoice, key)) continue;
+    bool paid = invoice.RemoveExcessPayments(books);
+    if (invoice.RemoveExcessCreditNotes(books) || paid)
+      LLogWarning("Facture %s : ce qui lui était imputé au-delà de son total, interrompu, a été rendu.", key.c_str());
+  }
 }
 
 }  // namespace
@@ -127,6 +141,10 @@ void LSalesChangeIntent::NotePosting(std::string_view list, std::string_view key
                                      std::string_view reference) {
   (void)Note(std::string(kNotePosting) + "\t" + std::string(list) + "\t" + std::string(key) + "\t" +
              std::string(oldDate) + "\t" + std::string(reference));
+}
+
+void LSalesChangeIntent::NoteApplying(std::string_view list, std::string_view key, std::string_view invoice) {
+  (void)Note(std::string(kNoteApplying) + "\t" + std::string(list) + "\t" + std::string(key) + "\t" + std::string(invoice));
 }
 
 void LSalesChangeIntent::NoteReserving(std::string_view list) {

@@ -39,6 +39,10 @@ class LSalesChangeIntent : public LBooksChangeIntent {
   void NotePosting(std::string_view list, std::string_view key, std::string_view oldDate, std::string_view reference);
   // The document is being deleted (noted before its deletion's entry in the audit trail).
   void NoteDeleting(std::string_view list, std::string_view key);
+  // The applications of the payment or credit note key (stored in list) to invoice are about to
+  // change. Killed midway, the invoice's amounts paid and refunded are computed again from the
+  // payments and credit notes as stored, any excess over its total given back.
+  void NoteApplying(std::string_view list, std::string_view key, std::string_view invoice);
   // A new number of list is about to be taken (an empty record file, noted once taken).
   void NoteReserving(std::string_view list);
   // The change failed after its audit entry, its record written or not: what it moves besides

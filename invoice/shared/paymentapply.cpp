@@ -159,6 +159,7 @@ bool RemoveExcess(LProfile& profile, LSalesDocument& invoice, bool refundSide, A
         before.CopyRecord(applier.record);
         before.SetPrimaryKey(key);
       }
+      long long cached = CachedAmount(profile, invoice, refundSide);
       if (held > excess) {
         Apply(profile, applier, invoice, held - excess);
         excess = 0;
@@ -167,6 +168,14 @@ bool RemoveExcess(LProfile& profile, LSalesDocument& invoice, bool refundSide, A
       }
       if (note != nullptr) (*note)(list, before, applier.record);
       applier.record.FlushOrKeepDirty();
+      if (!isCurrent && applier.record.IsDirty() && !applier.record.Flush()) {
+        // Another applier that cannot give its part back (a full disk) keeps it, and the invoice
+        // keeps counting it: the amounts stay those of the appliers as stored.
+        opened.DetachWithoutSave();
+        invoice.SetInt64(CachedField(refundSide), cached);
+        invoice.FlushOrKeepDirty();
+        return changed;
+      }
       invoice.FlushOrKeepDirty();
       changed = true;
     }

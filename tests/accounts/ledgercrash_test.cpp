@@ -10,7 +10,6 @@
 #include <gtest/gtest.h>
 
 #include <cerrno>
-#include <cstdint>
 #include <cstring>
 #include <chrono>
 #include <filesystem>
@@ -22,7 +21,6 @@
 #include <vector>
 
 #include "accounts/accounts.h"
-#include "accounts/audittrail.h"
 #include "accounts/check.h"
 #include "accounts/ledger.h"
 #include "accounts/ledgerdelete.h"
@@ -272,15 +270,9 @@ TEST_F(LedgerCrashTest, KilledPostersLeaveBooksTheNextCommandBringsInStep) {
   const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(60);
   std::mt19937 random(17);
   std::string intents = home_.SharedFolder() + "/Ledger/Intents";
-  std::string auditLog = home_.SharedFolder() + "/" + std::string(kAuditTrailFile);
-  auto auditSize = [&] {
-    std::error_code absent;
-    std::uintmax_t size = std::filesystem::file_size(auditLog, absent);
-    return absent ? std::uintmax_t{0} : size;
-  };
   int nLeft = 0;
   for (int round = 0; round < kRounds && std::chrono::steady_clock::now() < deadline; ++round) {
-    std::uintmax_t before = auditSize();
+    long long before = LAuditTrailSize(home_.SharedFolder());
     std::vector<std::unique_ptr<LChildProcess>> posters;
     for (int p = 0; p < kProcesses; ++p) {
       std::vector<std::string> args{home_.SharedFolder(), "R" + std::to_string(round) + "P" + std::to_string(p),
@@ -288,10 +280,7 @@ TEST_F(LedgerCrashTest, KilledPostersLeaveBooksTheNextCommandBringsInStep) {
       if (p == 0) args.push_back("delete");
       posters.push_back(std::make_unique<LChildProcess>(KONTAVO_PROGRAM_ledgerposter, args));
     }
-    // The kill falls while postings run, however long the posters take to start (a sanitized
-    // build under load takes longer than the whole pause).
-    const auto started = std::chrono::steady_clock::now() + std::chrono::seconds(10);
-    while (auditSize() == before && std::chrono::steady_clock::now() < started) LSleepMs(1);
+    LWaitForWork([&] { return LAuditTrailSize(home_.SharedFolder()) != before; });
     LSleepMs(random() % 40);
     for (auto& poster : posters) ::kill(poster->Pid(), SIGKILL);
     for (auto& poster : posters) EXPECT_EQ(poster->Wait(), 128 + SIGKILL);

@@ -7,11 +7,14 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <chrono>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
+#include <thread>
 
+#include "accounts/audittrail.h"
 #include "app/appinstall.h"
 
 extern char** environ;
@@ -151,6 +154,17 @@ int LCountChangesLeft(const std::string& sharedFolder) {
 std::string LLedgerIntentLeft(const std::string& sharedFolder) {
   std::string text = LReadFile(sharedFolder + "/Ledger/Ledger.lock");
   return text.substr(0, text.find('\n'));
+}
+
+long long LAuditTrailSize(const std::string& sharedFolder) {
+  std::error_code absent;
+  std::uintmax_t size = std::filesystem::file_size(sharedFolder + "/" + std::string(kAuditTrailFile), absent);
+  return absent ? 0 : static_cast<long long>(size);
+}
+
+void LWaitForWork(const std::function<bool()>& started) {
+  const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(10);
+  while (!started() && std::chrono::steady_clock::now() < limit) std::this_thread::sleep_for(std::chrono::milliseconds(1));
 }
 
 void LWriteFile(const std::string& path, const std::string& content) {

@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -55,6 +56,13 @@ int LCountChangesLeft(const std::string& sharedFolder);
 // The intent the ledger lock file holds: its first line, "" when it holds none (the file is empty
 // or begins with a line end; an ended intent leaves its text after that line end).
 std::string LLedgerIntentLeft(const std::string& sharedFolder);
+// The size of the business's audit trail now (0 when there is none): it grows as soon as a change
+// of the books begins.
+long long LAuditTrailSize(const std::string& sharedFolder);
+// Waits until started() holds, at most ten seconds, looking every millisecond: the random pause of
+// a kill loop then falls while its changes run, however slow the processes are to start (a
+// sanitized build under load takes longer than the whole pause), instead of before any began.
+void LWaitForWork(const std::function<bool()>& started);
 
 // A program started in the background; its stdout can be read line by line.
 class LChildProcess {
