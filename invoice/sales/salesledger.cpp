@@ -124,11 +124,22 @@ void SettleSalesChange(const LProfile& profile, const std::vector<std::string>& 
   for (const LCheckDifference& difference : report.differences)
     LLogWarning("Ventes interrompues : %s/%s « %s » remis à %lld (au lieu de %lld).", difference.list.c_str(),
                 difference.key.c_str(), difference.field.c_str(), difference.computed, difference.stored);
+  std::string_view invoiceList = LSalesDocumentKindOf(LSalesDocumentType::kInvoice).recordedList;
+  const LFileStoreListBase& invoices = books.MainList(invoiceList);
+  // An invoice edit killed before its lower total gave back what its payments and credit notes held
+  // beyond it: given back now, latest first and into the audit trail, as the edit would have.
+  for (const auto& [document, noted] : documents) {
+    LSalesDocument invoice;
+    if (document.first != invoiceList || noted.deleting || !invoices.Open(invoice, document.second)) continue;
+    if (LInvoiceRemoveExcessApplications(books, invoice))
+      LLogWarning("Facture %s : ce qui lui était imputé au-delà de son total, interrompu, a été rendu.",
+                  document.second.c_str());
+  }
   // An application killed after its payment was saved, before the later ones gave back what the
   // invoice then held beyond its total: given back now, latest first, as it would have been.
   for (const std::string& key : applied) {
     LSalesDocument invoice;
-    if (!books.MainList(LSalesDocumentKindOf(LSalesDocumentType::kInvoice).recordedList).Open(invoice, key)) continue;
+    if (!invoices.Open(invoice, key)) continue;
     bool paid = invoice.RemoveExcessPayments(books);
     if (invoice.RemoveExcessCreditNotes(books) || paid)
       LLogWarning("Facture %s : ce qui lui était imputé au-delà de son total, interrompu, a été rendu.", key.c_str());

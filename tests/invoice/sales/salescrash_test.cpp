@@ -90,6 +90,24 @@ class SalesCrash : public LSalesTestBusiness {
   int nDays_ = 0;
 };
 
+// An invoice edited down to less than its payments and credit note hold, killed at each step: the
+// appliers give back the excess, latest first, and the invoice counts what they hold as stored.
+TEST_F(SalesCrash, AnInvoiceEditedBelowWhatIsAppliedKilledAtAnyStepIsBroughtInStep) {
+  auto prepare = [&] {
+    Prepare();
+    EXPECT_TRUE(LCreditNoteApply(Profile(), creditNote_, {{invoice_, 300}}, nullptr));
+  };
+  auto edit = [&] {
+    (void)LSalesDocumentEdit(Profile(), LSalesDocumentKindOf(LSalesDocumentType::kInvoice), invoice_,
+                             [](LSalesDocument& invoice) {
+                               invoice.SetInt64(LFKItemCollectionRecord::ItemField(0, "UnitValue"), 100);
+                             },
+                             nullptr);
+  };
+  int nKilled = LKillAtEachStep(prepare, edit, [&](const std::string& where) { ExpectInStep("edit, killed at " + where, true); });
+  EXPECT_GT(nKilled, 3);
+}
+
 TEST_F(SalesCrash, ApplicationsAndDeletionsKilledAtAnyStepAreBroughtInStep) {
   for (const auto& [name, change] : Changes()) {
     int nKilled = LKillAtEachStep([&] { Prepare(); }, [&] { (void)change(nullptr); },
