@@ -6,6 +6,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <ctime>
 #include <mutex>
 #include <unordered_set>
@@ -79,6 +80,34 @@ bool ReadLastLine(int fd, std::string& line) {
     }
   }
   line = tail.back() == '\n' ? tail.substr(0, tail.size() - 1) : tail;
+  return true;
+}
+
+// Cuts off the end of the log after its last line end. A writer killed in the middle of its
+// entry can leave part of it (a write is cut between pages): chained to, that torn line would
+// give the next entry no order number to follow. Only one who alone writes the log calls it.
+bool CutTornTail(int fd, const std::string& path) {
+  struct stat info {};
+  if (::fstat(fd, &info) != 0) return false;
+  off_t keep = info.st_size;
+  char chunk[kTailChunk];
+  for (bool torn = false; keep > 0;) {
+    off_t from = std::max<off_t>(0, keep - static_cast<off_t>(kTailChunk));
+    std::size_t size = static_cast<std::size_t>(keep - from);
+    if (::pread(fd, chunk, size, from) != static_cast<ssize_t>(size)) return false;
+    std::string_view text(chunk, size);
+    if (!torn && text.back() == '\n') return true;
+    torn = true;
+    std::size_t lineEnd = text.rfind('\n');
+    keep = lineEnd == std::string_view::npos ? from : from + static_cast<off_t>(lineEnd) + 1;
+    if (lineEnd != std::string_view::npos) break;
+  }
+  if (!LRobustTruncate(fd, keep)) {
+    LLogWriteFailure("truncate", path, errno);
+    return false;
+  }
+  LLogWarning("Piste d'audit : une entrée inachevée de %lld octets, laissée par un programme interrompu, a été retirée.",
+              static_cast<long long>(info.st_size - keep));
   return true;
 }
 
@@ -257,6 +286,10 @@ bool CatchUp(const LProfile& profile, LAuditEnd& end) {
     end.logDevice = info.st_dev;
     end.logInode = info.st_ino;
   }
+  if (!CutTornTail(end.log.Get(), path) || ::fstat(end.log.Get(), &info) != 0) {
+    ForgetEnd(end);
+    return false;
+  }
   end.size = info.st_size;
   if (ReadLastLine(end.log.Get(), end.last)) return true;
   ForgetEnd(end);
@@ -342,7 +375,8 @@ bool LAuditAppend(const LProfile& profile, const LAuditEvent& event) {
   LLockedFile log(LogPath(profile), O_RDWR | O_CREAT | O_APPEND, LOCK_EX, kLedgerLockTimeoutMs, 0666);
   std::string last;
   struct stat info {};
-  if (!log.IsOpen() || !ReadLastLine(log.Get(), last) || ::fstat(log.Get(), &info) != 0) {
+  if (!log.IsOpen() || !CutTornTail(log.Get(), LogPath(profile)) || !ReadLastLine(log.Get(), last) ||
+      ::fstat(log.Get(), &info) != 0) {
     LogRefused(event);
     return false;
   }

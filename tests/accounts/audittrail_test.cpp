@@ -146,6 +146,21 @@ TEST_F(AuditTrailTest, EntriesOfAnotherProcessInBetweenAreFollowed) {
   EXPECT_EQ(result.entryCount, 10);
 }
 
+TEST_F(AuditTrailTest, AnEntryTornByAKilledWriterIsCutOffBeforeTheNextIsChained) {
+  Post("2026-03-01", "GJ1", 100);
+  Post("2026-03-02", "GJ2", 200);
+  std::vector<std::string> entries = Entries();
+  ASSERT_EQ(entries.size(), 2u);
+  // What a writer killed between two pages of its entry leaves: the first part of a line.
+  std::string whole = LReadFile(LogPath());
+  LWriteFile(LogPath(), whole + entries[1].substr(0, entries[1].size() / 2));
+  Post("2026-03-03", "GJ3", 300);
+  LAuditVerifyResult result = LAuditVerify(*profile_);
+  EXPECT_EQ(result.message, "");
+  EXPECT_EQ(result.entryCount, 3);
+  EXPECT_EQ(LReadFile(LogPath()).substr(0, whole.size()), whole);
+}
+
 TEST_F(AuditTrailTest, FourProcessesPostingAtOnceLeaveOneValidChain) {
   constexpr int kProcesses = 4;
   constexpr int kEach = 60;
