@@ -19,6 +19,7 @@
 #include "llib/gen/hashtable.h"
 #include "llib/gen/hextext.h"
 #include "llib/gen/log.h"
+#include "llib/gen/moneybounds.h"
 #include "llib/gen/percent.h"
 #include "llib/gen/processid.h"
 #include "llib/gen/record.h"
@@ -396,7 +397,7 @@ LAuditEvent LAuditTransactionEvent(std::string_view action, const LLedgerTransac
   event.reference = txn.GetReference();
   event.date = txn.GetDate();
   for (const auto& line : txn.Lines()) {
-    if (line.amount > 0) event.amount += line.amount;
+    if (line.amount > 0) event.amount = LMoneySum(event.amount, line.amount);
     event.lines += line.BuildCSVRow();
   }
   return event;
