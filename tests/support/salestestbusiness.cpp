@@ -5,6 +5,7 @@
 #include "invoice/shared/options.h"
 #include "invoice/shared/regionaldefaults.h"
 #include "invoice/shared/taxoptions.h"
+#include "invoice/sales/salesbook.h"
 #include "llib/gen/textnum.h"
 
 void LSalesTestBusiness::SetUp() {
@@ -31,6 +32,17 @@ void LSalesTestBusiness::SetDiscountsShown(bool shown) {
   LOptions options;
   options.OpenFrom(*profile_);
   options.SetBool("DontShowDiscountColumn", !shown);
+}
+
+std::string LSalesTestBusiness::RecordUntaxed(LSalesDocumentType type, long long total, const std::string& date) {
+  LRecord content;
+  content.SetString("Customer", "C1");
+  content.SetString("Date", date);
+  content.SetInt("TaxRate", kDocumentUntaxed);
+  AddLine(content, total, -1, 1, 0, "", "");
+  std::string key, error;
+  EXPECT_TRUE(LSalesDocumentCreate(Profile(), LSalesDocumentKindOf(type), content, false, {}, key, &error)) << error;
+  return key;
 }
 
 void LSalesTestBusiness::AddLine(LRecord& document, long long unitValue, int digits, double qty, double discount,

@@ -28,6 +28,9 @@ class LSalesTestBusiness : public LHomeTest {
   void SetDiscountsShown(bool shown);
 
   void AddCustomer(const std::string& key);
+  // Records an untaxed document of type for customer C1 on date, one line of total cents; its key,
+  // empty (and the test failed) when it was refused.
+  std::string RecordUntaxed(LSalesDocumentType type, long long total, const std::string& date);
 
  public:
   // Appends a line to document: unit value (stored integer), its digits (-1: currency),

@@ -24,16 +24,7 @@ class Payments : public LSalesTestBusiness {
 
   // A recorded untaxed invoice of C1 for total cents; due 30 days after date.
   std::string Invoice(long long total, const std::string& date = "2026-01-10") {
-    LRecord content;
-    content.SetString("Customer", "C1");
-    content.SetString("Date", date);
-    content.SetInt("TaxRate", kDocumentUntaxed);
-    AddLine(content, total, -1, 1, 0, "", "");
-    std::string key, error;
-    EXPECT_TRUE(LSalesDocumentCreate(Profile(), LSalesDocumentKindOf(LSalesDocumentType::kInvoice), content, false,
-                                     {}, key, &error))
-        << error;
-    return key;
+    return RecordUntaxed(LSalesDocumentType::kInvoice, total, date);
   }
 
   std::string Pay(long long amount, std::vector<LAppliedAmount> applications, bool refund = false) {
@@ -269,14 +260,8 @@ TEST_F(Payments, RefundsRaiseTheBalanceAndPostTheOtherWayRound) {
 
 TEST_F(Payments, CreditNotesRefundInvoicesUpToTheirTotalAndLetGoWhenDeleted) {
   std::string invoice = Invoice(1000), other = Invoice(300);
-  LRecord content;
-  content.SetString("Customer", "C1");
-  content.SetString("Date", "2026-01-15");
-  content.SetInt("TaxRate", kDocumentUntaxed);
-  AddLine(content, 400, -1, 1, 0, "", "");
-  const LSalesDocumentKind& kind = LSalesDocumentKindOf(LSalesDocumentType::kCreditNote);
-  std::string note, error;
-  ASSERT_TRUE(LSalesDocumentCreate(Profile(), kind, content, false, {}, note, &error)) << error;
+  std::string note = RecordUntaxed(LSalesDocumentType::kCreditNote, 400, "2026-01-15"), error;
+  ASSERT_FALSE(note.empty());
 
   ASSERT_TRUE(LCreditNoteApply(Profile(), note, {{invoice, 250}, {other, 150}}, &error)) << error;
   EXPECT_EQ(Refunded(invoice), 250);
@@ -292,6 +277,7 @@ TEST_F(Payments, CreditNotesRefundInvoicesUpToTheirTotalAndLetGoWhenDeleted) {
   EXPECT_EQ(Held(refund, other), 250);
   EXPECT_EQ(Refunded(other), 300);
 
+  const LSalesDocumentKind& kind = LSalesDocumentKindOf(LSalesDocumentType::kCreditNote);
   ASSERT_TRUE(LSalesDocumentDelete(Profile(), kind, note, &error)) << error;
   EXPECT_EQ(Refunded(invoice), 0);
   EXPECT_EQ(Refunded(other), 250);

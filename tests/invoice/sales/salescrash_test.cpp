@@ -31,16 +31,7 @@ class SalesCrash : public LSalesTestBusiness {
 
   // Each case's documents on a day of their own, so that every run of a change has the same steps.
   void NextDay() { date_ = LDate(2026, 1, 1).AddDays(++nDays_).ToText(); }
-  std::string Document(LSalesDocumentType type, long long total) {
-    LRecord content;
-    content.SetString("Customer", "C1");
-    content.SetString("Date", date_);
-    content.SetInt("TaxRate", kDocumentUntaxed);
-    AddLine(content, total, -1, 1, 0, "", "");
-    std::string key, error;
-    EXPECT_TRUE(LSalesDocumentCreate(Profile(), LSalesDocumentKindOf(type), content, false, {}, key, &error)) << error;
-    return key;
-  }
+  std::string Document(LSalesDocumentType type, long long total) { return RecordUntaxed(type, total, date_); }
   std::string Pay(long long amount, const std::string& invoice, long long applied) {
     LPaymentRequest request;
     request.customer = "C1";
