@@ -15,19 +15,12 @@
 #include "invoice/shared/customer.h"
 #include "invoice/shared/profile.h"
 #include "invoice/shared/sortedinvoice.h"
+#include "llib/gen/optionalerror.h"
 #include "llib/gen/system.h"
 
 namespace {
 
 constexpr std::string_view kPaymentTitle = "Paiement";  // how the audit trail names a payment
-
-void SetError(std::string* error, std::string message) {
-  if (error != nullptr) *error = std::move(message);
-}
-
-bool OpenPayment(LProfile& profile, std::string_view key, LPayment& payment, std::string* error) {
-  return LPaymentOpen(profile, key, payment, error);
-}
 
 const LFileStoreListBase& Invoices(LProfile& profile) {
   return profile.MainList(LSalesDocumentKindOf(LSalesDocumentType::kInvoice).recordedList);
@@ -42,16 +35,16 @@ bool CheckApplications(LProfile& profile, const std::string& customer, const std
                        std::string* error) {
   for (const auto& application : applications) {
     if (application.amount <= 0) {
-      SetError(error, "Le montant doit être supérieur à zéro.");
+      LSetError(error, "Le montant doit être supérieur à zéro.");
       return false;
     }
     LSalesDocument invoice;
     if (!Invoices(profile).Open(invoice, application.invoice)) {
-      SetError(error, "Facture introuvable : " + application.invoice + ".");
+      LSetError(error, "Facture introuvable : " + application.invoice + ".");
       return false;
     }
     if (invoice.GetCustomer() != customer) {
-      SetError(error, "La facture " + application.invoice + " n'est pas une facture du client " + customer + ".");
+      LSetError(error, "La facture " + application.invoice + " n'est pas une facture du client " + customer + ".");
       return false;
     }
   }
@@ -75,7 +68,7 @@ std::unique_ptr<LSortedInvoiceList> Distribute(LProfile& profile, LPayment& paym
     bool found = request.refund ? chosen->SetRefundedAppliedAmount(application.invoice, application.amount)
                                 : chosen->SetAppliedAmount(application.invoice, application.amount);
     if (!found) {
-      SetError(error, "La facture " + application.invoice +
+      LSetError(error, "La facture " + application.invoice +
                           (request.refund ? " est déjà remboursée." : " est déjà payée."));
       return nullptr;
     }
@@ -125,7 +118,7 @@ long long HeldAfter(const std::vector<LAppliedAmount>& entries, const std::vecto
 
 bool LPaymentOpen(LProfile& profile, std::string_view key, LPayment& payment, std::string* error) {
   if (!key.empty() && profile.MainList(kPaymentsList).Open(payment, key)) return true;
-  SetError(error, "Paiement introuvable : " + std::string(key) + ".");
+  LSetError(error, "Paiement introuvable : " + std::string(key) + ".");
   return false;
 }
 
@@ -136,7 +129,7 @@ bool LPaymentCreate(LProfile& profile, const LPaymentRequest& request, std::stri
   if (!LSalesCheckParty(profile, LSalesDocumentKindOf(LSalesDocumentType::kInvoice), request.customer, error))
     return false;
   if (request.amount <= 0) {
-    SetError(error, "Le montant doit être supérieur à zéro.");
+    LSetError(error, "Le montant doit être supérieur à zéro.");
     return false;
   }
   if (!CheckApplications(profile, request.customer, request.applications, error)) return false;
@@ -152,7 +145,7 @@ bool LPaymentCreate(LProfile& profile, const LPaymentRequest& request, std::stri
   intent.NoteReserving(kPaymentsList);
   std::string key = LSalesReserveFirstFreeKey(payments, {});
   if (key.empty()) {
-    SetError(error, "Impossible d'enregistrer le paiement.");
+    LSetError(error, "Impossible d'enregistrer le paiement.");
     return false;
   }
   intent.NotePosting(kPaymentsList, key, {}, {});
@@ -170,19 +163,19 @@ bool LPaymentCreate(LProfile& profile, const LPaymentRequest& request, std::stri
   if (!saved || !audit.Append()) {
     payment.DetachWithoutSave();
     (void)payments.Delete(key);  // nothing else was written yet
-    SetError(error, saved ? std::string(kAuditNotWrittenMessage) : std::string("Impossible d'enregistrer le paiement."));
+    LSetError(error, saved ? std::string(kAuditNotWrittenMessage) : std::string("Impossible d'enregistrer le paiement."));
     return false;
   }
   newKey = key;
   bool unapplied = false;  // the trail refused the applications: the payment stands, whole, without them
   auto finish = [&] {
     if (!LCoreDataPaymentApply(profile, payment, +1)) {
-      SetError(error, std::string(kRecordNotSavedMessage));
+      LSetError(error, std::string(kRecordNotSavedMessage));
       return false;
     }
     std::string reference = LSalesDocumentTakeReference(profile, payment, true);
     if (reference.empty()) {
-      SetError(error, "Impossible d'écrire dans le grand livre.");
+      LSetError(error, "Impossible d'écrire dans le grand livre.");
       return false;
     }
     intent.NotePosting(kPaymentsList, key, {}, reference);
@@ -194,13 +187,13 @@ bool LPaymentCreate(LProfile& profile, const LPaymentRequest& request, std::stri
     Distributed(payment, *distribution, distributed);
     if (!applications.Write(distributed)) {
       unapplied = payment.Flush() && posted;
-      SetError(error, "Le paiement " + key + " est enregistré, mais la piste d'audit n'a pas pu recevoir ses imputations : "
+      LSetError(error, "Le paiement " + key + " est enregistré, mais la piste d'audit n'a pas pu recevoir ses imputations : "
                       "il n'est imputé à aucune facture.");
       return false;
     }
     bool written = payment.Flush() && LPaymentApplyList(profile, payment, *distribution);
-    if (!posted) SetError(error, "Impossible d'écrire dans le grand livre.");
-    else if (!written) SetError(error, "Impossible d'enregistrer le paiement.");
+    if (!posted) LSetError(error, "Impossible d'écrire dans le grand livre.");
+    else if (!written) LSetError(error, "Impossible d'enregistrer le paiement.");
     return posted && written;
   };
   if (finish()) return true;
@@ -219,12 +212,12 @@ bool DeletePayment(LProfile& profile, std::string_view key, LPayment& payment, s
   (void)applications.Write(payment);
   LSalesDocumentRemoveTransaction(profile, payment, payment.GetDate());
   if (!LCoreDataPaymentReverse(profile, payment, false)) {
-    SetError(error, std::string(kRecordNotSavedMessage));
+    LSetError(error, std::string(kRecordNotSavedMessage));
     return false;
   }
   payment.Invalidate();
   if (profile.MainList(kPaymentsList).Delete(key)) return true;
-  SetError(error, "Impossible de supprimer le paiement " + std::string(key) + ".");
+  LSetError(error, "Impossible de supprimer le paiement " + std::string(key) + ".");
   return false;
 }
 
@@ -241,7 +234,7 @@ bool LPaymentDelete(LProfile& profile, std::string_view key, std::string* error)
   // payment as it was; without it, nothing is deleted (the note goes with the intent).
   intent.NoteDeleting(kPaymentsList, key);
   if (!LAuditAppendDocument(profile, kAuditDeleteDocument, kPaymentTitle, key, payment)) {
-    SetError(error, std::string(kAuditNotWrittenMessage));
+    LSetError(error, std::string(kAuditNotWrittenMessage));
     return false;
   }
   // Announced: what could not be written is finished by the next holder of the ledger lock.
@@ -283,7 +276,7 @@ bool ApplyToInvoices(LProfile& profile, LSalesChangeIntent& intent, const LAppli
   std::string key = applier.GetPrimaryKey();
   if (!CheckApplications(profile, applier.GetString("Customer"), applications, error)) return false;
   if (HeldAfter(LReadAppliedAmounts(applier), applications) > limit) {
-    SetError(error, std::string(kind.overMessage));
+    LSetError(error, std::string(kind.overMessage));
     return false;
   }
   for (const auto& application : applications) intent.NoteApplying(kind.list, key, application.invoice);
@@ -297,13 +290,13 @@ bool ApplyToInvoices(LProfile& profile, LSalesChangeIntent& intent, const LAppli
   }
   if (!audit.Write(applier)) {
     applier.DetachWithoutSave();
-    SetError(error, std::string(kAuditNotWrittenMessage));
+    LSetError(error, std::string(kAuditNotWrittenMessage));
     // Invoices that cannot be set back (a full disk) are the next holder of the lock's to set.
     if (!RecomputeInvoices(profile, applications)) intent.Keep();
     return false;
   }
   if (applier.Flush() && written) return true;
-  SetError(error, std::string(kind.notSavedMessage));
+  LSetError(error, std::string(kind.notSavedMessage));
   return intent.LeaveUnfinished(key, error);
 }
 
@@ -321,7 +314,7 @@ bool LPaymentApply(LProfile& profile, std::string_view key, const std::vector<LA
   LLedgerLock lock(profile);
   LSalesChangeIntent intent(profile);
   LPayment payment;
-  if (!OpenPayment(profile, key, payment, error)) return false;
+  if (!LPaymentOpen(profile, key, payment, error)) return false;
   payment.UpdateInvoiceAmounts(profile);
   return ApplyToInvoices(profile, intent, kPayment, payment, payment.GetAmount(), applications, error);
 }
@@ -338,7 +331,7 @@ bool LCreditNoteApply(LProfile& profile, std::string_view key, const std::vector
   LSalesChangeIntent intent(profile);
   LSalesDocument creditNote;
   if (!CreditNotes(profile).Open(creditNote, key)) {
-    SetError(error, "Avoir introuvable : " + std::string(key) + ".");
+    LSetError(error, "Avoir introuvable : " + std::string(key) + ".");
     return false;
   }
   return ApplyToInvoices(profile, intent, kCreditNote, creditNote, creditNote.GetTotal(), applications, error);
