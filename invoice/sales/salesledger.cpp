@@ -17,6 +17,7 @@
 #include "accounts/ledgerdelete.h"
 #include "invoice/sales/bankpayment.h"
 #include "invoice/sales/paymentbook.h"
+#include "invoice/sales/recurringrecord.h"
 #include "invoice/sales/salesbook.h"
 #include "invoice/sales/salesposting.h"
 #include "invoice/sales/salesstock.h"
@@ -128,6 +129,7 @@ void SettleSalesChange(const LProfile& profile, const std::vector<std::string>& 
     LLogWarning("Stock interrompu : article %s, %s remis à %lld (au lieu de %lld).", difference.key.c_str(),
                 difference.field.c_str(), difference.computed, difference.stored);
   for (const auto& [document, noted] : documents) SettleDocument(books, document.first, document.second, noted);
+  LRecurringSettle(books, notes);
   LCheckReport report;
   LCheckCustomerBalances(books, true, report);
   LCheckInvoiceAmounts(books, true, report);

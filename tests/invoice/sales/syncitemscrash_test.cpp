@@ -3,7 +3,7 @@
 // leave the linked client's view in step with the stock: every stocked item's "Qty" in
 // "SyncItems" adds up to what the item's own movements say, each change counted once, neither
 // lost between the stock and the queue nor queued twice by the settler. Services are queued by
-// line but hold no stock to compare.
+// line but hold no stock to compare. Recurring invoices too, their templates moved on once.
 #include <gtest/gtest.h>
 
 #include <cerrno>
@@ -13,6 +13,7 @@
 #include <string>
 #include <vector>
 
+#include "invoice/sales/recurringrecord.h"
 #include "invoice/sales/salesbook.h"
 #include "invoice/shared/item.h"
 #include "invoice/shared/options.h"
@@ -48,9 +49,8 @@ class SyncItemsCrash : public LSalesTestBusiness {
 
   // Each run of a change on a day of its own, so that every run has the same steps.
   void NextDay() { date_ = LDate(2026, 1, 1).AddDays(++nDays_).ToText(); }
-  // Records an invoice of W × 3, V × 2 and SRV × 1 as invoice_; false when it was refused.
-  bool NewInvoice() {
-    LRecord content;
+  // An untaxed document of C1 dated today: W × 3, V × 2 and SRV × 1.
+  void Content(LRecord& content) {
     content.SetString("Customer", "C1");
     content.SetString("Date", date_);
     content.SetInt("TaxRate", kDocumentUntaxed);
@@ -59,6 +59,11 @@ class SyncItemsCrash : public LSalesTestBusiness {
       AddLine(content, 1000, -1, qty, 0, "", "");
       content.SetString(LFKItemCollectionRecord::ItemField(line, "Code"), code);
     }
+  }
+  // Records such an invoice as invoice_; false when it was refused.
+  bool NewInvoice() {
+    LRecord content;
+    Content(content);
     return LSalesDocumentCreate(Profile(), kInvoiceKind, content, false, {}, invoice_, nullptr);
   }
 
@@ -117,6 +122,39 @@ TEST_F(SyncItemsCrash, InvoiceRecordEditAndDeleteKilledAtAnyWriteQueueEachMoveme
     EXPECT_GT(nKilled, 10) << change.name;
     if (HasFailure()) return;
   }
+}
+
+// A recurring invoice is a sales change of its own: killed at any write, the next opener finishes
+// it (stock, queue, posting) and moves its template on, or gives its number back, so that the
+// occurrence is recorded, queued and counted once.
+TEST_F(SyncItemsCrash, RecurringInvoiceKilledAtAnyWriteIsRecordedAndQueuedOnce) {
+  std::string templateKey;
+  auto prepare = [&] {
+    NextDay();
+    templateKey = std::to_string(nDays_);
+    LRecord schedule;
+    Profile().MainList(kRecurringInvoicesList).OpenAlways(schedule, templateKey);
+    Content(schedule);
+    schedule.DeleteField("Date");
+    schedule.SetString("RecurStart", date_);
+  };
+  auto record = [&] {
+    LRecord schedule;
+    ASSERT_TRUE(Profile().MainList(kRecurringInvoicesList).Open(schedule, templateKey));
+    (void)LRecurringRecord(Profile(), schedule, nullptr);
+  };
+  int nKilled = LKillAtEachStep(prepare, record, [&](const std::string& where) {
+    ExpectInStep("recurring, killed at " + where);
+    int nMade = 0;
+    LSalesDocument invoice;
+    for (LFileStoreIteratorBase it(Profile().MainList(kInvoiceKind.recordedList), invoice); invoice.IsAttached(); it.Next(invoice))
+      nMade += invoice.GetDate() == date_;
+    LRecord schedule;
+    ASSERT_TRUE(Profile().MainList(kRecurringInvoicesList).Open(schedule, templateKey));
+    EXPECT_EQ(schedule.GetString("RecurLast"), nMade == 1 ? date_ : std::string()) << where;
+    EXPECT_LE(nMade, 1) << where;
+  });
+  EXPECT_GT(nKilled, 10);
 }
 
 // A disk full at any write of a recording: what the failed step had noted is left to the next
