@@ -26,7 +26,6 @@
 #include "llib/gen/hashtable.h"
 #include "llib/gen/log.h"
 #include "llib/gen/moneybounds.h"
-#include "llib/gen/system.h"
 #include "llib/gen/textnum.h"
 
 namespace {
@@ -429,9 +428,7 @@ bool LLedgerIntent::Write(std::string_view kind, const LLedgerTransaction& txn, 
   intent.SetString("Rows", rows);
   if (heldFile_ == nullptr) {
     // The entry waits in the intent: its time and author are the change's, not its writer's.
-    entry_.time = LAuditTimeNow();
-    entry_.user = LGetPostingUserName();
-    LAuditSetEventFields(entry_, intent);
+    LAuditSetPendingFields(entry_, intent);
   } else {
     auditSize_ = LAuditLogSize(profile_);
     intent.SetString("Audit", std::to_string(auditSize_));
