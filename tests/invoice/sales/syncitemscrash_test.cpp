@@ -10,11 +10,15 @@
 #include <cmath>
 #include <functional>
 #include <map>
+#include <optional>
 #include <string>
 #include <vector>
 
+#include "accounts/check.h"
+#include "accounts/ledgerintent.h"
 #include "invoice/sales/recurringrecord.h"
 #include "invoice/sales/salesbook.h"
+#include "invoice/sales/salesstock.h"
 #include "invoice/shared/item.h"
 #include "invoice/shared/options.h"
 #include "invoice/shared/stock.h"
@@ -76,16 +80,24 @@ class SyncItemsCrash : public LSalesTestBusiness {
     return queued;
   }
 
-  void ExpectInStep(const std::string& where) {
-    SCOPED_TRACE(where);
-    ExpectBooksCheckClean();
+  // Whether each stocked item's quantities in the queue add up to its stock; what differs in why.
+  bool QueueFollowsStock(std::string& why) {
     std::map<std::string, double> queued = Queued();
     for (const char* code : kStocked) {
       LRecord item;
-      ASSERT_TRUE(Profile().MainList(kItemsList).Open(item, code));
+      if (!Profile().MainList(kItemsList).Open(item, code)) return false;
       double stock = LStockAt(LStockReadMoves(item), {}).quantity;
-      EXPECT_LT(std::fabs(queued[code] - stock), 1e-9) << code << ": queued " << queued[code] << ", in stock " << stock;
+      if (std::fabs(queued[code] - stock) >= 1e-9)
+        why += std::string(code) + ": queued " + std::to_string(queued[code]) + ", in stock " + std::to_string(stock) + ". ";
     }
+    return why.empty();
+  }
+
+  void ExpectInStep(const std::string& where) {
+    SCOPED_TRACE(where);
+    ExpectBooksCheckClean();
+    std::string why;
+    EXPECT_TRUE(QueueFollowsStock(why)) << why;
   }
 
   std::string date_, invoice_;
@@ -155,6 +167,36 @@ TEST_F(SyncItemsCrash, RecurringInvoiceKilledAtAnyWriteIsRecordedAndQueuedOnce) 
     EXPECT_LE(nMade, 1) << where;
   });
   EXPECT_GT(nKilled, 10);
+}
+
+// The next opener killed in turn, at any of its writes, while it repairs a recording killed before
+// its stock moved, then one killed with its stock moved and its queue behind: the opener after it
+// still queues each movement once.
+TEST_F(SyncItemsCrash, SettlerKilledAtAnyWriteLeavesTheNextToQueueOnce) {
+  auto record = [&] { (void)NewInvoice(); };
+  std::optional<unsigned> repairedAt, completedAt;  // the first such kills of a recording
+  for (unsigned nth = 1; !(repairedAt && completedAt); ++nth) {
+    NextDay();
+    ASSERT_TRUE(LRunKilledAt(LSyscall::kWrite, nth, record)) << "no kill left the stock or the queue behind";
+    LCheckReport stock;
+    LCheckStockMovements(Profile(), false, stock);  // reads only: nothing is settled yet
+    std::string why;
+    bool queueBehind = !QueueFollowsStock(why);
+    if (!repairedAt && !queueBehind && !stock.differences.empty()) repairedAt = nth;
+    if (!completedAt && queueBehind) completedAt = nth;
+    ExpectInStep("recording killed at write " + std::to_string(nth));
+  }
+  for (unsigned at : {*repairedAt, *completedAt}) {
+    auto killedRecording = [&] {
+      NextDay();
+      EXPECT_TRUE(LRunKilledAt(LSyscall::kWrite, at, record));
+    };
+    int nKilled = LKillAtEachStep(killedRecording, [&] { LLedgerSettleInterrupted(Profile()); }, [&](const std::string& where) {
+      ExpectInStep("recording killed at write " + std::to_string(at) + ", its settler at " + where);
+    });
+    EXPECT_GT(nKilled, 2) << at;
+    if (HasFailure()) return;
+  }
 }
 
 // A disk full at any write of a recording: what the failed step had noted is left to the next
