@@ -6,6 +6,7 @@
 #include "invoice/shared/payment.h"
 #include "invoice/shared/profile.h"
 #include "llib/gen/filestore.h"
+#include "llib/gen/filestoreinplace.h"
 
 namespace {
 
@@ -49,15 +50,55 @@ void ForEachOnSide(LProfile& profile, std::string_view list, const LSalesDocumen
     if (OnSide(list, record, refundSide, customer)) visit(record);
 }
 
-long long Unapply(LProfile& profile, Applier& applier, LSalesDocument& invoice) {
+// Changes the applier's lists by change (given the entries, an old payment's rebuilt) as they
+// are stored, under the record's exclusive lock from their reading to their writing: two changes
+// of one applier at once (one of them past a lock's wait, or the settler's) each keep the other's
+// entries, where writing back lists read earlier would drop one. The applier then holds the lists
+// as stored, unmarked, so that its own later save keeps what others store meanwhile. An applier
+// not stored under its key (new, renamed or deleted), or whose lists cannot be written (a full
+// disk), is changed in memory, its save to come writing them.
+template <class Change>
+void ChangeLists(LProfile& profile, Applier& applier, Change change) {
+  LRecord& record = applier.record;
+  const std::string& key = record.GetPrimaryKey();
+  LFileStoreInPlaceUpdate update;
+  LPayment stored;  // a payment, or a credit note read through the same fields
+  Applier held{stored, applier.list, applier.refundSide};
+  if (!key.empty() && record.GetStoredKey() == key && update.Open(profile.MainList(applier.list), key, stored)) {
+    std::vector<LAppliedAmount> entries = Entries(profile, held);
+    change(entries);
+    LWriteAppliedAmounts(stored, entries);
+    if (update.Save(stored)) {
+      for (std::string_view field : {"InvoiceNumber", "InvoiceAmounts"}) {
+        record.SetString(field, stored.GetString(field));
+        record.FindField(field)->modified = false;
+      }
+      return;
+    }
+    stored.DetachWithoutSave();
+  }
   std::vector<LAppliedAmount> entries = Entries(profile, applier);
-  const std::string& key = invoice.GetPrimaryKey();
-  auto found = std::find_if(entries.begin(), entries.end(), [&](const LAppliedAmount& e) { return e.invoice == key; });
+  change(entries);
+  LWriteAppliedAmounts(record, entries);
+}
+
+// Takes the invoice's entry out of entries; its amount, 0 when there was none.
+long long TakeOut(std::vector<LAppliedAmount>& entries, const std::string& invoice) {
+  auto found = std::find_if(entries.begin(), entries.end(), [&](const LAppliedAmount& e) { return e.invoice == invoice; });
   if (found == entries.end()) return 0;
-  long long removed = found->amount;
-  long long current = CachedAmount(profile, invoice, applier.refundSide);
+  long long amount = found->amount;
   entries.erase(found);
-  LWriteAppliedAmounts(applier.record, entries);
+  return amount;
+}
+
+long long Unapply(LProfile& profile, Applier& applier, LSalesDocument& invoice) {
+  // Read before the lists change: an invoice without the cached figure sums the stored lists.
+  long long current = CachedAmount(profile, invoice, applier.refundSide);
+  long long removed = 0;
+  ChangeLists(profile, applier, [&](std::vector<LAppliedAmount>& entries) {
+    removed = TakeOut(entries, invoice.GetPrimaryKey());
+  });
+  if (removed == 0) return 0;
   invoice.SetInt64(CachedField(applier.refundSide), current - removed);
   invoice.FlushOrKeepDirty();
   return removed;
@@ -73,10 +114,7 @@ long long UnapplyAll(LProfile& profile, Applier& applier) {
       continue;
     }
     // The invoice is gone: its entry only leaves the lists.
-    std::vector<LAppliedAmount> left = LReadAppliedAmounts(applier.record);
-    auto gone = std::find_if(left.begin(), left.end(), [&](const LAppliedAmount& e) { return e.invoice == entry.invoice; });
-    if (gone != left.end()) left.erase(gone);
-    LWriteAppliedAmounts(applier.record, left);
+    ChangeLists(profile, applier, [&](std::vector<LAppliedAmount>& entries) { (void)TakeOut(entries, entry.invoice); });
   }
   return removed;
 }
@@ -84,38 +122,15 @@ long long UnapplyAll(LProfile& profile, Applier& applier) {
 bool RemoveExcess(LProfile& profile, LSalesDocument& invoice, bool refundSide, Applier* current,
                   const LApplierChangeNote* note = nullptr);
 
-// Whether "InvoiceNumber" names key, without taking the lists apart (a payment may cover
-// thousands of invoices).
-bool Names(const LRecord& applier, const std::string& key) {
-  std::string keys = applier.GetString("InvoiceNumber");
-  for (std::size_t at = keys.find(key); at != std::string::npos; at = keys.find(key, at + 1)) {
-    bool startsEntry = at == 0 || keys[at - 1] == ',';
-    bool endsEntry = at + key.size() == keys.size() || keys[at + key.size()] == ',';
-    if (startsEntry && endsEntry) return true;
-  }
-  return false;
-}
-
-// Appends one entry to both lists.
-void Append(LRecord& applier, const std::string& key, long long amount) {
-  std::string keys = applier.GetString("InvoiceNumber");
-  std::string amounts = applier.GetString("InvoiceAmounts");
-  if (!keys.empty()) {
-    keys += ',';
-    amounts += ',';
-  }
-  applier.SetString("InvoiceNumber", keys + key);
-  applier.SetString("InvoiceAmounts", amounts + std::to_string(amount));
-}
-
 long long Apply(LProfile& profile, Applier& applier, LSalesDocument& invoice, long long amount) {
   const std::string& key = invoice.GetPrimaryKey();
-  if (Names(applier.record, key) && LAppliedAmountOf(Entries(profile, applier), key) > 0)
-    Unapply(profile, applier, invoice);
   long long current = CachedAmount(profile, invoice, applier.refundSide);
-  Entries(profile, applier);  // an old payment's lists are rebuilt before one is added
-  Append(applier.record, key, amount);
-  invoice.SetInt64(CachedField(applier.refundSide), current + amount);
+  long long replaced = 0;  // what the applier held on the invoice before
+  ChangeLists(profile, applier, [&](std::vector<LAppliedAmount>& entries) {
+    replaced = TakeOut(entries, key);
+    entries.push_back({key, amount});
+  });
+  invoice.SetInt64(CachedField(applier.refundSide), current - replaced + amount);
   invoice.FlushOrKeepDirty();
   RemoveExcess(profile, invoice, applier.refundSide, &applier);
   return amount;

@@ -321,14 +321,27 @@ bool MayBeSavedInPlace(const LFileStoreListBase& list, const LRecord& r) {
   return !key.empty() && r.GetStoredKey() == key && LFileStoreIndexedField(list.GetFolder()).empty();
 }
 
-// Writes r over the locked file, whose text is stored; a text of a page or more is saved by the
-// store's own rules once the file is let go.
-bool OverwriteInPlace(LLockedFile& file, const std::string& path, std::string_view stored, LRecord& r) {
+// Replaces the locked file by a new one holding r, renamed over it before the lock is let go, so
+// that no other writer comes between the reading and the writing; the list's index, if any, learns
+// the new file. A writer that waited on the old file opens the new one (LLockedFile::OpenCurrent).
+bool ReplaceUnderLock(const LLockedFile& file, const std::string& listFolder, const std::string& path,
+                      std::string_view text, LRecord& r) {
+  struct stat st;
+  unsigned mode = ::fstat(file.Get(), &st) == 0 ? st.st_mode & 07777 : 0666;
+  ino_t inode = 0;
+  if (!WriteRecordFile(path, text, mode, inode)) return false;
+  LFileStoreIndexNoteSave(listFolder, r.GetPrimaryKey(), r, inode);
+  MarkSaved(r);
+  return true;
+}
+
+// Writes r over the locked file, whose text is stored; a text of a page or more replaces the file
+// (ReplaceUnderLock), as one write of it could be split by a kill.
+bool OverwriteInPlace(const std::string& listFolder, LLockedFile& file, const std::string& path,
+                      std::string_view stored, LRecord& r) {
   std::string text = BuildFileText(r);
-  if (text.size() >= kInPlaceLimit || stored.size() >= kInPlaceLimit) {
-    file.Close();
-    return r.Flush();
-  }
+  if (text.size() >= kInPlaceLimit || stored.size() >= kInPlaceLimit)
+    return ReplaceUnderLock(file, listFolder, path, text, r);
   if (text.size() < stored.size()) text.append(stored.size() - text.size(), '&');
   if (!LRobustWriteAt(file.Get(), text.data(), text.size(), 0)) {
     LLogWriteFailure("write", path, errno);
@@ -348,12 +361,13 @@ bool LFileStoreSaveInPlace(const LFileStoreListBase& list, LRecord& r) {
   if (!file.IsOpen()) return r.Flush();
   std::string stored = ReadWholeFile(file.Get(), file.Size());
   MergeStored(stored, r);
-  return OverwriteInPlace(file, path, stored, r);
+  return OverwriteInPlace(list.GetFolder(), file, path, stored, r);
 }
 
 bool LFileStoreInPlaceUpdate::Open(const LFileStoreListBase& list, std::string_view key, LRecord& r,
                                    LPathChange change) {
-  if (key.empty() || !LFileStoreIndexedField(list.GetFolder()).empty()) return list.Open(r, key);
+  if (key.empty()) return list.Open(r, key);
+  folder_ = list.GetFolder();
   path_ = list.MakeRecordPath(key);
   file_ = LLockedFile::OpenCurrent(path_, O_RDWR, LOCK_EX, kRecordLockTimeoutMs, 0666, change);
   if (!file_.IsOpen()) return list.Open(r, key);
@@ -367,7 +381,12 @@ bool LFileStoreInPlaceUpdate::Open(const LFileStoreListBase& list, std::string_v
 
 bool LFileStoreInPlaceUpdate::Save(LRecord& r) {
   if (!file_.IsOpen()) return r.Flush();
-  bool saved = !r.IsDirty() || OverwriteInPlace(file_, path_, stored_, r);
+  bool saved = !r.IsDirty();
+  // A list with an index knows its records by their files' inodes: a new file, noted in it.
+  if (!saved && !LFileStoreIndexedField(folder_).empty())
+    saved = ReplaceUnderLock(file_, folder_, path_, BuildFileText(r), r);
+  else if (!saved)
+    saved = OverwriteInPlace(folder_, file_, path_, stored_, r);
   file_.Close();
   return saved;
 }

@@ -19,10 +19,10 @@
 class LFileStoreListBase;
 class LRecord;
 
-// Saves r, attached to list under its stored key, in place; a record that is new, renamed, of a
-// page or more, or of a list that keeps an index (filestoreindex.h) is saved by
-// LFileStoreListBase::Save instead. false when the write failed (the
-// file then holds its old text).
+// Saves r, attached to list under its stored key, in place; one of a page or more replaces its
+// file under the lock; a record that is new, renamed, or of a list that keeps an index
+// (filestoreindex.h) is saved by LFileStoreListBase::Save instead. false when the write failed
+// (the file then holds its old text).
 [[nodiscard]] bool LFileStoreSaveInPlace(const LFileStoreListBase& list, LRecord& r);
 
 // A record held under its exclusive lock from its reading to its in-place save, for a change
@@ -33,9 +33,12 @@ class LRecord;
 //     LFileStoreInPlaceUpdate update;
 //     if (update.Open(list, key, record)) { ...change record...; ok = update.Save(record); }
 //
-// Hold it in the order of the record locks (after a ledger day file's, for instance). A record
-// of a list with an index, or one that cannot be opened for writing, is opened the ordinary way
-// and Save falls back to LRecord::Flush.
+// The same serves any read-modify-write of a record that two writers may make at once (the
+// application lists of a payment or credit note): a record of a list with an index, or of a page
+// or more, is saved by a new file renamed over the held one before the lock is let go. Hold it in
+// the order of the record locks (after a ledger day file's, for instance). A record that cannot be
+// opened for writing (a missing file: nothing is created) is opened the ordinary way and Save
+// falls back to LRecord::Flush.
 class LFileStoreInPlaceUpdate {
  public:
   // Opens key of list into r (attached as by LFileStoreListBase::Open). false: r stays detached
@@ -50,6 +53,7 @@ class LFileStoreInPlaceUpdate {
 
  private:
   LLockedFile file_;    // the record file, locked while held
+  std::string folder_;  // its list's
   std::string path_;
   std::string stored_;  // its text as read
 };

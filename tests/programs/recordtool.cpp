@@ -4,6 +4,9 @@
 //                                                  (Date=i)
 //   recordtool edit FOLDER LIST KEY FIELD VALUE MS  opens KEY, sets FIELD, waits MS, saves
 //   recordtool hold PATH MS                         holds an exclusive flock on PATH for MS
+//   recordtool append FOLDER LIST KEY FIELD VALUE MS  holds KEY of LIST (indexed on "Date") under
+//                                                  its lock (LFileStoreInPlaceUpdate), waits MS,
+//                                                  appends ",VALUE" to FIELD as read, saves
 // It prints "ready" on stdout once it has the record open or the lock held.
 #include <fcntl.h>
 #include <sys/file.h>
@@ -16,6 +19,7 @@
 #include "llib/gen/file.h"
 #include "llib/gen/filestore.h"
 #include "llib/gen/filestoreindex.h"
+#include "llib/gen/filestoreinplace.h"
 
 int main(int argc, char** argv) {
   if (argc < 2) return 2;
@@ -43,6 +47,18 @@ int main(int argc, char** argv) {
     record.SetString(argv[5], argv[6]);
     LSleepMs(static_cast<unsigned>(std::atoi(argv[7])));
     return record.Flush() ? 0 : 1;
+  }
+  if (verb == "append" && argc == 8) {
+    LFileStoreIndexDeclare(argv[2], argv[3], "Date");
+    LFileStoreListBase list(LFileStoreDataStore(argv[2]), argv[3]);
+    LRecord record;
+    LFileStoreInPlaceUpdate update;
+    if (!update.Open(list, argv[4], record)) return 1;
+    std::printf("ready\n");
+    std::fflush(stdout);
+    LSleepMs(static_cast<unsigned>(std::atoi(argv[7])));
+    record.SetString(argv[5], record.GetString(argv[5]) + "," + argv[6]);
+    return update.Save(record) ? 0 : 1;
   }
   if (verb == "hold" && argc == 4) {
     int fd = LRobustOpen(argv[2], O_RDWR | O_CREAT, 0666);

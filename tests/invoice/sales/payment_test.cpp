@@ -286,4 +286,34 @@ TEST_F(Payments, CreditNotesRefundInvoicesUpToTheirTotalAndLetGoWhenDeleted) {
   EXPECT_EQ(Balance(), LCustomerBalanceFromDocuments(Profile(), "C1"));
 }
 
+// Two changes of one credit note's lists, the later one working on the note as it read it before
+// the other stored its entry (a change that went on past the ledger lock's wait): each keeps the
+// other's entry, applying as taking one off.
+TEST_F(Payments, ChangesOfOneCreditNoteReadBeforeAnothersKeepItsEntry) {
+  std::string invoice = Invoice(1000), other = Invoice(300), third = Invoice(200);
+  std::string note = RecordUntaxed(LSalesDocumentType::kCreditNote, 400, "2026-01-15");
+  const LFileStoreListBase& notes = Profile().MainList("CreditNotes");
+  const LFileStoreListBase& invoices = Profile().MainList("Invoices");
+  LSalesDocument late, later, early, toInvoice, toOther, toThird;
+  ASSERT_TRUE(notes.Open(late, note) && notes.Open(later, note) && notes.Open(early, note));
+  ASSERT_TRUE(invoices.Open(toInvoice, invoice) && invoices.Open(toOther, other) && invoices.Open(toThird, third));
+
+  EXPECT_EQ(LCreditNoteApplyToInvoice(early, toOther, 150, Profile()), 150);
+  ASSERT_TRUE(early.Flush() && toOther.Flush());
+  EXPECT_EQ(LCreditNoteApplyToInvoice(late, toInvoice, 100, Profile()), 100);
+  ASSERT_TRUE(late.Flush() && toInvoice.Flush());
+  EXPECT_EQ(Field("CreditNotes", note, "InvoiceNumber"), other + "," + invoice);
+  EXPECT_EQ(Field("CreditNotes", note, "InvoiceAmounts"), "150,100");
+
+  // Read before both: it still finds the entry it takes off, and leaves the one it never saw.
+  EXPECT_EQ(LCreditNoteUnapply(later, toOther, Profile()), 150);
+  EXPECT_EQ(LCreditNoteApplyToInvoice(later, toThird, 50, Profile()), 50);
+  ASSERT_TRUE(later.Flush() && toOther.Flush() && toThird.Flush());
+  EXPECT_EQ(Field("CreditNotes", note, "InvoiceNumber"), invoice + "," + third);
+  EXPECT_EQ(Field("CreditNotes", note, "InvoiceAmounts"), "100,50");
+  EXPECT_EQ(Refunded(invoice), 100);
+  EXPECT_EQ(Refunded(other), 0);
+  EXPECT_EQ(Refunded(third), 50);
+}
+
 }  // namespace

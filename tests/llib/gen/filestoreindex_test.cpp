@@ -174,4 +174,21 @@ TEST_F(FileStoreIndexTest, ProcessesCreatingRecordsAtOnceKeepItExact) {
   EXPECT_TRUE(LFileStoreIndexVerify(list_, "Date", false).empty());
 }
 
+// A read-modify-write held under the record's lock (what changes a payment's application lists)
+// in a list with an index: the second writer waits for the first one's save and reads it, and
+// the index learns the file that replaced the held one.
+TEST_F(FileStoreIndexTest, ProcessesChangingOneRecordUnderItsLockKeepEachOthersChange) {
+  Put("shared", "2026-01-01");
+  LChildProcess slow(KONTAVO_PROGRAM_recordtool, {"append", home_.Path(), "Dated", "shared", "List", "slow", "300"});
+  ASSERT_EQ(slow.ReadLine(), "ready");
+  LChildProcess fast(KONTAVO_PROGRAM_recordtool, {"append", home_.Path(), "Dated", "shared", "List", "fast", "0"});
+  ASSERT_EQ(slow.Wait(), 0);
+  ASSERT_EQ(fast.Wait(), 0);
+  LRecord record;
+  ASSERT_TRUE(list_.Open(record, "shared"));
+  EXPECT_EQ(record.GetString("List"), ",slow,fast");
+  EXPECT_EQ(Read().at("shared"), "2026-01-01");
+  EXPECT_TRUE(LFileStoreIndexVerify(list_, "Date", false).empty());
+}
+
 }  // namespace
