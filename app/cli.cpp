@@ -175,6 +175,14 @@ int LCliContext::Usage(std::string_view problem) {
   return kExitUsage;
 }
 
+bool LCliContext::FinishArgs(LCliArgs& args, std::vector<std::string>& words, std::size_t minWords,
+                             std::size_t maxWords) {
+  std::string error;
+  if (!args.Finish(words, error)) return Usage(error), false;
+  if (words.size() < minWords || words.size() > maxWords) return Usage(), false;
+  return true;
+}
+
 int LCliContext::Fail(std::string_view message) {
   err << message << "\n";
   return kExitFailed;

@@ -97,7 +97,7 @@ int LCmdBusiness(LCliContext& context, LCliArgs& args) {
   std::string error;
   if (!LStartWizardTakeOptions(args, answers, given, named, error)) return context.Usage(error);
   std::vector<std::string> words;
-  if (!args.Finish(words, error)) return context.Usage(error);
+  if (!context.FinishArgs(args, words)) return kExitUsage;
   if (words.size() == 1 && words[0] == "add") return Add(context, answers, named);
   if (given) return context.Usage("les options de l'assistant ne vont qu'avec business add");
   if (words.size() == 1 && words[0] == "list") return List(context);

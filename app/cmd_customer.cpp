@@ -73,9 +73,7 @@ int Retotal(LCliContext& context, LProfile& profile, const std::vector<std::stri
 
 int LCmdCustomer(LCliContext& context, LCliArgs& args) {
   std::vector<std::string> words;
-  std::string error;
-  if (!args.Finish(words, error)) return context.Usage(error);
-  if (words.empty()) return context.Usage();
+  if (!context.FinishArgs(args, words, 1)) return kExitUsage;
   const std::string& verb = words[0];
   bool shapeOk = (verb == "add" && words.size() >= 2) || (verb == "list" && words.size() == 1) ||
                  (verb == "show" && words.size() == 2) || (verb == "retotal" && words.size() <= 2);

@@ -56,8 +56,7 @@ int New(LCliContext& context, const LSalesDocumentKind& kind, LCliArgs& args) {
   TakeDocumentInput(args, input);
   std::vector<std::string> words;
   std::string error;
-  if (!args.Finish(words, error)) return context.Usage(error);
-  if (words.size() != 1) return context.Usage();
+  if (!context.FinishArgs(args, words, 1, 1)) return kExitUsage;
   if (input.file.empty() && input.customer.empty()) return context.Usage("donnez --file ou --customer");
   if (!input.file.empty() && input.HasFieldOptions()) return context.Usage("--file exclut les autres options");
   LProfile* profile = context.Profile();
@@ -90,9 +89,7 @@ int List(LCliContext& context, const LSalesDocumentKind& kind, LCliArgs& args) {
   bool bySalesPerson = args.TakeOption("--salesperson", salesPerson);
   bool drafts = args.TakeFlag("--drafts");
   std::vector<std::string> words;
-  std::string error;
-  if (!args.Finish(words, error)) return context.Usage(error);
-  if (words.size() != 1) return context.Usage();
+  if (!context.FinishArgs(args, words, 1, 1)) return kExitUsage;
   LProfile* profile = context.Profile();
   if (profile == nullptr) return kExitFailed;
 
@@ -123,8 +120,7 @@ int Edit(LCliContext& context, const LSalesDocumentKind& kind, LCliArgs& args) {
   TakeDocumentInput(args, input);
   std::vector<std::string> words;
   std::string error;
-  if (!args.Finish(words, error)) return context.Usage(error);
-  if (words.size() != 2) return context.Usage();
+  if (!context.FinishArgs(args, words, 2, 2)) return kExitUsage;
   if (!input.file.empty() && input.HasFieldOptions()) return context.Usage("--file exclut les autres options");
   LProfile* profile = context.Profile();
   if (profile == nullptr) return kExitFailed;
@@ -170,8 +166,7 @@ int ReceiveOrBill(LCliContext& context, LCliArgs& args, bool bill) {
   std::string dateText, error, reference;
   bool hasDate = args.TakeOption("--date", dateText);
   std::vector<std::string> words;
-  if (!args.Finish(words, error)) return context.Usage(error);
-  if (words.size() != 2) return context.Usage();
+  if (!context.FinishArgs(args, words, 2, 2)) return kExitUsage;
   LDate date = LDate::Today();
   if (hasDate && !LDate::Parse(dateText, date)) return context.Fail(LInvalidDateMessage(dateText));
   LProfile* profile = context.Profile();
@@ -202,9 +197,7 @@ int RunDocumentCommand(LCliContext& context, LCliArgs& args, LSalesDocumentType 
   if ((verb == "receive" || verb == "bill") && type == LSalesDocumentType::kPOrder)
     return ReceiveOrBill(context, args, verb == "bill");
   std::vector<std::string> words;
-  std::string error;
-  if (!args.Finish(words, error)) return context.Usage(error);
-  if (words.size() != 2) return context.Usage();
+  if (!context.FinishArgs(args, words, 2, 2)) return kExitUsage;
   if (verb == "show") return Show(context, kind, words[1]);
   if (verb == "record") return Record(context, kind, words[1]);
   if (verb == "delete") return Delete(context, kind, words[1]);
