@@ -159,7 +159,7 @@ LProfile* LCliContext::Profile() {
     } else {
       std::string folder;
       if (!LCliResolveBusiness(business, folder)) {
-        err << "Entreprise introuvable : " << business << "\n";
+        err << LBusinessNotFoundMessage(business) << "\n";
         return nullptr;
       }
       profile_ = std::make_unique<LProfile>(folder);

@@ -42,7 +42,7 @@ int List(LCliContext& context, LProfile& profile) {
 
 int Show(LCliContext& context, LProfile& profile, const std::string& key) {
   LCustomer customer;
-  if (!profile.MainList(kCustomersList).Open(customer, key)) return context.Fail("Client introuvable : " + key + ".");
+  if (!profile.MainList(kCustomersList).Open(customer, key)) return context.Fail(LCustomerNotFoundMessage(key));
   if (context.json) {
     nlohmann::ordered_json fields = nlohmann::ordered_json::object();
     for (const auto& field : customer.Fields())
@@ -61,7 +61,7 @@ int Retotal(LCliContext& context, LProfile& profile, const std::vector<std::stri
   data.profile = &profile;
   if (words.size() == 2) {
     if (!profile.MainList(kCustomersList).TestRecordExists(words[1]))
-      return context.Fail("Client introuvable : " + words[1] + ".");
+      return context.Fail(LCustomerNotFoundMessage(words[1]));
     data.customers.push_back(words[1]);
   }
   LProcessTerminal progress("Recalcul des soldes des clients");

@@ -23,8 +23,6 @@
 
 namespace {
 
-constexpr std::string_view kDocumentMissing = "Document introuvable : ";
-
 // Numbers in number order, then other keys in byte order.
 bool KeyLess(const std::string& a, const std::string& b) {
   bool aNumber = !a.empty() && a.find_first_not_of("0123456789") == std::string::npos;
@@ -75,7 +73,7 @@ int Show(LCliContext& context, const LSalesDocumentKind& kind, const std::string
   LProfile* profile = context.Profile();
   if (profile == nullptr) return kExitFailed;
   LSalesDocument document;
-  if (!LSalesDocumentOpen(*profile, kind, key, document)) return context.Fail(std::string(kDocumentMissing) + key + ".");
+  if (!LSalesDocumentOpen(*profile, kind, key, document)) return context.Fail(LSalesDocumentNotFoundMessage(key));
   if (context.json) context.out << LJsonDump(LDocumentToJson(*profile, kind, document)) << "\n";
   else LPrintDocument(*profile, kind, document, context.out);
   return kExitOk;
@@ -129,7 +127,7 @@ int Edit(LCliContext& context, const LSalesDocumentKind& kind, LCliArgs& args) {
   // The options are read once on a copy so that a bad value refuses the edit before anything
   // is written; the edit then applies them again for real.
   LSalesDocument trial;
-  if (!LSalesDocumentOpen(*profile, kind, key, trial)) return context.Fail(std::string(kDocumentMissing) + key + ".");
+  if (!LSalesDocumentOpen(*profile, kind, key, trial)) return context.Fail(LSalesDocumentNotFoundMessage(key));
   LSalesDocument copy;
   copy.CopyRecord(trial);
   trial.Invalidate();

@@ -46,7 +46,7 @@ int LCmdDocumentLog(LCliContext& context, LCliArgs& args, const LSalesDocumentKi
   LProfile* profile = context.Profile();
   if (profile == nullptr) return kExitFailed;
   LSalesDocument document;
-  if (!LSalesDocumentOpen(*profile, kind, words[1], document)) return context.Fail("Document introuvable : " + words[1] + ".");
+  if (!LSalesDocumentOpen(*profile, kind, words[1], document)) return context.Fail(LSalesDocumentNotFoundMessage(words[1]));
   LDocumentHistory history =
       LDocumentHistoryRead(*profile, document.IsDraft() ? kind.draftsList : kind.recordedList, words[1]);
   if (context.json) {

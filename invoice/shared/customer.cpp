@@ -10,6 +10,8 @@
 #include "llib/gen/datastore.h"
 #include "llib/gen/file.h"
 
+std::string LCustomerNotFoundMessage(std::string_view key) { return "Client introuvable : " + std::string(key) + "."; }
+
 // ---- Balance ----------------------------------------------------------------------------------
 
 bool LCustomerChangeBalance(LProfile& profile, std::string_view customer, long long delta) {
