@@ -342,10 +342,14 @@ bool DeleteRecorded(LProfile& profile, const LSalesDocumentKind& kind, std::stri
     return NotSaved(error);
   if (kind.type == LSalesDocumentType::kCreditNote && !LCoreDataCreditNoteApply(profile, document, -1))
     return NotSaved(error);
-  bool stocked = LSalesDocumentMoveStock(profile, kind, key, &document, nullptr, error);
+  // The record goes before the stock it moved: a refused deletion keeps both, and one killed
+  // between leaves its movements to the settler's stock repair, which queues what it takes out for
+  // the linked client; the other way round the settler would move and queue the stock again.
+  LSalesDocument gone;
+  gone.CopyRecord(document);
   document.Invalidate();
   if (!profile.MainList(kind.recordedList).Delete(key)) return DeleteRefused(key, error);
-  return stocked;
+  return LSalesDocumentMoveStock(profile, kind, key, &gone, nullptr, error);
 }
 
 }  // namespace

@@ -103,7 +103,7 @@ void SettleSalesChange(const LProfile& profile, const std::vector<std::string>& 
     std::vector<std::string_view> parts = LIntentNoteParts(note);
     if (parts.size() == 2 && parts[0] == kNoteReserving) reserving.emplace(parts[1]);
     if (parts.size() == 4 && parts[0] == kNoteApplying) applied.emplace(parts[3]);
-    if (parts.size() < 3 || parts[0] == kNoteApplying) continue;
+    if (parts.size() < 3 || (parts[0] != kNotePosting && parts[0] != kNoteDeleting)) continue;
     LNotedDocument& noted = documents[{std::string(parts[1]), std::string(parts[2])}];
     if (parts[0] == kNoteDeleting) noted.deleting = true;
     if (parts[0] != kNotePosting || parts.size() < 5) continue;
@@ -113,7 +113,9 @@ void SettleSalesChange(const LProfile& profile, const std::vector<std::string>& 
   for (const std::string& list : reserving) TakeBackReservations(books, list);
   // Stock first: an invoice's posting reads the cost of what left.
   LCheckReport stock;
-  LCheckStockMovements(books, true, stock);
+  std::set<std::pair<std::string, std::string>> changed;
+  for (const auto& entry : documents) changed.insert(entry.first);
+  LSalesSettleStock(books, notes, changed, stock);
   for (const LCheckDifference& difference : stock.differences)
     LLogWarning("Stock interrompu : article %s, %s remis à %lld (au lieu de %lld).", difference.key.c_str(),
                 difference.field.c_str(), difference.computed, difference.stored);

@@ -2,6 +2,7 @@
 
 #include <cmath>
 #include <map>
+#include <optional>
 #include <set>
 #include <tuple>
 #include <vector>
@@ -17,6 +18,8 @@
 #include "llib/gen/filestore.h"
 #include "llib/gen/log.h"
 #include "llib/gen/optionalerror.h"
+#include "llib/gen/percent.h"
+#include "llib/gen/textnum.h"
 
 namespace {
 
@@ -56,6 +59,60 @@ std::vector<LStockLine> StockLines(LProfile& profile, const LSalesDocumentKind& 
   return out;
 }
 
+// ---- The queue step ---------------------------------------------------------------------------
+
+// The note of a queue step: "queue", the document, then number, item code and quantity of each
+// record, tab-separated, the texts percent-encoded. One line, so a note cut by a kill is dropped
+// whole: the step had then written nothing.
+constexpr std::string_view kQueueNote = "queue";
+constexpr std::string_view kQueueNotWritten = "Impossible d'enregistrer les mouvements à synchroniser.";
+
+std::string QueueNote(std::string_view document, const std::vector<LSyncItemMove>& moves) {
+  std::string note(kQueueNote);
+  note += '\t';
+  LPercentEncodeAppend(document, note);
+  for (const LSyncItemMove& move : moves) {
+    note += '\t' + move.number + '\t';
+    LPercentEncodeAppend(move.code, note);
+    note += '\t' + ftotl(move.quantity);
+  }
+  return note;
+}
+
+// false for a note of another kind, or one that does not read whole.
+bool ParseQueueNote(std::string_view note, std::string& document, std::vector<LSyncItemMove>& moves) {
+  std::vector<std::string_view> parts = LIntentNoteParts(note);
+  if (parts.size() < 2 || parts[0] != kQueueNote || (parts.size() - 2) % 3 != 0) return false;
+  document = LPercentDecode(parts[1]);
+  for (std::size_t at = 2; at < parts.size(); at += 3) {
+    LSyncItemMove move{std::string(parts[at]), LPercentDecode(parts[at + 1]), 0};
+    if (move.number.empty() || !LParseQuantity(parts[at + 2], move.quantity)) return false;
+    moves.push_back(std::move(move));
+  }
+  return true;
+}
+
+// Replaces the movements of document (LStockReplaceDocumentMoves) and queues moves for the linked
+// client, as one step that survives a kill (see the header). Under the ledger lock. A step that
+// fails leaves its note to the settler, as a killed one does.
+bool MoveAndQueue(LProfile& profile, const std::string& document, std::string_view date,
+                  const std::vector<LStockLine>& lines, const std::vector<std::string>& previousCodes,
+                  std::vector<LSyncItemMove> moves, std::string* error) {
+  std::optional<LSalesChangeIntent> step;
+  if (!moves.empty()) {
+    LItemSyncFixNumbers(profile, moves);
+    step.emplace(profile);
+    (void)step->Note(QueueNote(document, moves));
+  }
+  bool moved = LStockReplaceDocumentMoves(profile, document, date, lines, previousCodes, error);
+  if (moves.empty()) return moved;
+  bool queued = LItemSyncWriteMissing(profile, moves, nullptr);
+  if (moved && queued) return true;
+  step->Keep();
+  if (moved) LSetError(error, kQueueNotWritten);
+  return false;
+}
+
 }  // namespace
 
 std::string LSalesStockDocument(const LSalesDocumentKind& kind, std::string_view key) {
@@ -70,15 +127,13 @@ bool LSalesDocumentMoveStock(LProfile& profile, const LSalesDocumentKind& kind, 
   std::vector<LStockLine> lines;
   if (!date.empty()) lines = StockLines(profile, kind, *after);
   if (previous.empty() && lines.empty()) return true;
-  LLedgerLock lock(profile);
-  bool moved = LStockReplaceDocumentMoves(profile, LSalesStockDocument(kind, key), date, lines, previous, error);
-  if (kind.type == LSalesDocumentType::kInvoice &&
-      !((previous.empty() || LItemSyncDocument(profile, *before, +1)) &&
-        (date.empty() || LItemSyncDocument(profile, *after, -1)))) {
-    if (moved && error != nullptr) *error = "Impossible d'enregistrer les mouvements à synchroniser.";
-    return false;
+  std::vector<LSyncItemMove> queue;
+  if (kind.type == LSalesDocumentType::kInvoice && LItemSyncEnabled(profile)) {
+    if (!previous.empty()) LItemSyncAddDocument(*before, +1, queue);
+    if (!date.empty()) LItemSyncAddDocument(*after, -1, queue);
   }
-  return moved;
+  LLedgerLock lock(profile);
+  return MoveAndQueue(profile, LSalesStockDocument(kind, key), date, lines, previous, std::move(queue), error);
 }
 
 bool LPOrderReceive(LProfile& profile, std::string_view key, std::string_view date, std::string* error) {
@@ -116,9 +171,9 @@ struct LDocumentMoves {
 // The quantity as a difference carries it: thousandths of a unit.
 long long Thousandths(double quantity) { return std::llround(quantity * 1000); }
 
-}  // namespace
-
-void LCheckStockMovements(LProfile& profile, bool fix, LCheckReport& report) {
+// The check, and with fix the repair, of LCheckStockMovements; what the repair moves for the
+// documents of queued is queued for the linked client, by item.
+void CheckStockMovements(LProfile& profile, bool fix, LCheckReport& report, const std::set<std::string>& queued) {
   std::map<LMoveKey, double> stored, computed;
   std::map<std::string, std::set<std::string>> holders;  // document: the items holding a movement of it
   std::set<std::string> stocked;
@@ -162,8 +217,49 @@ void LCheckStockMovements(LProfile& profile, bool fix, LCheckReport& report) {
   for (const std::string& document : wrong) {
     const LDocumentMoves& moves = documents[document];
     const std::set<std::string>& held = holders[document];
+    std::vector<LSyncItemMove> queue;
+    if (queued.contains(document)) {
+      std::map<std::string, double> change;  // by item: what the repair moves
+      for (const LMoveKey& key : keys)
+        if (std::get<1>(key) == document) change[std::get<0>(key)] += computed[key] - stored[key];
+      for (const auto& [code, quantity] : change)
+        if (std::fabs(quantity) >= 1e-9) queue.push_back({{}, code, quantity});
+    }
+    std::size_t nQueued = queue.size();
     std::string error;
-    if (!LStockReplaceDocumentMoves(profile, document, moves.date, moves.lines, {held.begin(), held.end()}, &error))
+    if (!MoveAndQueue(profile, document, moves.date, moves.lines, {held.begin(), held.end()}, std::move(queue), &error))
       LLogError("%s", error.c_str());
+    else if (nQueued > 0)
+      LLogWarning("Client lié : le stock de %s, remis en accord, a été mis dans « SyncItems » (%zu mouvements).",
+                  document.c_str(), nQueued);
   }
+}
+
+}  // namespace
+
+void LCheckStockMovements(LProfile& profile, bool fix, LCheckReport& report) { CheckStockMovements(profile, fix, report, {}); }
+
+void LSalesSettleStock(LProfile& profile, const std::vector<std::string>& notes,
+                       const std::set<std::pair<std::string, std::string>>& changed, LCheckReport& report) {
+  std::set<std::string> stepped;  // documents whose queue step began
+  for (const std::string& note : notes) {
+    std::string document;
+    std::vector<LSyncItemMove> moves;
+    if (!ParseQueueNote(note, document, moves)) continue;
+    stepped.insert(document);
+    int nWritten = 0;
+    if (!LItemSyncWriteMissing(profile, moves, &nWritten)) LLogError("%s", std::string(kQueueNotWritten).c_str());
+    if (nWritten > 0)
+      LLogWarning("Client lié : les mouvements de %s, interrompus, ont été mis dans « SyncItems » (%d sur %zu).",
+                  document.c_str(), nWritten, moves.size());
+  }
+  std::set<std::string> queued;
+  const LSalesDocumentKind& invoices = LSalesDocumentKindOf(LSalesDocumentType::kInvoice);
+  if (LItemSyncEnabled(profile)) {
+    for (const auto& [list, key] : changed) {
+      std::string document = LSalesStockDocument(invoices, key);
+      if (list == invoices.recordedList && !stepped.contains(document)) queued.insert(document);
+    }
+  }
+  CheckStockMovements(profile, true, report, queued);
 }

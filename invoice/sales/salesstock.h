@@ -6,11 +6,21 @@
 //   purchase order once received ("ReceivedDate" set), its lines come in on that date at their
 //                  net unit price;
 // quotes, sales orders and drafts move nothing. For invoices the movements are also queued for
-// the linked client (LItemSyncDocument).
+// the linked client, one per line (invoice/shared/item.h).
+//
+// Moving a document's stock and queuing it is one step that a kill may cut anywhere: the step
+// fixes the numbers of its queue records and notes them, with what they hold, in an intent
+// (salesledger.h) before it writes any item, then writes the items, then the records. The settler
+// of an interrupted change writes the noted records that are missing; where the change died before
+// its step, the settler's stock repair moves the stock itself and queues what it moved, through a
+// step of its own. Either way each movement reaches the linked client once.
 #pragma once
 
+#include <set>
 #include <string>
 #include <string_view>
+#include <utility>
+#include <vector>
 
 #include "invoice/shared/salesdocument.h"
 
@@ -38,3 +48,11 @@ bool LPOrderReceive(LProfile& profile, std::string_view key, std::string_view da
 // fix the movements of each document found wrong are replaced by what it moves, at the average
 // cost of the day for what leaves.
 void LCheckStockMovements(LProfile& profile, bool fix, LCheckReport& report);
+
+// The stock after an interrupted sales change, for its settler (salesledger.cpp), given the notes
+// of the change and the documents it noted (list, key): each queue step the notes hold gets its
+// missing records written; then every document's movements are repaired as LCheckStockMovements
+// does with fix (the differences into report), and what the repair moves for a noted invoice whose
+// step never began is queued for the linked client, one record per item. Each repair is logged.
+void LSalesSettleStock(LProfile& profile, const std::vector<std::string>& notes,
+                       const std::set<std::pair<std::string, std::string>>& changed, LCheckReport& report);

@@ -1,11 +1,15 @@
 #include "tests/support/salestestbusiness.h"
 
+#include <gtest/gtest.h>
+
 #include "accounts/accounts.h"
+#include "accounts/check.h"
 #include "invoice/shared/itemcollection.h"
 #include "invoice/shared/options.h"
 #include "invoice/shared/regionaldefaults.h"
 #include "invoice/shared/taxoptions.h"
 #include "invoice/sales/salesbook.h"
+#include "llib/gen/process.h"
 #include "llib/gen/textnum.h"
 
 void LSalesTestBusiness::SetUp() {
@@ -62,4 +66,12 @@ void LSalesTestBusiness::AddCustomer(const std::string& key) {
   LRecord customer;
   profile_->List("Customers").OpenAlways(customer, key);
   customer.SetString("Name", key);
+}
+
+void LSalesTestBusiness::ExpectBooksCheckClean() {
+  LBookCheckProcess check;
+  check.profile = profile_.get();
+  LProcessInterfaceVoid quiet;
+  ASSERT_EQ(Process(quiet, check), kProcessFinished);
+  EXPECT_TRUE(check.report.differences.empty() && check.report.problems.empty());
 }

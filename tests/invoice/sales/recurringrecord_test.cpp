@@ -88,11 +88,11 @@ TEST_F(RecurringRecord, InvoiceTakesTemplateItemsAndDueDateAndMovesEverything) {
   EXPECT_EQ(Field("Customers", "C1", "Balance"), "11000");
   EXPECT_EQ(Field(kItemsList, "W", "Quantity"), "4.000000");
   // One movement per line, the line without an item code included.
-  EXPECT_EQ(Field(kItemSyncList, "3", "Name"), "W");
-  EXPECT_EQ(Field(kItemSyncList, "3", "Qty"), "-3.000000");
-  EXPECT_EQ(Field(kItemSyncList, "4", "Name"), "");
-  EXPECT_EQ(Field(kItemSyncList, "4", "Qty"), "-1.000000");
-  EXPECT_EQ(Field(kItemSyncList, "5", "Name"), "<absent>");
+  EXPECT_EQ(Field(kSyncItemsList, "3", "Name"), "W");
+  EXPECT_EQ(Field(kSyncItemsList, "3", "Qty"), "-3.000000");
+  EXPECT_EQ(Field(kSyncItemsList, "4", "Name"), "");
+  EXPECT_EQ(Field(kSyncItemsList, "4", "Qty"), "-1.000000");
+  EXPECT_EQ(Field(kSyncItemsList, "5", "Name"), "<absent>");
 
   // Each invoice is posted on its own date, by the user of the session.
   int lines = 0;
@@ -113,7 +113,7 @@ TEST_F(RecurringRecord, OrderMovesNeitherBalanceNorStockNorLedger) {
   EXPECT_EQ(Field("Orders", "2", "Total"), "5500");
   EXPECT_EQ(Field("Customers", "C1", "Balance"), "<absent>");
   EXPECT_EQ(Field(kItemsList, "W", "Quantity"), "10");
-  EXPECT_EQ(Field(kItemSyncList, "1", "Name"), "<absent>");  // "ClientEnabled" is off anyway
+  EXPECT_EQ(Field(kSyncItemsList, "1", "Name"), "<absent>");  // "ClientEnabled" is off anyway
   LLedgerAccountLineIterator it(Profile(), "", "");
   it.SkipToValidLine();
   EXPECT_FALSE(it.valid);
