@@ -7,11 +7,15 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstdio>
+#include <string>
+#include <vector>
 
 #include "accounts/accounts.h"
+#include "accounts/auditpending.h"
 #include "accounts/audittrail.h"
 #include "accounts/banklines.h"
 #include "accounts/bills.h"
+#include "accounts/check.h"
 #include "accounts/ledger.h"
 #include "accounts/ledgerintent.h"
 #include "accounts/ledgerlock.h"
@@ -27,7 +31,10 @@
 namespace {
 
 constexpr std::string_view kRenumberIntentExtension = ".renumber";
+// The notes of a renumbering's change file, one a line, in this order.
 constexpr std::string_view kNoteRenumber = "renumber";  // then the old number, the new one, the trail's size
+constexpr std::string_view kNoteBegun = "begun";  // files may change; without the lock, then the pending entry
+constexpr std::string_view kNoteDone = "done";    // without the lock: every file changed
 
 // Rewrites the rows of one day file that name the old number; the other rows keep their text.
 // The file stays locked (exclusively) from the read until its new text, written beside it, is
@@ -134,40 +141,126 @@ bool RenumberFiles(LProcessInterface& process, LAccountRenumberProcess& data) {
   return true;
 }
 
-// Whether the trail holds, after offset size, the entry announcing the renumbering of data.
-bool AnnouncedAfter(const LProfile& profile, long long size, std::string_view announced) {
-  std::string text = LAuditReadFrom(profile, size);
-  for (std::size_t at = 0, end; (end = text.find('\n', at)) != std::string::npos; at = end + 1) {
-    LHashTable entry;
-    entry.LoadHTTPString(std::string_view(text).substr(at, end - at));
-    if (entry.GetParm("Action", "") == kAuditRenumber && entry.GetParm("Reference", "") == announced) return true;
-  }
-  return false;
+// The trail's "Reference" of a renumbering.
+std::string Announcement(std::string_view oldNumber, std::string_view newNumber) {
+  return std::string(oldNumber) + " -> " + std::string(newNumber);
 }
 
-std::string Announcement(const LAccountRenumberProcess& data) { return data.oldNumber + " -> " + data.newNumber; }
+// A renumbering as its change file tells it: the intent, then whether its files began to change.
+struct LRenumberNoted {
+  std::string oldNumber, newNumber;
+  std::string logSize;       // the trail's size before the announcement; empty without the ledger lock
+  bool begun = false;        // the announcement is in the trail, or pending in the file
+  std::string pendingEntry;  // without the ledger lock: the announcement, for the next holder to write
+  bool done = false;         // without the ledger lock: every file changed
+};
 
-// A renumbering whose process died: its files are changed again from the start when the trail
-// announced it (every file change follows the announcement); otherwise nothing had changed.
-void SettleRenumbering(const LProfile& profile, const std::vector<std::string>& notes) {
-  LProfile books(profile.GetDataStore().GetFolder());
+// The renumberings of the notes of killed processes' files, each file's lines in order.
+std::vector<LRenumberNoted> ReadNotes(const std::vector<std::string>& notes) {
+  std::vector<LRenumberNoted> noted;
   for (const std::string& note : notes) {
     std::vector<std::string_view> parts = LIntentNoteParts(note);
-    if (parts.size() != 4 || parts[0] != kNoteRenumber) continue;
-    LAccountRenumberProcess data{&books, std::string(parts[1]), std::string(parts[2])};
-    if (!AnnouncedAfter(books, LTextToInt64(parts[3]), Announcement(data))) {
-      LLogWarning("Le changement de numéro du compte %s en %s, interrompu avant d'avoir commencé, n'a pas eu lieu.",
-                  data.oldNumber.c_str(), data.newNumber.c_str());
+    if (parts[0] == kNoteRenumber && parts.size() >= 4) {
+      LRenumberNoted& renumbering = noted.emplace_back();
+      renumbering.oldNumber = parts[1];
+      renumbering.newNumber = parts[2];
+      renumbering.logSize = parts[3];
+    } else if (noted.empty()) {
+      continue;
+    } else if (parts[0] == kNoteBegun) {
+      noted.back().begun = true;
+      if (parts.size() > 1) noted.back().pendingEntry = parts[1];
+    } else if (parts[0] == kNoteDone) {
+      noted.back().done = true;
+    }
+  }
+  return noted;
+}
+
+// A renumbering whose process died, or that went on without the ledger lock, as its own notes
+// tell it: one noted begun is finished (every file change runs again, leaving what is done);
+// one not begun changed nothing, and the announcement its killed holder may have written is
+// cancelled. One made without the lock has its announcement written now, and its steps
+// run again all the same: the holder it passed may have posted under the old number since.
+void SettleRenumbering(const LProfile& profile, const std::vector<std::string>& notes) {
+  LProfile books(profile.GetDataStore().GetFolder());
+  for (const LRenumberNoted& noted : ReadNotes(notes)) {
+    const char* from = noted.oldNumber.c_str();
+    const char* to = noted.newNumber.c_str();
+    if (!noted.begun) {
+      // Other settlers may have written entries after it since: it is cancelled, not cut off.
+      LAuditEvent announcement{std::string(kAuditRenumber), Announcement(noted.oldNumber, noted.newNumber), {}, 0, {}, {}, {}};
+      if (!noted.logSize.empty() && LAuditCancelWritten(books, LTextToInt64(noted.logSize), announcement) < 0)
+        LLogError("Le changement de numéro du compte %s en %s, interrompu avant d'avoir commencé : son annonce dans la "
+                  "piste d'audit n'a pas pu être annulée.", from, to);
+      else
+        LLogWarning("Le changement de numéro du compte %s en %s, interrompu avant d'avoir commencé, n'a pas eu lieu.",
+                    from, to);
       continue;
     }
+    LAccountRenumberProcess data{&books, noted.oldNumber, noted.newNumber};
     LProcessInterfaceVoid process;
-    if (RenumberFiles(process, data))
+    bool finished = RenumberFiles(process, data);
+    bool unlocked = !noted.pendingEntry.empty();
+    if (unlocked) {
+      if (!LAuditAppend(books, LAuditEventOfLine(noted.pendingEntry)))
+        LLogError("Piste d'audit : le changement de numéro du compte %s en %s, fait sans le verrou du grand livre, n'a "
+                  "pas pu y être inscrit.", from, to);
+      // Postings of the holder may have moved either number while the files changed.
+      LCheckReport report;
+      LCheckFixAccountBalances(books, report);
+    }
+    if (!finished)
+      LLogError("Le changement de numéro du compte %s en %s, interrompu, n'a pas pu être achevé.", from, to);
+    else if (!unlocked)
       LLogWarning("Le changement de numéro du compte %s en %s, interrompu, a été achevé (%ld lignes d'écritures "
-                  "reprises).", data.oldNumber.c_str(), data.newNumber.c_str(), data.nRowsChanged);
+                  "reprises).", from, to, data.nRowsChanged);
+    else if (noted.done)
+      LLogWarning("Le changement de numéro du compte %s en %s, fait sans le verrou du grand livre, a été inscrit dans "
+                  "la piste d'audit (%ld lignes d'écritures passées entre-temps sous l'ancien numéro reprises, soldes "
+                  "des comptes recalculés d'après le grand livre).", from, to, data.nRowsChanged);
     else
-      LLogError("Le changement de numéro du compte %s en %s, interrompu, n'a pas pu être achevé.",
-                data.oldNumber.c_str(), data.newNumber.c_str());
+      LLogWarning("Le changement de numéro du compte %s en %s, fait sans le verrou du grand livre et interrompu, a été "
+                  "achevé (%ld lignes d'écritures reprises), inscrit dans la piste d'audit et les soldes des comptes "
+                  "recalculés d'après le grand livre.", from, to, data.nRowsChanged);
   }
+}
+
+// Notes the intent and announces the renumbering, before any file changes. With the ledger lock
+// the announcement goes into the trail, then the renumbering is noted begun; without it the trail
+// is not touched (its end is the holder's to know): the announcement waits in the begun note for
+// the next holder. false (with the error set) when the renumbering is refused: nothing changed.
+bool Announce(LProcessInterface& process, LAccountRenumberProcess& data, LBooksChangeIntent& intent, bool locked) {
+  const LProfile& profile = *data.profile;
+  // Without the lock the trail's end is the holder's to know: none is noted.
+  std::string logSize = locked ? std::to_string(LAuditLogSize(profile)) : std::string();
+  // Without its notes a killed renumbering could be neither finished nor known never begun.
+  if (!intent.Note(std::string(kNoteRenumber) + "\t" + data.oldNumber + "\t" + data.newNumber + "\t" + logSize)) {
+    process.SetError(kRenumberFailedMessage);
+    return false;
+  }
+  LAuditEvent announcement{std::string(kAuditRenumber), Announcement(data.oldNumber, data.newNumber), {}, 0, {}, {}, {}};
+  if (!locked) {
+    LLogWarning("Grand livre : verrou non obtenu en %u ms ; le changement de numéro du compte %s en %s se fait sans "
+                "lui, son entrée de la piste d'audit sera inscrite par le prochain détenteur du verrou.",
+                kLedgerLockTimeoutMs, data.oldNumber.c_str(), data.newNumber.c_str());
+    LHashTable fields;
+    LAuditSetPendingFields(announcement, fields);
+    std::string entry;
+    fields.SaveHTTPString(entry);
+    if (intent.Note(std::string(kNoteBegun) + "\t" + entry)) return true;
+    process.SetError(kRenumberFailedMessage);
+    return false;
+  }
+  if (!LAuditAppend(profile, announcement)) {
+    process.SetError(std::string(kAuditNotWrittenMessage));
+    return false;
+  }
+  if (intent.Note(kNoteBegun)) return true;
+  // Not noted begun, the renumbering does not go on: its announcement is taken back.
+  if (!LAuditCutBack(profile, LTextToInt64(logSize))) intent.Keep();  // the next holder cancels it
+  process.SetError(kRenumberFailedMessage);
+  return false;
 }
 
 }  // namespace
@@ -176,19 +269,14 @@ LProcessResult Process(LProcessInterface& process, LAccountRenumberProcess& data
   LProfile& profile = *data.profile;
   LLedgerLock lock(profile);
   process.SetStatus("Modifier le numéro de compte", 0);
-  // Noted before the announcement, so that a process killed from here on is finished by the next
-  // holder of the ledger lock.
   LBooksChangeIntent intent(profile, kRenumberIntentExtension);
-  (void)intent.Note(std::string(kNoteRenumber) + "\t" + data.oldNumber + "\t" + data.newNumber + "\t" +
-                    std::to_string(LAuditLogSize(profile)));
-  // The trail announces the renumbering before any file changes; without it nothing changes.
-  if (!LAuditAppend(profile, {std::string(kAuditRenumber), Announcement(data), {}, 0, {}, {}, {}})) {
-    process.SetError(std::string(kAuditNotWrittenMessage));
-    return kProcessFailed;
-  }
-  if (RenumberFiles(process, data)) return kProcessFinished;
-  intent.Keep();  // half renumbered: the next holder of the ledger lock tries again to finish
-  return kProcessFailed;
+  if (!Announce(process, data, intent, lock.Locked())) return kProcessFailed;
+  bool finished = RenumberFiles(process, data);
+  // Without the lock the file stays for the next holder: its announcement waits there, and the
+  // holder may have posted under the old number after this passed.
+  if (finished && !lock.Locked()) (void)intent.Note(kNoteDone);
+  if (!finished || !lock.Locked()) intent.Keep();  // half renumbered: the next holder finishes
+  return finished ? kProcessFinished : kProcessFailed;
 }
 
 void LAccountRenumberInstall() { LLedgerAddIntentSettler(kRenumberIntentExtension, SettleRenumbering); }

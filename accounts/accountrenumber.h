@@ -7,12 +7,20 @@
 // It runs as a long operation under the progress title "Modifier le numéro de compte", holding
 // the ledger lock from the first file to the record's new key, so no posting lands half on the
 // old number and half on the new. Once started it runs to the end: stopping half way would leave
-// the ledger naming two numbers for one account. So it also survives a crash: before the audit
-// trail announces it, it notes old and new number in a ".renumber" intent file
-// (accounts/ledgerintent.h); the next holder of the ledger lock that finds the file of a killed
-// renumbering runs every step again (each leaves what is already done) when the announcement is
-// in the trail, and logs that it finished it. The account record takes its new key last, in one
-// rename.
+// the ledger naming two numbers for one account. So it also survives a crash: it keeps its own
+// notes in a ".renumber" change file (accounts/ledgerintent.h): old and new number and where the
+// trail ends, then, once the trail announces it, that it has begun. The next holder of the ledger
+// lock that finds the file of a killed renumbering decides from those notes alone: one noted
+// begun has every step run again (each leaves what is already done) and is logged as finished;
+// one not begun changed nothing, and its announcement, if written, is cancelled ("cancel").
+// The account record takes its new key last, in one rename.
+//
+// One that waited the whole 10,000 ms for the ledger lock goes on without it, as every change
+// does, and must not break the holder's audit chain: it writes nothing into the trail. Its
+// announcement waits in its begun note, and its file is left to the next holder of the lock, who
+// writes the announcement into the chain, runs every step again (the holder it passed may have
+// posted under the old number after a day file was rewritten, or to the old record after it took
+// its new key) and recomputes the balances from the day files.
 #pragma once
 
 #include <string>
@@ -32,9 +40,10 @@ struct LAccountRenumberProcess {
   long nDayFilesChanged = 0;   // day files rewritten
 };
 
-// kProcessFailed (with the error set) when the trail could not announce it (nothing changed), or
-// when a file could not be written or the record could not take its new key (a file of that name
-// appeared meanwhile): the renumbering is then left to the next holder of the ledger lock.
+// kProcessFailed (with the error set) when the trail could not announce it or its notes could not
+// be written (nothing changed), or when a file could not be written or the record could not take
+// its new key (a file of that name appeared meanwhile): the renumbering is then left to the next
+// holder of the ledger lock.
 LProcessResult Process(LProcessInterface& process, LAccountRenumberProcess& data);
 
 // Registers the settler of renumberings cut short. Call once at start-up; again changes nothing.

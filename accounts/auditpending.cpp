@@ -57,41 +57,34 @@ void Settle(const LProfile& profile, std::string_view text, bool warn) {
   std::string path = LAuditField(text, "Path");
   std::string before = LAuditField(text, "Before");
   std::string now = Fingerprint(path);
-  bool cancelled = false;
-  long long seq = FindEntry(profile, LTextToInt64(LAuditField(text, "Log")), event, cancelled);
+  long long size = LTextToInt64(LAuditField(text, "Log"));
   bool changed = now != before;
   if (HoldsNothing(before) && HoldsNothing(now)) {
     changed = false;  // a number taken for a document never written goes back
     if (now != "-" && ::unlink(path.c_str()) != 0) LLogWriteFailure("unlink", path, errno);
   }
-  if (changed && seq == 0) {
-    if (!LAuditAppend(profile, event)) return;
-    if (warn)
-      LLogWarning("Piste d'audit : l'entrée « %s » de %s, %s, a été inscrite.", event.action.c_str(),
-                  event.reference.c_str(),
-                  LAuditField(text, "Unlocked") == "1" ? "faite sans le verrou du grand livre"
-                                                       : "interrompue avant d'être écrite");
-  } else if (!changed && seq != 0 && !cancelled) {
-    LAuditEvent cancel = event;
-    cancel.action = kAuditCancel;
-    cancel.lines = std::to_string(seq);
-    cancel.time.clear();
-    cancel.user.clear();
-    if (!LAuditAppend(profile, cancel)) return;
-    if (warn)
+  if (!changed) {
+    long long seq = LAuditCancelWritten(profile, size, event);
+    if (seq > 0 && warn)
       LLogWarning("Piste d'audit : « %s » de %s n'a pas eu lieu ; l'entrée %lld est annulée par une entrée « cancel ».",
                   event.action.c_str(), event.reference.c_str(), seq);
+    return;
   }
+  bool cancelled = false;
+  if (FindEntry(profile, size, event, cancelled) != 0 || !LAuditAppend(profile, event)) return;
+  if (warn)
+    LLogWarning("Piste d'audit : l'entrée « %s » de %s, %s, a été inscrite.", event.action.c_str(),
+                event.reference.c_str(),
+                LAuditField(text, "Unlocked") == "1" ? "faite sans le verrou du grand livre"
+                                                     : "interrompue avant d'être écrite");
 }
 
 }  // namespace
 
 LAuditPending::LAuditPending(const LProfile& profile, LAuditEvent event, std::string recordPath)
     : profile_(profile), intent_(profile, kAuditPendingExtension) {
-  if (event.time.empty()) event.time = LAuditTimeNow();
-  if (event.user.empty()) event.user = LGetPostingUserName();
   LHashTable note;
-  LAuditSetEventFields(event, note);
+  LAuditSetPendingFields(event, note);
   note.SetString("Path", recordPath);
   note.SetString("Before", Fingerprint(recordPath));
   note.SetString("Log", std::to_string(LAuditLogSize(profile)));
@@ -110,6 +103,24 @@ LAuditPending::~LAuditPending() {
 }
 
 bool LAuditPending::Append() { return pending_ || LAuditAppend(profile_, event_); }
+
+long long LAuditCancelWritten(const LProfile& profile, long long size, const LAuditEvent& event) {
+  bool cancelled = false;
+  long long seq = FindEntry(profile, size, event, cancelled);
+  if (seq == 0 || cancelled) return 0;
+  LAuditEvent cancel = event;
+  cancel.action = kAuditCancel;
+  cancel.lines = std::to_string(seq);
+  cancel.time.clear();
+  cancel.user.clear();
+  return LAuditAppend(profile, cancel) ? seq : -1;
+}
+
+void LAuditSetPendingFields(LAuditEvent& event, LHashTable& fields) {
+  if (event.time.empty()) event.time = LAuditTimeNow();
+  if (event.user.empty()) event.user = LGetPostingUserName();
+  LAuditSetEventFields(event, fields);
+}
 
 void LAuditSettlePending(const LProfile& profile, const std::vector<std::string>& notes) {
   for (const std::string& note : notes) Settle(profile, note, true);

@@ -64,6 +64,18 @@ class LAuditPending {
   bool pending_ = false;       // made without the ledger lock: the entry is the next holder's to write
 };
 
+// Cancels the entry of event (its action, reference and lines) written after offset size of the
+// trail: the change it records did not take effect. The log is append-only: a "cancel" entry
+// naming its "Seq" follows it. Returns that "Seq"; 0 when there is no such entry or it is
+// cancelled already, -1 when the trail could not be written. Callers hold the ledger lock.
+long long LAuditCancelWritten(const LProfile& profile, long long size, const LAuditEvent& event);
+
+// Sets in fields the entry of a change whose writing is left to the next holder of the ledger lock
+// (here, a posting's or a renumbering's past the wait): event under the entry's names, its time
+// and author fixed now when not yet, so that the entry written later tells when and by whom the
+// change was made. LAuditEventOfLine reads it back.
+void LAuditSetPendingFields(LAuditEvent& event, LHashTable& fields);
+
 // Brings in step the entries noted by changes killed midway (one note a line). The ledger's
 // intent settling calls it before any other settler, which may write the records again.
 void LAuditSettlePending(const LProfile& profile, const std::vector<std::string>& notes);

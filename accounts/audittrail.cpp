@@ -91,6 +91,7 @@ bool CutTornTail(int fd, const std::string& path) {
   struct stat info {};
   if (::fstat(fd, &info) != 0) return false;
   off_t keep = info.st_size;
+  if (keep == 0) return true;  // a new log: nothing torn
   char chunk[kTailChunk];
   for (bool torn = false; keep > 0;) {
     off_t from = std::max<off_t>(0, keep - static_cast<off_t>(kTailChunk));

@@ -24,13 +24,14 @@
 // so that an entry taken off the end, or a change to the last entry, is found too.
 //
 // Each entry is appended under the ledger lock (accounts/ledgerlock.h), before the change it
-// records is made, so two processes never chain onto the same entry. A posting or deletion
-// made without the lock, after the whole wait, leaves its entry pending for the next holder
-// (accounts/ledgerintent.h); other writers that waited in vain take the log file's own lock. A change that cannot write its entry is refused. A posting or
-// deletion of the ledger that fails or dies after its entry has the entry taken back off
-// (LAuditCutBack) by itself or by whoever settles its intent (accounts/ledgerintent.h), so the
-// log and the books never disagree. Books that existed before the trail start their chain at
-// their first change.
+// records is made, so two processes never chain onto the same entry. A posting, a deletion, a
+// document change or a renumbering made without the lock, after the whole wait, leaves its entry
+// pending for the next holder (accounts/ledgerintent.h, auditpending.h, accountrenumber.h); only
+// one whose pending note could not be written takes the log file's own lock. A change that cannot
+// write its entry is refused. A posting or deletion of the ledger that fails or dies after its
+// entry has the entry taken back off (LAuditCutBack) by itself or by whoever settles its intent
+// (accounts/ledgerintent.h), so the log and the books never disagree. Books that existed before
+// the trail start their chain at their first change.
 #pragma once
 
 #include <string>

@@ -26,7 +26,6 @@
 #include "llib/gen/hashtable.h"
 #include "llib/gen/log.h"
 #include "llib/gen/moneybounds.h"
-#include "llib/gen/system.h"
 #include "llib/gen/textnum.h"
 
 namespace {
@@ -297,6 +296,15 @@ void LLedgerAddIntentSettler(std::string_view extension, LIntentSettler settler)
   settlers.byExtension[std::string(extension)] = settler;
 }
 
+bool LLedgerChangesRunning(const LProfile& profile, std::string_view extension) {
+  std::string folder = IntentsFolder(profile);
+  std::vector<std::string> names = LFile::ListFolder(folder);
+  return std::any_of(names.begin(), names.end(), [&](const std::string& name) {
+    std::string path = LFile::MakeFilePath(folder, name);
+    return name.ends_with(extension) && HasContent(path) && StateOf(path) == LChangeFileState::kLive;
+  });
+}
+
 int LLedgerSettleIntents(const LProfile& profile) {
   std::string folder = IntentsFolder(profile);
   int nSettled = SettleLockFile(profile) ? 1 : 0;
@@ -429,9 +437,7 @@ bool LLedgerIntent::Write(std::string_view kind, const LLedgerTransaction& txn, 
   intent.SetString("Rows", rows);
   if (heldFile_ == nullptr) {
     // The entry waits in the intent: its time and author are the change's, not its writer's.
-    entry_.time = LAuditTimeNow();
-    entry_.user = LGetPostingUserName();
-    LAuditSetEventFields(entry_, intent);
+    LAuditSetPendingFields(entry_, intent);
   } else {
     auditSize_ = LAuditLogSize(profile_);
     intent.SetString("Audit", std::to_string(auditSize_));

@@ -5,12 +5,14 @@
 #include "accounts/ledgerlock.h"
 #include "accounts/linkedaccounts.h"
 #include "invoice/sales/salesbook.h"
+#include "invoice/sales/salesledger.h"
 #include "invoice/sales/salesposting.h"
 #include "invoice/sales/salesstock.h"
 #include "invoice/shared/customer.h"
 #include "invoice/shared/profile.h"
 #include "llib/gen/date.h"
 #include "llib/gen/filestore.h"
+#include "llib/gen/log.h"
 #include "llib/gen/optionalerror.h"
 #include "llib/gen/system.h"
 
@@ -24,22 +26,40 @@ bool IsTemplateOnly(std::string_view field) {
   return std::find(std::begin(kTemplateOnly), std::end(kTemplateOnly), field) != std::end(kTemplateOnly);
 }
 
-// Makes the occurrence dated date of the template in the kind's recorded list (refused when its
-// customer no longer exists): fields copied, lines refreshed from the items, totalled, recorded.
-// beforeTotals runs once the document has its key (an invoice puts its copied total on the
-// balance there, and the totaller then moves the balance by what the refresh changed).
+// The note of an occurrence being recorded: "recurring", the document's list and key, the
+// template's list and key, the date. Killed midway, the settler moves the template on once the
+// document is there (LRecurringSettle), so that the next run does not record the date again.
+constexpr std::string_view kRecurringNote = "recurring";
+
+// Makes the occurrence dated date of the template of templateList in the kind's recorded list
+// (refused when its customer no longer exists): fields copied, lines refreshed from the items,
+// totalled, recorded. beforeTotals runs once the document has its key (an invoice puts its copied
+// total on the balance there, and the totaller then moves the balance by what the refresh
+// changed). The number is taken (an empty file) and noted with the template before anything is
+// written: the settler of a killed occurrence finishes it from its record, or takes the number
+// back.
 template <class BeforeTotals>
-bool MakeOccurrence(LProfile& profile, const LSalesDocumentKind& kind, const LRecord& schedule, const std::string& date,
+bool MakeOccurrence(LProfile& profile, const LSalesDocumentKind& kind, std::string_view templateList,
+                    const LRecord& schedule, const std::string& date, LSalesChangeIntent& intent,
                     LSalesDocument& document, BeforeTotals beforeTotals, std::string* error) {
   if (!LSalesCheckParty(profile, kind, schedule.GetString("Customer"), error)) return false;
-  profile.MainList(kind.recordedList).CreateNewRecord(document);
+  const LFileStoreListBase& list = profile.MainList(kind.recordedList);
+  intent.NoteReserving(kind.recordedList);
+  std::string key = LSalesReserveFirstFreeKey(list, {});
+  if (key.empty()) return LFail(error, "Impossible d'enregistrer le document.");
+  if (kind.type == LSalesDocumentType::kInvoice) intent.NotePosting(kind.recordedList, key, {}, {});
+  (void)intent.Note(std::string(kRecurringNote) + "\t" + std::string(kind.recordedList) + "\t" + key + "\t" +
+                    std::string(templateList) + "\t" + schedule.GetPrimaryKey() + "\t" + date);
+  list.Open(document, key);
   for (const auto& field : schedule.Fields())
     if (!field.deleted && !field.binary && !IsTemplateOnly(field.name)) document.SetString(field.name, field.text);
   document.SetString("Date", date);
   document.SetInt64("AmountPaid", 0);
   document.SetInt64("AmountRefunded", 0);  // so that no list works it out and writes it on the way
   document.SetString("OrderNumber", "");
-  if (!document.Flush() || document.GetPrimaryKey().empty()) {
+  if (!document.Flush()) {
+    document.DetachWithoutSave();
+    (void)list.Delete(key);  // the number goes back
     return LFail(error, "Impossible d'enregistrer le document.");
   }
   bool written = beforeTotals();
@@ -47,6 +67,7 @@ bool MakeOccurrence(LProfile& profile, const LSalesDocumentKind& kind, const LRe
   written = written && LSalesDocumentSumTotals(profile, kind, document).written;
   document.SetString("IsDraft", "0");
   if (written && document.Flush()) return true;
+  intent.Keep();  // the document is there: the next holder of the ledger lock finishes it
   return LFail(error, "Impossible d'enregistrer le document.");
 }
 
@@ -66,6 +87,27 @@ bool MoveScheduleOn(LRecord& schedule, const std::string& date, std::string* err
 
 }  // namespace
 
+void LRecurringSettle(LProfile& profile, const std::vector<std::string>& notes) {
+  for (const std::string& note : notes) {
+    std::vector<std::string_view> parts = LIntentNoteParts(note);
+    if (parts.size() != 6 || parts[0] != kRecurringNote) continue;
+    std::string document = std::string(parts[1]) + "/" + std::string(parts[2]);
+    std::string templateName = std::string(parts[3]) + "/" + std::string(parts[4]);
+    std::string date(parts[5]);
+    LRecord made, schedule;
+    bool written = profile.MainList(parts[1]).Open(made, parts[2]) && !made.Fields().empty();
+    made.DetachWithoutSave();
+    if (!written || !profile.MainList(parts[3]).Open(schedule, parts[4])) continue;
+    if (LRecurringGetDueDateText(schedule) != date) {
+      schedule.DetachWithoutSave();  // moved on already
+      continue;
+    }
+    if (MoveScheduleOn(schedule, date, nullptr))
+      LLogWarning("Modèle %s : l'occurrence du %s, interrompue, a été achevée (%s).", templateName.c_str(), date.c_str(),
+                  document.c_str());
+  }
+}
+
 std::string LRecurringRecord(LProfile& profile, LRecord& schedule, std::string* error) {
   std::string date = DueDateOf(schedule, error);
   if (date.empty()) return {};
@@ -73,17 +115,22 @@ std::string LRecurringRecord(LProfile& profile, LRecord& schedule, std::string* 
     LSetError(error, kNeededAccountsWarning);
     return {};
   }
+  LLedgerLock lock(profile);  // one sales change at a time (salesledger.h)
+  LSalesChangeIntent intent(profile);
+  const LSalesDocumentKind& kind = LSalesDocumentKindOf(LSalesDocumentType::kInvoice);
   LSalesDocument invoice;
   auto addToBalance = [&] { return LCustomerChangeBalance(profile, invoice.GetCustomer(), invoice.GetTotal()); };
-  if (!MakeOccurrence(profile, LSalesDocumentKindOf(LSalesDocumentType::kInvoice), schedule, date, invoice,
-                      addToBalance, error))
+  if (!MakeOccurrence(profile, kind, kRecurringInvoicesList, schedule, date, intent, invoice, addToBalance, error))
     return {};
   std::string stockError;
-  bool stocked = LSalesDocumentMoveStock(profile, LSalesDocumentKindOf(LSalesDocumentType::kInvoice),
-                                         invoice.GetPrimaryKey(), nullptr, &invoice, &stockError);
-  bool posted = LInvoiceRecordTransactions(profile, invoice, LGetPostingUserName(), true);
+  bool stocked = LSalesDocumentMoveStock(profile, kind, invoice.GetPrimaryKey(), nullptr, &invoice, &stockError);
+  // The reference is noted before anything is posted under it, so that the settler posts under it.
+  std::string reference = LSalesDocumentTakeReference(profile, invoice, false);
+  if (!reference.empty()) intent.NotePosting(kind.recordedList, invoice.GetPrimaryKey(), {}, reference);
+  bool posted = !reference.empty() && LInvoiceRecordTransactions(profile, invoice, LGetPostingUserName(), true);
   bool saved = invoice.Flush();  // keeps "JournalTxnRef"
   bool moved = MoveScheduleOn(schedule, date, error);
+  if (!(stocked && posted && saved && moved)) intent.Keep();  // finished by the next holder of the ledger lock
   if (moved && !posted) LSetError(error, "Impossible d'écrire dans le grand livre.");
   else if (moved && !saved) LSetError(error, "Impossible d'enregistrer le document.");
   else if (moved && !stocked) LSetError(error, stockError);
@@ -93,10 +140,13 @@ std::string LRecurringRecord(LProfile& profile, LRecord& schedule, std::string* 
 std::string LRecurringOrderRecord(LProfile& profile, LRecord& schedule, std::string* error) {
   std::string date = DueDateOf(schedule, error);
   if (date.empty()) return {};
+  LLedgerLock lock(profile);
+  LSalesChangeIntent intent(profile);
   LSalesDocument order;
-  if (!MakeOccurrence(profile, LSalesDocumentKindOf(LSalesDocumentType::kOrder), schedule, date, order, [] { return true; }, error))
+  if (!MakeOccurrence(profile, LSalesDocumentKindOf(LSalesDocumentType::kOrder), kRecurringOrdersList, schedule, date,
+                      intent, order, [] { return true; }, error))
     return {};
-  MoveScheduleOn(schedule, date, error);
+  if (!MoveScheduleOn(schedule, date, error)) intent.Keep();
   return order.GetPrimaryKey();
 }
 

@@ -6,7 +6,9 @@
 // reference, "Date" = D, "AmountPaid" 0, "OrderNumber" empty; its total goes onto the customer's
 // balance; its lines take the items' descriptions and prices of today; it is totalled, marked
 // "IsDraft" 0, takes its items out of stock (invoice/sales/salesstock.h), and is posted to the ledger on D (under a new "SLS"
-// reference, by the user $LOGNAME, else $USER). The template's "RecurLast" becomes D.
+// reference, by the user $LOGNAME, else $USER). The template's "RecurLast" becomes D. It is a
+// sales change (salesledger.h): killed midway, the next holder of the ledger lock finishes the
+// invoice from its record and moves the template on, or gives the number back.
 //
 // An order template makes a new recorded order in "Orders" the same way, without balance,
 // stock or ledger: orders do not move any of them.
@@ -28,6 +30,11 @@ class LProfile;
 std::string LRecurringRecord(LProfile& profile, LRecord& schedule, std::string* error = nullptr);
 // The same for an order template (a record of "OrdersRecurring"); returns the new order's key.
 std::string LRecurringOrderRecord(LProfile& profile, LRecord& schedule, std::string* error = nullptr);
+
+// For the settler of an interrupted sales change (salesledger.cpp), given its notes: the template
+// of each occurrence it was recording whose document was written is moved on to that date, unless
+// it has been already; each is logged. The document itself is finished with the other noted ones.
+void LRecurringSettle(LProfile& profile, const std::vector<std::string>& notes);
 
 // One document made by a run.
 struct LRecurringMade {

@@ -8,7 +8,26 @@
 
 #include <utility>
 
-#include "llib/gen/syscallfault.h"
+bool LRunKilledAt(LSyscall kind, unsigned nth, const std::function<void()>& change) {
+  pid_t child = ::fork();
+  if (child < 0) {
+    ADD_FAILURE() << "fork";
+    return false;
+  }
+  if (child == 0) {
+    LSyscallFaultArmKill(kind, nth);
+    change();
+    ::_exit(0);
+  }
+  int status = 0;
+  if (::waitpid(child, &status, 0) != child) {
+    ADD_FAILURE() << "waitpid";
+    return false;
+  }
+  if (WIFSIGNALED(status) && WTERMSIG(status) == SIGKILL) return true;
+  EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << "the change died otherwise than killed";
+  return false;
+}
 
 int LKillAtEachStep(const std::function<void()>& prepare, const std::function<void()>& change,
                     const std::function<void(const std::string& where)>& inspect) {
@@ -21,25 +40,7 @@ int LKillAtEachStep(const std::function<void()>& prepare, const std::function<vo
         return nKilled;
       }
       prepare();
-      pid_t child = ::fork();
-      if (child < 0) {
-        ADD_FAILURE() << "fork";
-        return nKilled;
-      }
-      if (child == 0) {
-        LSyscallFaultArmKill(kind, nth);
-        change();
-        ::_exit(0);
-      }
-      int status = 0;
-      if (::waitpid(child, &status, 0) != child) {
-        ADD_FAILURE() << "waitpid";
-        return nKilled;
-      }
-      if (!WIFSIGNALED(status) || WTERMSIG(status) != SIGKILL) {
-        EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << name << " " << nth;
-        break;  // the change ran whole before its nth call of that kind
-      }
+      if (!LRunKilledAt(kind, nth, change)) break;  // the change ran whole before its nth call of that kind
       ++nKilled;
       inspect(std::string(name) + " " + std::to_string(nth));
       if (::testing::Test::HasFailure()) return nKilled;  // one place is enough to look at
