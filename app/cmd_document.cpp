@@ -23,15 +23,6 @@
 
 namespace {
 
-// Numbers in number order, then other keys in byte order.
-bool KeyLess(const std::string& a, const std::string& b) {
-  bool aNumber = !a.empty() && a.find_first_not_of("0123456789") == std::string::npos;
-  bool bNumber = !b.empty() && b.find_first_not_of("0123456789") == std::string::npos;
-  if (aNumber != bNumber) return aNumber;
-  if (aNumber && a.size() != b.size()) return a.size() < b.size();
-  return a < b;
-}
-
 // Takes every document option from args (the caller finishes args afterwards).
 void TakeDocumentInput(LCliArgs& args, LDocumentInput& input) {
   args.TakeOption("--file", input.file);
@@ -101,7 +92,7 @@ int List(LCliContext& context, const LSalesDocumentKind& kind, LCliArgs& args) {
     if (bySalesPerson && document.GetString("SalesPerson") != salesPerson) continue;
     keys.push_back(document.GetPrimaryKey());
   }
-  std::sort(keys.begin(), keys.end(), KeyLess);
+  std::sort(keys.begin(), keys.end(), LDocumentKeyLess);
   nlohmann::ordered_json all = nlohmann::ordered_json::array();
   for (const auto& key : keys) {
     LSalesDocument one;

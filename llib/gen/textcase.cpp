@@ -13,6 +13,12 @@ bool LSameText(std::string_view a, std::string_view b) {
          std::equal(a.begin(), a.end(), b.begin(), [](char x, char y) { return FoldAscii(x) == FoldAscii(y); });
 }
 
+std::string LLowerText(std::string_view text) {
+  std::string lowered(text);
+  for (char& c : lowered) c = FoldAscii(c);
+  return lowered;
+}
+
 bool LStartsWithText(std::string_view text, std::string_view prefix) {
   return text.size() >= prefix.size() && LSameText(text.substr(0, prefix.size()), prefix);
 }

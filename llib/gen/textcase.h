@@ -3,6 +3,7 @@
 // byte, accented letters and UTF-8 sequences included, must match exactly, whatever the locale.
 #pragma once
 
+#include <string>
 #include <string_view>
 
 // true when a and b have the same length and the same bytes once ASCII letters are folded.
@@ -13,3 +14,7 @@ bool LSameText(std::string_view a, std::string_view b);
 // matches.
 bool LStartsWithText(std::string_view text, std::string_view prefix);
 bool LEndsWithText(std::string_view text, std::string_view suffix);
+
+// text with its ASCII capitals made small letters, every other byte as it was: the key under
+// which texts equal to LSameText are grouped or looked up. LLowerText("FA-É") is "fa-É".
+std::string LLowerText(std::string_view text);

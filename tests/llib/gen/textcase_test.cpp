@@ -14,6 +14,8 @@ TEST(TextCase, FoldsOnlyAsciiLettersAndComparesWholeLengths) {
   EXPECT_FALSE(LSameText("[", "{"));
   EXPECT_TRUE(LSameText("a\0b"sv, "A\0B"sv));  // an inner NUL is compared, not an end
   EXPECT_FALSE(LSameText("a\0b"sv, "a\0c"sv));
+  EXPECT_EQ(LLowerText("FA-12 Été @[`{"), "fa-12 Été @[`{");  // only A-Z change
+  EXPECT_EQ(LLowerText("\xc9T\xc9"), "\xc9t\xc9");
 }
 
 TEST(TextCase, PrefixesAndSuffixesMatchAtTheirEndOnly) {
