@@ -3,7 +3,6 @@
 
 #include <fcntl.h>
 #include <stdio.h>
-#include <strings.h>
 #include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -15,6 +14,7 @@
 #include "llib/gen/filelock.h"
 #include "llib/gen/filestoreindex.h"
 #include "llib/gen/percent.h"
+#include "llib/gen/textcase.h"
 
 // ---- Paths ------------------------------------------------------------------------------------
 
@@ -269,7 +269,7 @@ bool LFileStoreListBase::Save(LRecord& r) const {
     std::string oldPath = MakeRecordPath(r.GetStoredKey());
     std::string newPath = MakeRecordPath(r.GetPrimaryKey());
     // A change of letter case only renames directly; any other change never replaces a record.
-    bool replace = ::strcasecmp(oldPath.c_str(), newPath.c_str()) == 0;
+    bool replace = LSameText(oldPath, newPath);
     if (LRobustRename(oldPath, newPath, replace)) {
       r.SetStoredKey(r.GetPrimaryKey());
     } else {
