@@ -34,10 +34,10 @@ class LProfile;
 // changes and other late ones: the customer balances, the invoices' amounts paid and refunded and
 // the stock it moves by reading and writing them back may lose a move made meanwhile. So its
 // intent is always left to the next holder of the lock, ended or not, which brings every such
-// figure back in step with the documents as it does after a crash. What it cannot bring back is
-// an entry of a payment's or credit note's applications lost when two changes, one of them late,
-// wrote that applier at once (each writes back the whole list it read): the invoices' amounts
-// then follow the lists as stored.
+// figure back in step with the documents as it does after a crash. A payment's or credit note's
+// applications need no such repair: every change of them reads and writes the applier's lists
+// under the applier's own record lock (invoice/shared/paymentapply.cpp), so two changes at once,
+// late or not, each keep the other's entry.
 inline constexpr std::string_view kSalesChangeIntentExtension = ".sales";
 class LSalesChangeIntent : public LBooksChangeIntent {
  public:

@@ -2,6 +2,7 @@
 // cached "AmountPaid" / "AmountRefunded", their recomputation and the removal of what an invoice
 // holds beyond its "Total".
 #include <algorithm>
+#include <set>
 
 #include "invoice/shared/payment.h"
 #include "invoice/shared/profile.h"
@@ -55,16 +56,21 @@ void ForEachOnSide(LProfile& profile, std::string_view list, const LSalesDocumen
 // of one applier at once (one of them past a lock's wait, or the settler's) each keep the other's
 // entries, where writing back lists read earlier would drop one. The applier then holds the lists
 // as stored, unmarked, so that its own later save keeps what others store meanwhile. An applier
-// not stored under its key (new, renamed or deleted), or whose lists cannot be written (a full
-// disk), is changed in memory, its save to come writing them.
+// not stored under its key yet (new or renamed), or whose lists cannot be written (a full disk),
+// is changed in memory, its save to come writing them. One deleted since it was read is changed
+// in memory only and let go of its file: a save would bring the deleted applier back.
 template <class Change>
 void ChangeLists(LProfile& profile, Applier& applier, Change change) {
   LRecord& record = applier.record;
   const std::string& key = record.GetPrimaryKey();
+  const LFileStoreListBase& list = profile.MainList(applier.list);
+  bool wasStored = !key.empty() && record.GetStoredKey() == key;
   LFileStoreInPlaceUpdate update;
   LPayment stored;  // a payment, or a credit note read through the same fields
   Applier held{stored, applier.list, applier.refundSide};
-  if (!key.empty() && record.GetStoredKey() == key && update.Open(profile.MainList(applier.list), key, stored)) {
+  if (wasStored && !list.TestRecordExists(key)) {
+    record.DetachWithoutSave();
+  } else if (wasStored && update.Open(list, key, stored)) {
     std::vector<LAppliedAmount> entries = Entries(profile, held);
     change(entries);
     LWriteAppliedAmounts(stored, entries);
@@ -104,19 +110,26 @@ long long Unapply(LProfile& profile, Applier& applier, LSalesDocument& invoice) 
   return removed;
 }
 
+// Lets go of every entry, as the lists are stored after each one (each change reads them under
+// the lock): an entry another writer added meanwhile goes too.
 long long UnapplyAll(LProfile& profile, Applier& applier) {
   const LFileStoreListBase& invoices = profile.MainList(LSalesDocumentKindOf(LSalesDocumentType::kInvoice).recordedList);
   long long removed = 0;
-  for (const auto& entry : Entries(profile, applier)) {
+  std::set<std::string> tried;  // an entry that stays (its invoice cannot be written) is not tried again
+  for (;;) {
+    std::vector<LAppliedAmount> entries = Entries(profile, applier);
+    auto next = std::find_if(entries.begin(), entries.end(), [&](const LAppliedAmount& e) { return !tried.count(e.invoice); });
+    if (next == entries.end()) return removed;
+    std::string key = next->invoice;
+    tried.insert(key);
     LSalesDocument invoice;
-    if (invoices.Open(invoice, entry.invoice)) {
+    if (invoices.Open(invoice, key)) {
       removed += Unapply(profile, applier, invoice);
       continue;
     }
     // The invoice is gone: its entry only leaves the lists.
-    ChangeLists(profile, applier, [&](std::vector<LAppliedAmount>& entries) { (void)TakeOut(entries, entry.invoice); });
+    ChangeLists(profile, applier, [&](std::vector<LAppliedAmount>& stored) { (void)TakeOut(stored, key); });
   }
-  return removed;
 }
 
 bool RemoveExcess(LProfile& profile, LSalesDocument& invoice, bool refundSide, Applier* current,

@@ -49,8 +49,9 @@ class SalesLockWait : public LHomeTest {
 
 // The late changes touch what the holder's own changes touch (the customer's balance, the
 // loaves' stock, the reference counters, the audit trail) and one another's figures (invoice 3's
-// amounts paid and refunded). No two of them change the same payment or credit note: two late
-// changes of one applier's list may still lose one another's entry (salesledger.h).
+// amounts paid and refunded). No two of them change the same payment or credit note: two changes
+// of one applier's list at once are the store's and the payments' tests (FileStoreIndexTest,
+// Payments.ChangesOfOneCreditNoteReadBeforeAnothersKeepItsEntry).
 TEST_F(SalesLockWait, ChangesPastTheWaitLeaveTheBooksWhole) {
   const std::vector<std::vector<std::string>> late{
       {"invoice", "new", "--customer", "C1", "--date", "2026-01-09", "--untaxed", "--line", "P1|x|3|12.50|Aucun|"},

@@ -314,6 +314,17 @@ TEST_F(Payments, ChangesOfOneCreditNoteReadBeforeAnothersKeepItsEntry) {
   EXPECT_EQ(Refunded(invoice), 100);
   EXPECT_EQ(Refunded(other), 0);
   EXPECT_EQ(Refunded(third), 50);
+
+  // Deleted meanwhile: a change of the note as read before never brings it back.
+  LSalesDocument stale, again;
+  ASSERT_TRUE(notes.Open(stale, note));
+  std::string error;
+  ASSERT_TRUE(LSalesDocumentDelete(Profile(), LSalesDocumentKindOf(LSalesDocumentType::kCreditNote), note, &error))
+      << error;
+  ASSERT_TRUE(invoices.Open(again, other));
+  LCreditNoteApplyToInvoice(stale, again, 10, Profile());
+  EXPECT_TRUE(stale.Flush());
+  EXPECT_FALSE(notes.TestRecordExists(note));
 }
 
 }  // namespace
