@@ -8,6 +8,7 @@
 
 #include "accounts/auditpending.h"
 #include "accounts/audittrail.h"
+#include "accounts/ledger.h"
 #include "llib/gen/log.h"
 #include "accounts/ledgerlock.h"
 #include "accounts/linkedaccounts.h"
@@ -296,7 +297,12 @@ bool LSalesDocumentEdit(LProfile& profile, const LSalesDocumentKind& kind, std::
       (void)LInvoiceRemoveExcessApplications(profile, document);
       if (!document.Flush()) return NotSaved(error);
     }
-    LSalesDocumentRemoveTransaction(profile, document, oldDate);
+    // A posting that could not be taken out (a failed write) is not posted again beside itself:
+    // the change is left to the next holder of the lock, which posts the document anew.
+    LLedgerTransaction old;
+    if (!LSalesDocumentRemoveTransaction(profile, document, oldDate) &&
+        LLedgerTransactionLoad(profile, old, oldDate, document.GetString("JournalTxnRef")))
+      return NotSaved(error);
     return Post(profile, kind, document, intent, oldDate, error) && stocked;
   };
   if (apply()) return true;
