@@ -248,7 +248,7 @@ bool LSalesDocumentEdit(LProfile& profile, const LSalesDocumentKind& kind, std::
   bool recorded = recordedList.TestRecordExists(key);
   const LFileStoreListBase& list = recorded ? recordedList : profile.MainList(kind.draftsList);
   LSalesDocument document;
-  if (!list.Open(document, key)) return LFail(error, "Document introuvable : " + std::string(key) + ".");
+  if (!list.Open(document, key)) return LFail(error, LSalesDocumentNotFoundMessage(key));
   // The "edit" entry goes first, so that a trail that cannot be written refuses the edit; should the
   // edit not take effect after it, a "cancel" entry follows (auditpending.h).
   std::optional<LAuditPending> audit;
@@ -399,7 +399,7 @@ bool LSalesDocumentDelete(LProfile& profile, const LSalesDocumentKind& kind, std
     if (!draftsList.Delete(key)) return DeleteRefused(key, error);
     return true;
   }
-  return LFail(error, "Document introuvable : " + std::string(key) + ".");
+  return LFail(error, LSalesDocumentNotFoundMessage(key));
 }
 
 // ---- Deletions asked by the ledger ------------------------------------------------------------
