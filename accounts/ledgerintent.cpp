@@ -296,6 +296,15 @@ void LLedgerAddIntentSettler(std::string_view extension, LIntentSettler settler)
   settlers.byExtension[std::string(extension)] = settler;
 }
 
+bool LLedgerChangesRunning(const LProfile& profile, std::string_view extension) {
+  std::string folder = IntentsFolder(profile);
+  std::vector<std::string> names = LFile::ListFolder(folder);
+  return std::any_of(names.begin(), names.end(), [&](const std::string& name) {
+    std::string path = LFile::MakeFilePath(folder, name);
+    return name.ends_with(extension) && HasContent(path) && StateOf(path) == LChangeFileState::kLive;
+  });
+}
+
 int LLedgerSettleIntents(const LProfile& profile) {
   std::string folder = IntentsFolder(profile);
   int nSettled = SettleLockFile(profile) ? 1 : 0;

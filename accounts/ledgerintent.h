@@ -130,6 +130,10 @@ using LIntentSettler = void (*)(const LProfile& profile, const std::vector<std::
 std::vector<std::string_view> LIntentNoteParts(std::string_view note);
 // Registers the settler of extension (".sales"); call once at start-up.
 void LLedgerAddIntentSettler(std::string_view extension, LIntentSettler settler);
+// Whether a change of extension is running now in another process or thread (its file holds
+// notes and is locked by its owner). Called by a holder of the ledger lock, whose changes of that
+// kind take the lock: what runs beside it went on without the lock, after the whole wait.
+bool LLedgerChangesRunning(const LProfile& profile, std::string_view extension);
 
 //
 // Creating and removing a file is what a file system does slowest, so a process keeps its change

@@ -35,9 +35,33 @@ bool LStoreReferenceNumber(const LProfile& profile, const LReferenceCounter& cou
   return LFileStoreSaveInPlace(profile.List(kMiscList), options);
 }
 
+namespace {
+
+constexpr std::string_view kOptionsRecord = "Options";  // of "Misc", as LOptions::OpenFrom reads it
+
+// Takes one number: read and the next one stored under the record's exclusive lock, held between
+// the two (LFileStoreInPlaceUpdate). 0 when the counter could not be written.
+int TakeOne(LProfile& profile, const LReferenceCounter& counter) {
+  LOptions options;
+  LFileStoreInPlaceUpdate update;
+  if (!update.Open(profile.List(kMiscList), kOptionsRecord, options)) {
+    // No options record yet: the first number taken makes it.
+    int first = LPeekReferenceNumber(profile, counter);
+    return LStoreReferenceNumber(profile, counter, first + 1) ? first : 0;
+  }
+  int number = options.GetInt(counter.numberField, kFirstReferenceNumber);
+  options.SetInt(counter.numberField, number + 1);
+  return update.Save(options) ? number : 0;
+}
+
+}  // namespace
+
 int LTakeReferenceNumber(LProfile& profile, const LReferenceCounter& counter, const std::function<bool(int)>& isTaken) {
   LLedgerLock lock(profile);
-  int number = LPeekReferenceNumber(profile, counter);
-  while (isTaken && isTaken(number)) ++number;
-  return LStoreReferenceNumber(profile, counter, number + 1) ? number : 0;
+  // isTaken is asked outside the record's lock (it may read the options itself); a number in use
+  // is taken and skipped for good.
+  for (;;) {
+    int number = TakeOne(profile, counter);
+    if (number == 0 || !isTaken || !isTaken(number)) return number;
+  }
 }

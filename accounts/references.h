@@ -1,6 +1,8 @@
 // Ledger references: a prefix and a counter kept in the "Options" record, written "%s%d"
 // (GJ10000, PRC10000, ...). Every counter starts at 10000. A number is taken under the ledger
-// lock, so two processes posting at once never get the same reference.
+// lock and, within it, read and moved on under the "Options" record's own lock, so two processes
+// posting at once never get the same reference, even when one of them went on without the ledger
+// lock after the whole wait.
 #pragma once
 
 #include <functional>

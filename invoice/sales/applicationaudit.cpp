@@ -2,6 +2,8 @@
 
 #include <utility>
 
+#include "accounts/ledgerlock.h"
+
 #include "invoice/shared/payment.h"
 #include "invoice/shared/salesdocument.h"
 #include "llib/gen/record.h"
@@ -43,4 +45,11 @@ bool LApplicationAudit::Write(const LRecord& applier) {
   }
   before_ = std::move(after);
   return true;
+}
+
+bool LAuditDeletionEntry(const LProfile& profile, std::string_view title, std::string_view key, const LRecord& document,
+                         std::string recordPath, std::optional<LAuditPending>& pending) {
+  if (LLedgerHeldLockFile(profile) != nullptr) return LAuditAppendDocument(profile, kAuditDeleteDocument, title, key, document);
+  pending.emplace(profile, LAuditDocumentEvent(kAuditDeleteDocument, title, key, document), std::move(recordPath));
+  return pending->Append();
 }

@@ -14,6 +14,7 @@
 
 #include <list>
 #include <map>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -42,3 +43,12 @@ class LApplicationAudit {
   std::map<std::string, long long> before_;  // invoice key: amount held
   std::list<LAuditPending> pending_;        // kept to the end of the change
 };
+
+// Writes the "delete-document" entry of document (named title and key in the trail, stored in
+// recordPath) before anything of its deletion is done; false when the trail refuses it, and the
+// deletion must not begin. Without the ledger lock the trail's end is only the holder's to know:
+// the entry is noted in pending instead, which the caller keeps until the deletion is over, and
+// the next holder writes it once the record is gone (accounts/auditpending.h).
+[[nodiscard]] bool LAuditDeletionEntry(const LProfile& profile, std::string_view title, std::string_view key,
+                                       const LRecord& document, std::string recordPath,
+                                       std::optional<LAuditPending>& pending);

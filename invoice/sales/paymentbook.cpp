@@ -3,6 +3,7 @@
 #include <list>
 #include <map>
 #include <memory>
+#include <optional>
 
 #include "accounts/auditpending.h"
 #include "accounts/audittrail.h"
@@ -233,10 +234,9 @@ bool LPaymentDelete(LProfile& profile, std::string_view key, std::string* error)
   // command (LPaymentFinishDelete writes the entry if it is missing). The trail keeps the whole
   // payment as it was; without it, nothing is deleted (the note goes with the intent).
   intent.NoteDeleting(kPaymentsList, key);
-  if (!LAuditAppendDocument(profile, kAuditDeleteDocument, kPaymentTitle, key, payment)) {
-    LSetError(error, std::string(kAuditNotWrittenMessage));
-    return false;
-  }
+  std::optional<LAuditPending> pending;
+  if (!LAuditDeletionEntry(profile, kPaymentTitle, key, payment, profile.MainList(kPaymentsList).MakeRecordPath(key), pending))
+    return LFail(error, kAuditNotWrittenMessage);
   // Announced: what could not be written is finished by the next holder of the ledger lock.
   return DeletePayment(profile, key, payment, error) || intent.LeaveUnfinished(key, error);
 }

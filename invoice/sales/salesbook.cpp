@@ -381,9 +381,9 @@ bool LSalesDocumentDelete(LProfile& profile, const LSalesDocumentKind& kind, std
     // command (LSalesDocumentFinishDelete writes the entry if it is missing). The trail keeps the
     // whole document as it was; without it, nothing is deleted (the note goes with the intent).
     intent.NoteDeleting(kind.recordedList, key);
-    if (!LAuditAppendDocument(profile, kAuditDeleteDocument, kind.title, key, document)) {
+    std::optional<LAuditPending> pending;
+    if (!LAuditDeletionEntry(profile, kind.title, key, document, recordedList.MakeRecordPath(key), pending))
       return LFail(error, kAuditNotWrittenMessage);
-    }
     // Announced: what could not be written is finished by the next holder of the ledger lock.
     return DeleteRecorded(profile, kind, key, document, error) || intent.LeaveUnfinished(key, error);
   }

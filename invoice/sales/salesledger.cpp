@@ -37,6 +37,7 @@ constexpr std::string_view kNotePosting = "post";
 constexpr std::string_view kNoteDeleting = "delete";
 constexpr std::string_view kNoteReserving = "reserve";
 constexpr std::string_view kNoteApplying = "apply";
+constexpr std::string_view kNoteUnlocked = "unlocked";  // the change went on without the ledger lock
 
 // What the notes of an interrupted change say about one document.
 struct LNotedDocument {
@@ -81,8 +82,10 @@ void SettleDocument(LProfile& profile, const std::string& list, const std::strin
 
 // Takes back the numbers of list reserved by changes that died before writing their document: the
 // empty record files. Sales changes run under the ledger lock, which the settler holds, so no
-// live change is between reserving a number and writing its document.
+// live change is between reserving a number and writing its document, unless one went on
+// without the lock: its numbers are then left for a later settler.
 void TakeBackReservations(LProfile& profile, const std::string& list) {
+  if (LLedgerChangesRunning(profile, kSalesChangeIntentExtension)) return;
   const LFileStoreListBase& store = profile.MainList(list);
   for (const std::string& name : LFile::ListFolder(store.GetFolder())) {
     if (!name.ends_with(".dat")) continue;
@@ -100,8 +103,10 @@ void SettleSalesChange(const LProfile& profile, const std::vector<std::string>& 
   LProfile books(profile.GetDataStore().GetFolder());
   std::map<std::pair<std::string, std::string>, LNotedDocument> documents;
   std::set<std::string> reserving, applied;  // lists; invoices
+  bool unlocked = false;
   for (const std::string& note : notes) {
     std::vector<std::string_view> parts = LIntentNoteParts(note);
+    unlocked = unlocked || parts[0] == kNoteUnlocked;
     if (parts.size() == 2 && parts[0] == kNoteReserving) reserving.emplace(parts[1]);
     if (parts.size() == 4 && parts[0] == kNoteApplying) applied.emplace(parts[3]);
     if (parts.size() < 3 || (parts[0] != kNotePosting && parts[0] != kNoteDeleting)) continue;
@@ -111,6 +116,9 @@ void SettleSalesChange(const LProfile& profile, const std::vector<std::string>& 
     if (noted.oldDate.empty()) noted.oldDate = parts[3];
     if (!parts[4].empty()) noted.reference = parts[4];
   }
+  if (unlocked)
+    LLogWarning("Ventes : une modification faite sans le verrou du grand livre est remise en accord avec les "
+                "documents (soldes des clients, montants payés des factures, stock, écritures).");
   for (const std::string& list : reserving) TakeBackReservations(books, list);
   // Stock first: an invoice's posting reads the cost of what left.
   LCheckReport stock;
@@ -151,6 +159,16 @@ void SettleSalesChange(const LProfile& profile, const std::vector<std::string>& 
 }
 
 }  // namespace
+
+LSalesChangeIntent::LSalesChangeIntent(const LProfile& profile)
+    : LBooksChangeIntent(profile, kSalesChangeIntentExtension), unlocked_(LLedgerHeldLockFile(profile) == nullptr) {
+  // Noted first, so that the next holder settles the file even when the change noted nothing else.
+  if (unlocked_) (void)Note(kNoteUnlocked);
+}
+
+LSalesChangeIntent::~LSalesChangeIntent() {
+  if (unlocked_) Keep();
+}
 
 void LSalesChangeIntent::NotePosting(std::string_view list, std::string_view key, std::string_view oldDate,
                                      std::string_view reference) {

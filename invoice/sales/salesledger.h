@@ -29,10 +29,23 @@ class LProfile;
 // time, and whoever finds an intent of another process knows its change died. The change notes
 // each recorded document whose posting it is about to write, change or take out, before it
 // writes anything of that document.
+//
+// One that waited the whole 10,000 ms for the ledger lock goes on without it, beside the holder's
+// changes and other late ones: the customer balances, the invoices' amounts paid and refunded and
+// the stock it moves by reading and writing them back may lose a move made meanwhile. So its
+// intent is always left to the next holder of the lock, ended or not, which brings every such
+// figure back in step with the documents as it does after a crash. What it cannot bring back is
+// an entry of a payment's or credit note's applications lost when two changes, one of them late,
+// wrote that applier at once (each writes back the whole list it read): the invoices' amounts
+// then follow the lists as stored.
 inline constexpr std::string_view kSalesChangeIntentExtension = ".sales";
 class LSalesChangeIntent : public LBooksChangeIntent {
  public:
-  explicit LSalesChangeIntent(const LProfile& profile) : LBooksChangeIntent(profile, kSalesChangeIntentExtension) {}
+  explicit LSalesChangeIntent(const LProfile& profile);
+  // Without the ledger lock: left to the next holder (above).
+  ~LSalesChangeIntent();
+  LSalesChangeIntent(const LSalesChangeIntent&) = delete;
+  LSalesChangeIntent& operator=(const LSalesChangeIntent&) = delete;
   // The document key of list ("Invoices", "CreditNotes", "Payments") is being recorded or edited:
   // its posting was on oldDate (empty when it had none) under reference (empty when it has none
   // yet; noted again once taken).
@@ -50,6 +63,9 @@ class LSalesChangeIntent : public LBooksChangeIntent {
   // step with the record as it stands, as after a crash. Adds so much to *error (when it holds a
   // message) about document (its key); returns false.
   bool LeaveUnfinished(std::string_view document, std::string* error);
+
+ private:
+  bool unlocked_ = false;  // made without the ledger lock
 };
 
 // Installs the hooks above. Call once at start-up, before any business is opened; calling

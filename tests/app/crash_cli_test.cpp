@@ -33,11 +33,10 @@
 #include "llib/gen/filestore.h"
 #include "llib/gen/hashtable.h"
 #include "tests/support/envscope.h"
+#include "tests/support/salesbooks.h"
 #include "tests/support/testhome.h"
 
 namespace {
-
-using LPosting = std::pair<std::string, std::string>;  // date, reference
 
 class CrashCli : public LHomeTest {
  protected:
@@ -171,34 +170,6 @@ void ExpectTrailAgrees(LProfile& profile, const std::string& log, std::string_vi
   }
 }
 
-// Every recorded document of list has its reference and the ledger holds exactly the transaction
-// its posting builds; returns their places.
-std::set<LPosting> ExpectPostedAsBuilt(LProfile& profile, std::string_view list) {
-  std::set<LPosting> places;
-  LSalesDocument document;
-  for (LFileStoreIteratorBase it(profile.MainList(list), document); document.IsAttached(); it.Next(document)) {
-    std::string reference = document.GetString("JournalTxnRef");
-    EXPECT_FALSE(reference.empty()) << list << " " << document.GetPrimaryKey() << " was never posted";
-    LLedgerTransaction built, posted;
-    if (list == kPaymentsList) LPaymentBuildTransaction(profile, document, reference, "", built);
-    else LSalesDocumentBuildTransaction(profile, document, list == "CreditNotes", document.GetDate(), reference, "", built);
-    EXPECT_TRUE(LLedgerTransactionLoad(profile, posted, document.GetDate(), reference));
-    EXPECT_TRUE(LLedgerTransactionEqual(posted, built)) << list << " " << document.GetPrimaryKey();
-    places.insert({document.GetDate(), reference});
-  }
-  document.Invalidate();
-  return places;
-}
-
-// The places of the ledger's postings of type.
-std::set<LPosting> PostingsOfType(const LProfile& profile, std::string_view type) {
-  std::set<LPosting> places;
-  LLedgerAccountLineIterator it(profile, "", "");
-  for (it.SkipToValidLine(); it.valid; it.SkipToValidLine())
-    if (it.line.type == type) places.insert({it.line.date, it.line.reference});
-  return places;
-}
-
 TEST_F(CrashCli, KilledSalesChangesLeaveDocumentsAndPostingsTheNextCommandBringsInStep) {
   using Clock = std::chrono::steady_clock;
   long long runUs = FirstInvoiceUs();
@@ -240,14 +211,14 @@ TEST_F(CrashCli, KilledSalesChangesLeaveDocumentsAndPostingsTheNextCommandBrings
 
   // The documents and the ledger agree both ways.
   LProfile profile(home_.SharedFolder());
-  std::set<LPosting> invoices = ExpectPostedAsBuilt(profile, "Invoices");
-  std::set<LPosting> creditNotes = ExpectPostedAsBuilt(profile, "CreditNotes");
-  std::set<LPosting> payments = ExpectPostedAsBuilt(profile, kPaymentsList);
+  std::set<LPosting> invoices = LExpectPostedAsBuilt(profile, "Invoices");
+  std::set<LPosting> creditNotes = LExpectPostedAsBuilt(profile, "CreditNotes");
+  std::set<LPosting> payments = LExpectPostedAsBuilt(profile, kPaymentsList);
   EXPECT_GT(invoices.size(), 1u);
   EXPECT_EQ(creditNotes.size(), 1u);
   invoices.insert(creditNotes.begin(), creditNotes.end());
-  EXPECT_EQ(PostingsOfType(profile, kTxnTypeSales), invoices);
-  EXPECT_EQ(PostingsOfType(profile, kTxnTypeReceipt), payments);
+  EXPECT_EQ(LPostingsOfType(profile, kTxnTypeSales), invoices);
+  EXPECT_EQ(LPostingsOfType(profile, kTxnTypeReceipt), payments);
   // The stock of the loaves left is what the invoices say, movement by movement.
   std::map<std::string, double> sold, moved;  // by document
   LSalesDocument invoice;
@@ -353,7 +324,7 @@ TEST_F(CrashCli, KilledPurchaseChangesLeaveBillsPostingsAndFiguresTheNextCommand
   }
   record.Invalidate();
   EXPECT_GT(bills.size(), 1u);
-  EXPECT_EQ(PostingsOfType(profile, kTxnTypePurchase), bills);
+  EXPECT_EQ(LPostingsOfType(profile, kTxnTypePurchase), bills);
   // Every bill payment likewise, its record naming its posting.
   std::set<LPosting> paid;
   LBillPayment payment;
@@ -381,7 +352,7 @@ TEST_F(CrashCli, KilledPurchaseChangesLeaveBillsPostingsAndFiguresTheNextCommand
     cheque.DetachWithoutSave();
     EXPECT_EQ(LLedgerTransactionTestExists(profile, "2026-03-12", key + "V"), cheque.IsVoid()) << "cheque " << key;
   }
-  EXPECT_EQ(PostingsOfType(profile, kTxnTypeBillPayment), paid);
+  EXPECT_EQ(LPostingsOfType(profile, kTxnTypeBillPayment), paid);
   std::string log = LReadFile(home_.SharedFolder() + "/AuditTrail.log");
   ExpectTrailAgrees(profile, log, kBillsList, "Facture fournisseur", "Total");
   ExpectTrailAgrees(profile, log, kBillPaymentsList, "Règlement", "Amount");
