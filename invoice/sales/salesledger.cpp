@@ -139,21 +139,16 @@ void SettleSalesChange(const LProfile& profile, const std::vector<std::string>& 
   std::string_view invoiceList = LSalesDocumentKindOf(LSalesDocumentType::kInvoice).recordedList;
   const LFileStoreListBase& invoices = books.MainList(invoiceList);
   // An invoice edit killed before its lower total gave back what its payments and credit notes held
-  // beyond it: given back now, latest first and into the audit trail, as the edit would have.
-  for (const auto& [document, noted] : documents) {
+  // beyond it, or an application killed after its applier was saved, before the others gave back
+  // what the invoice then held beyond its total: given back now, latest first, as the change would
+  // have. Each applier that lets go gets its "unapply" entry: the give-back is the settler's own
+  // change of the appliers' lists, which the trail hears of as it does of every other one.
+  std::set<std::string> givingBack = applied;
+  for (const auto& [document, noted] : documents)
+    if (document.first == invoiceList && !noted.deleting) givingBack.insert(document.second);
+  for (const std::string& key : givingBack) {
     LSalesDocument invoice;
-    if (document.first != invoiceList || noted.deleting || !invoices.Open(invoice, document.second)) continue;
-    if (LInvoiceRemoveExcessApplications(books, invoice))
-      LLogWarning("Facture %s : ce qui lui était imputé au-delà de son total, interrompu, a été rendu.",
-                  document.second.c_str());
-  }
-  // An application killed after its payment was saved, before the later ones gave back what the
-  // invoice then held beyond its total: given back now, latest first, as it would have been.
-  for (const std::string& key : applied) {
-    LSalesDocument invoice;
-    if (!invoices.Open(invoice, key)) continue;
-    bool paid = invoice.RemoveExcessPayments(books);
-    if (invoice.RemoveExcessCreditNotes(books) || paid)
+    if (invoices.Open(invoice, key) && LInvoiceRemoveExcessApplications(books, invoice))
       LLogWarning("Facture %s : ce qui lui était imputé au-delà de son total, interrompu, a été rendu.", key.c_str());
   }
 }
@@ -162,8 +157,12 @@ void SettleSalesChange(const LProfile& profile, const std::vector<std::string>& 
 
 LSalesChangeIntent::LSalesChangeIntent(const LProfile& profile)
     : LBooksChangeIntent(profile, kSalesChangeIntentExtension), unlocked_(LLedgerHeldLockFile(profile) == nullptr) {
+  if (!unlocked_) return;
+  LLogWarning("Ventes : verrou du grand livre non obtenu en %u ms ; la modification se fait sans lui, le prochain "
+              "détenteur du verrou remettra ses chiffres en accord avec les documents.",
+              kLedgerLockTimeoutMs);
   // Noted first, so that the next holder settles the file even when the change noted nothing else.
-  if (unlocked_) (void)Note(kNoteUnlocked);
+  (void)Note(kNoteUnlocked);
 }
 
 LSalesChangeIntent::~LSalesChangeIntent() {
