@@ -1,11 +1,10 @@
 #include "accounts/bankaccept.h"
 
-#include <strings.h>
-
 #include "accounts/accounts.h"
 #include "accounts/banklines.h"
 #include "accounts/bankmatch.h"
 #include "llib/gen/date.h"
+#include "llib/gen/textcase.h"
 
 namespace {
 
@@ -16,7 +15,7 @@ const LBankLedgerLine* FindLedgerLine(const std::vector<LBankLedgerLine>& ledger
   if (!LDate::Parse(line.date, day)) return nullptr;
   long before = line.chequeNumber.empty() ? kBankMatchDaysBefore : kBankMatchChequeDaysBefore;
   for (const LBankLedgerLine& candidate : ledger) {
-    if (::strcasecmp(candidate.reference.c_str(), std::string(reference).c_str()) != 0) continue;
+    if (!LSameText(candidate.reference, reference)) continue;
     if (candidate.dayNumber >= day.DayNumber() - before && candidate.dayNumber <= day.DayNumber() + kBankMatchDaysAfter)
       return &candidate;
   }
@@ -44,7 +43,7 @@ bool LBankAccept(LProfile& profile, std::string_view account, const std::vector<
       error = "Ligne de relevé introuvable : " + entry.line + ".";
       return false;
     }
-    if (entry.reference.empty() || ::strcasecmp(entry.reference.c_str(), line->ledgerReference.c_str()) == 0) {
+    if (entry.reference.empty() || LSameText(entry.reference, line->ledgerReference)) {
       if (!line->IsPaired()) {
         error = "La ligne de relevé " + entry.line + " n'a pas d'écriture proposée : nommez-en une (LIGNE=RÉFÉRENCE).";
         return false;

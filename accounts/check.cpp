@@ -14,6 +14,7 @@
 #include "llib/gen/date.h"
 #include "llib/gen/money.h"
 #include "llib/gen/moneybounds.h"
+#include "llib/gen/textcase.h"
 
 namespace {
 
@@ -32,11 +33,6 @@ bool IsWrittenAmount(std::string_view text) {
   for (std::size_t i = 1; i < text.size(); ++i)
     if (i != dot && !std::isdigit(static_cast<unsigned char>(text[i]))) return false;
   return dot > 1;
-}
-
-std::string LowerAscii(std::string text) {
-  for (char& c : text) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-  return text;
 }
 
 class LLedgerWalk {
@@ -104,7 +100,7 @@ bool LLedgerWalk::Run(LProcessInterface& process, const std::map<std::string, bo
       bucket = LMoneySum(bucket, line.amount);
       figures.hasRows = true;
     }
-    long long& txnSum = txnSums_[LowerAscii(line.reference)];
+    long long& txnSum = txnSums_[LLowerText(line.reference)];
     txnSum = LMoneySum(txnSum, line.amount);
   }
   CloseFile();

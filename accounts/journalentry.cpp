@@ -1,7 +1,5 @@
 #include "accounts/journalentry.h"
 
-#include <strings.h>
-
 #include "accounts/accounts.h"
 #include "accounts/ledger.h"
 #include "accounts/ledgerdelete.h"
@@ -16,6 +14,7 @@
 #include "llib/gen/log.h"
 #include "llib/gen/optionalerror.h"
 #include "llib/gen/system.h"
+#include "llib/gen/textcase.h"
 #include "llib/gen/trim.h"
 
 namespace {
@@ -25,10 +24,6 @@ constexpr std::string_view kNoDescription = "Veuillez entrer une description de 
 constexpr std::string_view kReconciledQuestion =
     "Cet enregistrement de transaction a été rapproché. Voulez-vous vraiment l'enregistrer ?";
 constexpr std::string_view kSaved = "La transaction a été enregistrée.";
-
-bool SameText(std::string_view a, std::string_view b) {
-  return a.size() == b.size() && ::strncasecmp(a.data(), b.data(), a.size()) == 0;
-}
 
 // Whether the reconciliation file of account holds a row of the transaction (date, reference).
 bool IsReconciled(const LProfile& profile, std::string_view account, std::string_view date,
@@ -41,7 +36,7 @@ bool IsReconciled(const LProfile& profile, std::string_view account, std::string
     LTextBuffer rowDate, rowReference;
     row.GetCol(rowDate);
     row.GetCol(rowReference);
-    if (SameText(rowDate, date) && SameText(rowReference, reference)) return true;
+    if (LSameText(rowDate, date) && LSameText(rowReference, reference)) return true;
   }
   return false;
 }

@@ -3,7 +3,6 @@
 #include "accounts/ledger.h"
 
 #include <fcntl.h>
-#include <strings.h>
 #include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -18,12 +17,9 @@
 #include "llib/gen/filelock.h"
 #include "llib/gen/log.h"
 #include "llib/gen/moneybounds.h"
+#include "llib/gen/textcase.h"
 
 namespace {
-
-bool SameReference(std::string_view a, std::string_view b) {
-  return a.size() == b.size() && ::strncasecmp(a.data(), b.data(), a.size()) == 0;
-}
 
 // Column 2 of a row, cut as every reader cuts it.
 std::string ReferenceOfRow(std::string_view rowText) {
@@ -138,7 +134,7 @@ bool LLedgerTransactionLoad(const LProfile& profile, LLedgerTransaction& txn, st
   if (!LLedgerGetCSVFilePath(profile, path, date) || !LFile::Exists(path)) return false;
   std::string type;
   for (LCSVFileReader reader(path, kLedgerLockTimeoutMs); reader.HasRow(); reader.Next()) {
-    if (!SameReference(ReferenceOfRow(reader.GetLine()), LTruncated(reference, kMaxTextBytes))) continue;
+    if (!LSameText(ReferenceOfRow(reader.GetLine()), LTruncated(reference, kMaxTextBytes))) continue;
     LLedgerJournalLine& line = txn.AppendLine({});
     line.LoadFromCSV(reader);
     type = line.type;
@@ -159,7 +155,7 @@ bool LLedgerTransactionLoadAndReverse(const LProfile& profile, LLedgerTransactio
   std::string type;
   LCSVFileEditor editor(path, kLedgerLockTimeoutMs);
   for (; editor.HasRow(); editor.Next()) {
-    if (!SameReference(ReferenceOfRow(editor.GetLine()), LTruncated(reference, kMaxTextBytes))) {
+    if (!LSameText(ReferenceOfRow(editor.GetLine()), LTruncated(reference, kMaxTextBytes))) {
       editor.RowAccept();
       continue;
     }
@@ -180,6 +176,6 @@ bool LLedgerTransactionTestExists(const LProfile& profile, std::string_view date
   LTextBuffer path;
   if (!LLedgerGetCSVFilePath(profile, path, date) || !LFile::Exists(path)) return false;
   for (LCSVFileReader reader(path, kLedgerLockTimeoutMs); reader.HasRow(); reader.Next())
-    if (SameReference(ReferenceOfRow(reader.GetLine()), LTruncated(reference, kMaxTextBytes))) return true;
+    if (LSameText(ReferenceOfRow(reader.GetLine()), LTruncated(reference, kMaxTextBytes))) return true;
   return false;
 }

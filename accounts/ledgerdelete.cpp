@@ -1,7 +1,5 @@
 #include "accounts/ledgerdelete.h"
 
-#include <strings.h>
-
 #include <map>
 #include <mutex>
 #include <string>
@@ -16,12 +14,9 @@
 #include "accounts/ledgerlock.h"
 #include "llib/gen/csv.h"
 #include "llib/gen/file.h"
+#include "llib/gen/textcase.h"
 
 namespace {
-
-bool SameText(std::string_view a, std::string_view b) {
-  return a.size() == b.size() && ::strncasecmp(a.data(), b.data(), a.size()) == 0;
-}
 
 // Drops the reconciliation rows of one removed line: same date and reference (any letter case)
 // and the same amount.
@@ -36,7 +31,7 @@ void RemoveReconciledRow(const LProfile& profile, const LLedgerJournalLine& line
     row.GetCol(date);
     row.GetCol(ref);
     row.GetCol(amount);
-    bool isLine = SameText(date, line.date) && SameText(ref, reference) &&
+    bool isLine = LSameText(date, line.date) && LSameText(ref, reference) &&
                   LLedgerReadAmountFromTheLedger(amount) == line.amount;
     if (!isLine) editor.RowAccept();
   }

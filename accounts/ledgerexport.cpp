@@ -11,6 +11,7 @@
 #include "llib/gen/csvtable.h"
 #include "llib/gen/date.h"
 #include "llib/gen/money.h"
+#include "llib/gen/textcase.h"
 
 namespace {
 
@@ -58,10 +59,7 @@ std::vector<Transaction> Transactions(LProfile& profile) {
       day = it.line.date;
       ofDay.clear();
     }
-    std::string reference = it.line.reference;
-    std::transform(reference.begin(), reference.end(), reference.begin(),
-                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-    auto [found, added] = ofDay.emplace(reference, out.size());
+    auto [found, added] = ofDay.emplace(LLowerText(it.line.reference), out.size());
     if (added) out.push_back({it.line.date, it.line.reference, {}});
     out[found->second].lines.push_back(it.line);
   }

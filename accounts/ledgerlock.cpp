@@ -13,6 +13,7 @@
 #include "accounts/audittrail.h"
 #include "accounts/ledger.h"
 #include "accounts/ledgerintent.h"
+#include "invoice/shared/profile.h"
 #include "llib/gen/processid.h"
 
 namespace {
@@ -24,6 +25,7 @@ struct LHeld {
   LFileDescriptor fd;
   LLedgerLockFile file;  // fd, as the intent sees it, while locked
   unsigned long long hold = 0;  // numbered by gHolds once locked
+  std::string dataFolder;       // the business data folder as the outermost holder's profile names it
 };
 thread_local std::map<std::string, LHeld> tHeld;
 
@@ -93,11 +95,22 @@ void LLedgerLetGoOfFiles() {
 
 namespace {
 
+// A posting asks several times whether it holds the lock. A thread holds one or two ledger locks
+// at a time, so they are first told apart by the profile's data folder, without building the lock
+// file's path; the path is built only for a profile that names the folder in other words.
 LHeld* HeldLock(const LProfile& profile) {
-  LTextBuffer folder;
-  LLegderGetBaseFolder(profile, folder);
-  auto it = tHeld.find(LFile::MakeFilePath(folder, kLedgerLockFile));
-  return it == tHeld.end() || !it->second.locked ? nullptr : &it->second;
+  if (tHeld.empty()) return nullptr;
+  const std::string& dataFolder = profile.GetDataStore().GetFolder();
+  LHeld* found = nullptr;
+  for (auto& [path, held] : tHeld)
+    if (held.dataFolder == dataFolder) found = &held;
+  if (found == nullptr) {
+    LTextBuffer folder;
+    LLegderGetBaseFolder(profile, folder);
+    auto it = tHeld.find(LFile::MakeFilePath(folder, kLedgerLockFile));
+    if (it != tHeld.end()) found = &it->second;
+  }
+  return found == nullptr || !found->locked ? nullptr : found;
 }
 
 }  // namespace
@@ -118,6 +131,7 @@ LLedgerLock::LLedgerLock(const LProfile& profile) {
   path_ = LFile::MakeFilePath(folder, kLedgerLockFile);
   LHeld& held = tHeld[path_];
   if (held.depth == 0) {
+    held.dataFolder = profile.GetDataStore().GetFolder();
     Take(std::string(folder), path_, held);
     // Whatever a killed holder left half done is settled before this one looks at the books.
     // Without the lock another live holder may be midway: its intent is not to be touched.

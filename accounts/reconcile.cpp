@@ -1,7 +1,5 @@
 #include "accounts/reconcile.h"
 
-#include <strings.h>
-
 #include <algorithm>
 #include <map>
 #include <set>
@@ -18,6 +16,7 @@
 #include "llib/gen/file.h"
 #include "llib/gen/money.h"
 #include "llib/gen/reporttable.h"
+#include "llib/gen/textcase.h"
 
 namespace {
 
@@ -208,7 +207,7 @@ bool LReconcileUpdate(LProfile& profile, std::string_view account, std::string_v
   }
   auto keysOf = [&](const std::string& reference, std::vector<std::string>& keys) {
     for (const std::string& key : open)
-      if (::strcasecmp(key.substr(key.find(' ') + 1).c_str(), reference.c_str()) == 0) keys.push_back(key);
+      if (LSameText(std::string_view(key).substr(key.find(' ') + 1), reference)) keys.push_back(key);
     if (!keys.empty()) return true;
     error = "Aucune opération non rapprochée de référence « " + reference + " » dans le compte " +
             std::string(account) + " jusqu'au " + std::string(date) + ".";

@@ -1,14 +1,12 @@
 #include "accounts/statementcsv.h"
 
-#include <strings.h>
-
 #include <algorithm>
-#include <cctype>
 #include <cstdlib>
 
 #include "accounts/statementreaders.h"
 #include "accounts/statementtext.h"
 #include "llib/gen/money.h"
+#include "llib/gen/textcase.h"
 
 namespace {
 
@@ -43,18 +41,12 @@ char FindSeparator(std::string_view firstLine) {
   return best;
 }
 
-std::string Lower(std::string_view text) {
-  std::string out(text);
-  for (char& c : out) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-  return out;
-}
-
 // The column of a mapping entry: a number from 1, or the heading's text (any letter case).
 int ColumnIndex(const std::string& entry, const std::vector<std::string>& headings) {
   if (entry.empty()) return -1;
   if (entry.find_first_not_of("0123456789") == std::string::npos) return std::atoi(entry.c_str()) - 1;
   for (std::size_t i = 0; i < headings.size(); ++i)
-    if (Lower(LStatementCleanText(headings[i])) == Lower(entry)) return static_cast<int>(i);
+    if (LLowerText(LStatementCleanText(headings[i])) == LLowerText(entry)) return static_cast<int>(i);
   return -2;
 }
 
@@ -63,7 +55,7 @@ std::string Cell(const std::vector<std::string>& cells, int column) {
 }
 
 bool HasAny(std::string_view heading, std::initializer_list<std::string_view> words) {
-  std::string lower = Lower(heading);
+  std::string lower = LLowerText(heading);
   for (std::string_view word : words)
     if (lower.find(word) != std::string::npos) return true;
   return false;

@@ -159,7 +159,7 @@ LProfile* LCliContext::Profile() {
     } else {
       std::string folder;
       if (!LCliResolveBusiness(business, folder)) {
-        err << "Entreprise introuvable : " << business << "\n";
+        err << LBusinessNotFoundMessage(business) << "\n";
         return nullptr;
       }
       profile_ = std::make_unique<LProfile>(folder);
@@ -173,6 +173,14 @@ int LCliContext::Usage(std::string_view problem) {
   if (!problem.empty()) err << "kontavo " << commandName << " : " << problem << "\n";
   if (const LCliCommand* command = LCliFindCommand(commandName)) err << "Usage :\n" << command->usage;
   return kExitUsage;
+}
+
+bool LCliContext::FinishArgs(LCliArgs& args, std::vector<std::string>& words, std::size_t minWords,
+                             std::size_t maxWords) {
+  std::string error;
+  if (!args.Finish(words, error)) return Usage(error), false;
+  if (words.size() < minWords || words.size() > maxWords) return Usage(), false;
+  return true;
 }
 
 int LCliContext::Fail(std::string_view message) {

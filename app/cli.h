@@ -4,6 +4,7 @@
 // failed, with the system's French message on stderr; 2 wrong usage.
 #pragma once
 
+#include <cstddef>
 #include <initializer_list>
 #include <iosfwd>
 #include <memory>
@@ -18,6 +19,7 @@ class LProfile;
 inline constexpr int kExitOk = 0;
 inline constexpr int kExitFailed = 1;
 inline constexpr int kExitUsage = 2;
+inline constexpr std::size_t kCliAnyWords = static_cast<std::size_t>(-1);  // no upper bound on positional words
 
 // The words of one command. Options are taken by name in any order; what is left are the
 // positional words.
@@ -77,6 +79,14 @@ class LCliContext {
   LProfile* Profile();
   // Prints the usage of the current command to err and returns kExitUsage.
   int Usage(std::string_view problem = {});
+  // Ends the reading of a command's words once its options were taken: true with the
+  // positional words in words when no unknown option or missing value is left and there are
+  // minWords to maxWords of them. Otherwise prints the usage (with the problem when there is
+  // one) and returns false; the command then returns kExitUsage.
+  //     std::vector<std::string> words;
+  //     if (!context.FinishArgs(args, words, 1, 1)) return kExitUsage;  // exactly one word
+  [[nodiscard]] bool FinishArgs(LCliArgs& args, std::vector<std::string>& words, std::size_t minWords = 0,
+                                std::size_t maxWords = kCliAnyWords);
   // Writes the message to err and returns kExitFailed.
   int Fail(std::string_view message);
 

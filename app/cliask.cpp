@@ -5,14 +5,9 @@
 
 #include "app/cli.h"
 #include "llib/gen/system.h"
+#include "llib/gen/textcase.h"
 
 namespace {
-
-std::string Lowered(std::string_view text) {
-  std::string lowered(text);
-  for (char& c : lowered) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-  return lowered;
-}
 
 }  // namespace
 
@@ -38,6 +33,6 @@ bool LCliConfirm(LCliContext& context, std::string_view title, std::string_view 
   context.err << title << "\n" << question << "\n";
   std::string answer;
   if (!LCliAskLine(context, std::string(yesButton) + " (o) / " + std::string(noButton) + " (n)", answer)) return false;
-  answer = Lowered(answer);
-  return answer == "o" || answer == "oui" || answer == Lowered(yesButton);
+  answer = LLowerText(answer);
+  return answer == "o" || answer == "oui" || answer == LLowerText(yesButton);
 }

@@ -63,9 +63,7 @@ bool ParseSlot(std::string_view word, std::string& slotName) {
 int List(LCliContext& context, LProfile& profile, LCliArgs& args) {
   bool all = args.TakeFlag("--all");
   std::vector<std::string> words;
-  std::string error;
-  if (!args.Finish(words, error)) return context.Usage(error);
-  if (!words.empty()) return context.Usage();
+  if (!context.FinishArgs(args, words, 0, 0)) return kExitUsage;
   LAccountList accounts(profile);
   nlohmann::ordered_json json = nlohmann::ordered_json::array();
   LAccount account;
@@ -105,9 +103,7 @@ int Add(LCliContext& context, LProfile& profile, LCliArgs& args) {
   args.TakeOption("--opening", dialog.openingBalance);
   bool linkedGiven = args.TakeOption("--linked", linked);
   std::vector<std::string> words;
-  std::string error;
-  if (!args.Finish(words, error)) return context.Usage(error);
-  if (words.size() != 1) return context.Usage();
+  if (!context.FinishArgs(args, words, 1, 1)) return kExitUsage;
   dialog.number = words[0];
   if (typeGiven && (dialog.type = TypeFromWord(type)) == 0) return context.Usage("type inconnu : " + type);
   if (subClassGiven) {
@@ -138,9 +134,7 @@ int Edit(LCliContext& context, LProfile& profile, LCliArgs& args) {
   bool openingGiven = args.TakeOption("--opening", opening);
   bool linkedGiven = args.TakeOption("--linked", linked);
   std::vector<std::string> words;
-  std::string error;
-  if (!args.Finish(words, error)) return context.Usage(error);
-  if (words.size() != 1) return context.Usage();
+  if (!context.FinishArgs(args, words, 1, 1)) return kExitUsage;
 
   LAccountDlg dialog;
   if (!dialog.Load(profile, words[0])) return context.Fail(LAccountNotInChartMessage(words[0]));
@@ -226,8 +220,7 @@ int LCmdAccount(LCliContext& context, LCliArgs& args) {
   if (verb == "add") return Add(context, *profile, args);
   if (verb == "edit") return Edit(context, *profile, args);
   std::vector<std::string> words;
-  std::string error;
-  if (!args.Finish(words, error)) return context.Usage(error);
+  if (!context.FinishArgs(args, words)) return kExitUsage;
   if (verb == "delete") return words.empty() ? context.Usage() : Delete(context, *profile, words);
   if (verb == "linked") return Linked(context, *profile, words);
   if (verb == "restore") {

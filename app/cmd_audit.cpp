@@ -10,9 +10,7 @@
 int LCmdAudit(LCliContext& context, LCliArgs& args) {
   if (args.TakeVerb() != "verify") return context.Usage();
   std::vector<std::string> words;
-  std::string error;
-  if (!args.Finish(words, error)) return context.Usage(error);
-  if (!words.empty()) return context.Usage();
+  if (!context.FinishArgs(args, words, 0, 0)) return kExitUsage;
   LProfile* profile = context.Profile();
   if (profile == nullptr) return kExitFailed;
   LAuditVerifyResult result = LAuditVerify(*profile);

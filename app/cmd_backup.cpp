@@ -36,10 +36,11 @@ std::string Absolute(const std::string& path) {
 }
 
 // The one positional word, a folder, made absolute: the data root may move under a relative
-// path while a restore runs. Empty when the words are not that (the caller reports the usage).
-std::string TakeFolder(LCliArgs& args, std::string& error) {
+// path while a restore runs. Empty, with the usage printed, when the words are not that.
+std::string TakeFolder(LCliContext& context, LCliArgs& args) {
   std::vector<std::string> words;
-  if (!args.Finish(words, error) || words.size() != 1 || words[0].empty()) return {};
+  if (!context.FinishArgs(args, words, 1, 1)) return {};
+  if (words[0].empty()) return context.Usage(), std::string();
   return Absolute(words[0]);
 }
 
@@ -65,9 +66,8 @@ class IgnoreInterrupts {
 }  // namespace
 
 int LCmdBackup(LCliContext& context, LCliArgs& args) {
-  std::string usageError;
-  std::string destination = TakeFolder(args, usageError);
-  if (destination.empty()) return context.Usage(usageError);
+  std::string destination = TakeFolder(context, args);
+  if (destination.empty()) return kExitUsage;
   LFolderCopierWorker copier;
   std::string backupPath, error;
   LProcessResult result = MainDialog::CmBackup(copier, destination, backupPath, error);
@@ -80,9 +80,8 @@ int LCmdBackup(LCliContext& context, LCliArgs& args) {
 }
 
 int LCmdRestore(LCliContext& context, LCliArgs& args) {
-  std::string usageError;
-  std::string backup = TakeFolder(args, usageError);
-  if (backup.empty()) return context.Usage(usageError);
+  std::string backup = TakeFolder(context, args);
+  if (backup.empty()) return kExitUsage;
   if (!LCliConfirm(context, kRestoreTitle, kRestoreQuestion, kRestoreYesButton, kRestoreNoButton)) return kExitFailed;
   while (!LBackupIsUsableFor(backup, LFile::GetSharedDataFolderApp())) {
     if (!LCliCanAsk()) return context.Fail(kRestoreBadFolderMessage);

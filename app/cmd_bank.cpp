@@ -62,8 +62,8 @@ int Import(LCliContext& context, LProfile& profile, LCliArgs& args) {
   args.TakeOption("--statement-account", data.request.statementAccount);
   std::vector<std::string> words;
   std::string error;
-  if (!args.Finish(words, error)) return context.Usage(error);
-  if (!accountGiven || words.size() != 2) return context.Usage();
+  if (!context.FinishArgs(args, words, 2, 2)) return kExitUsage;
+  if (!accountGiven) return context.Usage();
   if (formatGiven && !LStatementFormatFromName(format, data.request.format))
     return context.Usage("format inconnu : " + format);
   data.request.path = words[1];
@@ -87,9 +87,8 @@ int Lines(LCliContext& context, LProfile& profile, LCliArgs& args) {
   bool accountGiven = args.TakeOption("--account", account);
   bool unmatched = args.TakeFlag("--unmatched");
   std::vector<std::string> words;
-  std::string error;
-  if (!args.Finish(words, error)) return context.Usage(error);
-  if (!accountGiven || words.size() != 1) return context.Usage();
+  if (!context.FinishArgs(args, words, 1, 1)) return kExitUsage;
+  if (!accountGiven) return context.Usage();
   if (!LAccountIsLive(profile, account)) return context.Fail(LAccountNotInChartMessage(account));
   LBankLineStore store(profile, account);
   std::vector<std::pair<const LBankLine*, bool>> lines;
@@ -105,7 +104,7 @@ int Accept(LCliContext& context, LProfile& profile, LCliArgs& args) {
   bool allMatched = args.TakeFlag("--all-matched");
   std::vector<std::string> words;
   std::string error;
-  if (!args.Finish(words, error)) return context.Usage(error);
+  if (!context.FinishArgs(args, words)) return kExitUsage;
   if (!accountGiven || (words.size() == 1 && !allMatched)) return context.Usage();
   std::vector<LBankAcceptance> entries;
   for (std::size_t i = 1; i < words.size(); ++i) {
@@ -130,8 +129,8 @@ int Post(LCliContext& context, LProfile& profile, LCliArgs& args) {
   bool supplierGiven = args.TakeOption("--supplier", supplier);
   std::vector<std::string> words;
   std::string error;
-  if (!args.Finish(words, error)) return context.Usage(error);
-  if (!accountGiven || words.size() != 2 || toGiven + customerGiven + supplierGiven > 1) return context.Usage();
+  if (!context.FinishArgs(args, words, 2, 2)) return kExitUsage;
+  if (!accountGiven || toGiven + customerGiven + supplierGiven > 1) return context.Usage();
   const std::string& lineId = words[1];
   std::string reference, paymentKey;
   bool posted = false;
@@ -193,7 +192,7 @@ int Reconcile(LCliContext& context, LProfile& profile, LCliArgs& args) {
   bool cancel = args.TakeFlag("--cancel");
   std::vector<std::string> words;
   std::string error;
-  if (!args.Finish(words, error)) return context.Usage(error);
+  if (!context.FinishArgs(args, words)) return kExitUsage;
   // "--clear A B": the references after the verb belong to --clear too.
   if (!clear.empty()) clear.insert(clear.end(), words.begin() + 1, words.end()), words.resize(1);
   if (!accountGiven || words.size() != 1) return context.Usage();
@@ -227,8 +226,8 @@ int Rollback(LCliContext& context, LProfile& profile, LCliArgs& args) {
   bool accountGiven = args.TakeOption("--account", account);
   std::vector<std::string> words;
   std::string error;
-  if (!args.Finish(words, error)) return context.Usage(error);
-  if (!accountGiven || words.size() != 1) return context.Usage();
+  if (!context.FinishArgs(args, words, 1, 1)) return kExitUsage;
+  if (!accountGiven) return context.Usage();
   std::string date;
   if (!LReconcileRollback(profile, account, date, error)) return context.Fail(error);
   if (context.json) context.out << LJsonDump(nlohmann::json({{"date", date}})) << "\n";

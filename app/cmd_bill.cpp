@@ -53,8 +53,7 @@ int Import(LCliContext& context, LCliArgs& args) {
   args.TakeOption("--supplier", supplier);
   std::vector<std::string> words;
   std::string error;
-  if (!args.Finish(words, error)) return context.Usage(error);
-  if (words.size() != 1) return context.Usage();
+  if (!context.FinishArgs(args, words, 1, 1)) return kExitUsage;
   LProfile* profile = context.Profile();
   if (profile == nullptr) return kExitFailed;
   LEInvoice invoice;
@@ -83,9 +82,8 @@ int LCmdBill(LCliContext& context, LCliArgs& args) {
   bool referenceGiven = args.TakeOption("--ref", reference);
   std::vector<std::string> taxes = args.TakeOptionAll("--tax");
   std::vector<std::string> words;
-  std::string error;
-  if (!args.Finish(words, error)) return context.Usage(error);
-  if (!supplierGiven || words.empty()) return context.Usage();
+  if (!context.FinishArgs(args, words, 1)) return kExitUsage;
+  if (!supplierGiven) return context.Usage();
   LProfile* profile = context.Profile();
   if (profile == nullptr) return kExitFailed;
 
@@ -141,8 +139,8 @@ int LCmdBillPayment(LCliContext& context, LCliArgs& args) {
   bool spread = args.TakeFlag("--auto");
   std::vector<std::string> words;
   std::string error;
-  if (!args.Finish(words, error)) return context.Usage(error);
-  if (!supplierGiven || !amountGiven || !words.empty() || (spread && !applied.empty())) return context.Usage();
+  if (!context.FinishArgs(args, words, 0, 0)) return kExitUsage;
+  if (!supplierGiven || !amountGiven || (spread && !applied.empty())) return context.Usage();
   LProfile* profile = context.Profile();
   if (profile == nullptr) return kExitFailed;
   long long amount = 0;

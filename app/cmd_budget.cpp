@@ -48,8 +48,7 @@ int BudgetAdd(LCliContext& context, LProfile& profile, LCliArgs& args) {
   if (!args.TakeOption("--year", year)) return context.Usage();
   std::vector<std::string> words;
   std::string error;
-  if (!args.Finish(words, error)) return context.Usage(error);
-  if (words.empty()) return context.Usage();
+  if (!context.FinishArgs(args, words, 1)) return kExitUsage;
   if (year.size() != 4 || year.find_first_not_of("0123456789") != std::string::npos)
     return context.Usage("année invalide : " + year);
   LBudget budget{words[0], LTextToInt(year), {}};
@@ -88,8 +87,7 @@ int LCmdBudget(LCliContext& context, LCliArgs& args) {
   if (profile == nullptr) return kExitFailed;
   if (verb == "add") return BudgetAdd(context, *profile, args);
   std::vector<std::string> words;
-  std::string error;
-  if (!args.Finish(words, error)) return context.Usage(error);
+  if (!context.FinishArgs(args, words)) return kExitUsage;
   if (verb == "list" && words.empty()) return BudgetList(context, *profile);
   if (verb == "delete" && words.size() == 1) {
     if (!LBudgetDelete(*profile, words[0])) return context.Fail(LBudgetNotFoundMessage(words[0]));

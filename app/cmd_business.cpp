@@ -29,7 +29,7 @@ bool OpenFolder(LCliContext& context, std::string& folder) {
 
 int List(LCliContext& context) {
   std::string open;
-  if (!OpenFolder(context, open)) return context.Fail("Entreprise introuvable : " + context.business);
+  if (!OpenFolder(context, open)) return context.Fail(LBusinessNotFoundMessage(context.business));
   nlohmann::json rows = nlohmann::json::array();
   for (const LBusinessEntry& entry : LMultipleBusinessList()) {
     bool isOpen = entry.folder == open;
@@ -62,7 +62,7 @@ int Add(LCliContext& context, LStartWizardAnswers& answers, bool named) {
 
 int Use(LCliContext& context, const std::string& business) {
   LBusinessEntry entry;
-  if (!LMultipleBusinessResolve(business, entry)) return context.Fail("Entreprise introuvable : " + business);
+  if (!LMultipleBusinessResolve(business, entry)) return context.Fail(LBusinessNotFoundMessage(business));
   if (!MainDialog::SetWorkingFolder(entry.folder)) return context.Fail(kWorkingFolderNotStored);
   if (context.json) context.out << LJsonDump(EntryJson(entry)) << "\n";
   return kExitOk;
@@ -70,7 +70,7 @@ int Use(LCliContext& context, const std::string& business) {
 
 int Delete(LCliContext& context, const std::string& business) {
   LBusinessEntry entry;
-  if (!LMultipleBusinessResolve(business, entry)) return context.Fail("Entreprise introuvable : " + business);
+  if (!LMultipleBusinessResolve(business, entry)) return context.Fail(LBusinessNotFoundMessage(business));
   // The selection works on a profile of the primary business: the one to delete is never open.
   LProfile profile;
   LMultipleBusinessDlg dialog(profile);
@@ -97,7 +97,7 @@ int LCmdBusiness(LCliContext& context, LCliArgs& args) {
   std::string error;
   if (!LStartWizardTakeOptions(args, answers, given, named, error)) return context.Usage(error);
   std::vector<std::string> words;
-  if (!args.Finish(words, error)) return context.Usage(error);
+  if (!context.FinishArgs(args, words)) return kExitUsage;
   if (words.size() == 1 && words[0] == "add") return Add(context, answers, named);
   if (given) return context.Usage("les options de l'assistant ne vont qu'avec business add");
   if (words.size() == 1 && words[0] == "list") return List(context);

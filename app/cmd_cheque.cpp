@@ -58,7 +58,7 @@ int ChequeAdd(LCliContext& context, LProfile& profile, LCliArgs& args) {
   request.autoApply = args.TakeFlag("--auto");
   std::vector<std::string> words;
   std::string error;
-  if (!args.Finish(words, error)) return context.Usage(error);
+  if (!context.FinishArgs(args, words)) return kExitUsage;
   if (!amountGiven || request.account.empty() || (request.autoApply && !applied.empty())) return context.Usage();
   if (!LCliParseApplications(profile, applied, request.applications, error)) return context.Usage(error);
   if (!LCliParseAmount(profile, amount, request.amount)) return context.Usage(LCliBadAmountMessage(profile, amount));
@@ -75,9 +75,7 @@ int ChequeList(LCliContext& context, LProfile& profile, LCliArgs& args) {
   std::string account;
   args.TakeOption("--account", account);
   std::vector<std::string> words;
-  std::string error;
-  if (!args.Finish(words, error)) return context.Usage(error);
-  if (!words.empty()) return context.Usage();
+  if (!context.FinishArgs(args, words, 0, 0)) return kExitUsage;
   nlohmann::ordered_json json = nlohmann::ordered_json::array();
   LFileStoreListBase list = profile.List(kChequesList);
   for (const std::string& key : LChequeKeys(profile)) {
@@ -105,8 +103,7 @@ int ChequeVoidOrDelete(LCliContext& context, LProfile& profile, LCliArgs& args, 
   bool dateGiven = args.TakeOption("--date", date);
   std::vector<std::string> words;
   std::string error;
-  if (!args.Finish(words, error)) return context.Usage(error);
-  if (words.size() != 1) return context.Usage();
+  if (!context.FinishArgs(args, words, 1, 1)) return kExitUsage;
   std::string key;
   if (!LChequeResolve(profile, words[0], account, key, &error)) return context.Fail(error);
   if (voiding) {
@@ -127,8 +124,7 @@ int ChequePdf(LCliContext& context, LProfile& profile, LCliArgs& args) {
   args.TakeOption("--out", out);
   std::vector<std::string> words;
   std::string error;
-  if (!args.Finish(words, error)) return context.Usage(error);
-  if (words.size() != 1) return context.Usage();
+  if (!context.FinishArgs(args, words, 1, 1)) return kExitUsage;
   LPrintedForm form;
   if (!LPrintCheque(profile, words[0], account, form.pdf, form.fileName, &error)) return context.Fail(error);
   return LCmdWritePrintedForm(context, out, form);
@@ -139,8 +135,8 @@ int ChequeNextNumber(LCliContext& context, LProfile& profile, LCliArgs& args) {
   args.TakeOption("--account", account);
   std::vector<std::string> words;
   std::string error;
-  if (!args.Finish(words, error)) return context.Usage(error);
-  if (account.empty() || words.size() > 1) return context.Usage();
+  if (!context.FinishArgs(args, words, 0, 1)) return kExitUsage;
+  if (account.empty()) return context.Usage();
   if (words.size() == 1 && !LChequeSetNextNumber(profile, account, words[0], &error)) return context.Fail(error);
   context.out << LChequeNextNumber(profile, account) << "\n";
   return kExitOk;
@@ -156,8 +152,7 @@ int TemplateAdd(LCliContext& context, LProfile& profile, LCliArgs& args) {
   bool typeGiven = args.TakeOption("--type", type);
   std::vector<std::string> words;
   std::string error;
-  if (!args.Finish(words, error)) return context.Usage(error);
-  if (words.empty()) return context.Usage();
+  if (!context.FinishArgs(args, words, 1)) return kExitUsage;
   if (typeGiven) {
     if (type.size() != 1 || type[0] < '0' || type[0] > '4') return context.Usage("--type attend 0 à 4");
     tpl.typeIndex = type[0] - '0';
@@ -175,9 +170,7 @@ int TemplateAdd(LCliContext& context, LProfile& profile, LCliArgs& args) {
 
 int TemplateList(LCliContext& context, LProfile& profile, LCliArgs& args) {
   std::vector<std::string> words;
-  std::string error;
-  if (!args.Finish(words, error)) return context.Usage(error);
-  if (!words.empty()) return context.Usage();
+  if (!context.FinishArgs(args, words, 0, 0)) return kExitUsage;
   nlohmann::ordered_json json = nlohmann::ordered_json::array();
   for (const std::string& name : LTxnTemplateNames(profile)) {
     LTxnTemplate tpl;
@@ -203,9 +196,7 @@ int TemplateUse(LCliContext& context, LProfile& profile, LCliArgs& args) {
   bool amountGiven = args.TakeOption("--amount", amount);
   bool referenceGiven = args.TakeOption("--ref", reference);
   std::vector<std::string> words;
-  std::string error;
-  if (!args.Finish(words, error)) return context.Usage(error);
-  if (words.size() != 1) return context.Usage();
+  if (!context.FinishArgs(args, words, 1, 1)) return kExitUsage;
   LTxnTemplate tpl;
   if (!LTxnTemplateLoad(profile, words[0], tpl)) return context.Fail("Le modèle « " + words[0] + " » n'existe pas.");
   LDate when;
@@ -251,7 +242,7 @@ int LCmdCash(LCliContext& context, LCliArgs& args) {
   bool payment = args.TakeFlag("--payment");
   std::vector<std::string> words;
   std::string error;
-  if (!args.Finish(words, error)) return context.Usage(error);
+  if (!context.FinishArgs(args, words)) return kExitUsage;
   if (receipt == payment || !amountGiven || request.account.empty()) return context.Usage();
   request.receipt = receipt;
   if (!LCliParseAmount(*profile, amount, request.amount)) return context.Usage(LCliBadAmountMessage(*profile, amount));
@@ -273,8 +264,7 @@ int LCmdTemplate(LCliContext& context, LCliArgs& args) {
   if (verb == "use") return TemplateUse(context, *profile, args);
   if (verb == "delete") {
     std::vector<std::string> words;
-    std::string error;
-    if (!args.Finish(words, error) || words.size() != 1) return context.Usage(error);
+    if (!context.FinishArgs(args, words, 1, 1)) return kExitUsage;
     if (!LTxnTemplateDelete(*profile, words[0])) return context.Fail("Le modèle « " + words[0] + " » n'existe pas.");
     return kExitOk;
   }

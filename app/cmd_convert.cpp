@@ -11,8 +11,7 @@ int LCmdDocumentConvert(LCliContext& context, LCliArgs& args, const LSalesDocume
   bool draft = args.TakeFlag("--draft");
   std::vector<std::string> words;
   std::string error;
-  if (!args.Finish(words, error)) return context.Usage(error);
-  if (words.size() != 2) return context.Usage();
+  if (!context.FinishArgs(args, words, 2, 2)) return kExitUsage;
   LProfile* profile = context.Profile();
   if (profile == nullptr) return kExitFailed;
   std::string key;

@@ -10,8 +10,7 @@
 int LCmdCreditNoteApply(LCliContext& context, LCliArgs& args) {
   std::vector<std::string> words;
   std::string error;
-  if (!args.Finish(words, error)) return context.Usage(error);
-  if (words.size() < 3) return context.Usage();
+  if (!context.FinishArgs(args, words, 3)) return kExitUsage;
   LProfile* profile = context.Profile();
   if (profile == nullptr) return kExitFailed;
   std::vector<LAppliedAmount> applications;

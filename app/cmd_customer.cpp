@@ -42,7 +42,7 @@ int List(LCliContext& context, LProfile& profile) {
 
 int Show(LCliContext& context, LProfile& profile, const std::string& key) {
   LCustomer customer;
-  if (!profile.MainList(kCustomersList).Open(customer, key)) return context.Fail("Client introuvable : " + key + ".");
+  if (!profile.MainList(kCustomersList).Open(customer, key)) return context.Fail(LCustomerNotFoundMessage(key));
   if (context.json) {
     nlohmann::ordered_json fields = nlohmann::ordered_json::object();
     for (const auto& field : customer.Fields())
@@ -61,7 +61,7 @@ int Retotal(LCliContext& context, LProfile& profile, const std::vector<std::stri
   data.profile = &profile;
   if (words.size() == 2) {
     if (!profile.MainList(kCustomersList).TestRecordExists(words[1]))
-      return context.Fail("Client introuvable : " + words[1] + ".");
+      return context.Fail(LCustomerNotFoundMessage(words[1]));
     data.customers.push_back(words[1]);
   }
   LProcessTerminal progress("Recalcul des soldes des clients");
@@ -73,9 +73,7 @@ int Retotal(LCliContext& context, LProfile& profile, const std::vector<std::stri
 
 int LCmdCustomer(LCliContext& context, LCliArgs& args) {
   std::vector<std::string> words;
-  std::string error;
-  if (!args.Finish(words, error)) return context.Usage(error);
-  if (words.empty()) return context.Usage();
+  if (!context.FinishArgs(args, words, 1)) return kExitUsage;
   const std::string& verb = words[0];
   bool shapeOk = (verb == "add" && words.size() >= 2) || (verb == "list" && words.size() == 1) ||
                  (verb == "show" && words.size() == 2) || (verb == "retotal" && words.size() <= 2);

@@ -12,9 +12,7 @@
 int LCmdDesk(LCliContext& context, LCliArgs& args) {
   bool noOpen = args.TakeFlag("--no-open");
   std::vector<std::string> words;
-  std::string error;
-  if (!args.Finish(words, error)) return context.Usage(error);
-  if (!words.empty()) return context.Usage();
+  if (!context.FinishArgs(args, words, 0, 0)) return kExitUsage;
 
   int port = 0;
   LDeskStart started = LWebDeskStartService(LCurrentExecutablePath(), port);

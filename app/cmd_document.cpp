@@ -23,17 +23,6 @@
 
 namespace {
 
-constexpr std::string_view kDocumentMissing = "Document introuvable : ";
-
-// Numbers in number order, then other keys in byte order.
-bool KeyLess(const std::string& a, const std::string& b) {
-  bool aNumber = !a.empty() && a.find_first_not_of("0123456789") == std::string::npos;
-  bool bNumber = !b.empty() && b.find_first_not_of("0123456789") == std::string::npos;
-  if (aNumber != bNumber) return aNumber;
-  if (aNumber && a.size() != b.size()) return a.size() < b.size();
-  return a < b;
-}
-
 // Takes every document option from args (the caller finishes args afterwards).
 void TakeDocumentInput(LCliArgs& args, LDocumentInput& input) {
   args.TakeOption("--file", input.file);
@@ -56,8 +45,7 @@ int New(LCliContext& context, const LSalesDocumentKind& kind, LCliArgs& args) {
   TakeDocumentInput(args, input);
   std::vector<std::string> words;
   std::string error;
-  if (!args.Finish(words, error)) return context.Usage(error);
-  if (words.size() != 1) return context.Usage();
+  if (!context.FinishArgs(args, words, 1, 1)) return kExitUsage;
   if (input.file.empty() && input.customer.empty()) return context.Usage("donnez --file ou --customer");
   if (!input.file.empty() && input.HasFieldOptions()) return context.Usage("--file exclut les autres options");
   LProfile* profile = context.Profile();
@@ -76,7 +64,7 @@ int Show(LCliContext& context, const LSalesDocumentKind& kind, const std::string
   LProfile* profile = context.Profile();
   if (profile == nullptr) return kExitFailed;
   LSalesDocument document;
-  if (!LSalesDocumentOpen(*profile, kind, key, document)) return context.Fail(std::string(kDocumentMissing) + key + ".");
+  if (!LSalesDocumentOpen(*profile, kind, key, document)) return context.Fail(LSalesDocumentNotFoundMessage(key));
   if (context.json) context.out << LJsonDump(LDocumentToJson(*profile, kind, document)) << "\n";
   else LPrintDocument(*profile, kind, document, context.out);
   return kExitOk;
@@ -90,9 +78,7 @@ int List(LCliContext& context, const LSalesDocumentKind& kind, LCliArgs& args) {
   bool bySalesPerson = args.TakeOption("--salesperson", salesPerson);
   bool drafts = args.TakeFlag("--drafts");
   std::vector<std::string> words;
-  std::string error;
-  if (!args.Finish(words, error)) return context.Usage(error);
-  if (words.size() != 1) return context.Usage();
+  if (!context.FinishArgs(args, words, 1, 1)) return kExitUsage;
   LProfile* profile = context.Profile();
   if (profile == nullptr) return kExitFailed;
 
@@ -106,7 +92,7 @@ int List(LCliContext& context, const LSalesDocumentKind& kind, LCliArgs& args) {
     if (bySalesPerson && document.GetString("SalesPerson") != salesPerson) continue;
     keys.push_back(document.GetPrimaryKey());
   }
-  std::sort(keys.begin(), keys.end(), KeyLess);
+  std::sort(keys.begin(), keys.end(), LDocumentKeyLess);
   nlohmann::ordered_json all = nlohmann::ordered_json::array();
   for (const auto& key : keys) {
     LSalesDocument one;
@@ -123,8 +109,7 @@ int Edit(LCliContext& context, const LSalesDocumentKind& kind, LCliArgs& args) {
   TakeDocumentInput(args, input);
   std::vector<std::string> words;
   std::string error;
-  if (!args.Finish(words, error)) return context.Usage(error);
-  if (words.size() != 2) return context.Usage();
+  if (!context.FinishArgs(args, words, 2, 2)) return kExitUsage;
   if (!input.file.empty() && input.HasFieldOptions()) return context.Usage("--file exclut les autres options");
   LProfile* profile = context.Profile();
   if (profile == nullptr) return kExitFailed;
@@ -133,7 +118,7 @@ int Edit(LCliContext& context, const LSalesDocumentKind& kind, LCliArgs& args) {
   // The options are read once on a copy so that a bad value refuses the edit before anything
   // is written; the edit then applies them again for real.
   LSalesDocument trial;
-  if (!LSalesDocumentOpen(*profile, kind, key, trial)) return context.Fail(std::string(kDocumentMissing) + key + ".");
+  if (!LSalesDocumentOpen(*profile, kind, key, trial)) return context.Fail(LSalesDocumentNotFoundMessage(key));
   LSalesDocument copy;
   copy.CopyRecord(trial);
   trial.Invalidate();
@@ -170,8 +155,7 @@ int ReceiveOrBill(LCliContext& context, LCliArgs& args, bool bill) {
   std::string dateText, error, reference;
   bool hasDate = args.TakeOption("--date", dateText);
   std::vector<std::string> words;
-  if (!args.Finish(words, error)) return context.Usage(error);
-  if (words.size() != 2) return context.Usage();
+  if (!context.FinishArgs(args, words, 2, 2)) return kExitUsage;
   LDate date = LDate::Today();
   if (hasDate && !LDate::Parse(dateText, date)) return context.Fail(LInvalidDateMessage(dateText));
   LProfile* profile = context.Profile();
@@ -202,9 +186,7 @@ int RunDocumentCommand(LCliContext& context, LCliArgs& args, LSalesDocumentType 
   if ((verb == "receive" || verb == "bill") && type == LSalesDocumentType::kPOrder)
     return ReceiveOrBill(context, args, verb == "bill");
   std::vector<std::string> words;
-  std::string error;
-  if (!args.Finish(words, error)) return context.Usage(error);
-  if (words.size() != 2) return context.Usage();
+  if (!context.FinishArgs(args, words, 2, 2)) return kExitUsage;
   if (verb == "show") return Show(context, kind, words[1]);
   if (verb == "record") return Record(context, kind, words[1]);
   if (verb == "delete") return Delete(context, kind, words[1]);

@@ -21,9 +21,8 @@ int LCmdDocumentSend(LCliContext& context, LCliArgs& args, const LSalesDocumentK
   bool facturX = args.TakeFlag("--facturx");
   bool plain = args.TakeFlag("--no-facturx");
   std::vector<std::string> words;
-  std::string error;
-  if (!args.Finish(words, error)) return context.Usage(error);
-  if (words.size() != 2 || (facturX && plain)) return context.Usage();
+  if (!context.FinishArgs(args, words, 2, 2)) return kExitUsage;
+  if (facturX && plain) return context.Usage();
   std::optional<bool> asFacturX;
   if (facturX || plain) asFacturX = facturX;
   LProfile* profile = context.Profile();
@@ -43,13 +42,11 @@ int LCmdDocumentSend(LCliContext& context, LCliArgs& args, const LSalesDocumentK
 
 int LCmdDocumentLog(LCliContext& context, LCliArgs& args, const LSalesDocumentKind& kind) {
   std::vector<std::string> words;
-  std::string error;
-  if (!args.Finish(words, error)) return context.Usage(error);
-  if (words.size() != 2) return context.Usage();
+  if (!context.FinishArgs(args, words, 2, 2)) return kExitUsage;
   LProfile* profile = context.Profile();
   if (profile == nullptr) return kExitFailed;
   LSalesDocument document;
-  if (!LSalesDocumentOpen(*profile, kind, words[1], document)) return context.Fail("Document introuvable : " + words[1] + ".");
+  if (!LSalesDocumentOpen(*profile, kind, words[1], document)) return context.Fail(LSalesDocumentNotFoundMessage(words[1]));
   LDocumentHistory history =
       LDocumentHistoryRead(*profile, document.IsDraft() ? kind.draftsList : kind.recordedList, words[1]);
   if (context.json) {

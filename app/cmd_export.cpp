@@ -44,8 +44,7 @@ int ExportFec(LCliContext& context, LCliArgs& args) {
   bool utf8 = args.TakeFlag("--utf8");
   std::vector<std::string> words;
   std::string error;
-  if (!args.Finish(words, error)) return context.Usage(error);
-  if (!words.empty()) return context.Usage();
+  if (!context.FinishArgs(args, words, 0, 0)) return kExitUsage;
   if (checkGiven) {
     if (yearGiven || folderGiven || utf8) return context.Usage();
     return CheckFec(context, checked);
@@ -83,7 +82,7 @@ int ExportText(LCliContext& context, LCliArgs& args, const std::string& what) {
   std::string out, error;
   bool toFile = args.TakeOption("--out", out);
   std::vector<std::string> words;
-  if (!args.Finish(words, error)) return context.Usage(error);
+  if (!context.FinishArgs(args, words)) return kExitUsage;
   LPartyKind kind = LPartyKind::kCustomer;
   bool journal = what == "journal" && words.empty();
   bool ledger = what == "csv" && words.size() == 1 && words[0] == "ledger";

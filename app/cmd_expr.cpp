@@ -46,8 +46,7 @@ int Solve(LCliContext& context, const std::string& expression) {
 int LCmdExpr(LCliContext& context, LCliArgs& args) {
   std::vector<std::string> words;
   std::string error;
-  if (!args.Finish(words, error)) return context.Usage(error);
-  if (words.empty()) return context.Usage();
+  if (!context.FinishArgs(args, words, 1)) return kExitUsage;
   if (words.size() == 1) return Solve(context, words[0]);
 
   LProfile* profile = context.Profile();

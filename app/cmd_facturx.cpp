@@ -73,8 +73,7 @@ int LCmdFacturX(LCliContext& context, LCliArgs& args) {
   if (args.TakeVerb() != "read") return context.Usage();
   std::vector<std::string> words;
   std::string error;
-  if (!args.Finish(words, error)) return context.Usage(error);
-  if (words.size() != 1) return context.Usage();
+  if (!context.FinishArgs(args, words, 1, 1)) return kExitUsage;
   LEInvoice invoice;
   if (!LEInvoiceReadFile(words[0], invoice, &error)) return context.Fail(error);
   if (context.json) context.out << InvoiceJson(invoice).dump() << "\n";

@@ -15,7 +15,7 @@ int LCmdForm(LCliContext& context, LCliArgs& args) {
   std::string verb = args.TakeVerb();
   std::vector<std::string> words;
   std::string error;
-  if (!args.Finish(words, error)) return context.Usage(error);
+  if (!context.FinishArgs(args, words)) return kExitUsage;
   if (!(verb == "list" && words.empty()) && !(verb == "copy" && words.size() == 2)) return context.Usage();
   LProfile* profile = context.Profile();
   if (profile == nullptr) return kExitFailed;

@@ -56,8 +56,8 @@ int LCmdImport(LCliContext& context, LCliArgs& args) {
   if (LCliPeekVerb(args, {"--map"}, {"--dry-run"}) == "csv") return LCmdImportCsv(context, args);
   std::vector<std::string> words;
   std::string error;
-  if (!args.Finish(words, error)) return context.Usage(error);
-  if (words.size() != 2 || words[0] != "ofx") return context.Usage();
+  if (!context.FinishArgs(args, words, 2, 2)) return kExitUsage;
+  if (words[0] != "ofx") return context.Usage();
   LProfile* profile = context.Profile();
   if (profile == nullptr) return kExitFailed;
 

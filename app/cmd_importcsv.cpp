@@ -48,7 +48,7 @@ int LCmdImportCsv(LCliContext& context, LCliArgs& args) {
   args.TakeOption("--map", map);
   bool dryRun = args.TakeFlag("--dry-run");
   std::vector<std::string> words;
-  if (!args.Finish(words, error)) return context.Usage(error);
+  if (!context.FinishArgs(args, words)) return kExitUsage;
   LPartyKind kind;
   if (words.size() != 3 || words[0] != "csv" || !LPartyKindFromWord(words[1], kind)) return context.Usage();
   LProfile* profile = context.Profile();

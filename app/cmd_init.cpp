@@ -16,8 +16,7 @@ int LCmdInit(LCliContext& context, LCliArgs& args) {
   std::string error;
   if (!LStartWizardTakeOptions(args, answers, given, named, error)) return context.Usage(error);
   std::vector<std::string> words;
-  if (!args.Finish(words, error)) return context.Usage(error);
-  if (!words.empty()) return context.Usage();
+  if (!context.FinishArgs(args, words, 0, 0)) return kExitUsage;
   LProfile* profile = context.Profile();
   if (profile == nullptr) return kExitFailed;
   if (given && LBusinessGetName(profile->GetDatabaseName()).empty()) {

@@ -133,15 +133,14 @@ int LCmdItem(LCliContext& context, LCliArgs& args) {
     LItemInput input;
     if (!TakeItemInput(args, *profile, input, error)) return context.Fail(error);
     std::vector<std::string> words;
-    if (!args.Finish(words, error)) return context.Usage(error);
-    if (words.size() != 2) return context.Usage();
+    if (!context.FinishArgs(args, words, 2, 2)) return kExitUsage;
     if (!LItemSave(*profile, words[1], input, verb == "add", &error)) return context.Fail(error);
     return kExitOk;
   }
   std::string dateText;
   bool hasDate = args.TakeOption("--date", dateText);
   std::vector<std::string> words;
-  if (!args.Finish(words, error)) return context.Usage(error);
+  if (!context.FinishArgs(args, words)) return kExitUsage;
   LDate date;
   if (hasDate && !LDate::Parse(dateText, date)) return context.Fail(LInvalidDateMessage(dateText));
   if (verb == "list" && words.size() == 1 && !hasDate) return List(context, *profile);

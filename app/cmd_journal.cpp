@@ -29,8 +29,7 @@ int Save(LCliContext& context, LProfile& profile, LCliArgs& args, bool editing) 
   bool referenceGiven = args.TakeOption("--ref", reference);
   bool descriptionGiven = args.TakeOption("--desc", description);
   std::vector<std::string> words;
-  std::string error;
-  if (!args.Finish(words, error)) return context.Usage(error);
+  if (!context.FinishArgs(args, words)) return kExitUsage;
   if (editing && words.size() < 2) return context.Usage();
 
   LCliAsker asker(context);
@@ -97,9 +96,8 @@ int LCmdTransfer(LCliContext& context, LCliArgs& args) {
   bool amountGiven = args.TakeOption("--amount", amountText);
   bool dateGiven = args.TakeOption("--date", dateText);
   std::vector<std::string> words;
-  std::string error;
-  if (!args.Finish(words, error)) return context.Usage(error);
-  if (!words.empty() || !amountGiven) return context.Usage();
+  if (!context.FinishArgs(args, words, 0, 0)) return kExitUsage;
+  if (!amountGiven) return context.Usage();
   LProfile* profile = context.Profile();
   if (profile == nullptr) return kExitFailed;
   long long amount = 0;

@@ -24,9 +24,7 @@ int Show(LCliContext& context, LProfile& profile, LCliArgs& args) {
   bool toGiven = args.TakeOption("--to", to);
   bool accountGiven = args.TakeOption("--account", account);
   std::vector<std::string> words;
-  std::string error;
-  if (!args.Finish(words, error)) return context.Usage(error);
-  if (!words.empty()) return context.Usage();
+  if (!context.FinishArgs(args, words, 0, 0)) return kExitUsage;
   LDate day;
   if (fromGiven && !LDate::Parse(from, day)) return context.Fail(LCliBadDateMessage(from));
   if (toGiven && !LDate::Parse(to, day)) return context.Fail(LCliBadDateMessage(to));
@@ -63,9 +61,7 @@ int LCmdLedger(LCliContext& context, LCliArgs& args) {
   if (verb.empty()) return Show(context, *profile, args);
   if (verb != "delete") return context.Usage();
   std::vector<std::string> words;
-  std::string error;
-  if (!args.Finish(words, error)) return context.Usage(error);
-  if (words.size() != 2) return context.Usage();
+  if (!context.FinishArgs(args, words, 2, 2)) return kExitUsage;
   if (!LedgerTransactionDelete(*profile, words[0], words[1]))
     return context.Fail("La transaction " + words[1] + " du " + words[0] + " n'existe pas dans le grand livre.");
   return kExitOk;
@@ -74,9 +70,7 @@ int LCmdLedger(LCliContext& context, LCliArgs& args) {
 int LCmdCheck(LCliContext& context, LCliArgs& args) {
   bool fix = args.TakeFlag("--fix");
   std::vector<std::string> words;
-  std::string error;
-  if (!args.Finish(words, error)) return context.Usage(error);
-  if (!words.empty()) return context.Usage();
+  if (!context.FinishArgs(args, words, 0, 0)) return kExitUsage;
   LProfile* profile = context.Profile();
   if (profile == nullptr) return kExitFailed;
   LBookCheckProcess data;

@@ -138,9 +138,7 @@ int LCmdMail(LCliContext& context, LCliArgs& args) {
   MailOptions options;
   options.Take(args);
   std::vector<std::string> words;
-  std::string problem;
-  if (!args.Finish(words, problem)) return context.Usage(problem);
-  if (words.size() != 1) return context.Usage();
+  if (!context.FinishArgs(args, words, 1, 1)) return kExitUsage;
   if (words[0] == "config" && !options.HasSendOptions()) return MailConfig(context, options);
   if (words[0] == "send" && !options.HasConfigOptions()) return MailSend(context, options);
   return context.Usage();

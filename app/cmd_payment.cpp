@@ -33,7 +33,7 @@ int Add(LCliContext& context, LCliArgs& args) {
   std::vector<std::string> applications = args.TakeOptionAll("--apply");
   std::vector<std::string> words;
   std::string error;
-  if (!args.Finish(words, error)) return context.Usage(error);
+  if (!context.FinishArgs(args, words)) return kExitUsage;
   // "--apply 3=60 4=40": the words after the verb that name an invoice belong to --apply too.
   if (!applications.empty()) {
     for (std::size_t i = 1; i < words.size();) {
@@ -138,7 +138,7 @@ int LCmdPayment(LCliContext& context, LCliArgs& args) {
   if (verb == "pdf") return LCmdPaymentPdf(context, args);
   std::vector<std::string> words;
   std::string error;
-  if (!args.Finish(words, error)) return context.Usage(error);
+  if (!context.FinishArgs(args, words)) return kExitUsage;
   bool known = (verb == "list" && words.size() == 1) || ((verb == "show" || verb == "delete") && words.size() == 2);
   if (!known) return context.Usage();
   LProfile* profile = context.Profile();

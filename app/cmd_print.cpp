@@ -17,9 +17,8 @@ namespace {
 bool TakePdfWords(LCliContext& context, LCliArgs& args, std::string& out, std::string& key, int& exit) {
   args.TakeOption("--out", out);
   std::vector<std::string> words;
-  std::string error;
-  if (!args.Finish(words, error)) return exit = context.Usage(error), false;
-  if (words.size() != 2 || words[0] != "pdf") return exit = context.Usage(), false;
+  if (!context.FinishArgs(args, words, 2, 2)) return exit = kExitUsage, false;
+  if (words[0] != "pdf") return exit = context.Usage(), false;
   key = words[1];
   return true;
 }

@@ -85,9 +85,7 @@ int Get(LCliContext& context, const LFileStoreListBase& list, const std::vector<
 
 int LCmdRecord(LCliContext& context, LCliArgs& args) {
   std::vector<std::string> words;
-  std::string error;
-  if (!args.Finish(words, error)) return context.Usage(error);
-  if (words.size() < 2) return context.Usage();
+  if (!context.FinishArgs(args, words, 2)) return kExitUsage;
   const std::string& verb = words[0];
   if (!IsListName(words[1])) return context.Usage("nom de liste invalide : " + words[1]);
 

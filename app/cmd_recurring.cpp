@@ -34,8 +34,8 @@ int Add(LCliContext& context, LCliArgs& args) {
   bool hasInterval = args.TakeOption("--interval", interval);
   std::vector<std::string> words;
   std::string error;
-  if (!args.Finish(words, error)) return context.Usage(error);
-  if (!words.empty() || fromInvoice == fromOrder || !hasStart || !hasInterval) return context.Usage();
+  if (!context.FinishArgs(args, words, 0, 0)) return kExitUsage;
+  if (fromInvoice == fromOrder || !hasStart || !hasInterval) return context.Usage();
   if (!IsCode(interval)) return context.Fail("Périodicité invalide : " + interval + ".");
   LProfile* profile = context.Profile();
   if (profile == nullptr) return kExitFailed;
@@ -101,9 +101,8 @@ int LCmdRecurring(LCliContext& context, LCliArgs& args) {
   if (verb == "add") return Add(context, args);
   bool all = verb == "run" && args.TakeFlag("--all");
   std::vector<std::string> words;
-  std::string error;
-  if (!args.Finish(words, error)) return context.Usage(error);
-  if (!words.empty() || (verb != "list" && verb != "run")) return context.Usage();
+  if (!context.FinishArgs(args, words, 0, 0)) return kExitUsage;
+  if (verb != "list" && verb != "run") return context.Usage();
   LProfile* profile = context.Profile();
   if (profile == nullptr) return kExitFailed;
   return verb == "list" ? List(context, *profile) : Run(context, *profile, all);

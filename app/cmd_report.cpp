@@ -53,8 +53,7 @@ int LCmdReport(LCliContext& context, LCliArgs& args) {
       !LCliTakeDate(args, "--compare-to", request.compareTo, error))
     return context.Usage(error);
   std::vector<std::string> words;
-  if (!args.Finish(words, error)) return context.Usage(error);
-  if (words.empty() || words.size() > 2) return context.Usage();
+  if (!context.FinishArgs(args, words, 1, 2)) return kExitUsage;
   if (format != "text" && format != "csv" && format != "json" && format != "html" && format != "pdf")
     return context.Usage("format inconnu : " + format);
   if (!out.empty() && format != "pdf") return context.Usage("--out va avec --format pdf");

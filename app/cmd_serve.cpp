@@ -29,8 +29,7 @@ int LCmdServe(LCliContext& context, LCliArgs& args) {
   bool hasPort = args.TakeOption("--port", portText);
   std::vector<std::string> words;
   std::string error;
-  if (!args.Finish(words, error)) return context.Usage(error);
-  if (!words.empty()) return context.Usage();
+  if (!context.FinishArgs(args, words, 0, 0)) return kExitUsage;
   if (hasPort) {
     int port = LTextToInt(portText);
     if (port <= 0 || port > 65535 || std::to_string(port) != portText) return context.Fail("Numéro de port non valide.");

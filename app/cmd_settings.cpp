@@ -9,8 +9,7 @@
 
 int LCmdSettings(LCliContext& context, LCliArgs& args) {
   std::vector<std::string> words;
-  std::string error;
-  if (!args.Finish(words, error)) return context.Usage(error);
+  if (!context.FinishArgs(args, words)) return kExitUsage;
   if (words.size() == 3 && words[0] == "get") {
     std::string value;
     if (!_LUserSettingGetString(words[1], words[2], value)) return context.Fail("Réglage introuvable.");

@@ -48,8 +48,7 @@ int Set(LCliContext& context, LCliArgs& args) {
     for (std::string& text : args.TakeOptionAll(option)) change.assignments.push_back({field, std::move(text)});
   std::vector<std::string> words;
   std::string error;
-  if (!args.Finish(words, error)) return context.Usage(error);
-  if (words.size() != 1) return context.Usage();
+  if (!context.FinishArgs(args, words, 1, 1)) return kExitUsage;
 
   int countValue = 0, defaultValue = 0;
   bool inclusiveValue = false, trackPaidValue = false;
@@ -81,9 +80,7 @@ int LCmdTax(LCliContext& context, LCliArgs& args) {
   if (verb == "set") return Set(context, args);
   if (verb != "show") return context.Usage();
   std::vector<std::string> words;
-  std::string error;
-  if (!args.Finish(words, error)) return context.Usage(error);
-  if (words.size() != 1) return context.Usage();
+  if (!context.FinishArgs(args, words, 1, 1)) return kExitUsage;
   LProfile* profile = context.Profile();
   if (profile == nullptr) return kExitFailed;
   return Show(context, *profile);

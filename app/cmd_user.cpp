@@ -38,9 +38,8 @@ int Add(LCliContext& context, LCliArgs& args) {
   bool viewer = args.TakeFlag("--viewer");
   std::vector<std::string> profileNames = args.TakeOptionAll("--profile");
   std::vector<std::string> words;
-  std::string error;
-  if (!args.Finish(words, error)) return context.Usage(error);
-  if (words.size() != 2 || admin + user + viewer > 1) return context.Usage();
+  if (!context.FinishArgs(args, words, 2, 2)) return kExitUsage;
+  if (admin + user + viewer > 1) return context.Usage();
   int privilege = admin ? kWebPrivilegeAdministrator : viewer ? kWebPrivilegeViewer : kWebPrivilegeUser;
 
   std::vector<LWebBusiness> businesses = LWebBusinessList();
@@ -109,9 +108,7 @@ int Delete(LCliContext& context, const std::string& email) {
 int Passwd(LCliContext& context, LCliArgs& args) {
   bool fromStdin = args.TakeFlag("--password-stdin");
   std::vector<std::string> words;
-  std::string error;
-  if (!args.Finish(words, error)) return context.Usage(error);
-  if (words.size() != 2) return context.Usage();
+  if (!context.FinishArgs(args, words, 2, 2)) return kExitUsage;
   LAppWebAccount account;
   if (!LWebAccountList().Open(account, LWebAccountIdFromEmail(words[1]))) return context.Fail(kNoSuchUser);
   bool generated = false;
@@ -140,7 +137,7 @@ int LCmdUser(LCliContext& context, LCliArgs& args) {
   if (peek[0] == "add") return Add(context, args);
   if (peek[0] == "passwd") return Passwd(context, args);
   std::vector<std::string> words;
-  if (!args.Finish(words, error)) return context.Usage(error);
+  if (!context.FinishArgs(args, words)) return kExitUsage;
   if (words.size() == 1 && words[0] == "list") return List(context);
   if (words.size() == 2 && words[0] == "delete") return Delete(context, words[1]);
   return context.Usage();

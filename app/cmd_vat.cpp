@@ -50,9 +50,7 @@ int VatConfig(LCliContext& context, LCliArgs& args) {
   bool setVrn = args.TakeOption("--vrn", vrn), setApi = args.TakeOption("--api", api);
   bool setCa = args.TakeOption("--ca-file", caFile), setTimeout = args.TakeOption("--timeout", timeout);
   std::vector<std::string> words;
-  std::string problem;
-  if (!args.Finish(words, problem)) return context.Usage(problem);
-  if (!words.empty()) return context.Usage();
+  if (!context.FinishArgs(args, words, 0, 0)) return kExitUsage;
   LProfile* profile = context.Profile();
   if (!profile) return kExitFailed;
 
@@ -96,9 +94,7 @@ int VatAuth(LCliContext& context, LCliArgs& args) {
   std::string code;
   bool hasCode = args.TakeOption("--code", code);
   std::vector<std::string> words;
-  std::string problem;
-  if (!args.Finish(words, problem)) return context.Usage(problem);
-  if (!words.empty()) return context.Usage();
+  if (!context.FinishArgs(args, words, 0, 0)) return kExitUsage;
 
   LProcessTerminal progress("HMRC");
   FKMTDforVATAuthDlg dialog(progress);
@@ -119,9 +115,8 @@ int VatObligations(LCliContext& context, LCliArgs& args) {
   std::string from, to;
   bool hasFrom = args.TakeOption("--from", from), hasTo = args.TakeOption("--to", to);
   std::vector<std::string> words;
-  std::string problem;
-  if (!args.Finish(words, problem)) return context.Usage(problem);
-  if (!words.empty() || hasFrom != hasTo) return context.Usage();
+  if (!context.FinishArgs(args, words, 0, 0)) return kExitUsage;
+  if (hasFrom != hasTo) return context.Usage();
   LDate start, end;
   if (hasFrom && (!LDate::Parse(from, start) || !LDate::Parse(to, end)))
     return context.Usage("--from et --to attendent des dates AAAA-MM-JJ");
@@ -172,8 +167,7 @@ int VatSubmit(LCliContext& context, LCliArgs& args) {
   std::string problem;
   if (!TakeFigures(args, given, problem)) return context.Usage(problem);
   std::vector<std::string> words;
-  if (!args.Finish(words, problem)) return context.Usage(problem);
-  if (words.size() != 1) return context.Usage();
+  if (!context.FinishArgs(args, words, 1, 1)) return kExitUsage;
   LProcessTerminal progress("HMRC");
   FKVatAlert alert;
   std::string receipt;
@@ -195,9 +189,7 @@ int VatSubmit(LCliContext& context, LCliArgs& args) {
 
 int VatView(LCliContext& context, LCliArgs& args) {
   std::vector<std::string> words;
-  std::string problem;
-  if (!args.Finish(words, problem)) return context.Usage(problem);
-  if (words.size() != 1) return context.Usage();
+  if (!context.FinishArgs(args, words, 1, 1)) return kExitUsage;
   LProfile* profile = context.Profile();
   if (!profile) return kExitFailed;
   std::string refusal;

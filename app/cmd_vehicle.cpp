@@ -91,8 +91,8 @@ int MileageAdd(LCliContext& context, LProfile& profile, LCliArgs& args) {
   args.TakeOption("--origin", trip.origin);
   args.TakeOption("--destination", trip.destination);
   std::vector<std::string> words;
-  if (!args.Finish(words, error)) return context.Usage(error);
-  if (words.size() != 1 || (!byDistance && !byStart && !byEnd)) return context.Usage();
+  if (!context.FinishArgs(args, words, 1, 1)) return kExitUsage;
+  if (!byDistance && !byStart && !byEnd) return context.Usage();
   trip.vehicle = words[0];
   long long value = 0;
   if (byDistance) {
@@ -118,8 +118,7 @@ int MileageList(LCliContext& context, LProfile& profile, LCliArgs& args) {
   std::string error;
   if (!LCliTakeDate(args, "--from", from, error) || !LCliTakeDate(args, "--to", to, error)) return context.Usage(error);
   std::vector<std::string> words;
-  if (!args.Finish(words, error)) return context.Usage(error);
-  if (words.size() > 1) return context.Usage();
+  if (!context.FinishArgs(args, words, 0, 1)) return kExitUsage;
   std::string vehicle = words.empty() ? std::string() : words[0];
   if (!vehicle.empty() && !profile.MainList(kVehiclesList).TestRecordExists(vehicle))
     return context.Fail(LVehicleNotFoundMessage(vehicle));
@@ -150,8 +149,7 @@ int MileageClear(LCliContext& context, LProfile& profile, LCliArgs& args) {
   std::string error;
   if (!LCliTakeDate(args, "--from", from, error) || !LCliTakeDate(args, "--to", to, error)) return context.Usage(error);
   std::vector<std::string> words;
-  if (!args.Finish(words, error)) return context.Usage(error);
-  if (words.size() != 1) return context.Usage();
+  if (!context.FinishArgs(args, words, 1, 1)) return kExitUsage;
   if (!profile.MainList(kVehiclesList).TestRecordExists(words[0]))
     return context.Fail(LVehicleNotFoundMessage(words[0]));
   context.out << LVehicleMileageDeleteRange(profile, words[0], from, to) << "\n";
@@ -187,8 +185,7 @@ int MileageScale(LCliContext& context, LProfile& profile, const std::vector<std:
 int LCmdVehicle(LCliContext& context, LCliArgs& args) {
   std::vector<std::string> words;
   std::string error;
-  if (!args.Finish(words, error)) return context.Usage(error);
-  if (words.empty()) return context.Usage();
+  if (!context.FinishArgs(args, words, 1)) return kExitUsage;
   const std::string& verb = words[0];
   bool keyed = words.size() >= 2;
   if (!((verb == "add" && keyed) || (verb == "edit" && words.size() >= 3) || (verb == "list" && words.size() == 1) ||
@@ -210,8 +207,7 @@ int LCmdMileage(LCliContext& context, LCliArgs& args) {
   if (verb == "list") return MileageList(context, *profile, args);
   if (verb == "clear") return MileageClear(context, *profile, args);
   std::vector<std::string> words;
-  std::string error;
-  if (!args.Finish(words, error)) return context.Usage(error);
+  if (!context.FinishArgs(args, words)) return kExitUsage;
   words.insert(words.begin(), verb);
   if (verb == "scale") return MileageScale(context, *profile, words);
   if (verb == "delete" && words.size() == 2) {

@@ -59,7 +59,7 @@ int Https(LCliContext& context, LCliArgs& args) {
   bool hasCert = args.TakeOption("--cert", certFile);
   bool hasKey = args.TakeOption("--key", keyFile);
   std::vector<std::string> words;
-  if (!args.Finish(words, error)) return context.Usage(error);
+  if (!context.FinishArgs(args, words)) return kExitUsage;
   if (words.size() != 2 || (words[1] != "on" && words[1] != "off") || hasCert != hasKey ||
       (words[1] == "off" && hasCert))
     return context.Usage();
@@ -93,8 +93,7 @@ int Https(LCliContext& context, LCliArgs& args) {
 int LCmdWeb(LCliContext& context, LCliArgs& args) {
   if (LCliPeekVerb(args, {"--cert", "--key"}) == "https") return Https(context, args);
   std::vector<std::string> words;
-  std::string error;
-  if (!args.Finish(words, error)) return context.Usage(error);
+  if (!context.FinishArgs(args, words)) return kExitUsage;
   if (words.size() == 1 && words[0] == "status") return Status(context);
   if (words.size() == 1 && (words[0] == "enable" || words[0] == "disable")) {
     return ReportChange(context, LWebletServer::EnableWebletServer(words[0] == "enable"));

@@ -64,6 +64,10 @@ std::vector<LBusinessEntry> LMultipleBusinessList() {
   return rows;
 }
 
+std::string LBusinessNotFoundMessage(std::string_view business) {
+  return "Entreprise introuvable : " + std::string(business);
+}
+
 bool LMultipleBusinessResolve(std::string_view business, LBusinessEntry& out) {
   if (business.empty() || business == "0") {
     std::string primary = LFile::GetSharedDataFolderApp();

@@ -39,6 +39,8 @@ std::vector<LBusinessEntry> LMultipleBusinessList();
 // must exist), anything else the first business whose company name is exactly that text.
 // false when none matches (out unchanged).
 bool LMultipleBusinessResolve(std::string_view business, LBusinessEntry& out);
+// What a command says when LMultipleBusinessResolve finds no business: "Entreprise introuvable : B".
+std::string LBusinessNotFoundMessage(std::string_view business);
 // true when a business other than the one in exceptFolder carries name: the primary business
 // and every folder of "MultiBus" except one named "__MACOSX" are compared.
 bool LMultipleBusinessNameExists(std::string_view name, const std::string& exceptFolder);

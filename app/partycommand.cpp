@@ -50,8 +50,7 @@ int LCliPartyList(LCliContext& context, LProfile& profile, LPartyKind kind) {
 
 int LCliPartyCommand(LCliContext& context, LCliArgs& args, LPartyKind kind) {
   std::vector<std::string> words;
-  std::string error;
-  if (!args.Finish(words, error)) return context.Usage(error);
+  if (!context.FinishArgs(args, words)) return kExitUsage;
   bool add = words.size() >= 2 && words[0] == "add";
   bool list = words.size() == 1 && words[0] == "list";
   if (!add && !list) return context.Usage();

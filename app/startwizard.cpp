@@ -1,6 +1,5 @@
 #include "app/startwizard.h"
 
-#include <cctype>
 #include <istream>
 #include <memory>
 #include <ostream>
@@ -8,14 +7,10 @@
 #include "app/startwizardpages.h"
 #include "invoice/shared/profile.h"
 #include "llib/gen/locale.h"
+#include "llib/gen/textcase.h"
 #include "llib/gen/trim.h"
 
 namespace {
-
-std::string Lowered(std::string text) {
-  for (char& c : text) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-  return text;
-}
 
 }  // namespace
 
@@ -39,7 +34,7 @@ bool LStartWizardPrompter::AskYesNo(std::string_view prompt, bool def, bool& ans
   for (;;) {
     std::string reply;
     if (!Ask(std::string(prompt) + " (o/n)", def ? "o" : "n", reply)) return false;
-    reply = Lowered(reply);
+    reply = LLowerText(reply);
     if (reply == "o" || reply == "oui" || reply == "n" || reply == "non") {
       answer = reply[0] == 'o';
       return true;

@@ -51,7 +51,7 @@ std::string LCustomerFirstUse(LProfile& profile, std::string_view key) {
 
 bool LCustomerDelete(LProfile& profile, std::string_view key, std::string* error) {
   const LFileStoreListBase& list = profile.MainList(kCustomersList);
-  if (key.empty() || !list.TestRecordExists(key)) return LFail(error, "Client introuvable : " + std::string(key) + ".");
+  if (key.empty() || !list.TestRecordExists(key)) return LFail(error, LCustomerNotFoundMessage(key));
   std::string use = LCustomerFirstUse(profile, key);
   if (!use.empty())
     return LFail(error, "Le client « " + std::string(key) + " » ne peut pas être supprimé : " + use + " le nomme.");

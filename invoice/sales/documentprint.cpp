@@ -14,10 +14,6 @@
 
 namespace {
 
-bool NotFound(std::string_view what, std::string_view key, std::string* error) {
-  return LFail(error, std::string(what) + " introuvable : " + std::string(key) + ".");
-}
-
 // The history of the printed record gains "Imprimé" with the file's name; a trace only, so a
 // failure to write it does not fail the printing.
 void Printed(LProfile& profile, std::string_view list, std::string_view key, const LPrintedForm& form,
@@ -53,7 +49,7 @@ bool LPrintSalesDocument(LProfile& profile, const LSalesDocumentKind& kind, std:
                          LPrintedForm& form, std::string* error) {
   form = LPrintedForm();
   LSalesDocument document;
-  if (!LSalesDocumentOpen(profile, kind, key, document)) return NotFound("Document", key, error);
+  if (!LSalesDocumentOpen(profile, kind, key, document)) return LFail(error, LSalesDocumentNotFoundMessage(key));
   if (!LMakeSalesDocumentPdf(profile, kind, document, facturX, formName, form, error)) return false;
   Printed(profile, ListOf(kind, document), key, form, user);
   return true;
@@ -74,7 +70,7 @@ bool LPrintPackingSlip(LProfile& profile, const LSalesDocumentKind& kind, std::s
                        std::string_view user, LPrintedForm& form, std::string* error) {
   form = LPrintedForm();
   LSalesDocument document;
-  if (!LSalesDocumentOpen(profile, kind, key, document)) return NotFound("Document", key, error);
+  if (!LSalesDocumentOpen(profile, kind, key, document)) return LFail(error, LSalesDocumentNotFoundMessage(key));
   if (label) {
     if (!LShippingLabelPdf(profile, document, form.pdf, error)) return false;
     form.fileName = LShippingLabelPdfName(key);

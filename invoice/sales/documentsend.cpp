@@ -128,7 +128,7 @@ bool PrepareMail(LProfile& profile, const LSalesDocumentKind& kind, std::string_
                  std::optional<bool> facturX, std::string_view user, PreparedMail& prepared, std::string& message) {
   LSalesDocument document;
   if (!LSalesDocumentOpen(profile, kind, key, document)) {
-    message = "Document introuvable : " + std::string(key) + ".";
+    message = LSalesDocumentNotFoundMessage(key);
     return false;
   }
   prepared.list = document.IsDraft() ? kind.draftsList : kind.recordedList;

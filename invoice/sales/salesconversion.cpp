@@ -28,7 +28,7 @@ bool LSalesDocumentConvertToInvoice(LProfile& profile, const LSalesDocumentKind&
   }
   LSalesDocument source;
   if (!LSalesDocumentOpen(profile, kind, key, source)) {
-    error = "Document introuvable : " + std::string(key) + ".";
+    error = LSalesDocumentNotFoundMessage(key);
     return false;
   }
   std::string converted = LConvertedInvoiceKey(source);
@@ -41,7 +41,7 @@ bool LSalesDocumentConvertToInvoice(LProfile& profile, const LSalesDocumentKind&
   LInvoice invoice;
   bool loaded = fromQuote ? invoice.LoadFromQuote(profile, key) : invoice.LoadFromOrder(profile, key);
   if (!loaded) {
-    error = "Document introuvable : " + std::string(key) + ".";
+    error = LSalesDocumentNotFoundMessage(key);
     return false;
   }
   if (invoice.GetDate().empty()) invoice.SetString("Date", LDate::Today().ToText());
@@ -62,7 +62,7 @@ bool LSalesQuoteConvertToOrder(LProfile& profile, std::string_view key, std::str
   const LSalesDocumentKind& orderKind = LSalesDocumentKindOf(LSalesDocumentType::kOrder);
   LSalesDocument quote;
   if (!LSalesDocumentOpen(profile, quoteKind, key, quote)) {
-    error = "Document introuvable : " + std::string(key) + ".";
+    error = LSalesDocumentNotFoundMessage(key);
     return false;
   }
   std::string converted = quote.GetString(kConvertedOrderField);
@@ -77,7 +77,7 @@ bool LSalesQuoteConvertToOrder(LProfile& profile, std::string_view key, std::str
   LInvoice content;
   if (!content.LoadFromQuote(profile, key)) {
     quote.DetachWithoutSave();
-    error = "Document introuvable : " + std::string(key) + ".";
+    error = LSalesDocumentNotFoundMessage(key);
     return false;
   }
   for (std::string_view field : {"PaymentTerms", "PaymentTermsDays"})

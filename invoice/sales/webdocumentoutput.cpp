@@ -108,7 +108,7 @@ class LWebDocumentPage : public LWebPageMainEx {
     LProfile profile(WLSessionBusinessFolder(form_));
     LSalesDocument document;
     if (LSalesDocumentOpen(profile, kind_, key_, document)) GenerateDocument(profile, document);
-    else form_.Write(LWebFormat("<p class=errormessage>Document introuvable : %H.</p>", key_.c_str()));
+    else form_.Write(LWebFormat("<p class=errormessage>%H</p>", LSalesDocumentNotFoundMessage(key_).c_str()));
   }
   virtual void GenerateDocument(LProfile& profile, const LSalesDocument& document) = 0;
   std::string OutputLinks() const {
@@ -266,7 +266,7 @@ class LWebRecordEmailDialog : public LWebDialogEx {
     LProfile profile(WLSessionBusinessFolder(form_));
     LSalesDocument document;
     if (!LSalesDocumentOpen(profile, kind_, key_, document)) {
-      SetMessage("Document introuvable : " + key_ + ".");
+      SetMessage(LSalesDocumentNotFoundMessage(key_));
       return;
     }
     LDocumentMail mail = LDocumentMailDefaults(profile, kind_, document);

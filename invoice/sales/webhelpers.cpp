@@ -1,7 +1,6 @@
 #include "invoice/sales/webhelpers.h"
 
 #include <algorithm>
-#include <cctype>
 #include <set>
 
 #include "invoice/sales/salesbook.h"
@@ -14,6 +13,7 @@
 #include "llib/gen/filestore.h"
 #include "llib/gen/money.h"
 #include "llib/gen/moneyinput.h"
+#include "llib/gen/textcase.h"
 #include "llib/gen/textnum.h"
 #include "llib/web/webformat.h"
 #include "llib/web/webletform.h"
@@ -48,11 +48,6 @@ bool OpenAskedInvoice(LWebletForm& form, LProfile& profile, std::string_view ele
 long long InvoiceDue(LProfile& profile, LSalesDocument& invoice) {
   if (invoice.IsDraft()) return invoice.GetTotal();
   return invoice.GetTotal() - invoice.GetAmountPaid(profile) - invoice.GetAmountRefunded(profile);
-}
-
-std::string Lower(std::string text) {
-  std::transform(text.begin(), text.end(), text.begin(), [](unsigned char c) { return std::tolower(c); });
-  return text;
 }
 
 }  // namespace
@@ -183,7 +178,7 @@ void LWebInvoiceSearchPage::Generate() {
                          "<input type=search name=q value='%H' size=30 autofocus></label> <input type=submit "
                          "class=button value='Rechercher'></form>",
                          query.c_str()));
-  std::string needle = Lower(query);
+  std::string needle = LLowerText(query);
   while (!needle.empty() && needle.back() == ' ') needle.pop_back();
   if (needle.empty()) return;
   // A text that reads as an amount also finds the invoices of that total.
@@ -195,7 +190,7 @@ void LWebInvoiceSearchPage::Generate() {
   std::set<std::string> namedCustomers;
   LCustomer customer;
   for (LFileStoreIteratorBase it(profile.MainList(kCustomersList), customer); customer.IsAttached(); it.Next(customer))
-    if (Lower(customer.GetString("Name")).find(needle) != std::string::npos)
+    if (LLowerText(customer.GetString("Name")).find(needle) != std::string::npos)
       namedCustomers.insert(customer.GetPrimaryKey());
   LHtmlList list(form_, 1, false);
   list.AddColumn("Numéro", 12, kListAlignLeft, true);
@@ -208,12 +203,12 @@ void LWebInvoiceSearchPage::Generate() {
     LSalesDocument invoice;
     for (LFileStoreIteratorBase it(profile.MainList(listName), invoice); invoice.IsAttached(); it.Next(invoice)) {
       const std::string& key = invoice.GetPrimaryKey();
-      bool found = (isAmount && invoice.GetTotal() == amount) || Lower(key).find(needle) != std::string::npos ||
-                   Lower(invoice.GetCustomer()).find(needle) != std::string::npos ||
-                   Lower(invoice.GetString("Notes")).find(needle) != std::string::npos;
+      bool found = (isAmount && invoice.GetTotal() == amount) || LLowerText(key).find(needle) != std::string::npos ||
+                   LLowerText(invoice.GetCustomer()).find(needle) != std::string::npos ||
+                   LLowerText(invoice.GetString("Notes")).find(needle) != std::string::npos;
       LFKItemCollectionRecord items = invoice.Items();
       for (int i = 0; !found && i < items.GetItemCount(); ++i)
-        found = Lower(items.GetItemDescription(i)).find(needle) != std::string::npos;
+        found = LLowerText(items.GetItemDescription(i)).find(needle) != std::string::npos;
       found = found || namedCustomers.count(invoice.GetCustomer()) != 0;
       if (!found) continue;
       auto row = std::make_unique<LHtmlListRow>();

@@ -1,7 +1,6 @@
 #include "invoice/shared/customer.h"
 
 #include <algorithm>
-#include <cctype>
 #include <unordered_map>
 
 #include "invoice/shared/profile.h"
@@ -9,6 +8,9 @@
 #include "llib/gen/date.h"
 #include "llib/gen/datastore.h"
 #include "llib/gen/file.h"
+#include "llib/gen/textcase.h"
+
+std::string LCustomerNotFoundMessage(std::string_view key) { return "Client introuvable : " + std::string(key) + "."; }
 
 // ---- Balance ----------------------------------------------------------------------------------
 
@@ -59,12 +61,6 @@ namespace {
 
 constexpr std::string_view kRetotalTitle = "Nouveau total client";
 constexpr std::string_view kRetotalMessage = "Veuillez patienter...";
-
-std::string FoldCase(std::string_view text) {
-  std::string folded(text);
-  for (char& c : folded) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-  return folded;
-}
 
 struct DueInvoice {
   time_t due;        // LInvoiceCalculateDueDate
@@ -128,7 +124,7 @@ LProcessResult Process(LProcessInterface& process, LCoreDataRetotalCustomerData&
       continue;
     }
     pending.push_back({key, balance});
-    invoicesByCustomer.emplace(FoldCase(key), std::vector<DueInvoice>());
+    invoicesByCustomer.emplace(LLowerText(key), std::vector<DueInvoice>());
   }
   if (pending.empty()) return kProcessFinished;
 
@@ -141,11 +137,11 @@ LProcessResult Process(LProcessInterface& process, LCoreDataRetotalCustomerData&
     process.SetProgress(++walked / invoiceCount);
     long long total = invoice.GetTotal();
     if (total == 0) continue;
-    auto found = invoicesByCustomer.find(FoldCase(invoice.GetCustomer()));
+    auto found = invoicesByCustomer.find(LLowerText(invoice.GetCustomer()));
     if (found != invoicesByCustomer.end()) found->second.push_back({LInvoiceCalculateDueDate(invoice), total});
   }
   for (const auto& customer : pending)
-    if (!StoreOldestDue(profile, customer.key, OldestDue(invoicesByCustomer[FoldCase(customer.key)], customer.balance)))
+    if (!StoreOldestDue(profile, customer.key, OldestDue(invoicesByCustomer[LLowerText(customer.key)], customer.balance)))
       return Fail(process);
   process.SetProgress(1.0);
   return kProcessFinished;

@@ -20,6 +20,9 @@ class LProfile;
 
 inline constexpr std::string_view kCustomersList = "Customers";
 
+// What a lookup in "Customers" says when no customer has that key: "Client introuvable : KEY."
+std::string LCustomerNotFoundMessage(std::string_view key);
+
 class LCustomer : public LRecord {
  public:
   long long GetBalance() const { return GetInt64("Balance", 0); }

@@ -68,7 +68,7 @@ bool LCustomerStatementBuild(LProfile& profile, std::string_view customer, const
                              LCustomerStatement& statement, std::string& error) {
   LRecord record;
   if (customer.empty() || !profile.MainList(kCustomersList).Open(record, customer)) {
-    error = "Client introuvable : " + std::string(customer) + ".";
+    error = LCustomerNotFoundMessage(customer);
     return false;
   }
   statement = LCustomerStatement();

@@ -126,7 +126,7 @@ bool LRecurringAddTemplate(LProfile& profile, const LSalesDocumentKind& kind, st
   LSalesDocument source;
   if (key.empty() ||
       (!profile.MainList(kind.recordedList).Open(source, key) && !profile.MainList(kind.draftsList).Open(source, key))) {
-    error = "Document introuvable : " + std::string(key) + ".";
+    error = LSalesDocumentNotFoundMessage(key);
     return false;
   }
   source.DetachWithoutSave();

@@ -35,6 +35,10 @@ const LSalesDocumentKind* LSalesDocumentKindFromCommand(std::string_view command
   return nullptr;
 }
 
+std::string LSalesDocumentNotFoundMessage(std::string_view key) {
+  return "Document introuvable : " + std::string(key) + ".";
+}
+
 bool LDocumentKeyLess(std::string_view a, std::string_view b) {
   bool aNumber = !a.empty() && a.find_first_not_of("0123456789") == std::string_view::npos;
   bool bNumber = !b.empty() && b.find_first_not_of("0123456789") == std::string_view::npos;

@@ -32,6 +32,10 @@ const LSalesDocumentKind& LSalesDocumentKindOf(LSalesDocumentType type);
 // The kind whose command word is command; null when none.
 const LSalesDocumentKind* LSalesDocumentKindFromCommand(std::string_view command);
 
+// What a lookup of a document of any kind says when no recorded document or draft has that key:
+// "Document introuvable : KEY."
+std::string LSalesDocumentNotFoundMessage(std::string_view key);
+
 inline constexpr std::string_view kDraftKeyPrefix = "DFT";
 
 // The order of document keys: numbers in number order ("2" before "10"), then other keys in

@@ -3,7 +3,6 @@
 
 #include <fcntl.h>
 #include <stdio.h>
-#include <strings.h>
 #include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -16,6 +15,7 @@
 #include "llib/gen/filestoreindex.h"
 #include "llib/gen/log.h"
 #include "llib/gen/percent.h"
+#include "llib/gen/textcase.h"
 
 // ---- Paths ------------------------------------------------------------------------------------
 
@@ -271,7 +271,7 @@ namespace {
 // old key gone rather than writing the record under it again. A change of letter case only
 // renames directly; any other change never replaces a record.
 bool RenameRecordFile(const std::string& oldPath, const std::string& newPath) {
-  bool replace = ::strcasecmp(oldPath.c_str(), newPath.c_str()) == 0;
+  bool replace = LSameText(oldPath, newPath);
   LLockedFile held = LLockedFile::OpenCurrent(oldPath, O_RDONLY, LOCK_EX, kRecordLockTimeoutMs);
   return LRobustRename(oldPath, newPath, replace);
 }

@@ -3,6 +3,7 @@
 #include <cstdio>
 
 #include "llib/gen/base64.h"
+#include "llib/gen/textcase.h"
 
 namespace {
 
@@ -28,17 +29,6 @@ bool NeedsEncoding(std::string_view text, LRFC2047Use use) {
     if (use == LRFC2047Use::kQuotedParameter && (c == '"' || c == '\\')) return true;
   }
   return text.find("=?") != std::string_view::npos;
-}
-
-bool EndsWithNoCase(std::string_view text, std::string_view suffix) {
-  if (text.size() < suffix.size()) return false;
-  text = text.substr(text.size() - suffix.size());
-  for (std::size_t i = 0; i < suffix.size(); ++i) {
-    char c = text[i];
-    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
-    if (c != suffix[i]) return false;
-  }
-  return true;
 }
 
 }  // namespace
@@ -86,8 +76,8 @@ std::string LEmailChooseBoundary(std::string_view text, std::string_view html) {
 }
 
 std::string_view LEmailAttachmentContentType(std::string_view path) {
-  if (EndsWithNoCase(path, ".wav")) return "audio/wav";
-  if (EndsWithNoCase(path, ".mp3")) return "audio/mpeg";
+  if (LEndsWithText(path, ".wav")) return "audio/wav";
+  if (LEndsWithText(path, ".mp3")) return "audio/mpeg";
   return "application/octet-stream";
 }
 

@@ -33,6 +33,14 @@ LEmailSendBackgroundThread::~LEmailSendBackgroundThread() { StopAndWait(); }
 void LEmailSendBackgroundThread::Add(Item item) {
   {
     std::lock_guard<std::mutex> lock(mutex_);
+    // A stopped thread starts a new run below. What the last run left queued went with its
+    // service, and the counters begin again; a stop only ends sends, so they stay readable until
+    // this point.
+    if (!IsRunning()) {
+      pending_.clear();
+      retry_.clear();
+      state_ = LEmailSendBackgroundState();
+    }
     pending_.push_back(std::move(item));
   }
   wake_.Set();

@@ -3,7 +3,8 @@
 // thread sends it with the user's e-mail settings (emailsettings.h). A message that fails is
 // kept on a retry list and tried again, the n-th retry n × 10 minutes after the previous
 // attempt, until 15 retries have failed; then it is dropped. The queue lives in memory only:
-// messages still queued when the service stops are lost.
+// messages still queued when the service stops are lost, and never sent by a later start of the
+// thread in the same process.
 //
 // Mutex rules: the thread's mutex guards the pending queue, the retry list and the counters;
 // it is never held while a message is being sent.
@@ -48,7 +49,8 @@ struct LEmailSendBackgroundTimings {
 // Applies from the thread's next sleep on.
 void LSendEmailBackgroundSetTimings(const LEmailSendBackgroundTimings& timings);
 
-// What the thread has done since the process started.
+// What the thread has done since it last started (the first message queued after a stop starts
+// it again, from zero).
 struct LEmailSendBackgroundState {
   std::size_t pending = 0;    // queued, never tried
   std::size_t retrying = 0;   // waiting on the retry list

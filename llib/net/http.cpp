@@ -1,19 +1,12 @@
 #include "llib/net/http.h"
 
-#include <algorithm>
-#include <cctype>
 #include <charconv>
 
+#include "llib/gen/textcase.h"
 #include "llib/net/ipaddress.h"
 #include "llib/net/socket.h"
 
 namespace {
-
-bool EqualsNoCase(std::string_view a, std::string_view b) {
-  return a.size() == b.size() && std::equal(a.begin(), a.end(), b.begin(), [](char x, char y) {
-           return std::tolower(static_cast<unsigned char>(x)) == std::tolower(static_cast<unsigned char>(y));
-         });
-}
 
 std::string_view Trim(std::string_view text) {
   while (!text.empty() && (text.front() == ' ' || text.front() == '\t')) text.remove_prefix(1);
@@ -116,7 +109,7 @@ std::string LHttpResponse::Header(std::string_view name) const {
     std::string_view line = rest.substr(0, end);
     rest = end == std::string_view::npos ? std::string_view() : rest.substr(end + 2);
     std::size_t colon = line.find(':');
-    if (colon != std::string_view::npos && EqualsNoCase(Trim(line.substr(0, colon)), name))
+    if (colon != std::string_view::npos && LSameText(Trim(line.substr(0, colon)), name))
       return std::string(Trim(line.substr(colon + 1)));
   }
   return {};
@@ -124,7 +117,7 @@ std::string LHttpResponse::Header(std::string_view name) const {
 
 bool LHttpSplitUrl(std::string_view url, std::string& host, int& port, std::string& target) {
   constexpr std::string_view kScheme = "https://";
-  if (url.size() < kScheme.size() || !EqualsNoCase(url.substr(0, kScheme.size()), kScheme)) return false;
+  if (url.size() < kScheme.size() || !LSameText(url.substr(0, kScheme.size()), kScheme)) return false;
   url.remove_prefix(kScheme.size());
   std::size_t slash = url.find_first_of("/?");
   std::string_view authority = url.substr(0, slash);

@@ -1,7 +1,6 @@
 #include "llib/web/webdialog.h"
 
-#include <strings.h>
-
+#include "llib/gen/textcase.h"
 #include "llib/gen/textnum.h"
 #include "llib/gen/trim.h"
 #include "llib/web/webformat.h"
@@ -65,7 +64,7 @@ void LWebDialog::AnswerPress(const std::string& pressed) {
     return;
   }
   for (const LSpecialSubmit& special : specials_) {
-    if (::strcasecmp(pressed.c_str(), special.text.c_str()) == 0) {
+    if (LSameText(pressed, special.text)) {
       RunOkThenGo(special.target.empty() ? RefererTarget() : special.target);
       return;
     }

@@ -1,7 +1,6 @@
 #include "llib/web/webletfile.h"
 
 #include <fcntl.h>
-#include <strings.h>
 #include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -10,6 +9,7 @@
 
 #include "llib/gen/filelock.h"
 #include "llib/gen/log.h"
+#include "llib/gen/textcase.h"
 #include "llib/gen/textnum.h"
 #include "llib/gen/usersettings.h"
 #include "llib/web/webformat.h"
@@ -61,8 +61,7 @@ LWebletMimeType LExtToMimeType(std::string_view fileName) {
   if (dot == std::string_view::npos || (slash != std::string_view::npos && dot < slash)) return kUnknownMime;
   std::string_view extension = fileName.substr(dot + 1);
   for (const MimeRow& row : kMimeTable)
-    if (extension.size() == std::char_traits<char>::length(row.extension) &&
-        ::strncasecmp(extension.data(), row.extension, extension.size()) == 0)
+    if (LSameText(extension, row.extension))
       return row.mime;
   return kUnknownMime;
 }
@@ -122,7 +121,7 @@ bool LWebletServeFile(LWebletSocket& socket, const std::string& path, const char
   std::string tag = LWebletEntityTag(st.st_mtime, size);
   std::string modified = LWebletHttpDate(st.st_mtime);
   if ((ifNoneMatch != nullptr && std::string_view(ifNoneMatch).find(tag) != std::string_view::npos) ||
-      (ifModifiedSince != nullptr && ::strcasecmp(ifModifiedSince, modified.c_str()) == 0))
+      (ifModifiedSince != nullptr && LSameText(ifModifiedSince, modified)))
     return socket.Send("HTTP/1.1 304 Not Modified\r\n\r\n", kWebSendHeaderMs);
 
   LWebletMimeType mime = LExtToMimeType(path);

@@ -1,9 +1,8 @@
 #include "llib/web/webletform.h"
 
-#include <algorithm>
-#include <cctype>
 #include <cstdarg>
 
+#include "llib/gen/textcase.h"
 #include "llib/web/webformat.h"
 #include "llib/web/webletrequest.h"
 #include "llib/web/webletsocket.h"
@@ -21,9 +20,7 @@ namespace {
 bool HeadHasField(std::string_view head, std::string_view name) {
   for (std::size_t at = head.find("\r\n"); at != std::string_view::npos; at = head.find("\r\n", at + 2)) {
     std::string_view line = head.substr(at + 2, name.size() + 1);
-    if (line.size() == name.size() + 1 && line.back() == ':' &&
-        std::equal(name.begin(), name.end(), line.begin(),
-                   [](char a, char b) { return std::tolower(static_cast<unsigned char>(a)) == std::tolower(static_cast<unsigned char>(b)); }))
+    if (line.size() == name.size() + 1 && line.back() == ':' && LStartsWithText(line, name))
       return true;
   }
   return false;

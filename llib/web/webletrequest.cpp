@@ -1,8 +1,7 @@
 #include "llib/web/webletrequest.h"
 
-#include <strings.h>
-
 #include "llib/gen/percent.h"
+#include "llib/gen/textcase.h"
 #include "llib/gen/textnum.h"
 
 namespace {
@@ -62,8 +61,7 @@ bool LWebletParseHeaderLine(std::string_view line, std::string& name, std::strin
 const char* LWebletFindHeader(const LHashTable& headers, std::string_view name) {
   if (const char* exact = headers.GetParm(name, nullptr)) return exact;
   for (const auto& [headerName, headerValue] : headers)
-    if (headerName.size() == name.size() &&
-        ::strncasecmp(headerName.data(), name.data(), name.size()) == 0)
+    if (LSameText(headerName, name))
       return headerValue.c_str();
   return nullptr;
 }

@@ -1,13 +1,12 @@
 #include "llib/web/webupload.h"
 
-#include <strings.h>
-
 #include <algorithm>
 #include <map>
 #include <mutex>
 
 #include "llib/gen/file.h"
 #include "llib/gen/hashtable.h"
+#include "llib/gen/textcase.h"
 #include "llib/gen/textnum.h"
 #include "llib/gen/trim.h"
 #include "llib/web/webformat.h"
@@ -20,10 +19,6 @@ namespace {
 
 constexpr std::size_t kMaxUploadIdBytes = 64;
 constexpr std::size_t kMaxTrackedUploads = 64;
-
-bool StartsWithNoCase(std::string_view text, std::string_view prefix) {
-  return text.size() >= prefix.size() && ::strncasecmp(text.data(), prefix.data(), prefix.size()) == 0;
-}
 
 std::string_view Unquoted(std::string_view value) {
   if (value.size() >= 2 && value.front() == '"' && value.back() == '"') return value.substr(1, value.size() - 2);
@@ -41,7 +36,7 @@ std::string HeaderParameter(std::string_view value, std::string_view key, bool* 
     std::string_view item = LTrimControls(value.substr(start, end - start));
     std::size_t equals = item.find('=');
     if (equals != std::string_view::npos && LTrimControls(item.substr(0, equals)).size() == key.size() &&
-        StartsWithNoCase(LTrimControls(item.substr(0, equals)), key)) {
+        LStartsWithText(LTrimControls(item.substr(0, equals)), key)) {
       if (found != nullptr) *found = true;
       return std::string(Unquoted(LTrimControls(item.substr(equals + 1))));
     }
@@ -51,7 +46,7 @@ std::string HeaderParameter(std::string_view value, std::string_view key, bool* 
 }
 
 bool IsMultipartFormData(std::string_view contentType) {
-  return StartsWithNoCase(LTrimControls(contentType), "multipart/form-data");
+  return LStartsWithText(LTrimControls(contentType), "multipart/form-data");
 }
 
 // One part's headers: the form field's name, the file name (hasFile when the part carries one)
@@ -75,10 +70,10 @@ PartHeaders ReadPartHeaders(std::string_view block) {
     if (colon != std::string_view::npos) {
       std::string_view name = LTrimControls(line.substr(0, colon));
       std::string_view value = LTrimControls(line.substr(colon + 1));
-      if (name.size() == 19 && StartsWithNoCase(name, "Content-Disposition")) {
+      if (name.size() == 19 && LStartsWithText(name, "Content-Disposition")) {
         part.name = HeaderParameter(value, "name");
         part.fileName = HeaderParameter(value, "filename", &part.hasFile);
-      } else if (name.size() == 12 && StartsWithNoCase(name, "Content-Type")) {
+      } else if (name.size() == 12 && LStartsWithText(name, "Content-Type")) {
         part.contentType.assign(value);
       }
     }
