@@ -279,4 +279,4 @@ LProcessResult Process(LProcessInterface& process, LAccountRenumberProcess& data
   return finished ? kProcessFinished : kProcessFailed;
 }
 
-void LAccountRenumberInstall() { LLedgerAddIntentSettler(kRenumberIntentExtension, SettleRenumbering); }
+void LAccountRenumberInstall() { LLedgerAddIntentSettler(kRenumberIntentExtension, SettleRenumbering, true); }

@@ -10,6 +10,7 @@
 #include <map>
 #include <mutex>
 #include <optional>
+#include <set>
 #include <vector>
 
 #include "accounts/auditpending.h"
@@ -192,6 +193,7 @@ bool SettleLockFile(const LProfile& profile) {
 struct LSettlers {
   std::mutex mutex;
   std::map<std::string, LIntentSettler, std::less<>> byExtension;
+  std::set<LIntentSettler> reportingEach;  // those that log each change they settle
 };
 
 LSettlers& Settlers() {
@@ -206,6 +208,12 @@ LIntentSettler FindSettler(std::string_view name) {
   if (dot == std::string_view::npos) return nullptr;
   auto it = settlers.byExtension.find(name.substr(dot));
   return it == settlers.byExtension.end() ? nullptr : it->second;
+}
+
+bool ReportsEach(LIntentSettler settler) {
+  LSettlers& settlers = Settlers();
+  std::lock_guard<std::mutex> guard(settlers.mutex);
+  return settlers.reportingEach.contains(settler);
 }
 
 enum class LChangeFileState { kLive, kAbandoned, kIdle };
@@ -290,10 +298,11 @@ std::vector<std::string_view> LIntentNoteParts(std::string_view note) {
   }
 }
 
-void LLedgerAddIntentSettler(std::string_view extension, LIntentSettler settler) {
+void LLedgerAddIntentSettler(std::string_view extension, LIntentSettler settler, bool reportsEach) {
   LSettlers& settlers = Settlers();
   std::lock_guard<std::mutex> guard(settlers.mutex);
   settlers.byExtension[std::string(extension)] = settler;
+  if (reportsEach) settlers.reportingEach.insert(settler);
 }
 
 bool LLedgerChangesRunning(const LProfile& profile, std::string_view extension) {
@@ -343,8 +352,9 @@ int LLedgerSettleIntents(const LProfile& profile) {
   }
   for (const auto& [settler, paths] : abandoned) {
     settler(profile, NotesOf(paths));
-    LLogWarning("Une modification des documents a été interrompue : les documents, leurs écritures et les soldes "
-                "qui en dépendent ont été remis en accord.");
+    if (!ReportsEach(settler))
+        LLogWarning("Une modification des documents a été interrompue : les documents, leurs écritures et les soldes "
+                  "qui en dépendent ont été remis en accord.");
     for (const std::string& path : paths) nSettled += ::unlink(path.c_str()) == 0;
   }
   return nSettled;

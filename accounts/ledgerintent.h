@@ -128,8 +128,10 @@ class LLedgerIntent {
 using LIntentSettler = void (*)(const LProfile& profile, const std::vector<std::string>& notes);
 // The tab-separated parts of a note, as views into it: how changes write their notes.
 std::vector<std::string_view> LIntentNoteParts(std::string_view note);
-// Registers the settler of extension (".sales"); call once at start-up.
-void LLedgerAddIntentSettler(std::string_view extension, LIntentSettler settler);
+// Registers the settler of extension (".sales"); call once at start-up. reportsEach: the settler
+// logs what became of each change itself (a renumbering finished, or made without the lock), so
+// the general line on an interrupted change of the documents does not follow it.
+void LLedgerAddIntentSettler(std::string_view extension, LIntentSettler settler, bool reportsEach = false);
 // Whether a change of extension is running now in another process or thread (its file holds
 // notes and is locked by its owner). Called by a holder of the ledger lock, whose changes of that
 // kind take the lock: what runs beside it went on without the lock, after the whole wait.

@@ -13,6 +13,7 @@
 #include "llib/gen/file.h"
 #include "llib/gen/filelock.h"
 #include "llib/gen/filestoreindex.h"
+#include "llib/gen/log.h"
 #include "llib/gen/percent.h"
 #include "llib/gen/textcase.h"
 
@@ -263,14 +264,24 @@ bool LFileStoreListBase::SaveUnderNewKey(LRecord& r) const {
   return true;
 }
 
+namespace {
+
+// Gives a record file its new key under the record's exclusive lock: a writer holding the record
+// (a posting's balances) finishes its save first, and one that waits for it afterwards finds the
+// old key gone rather than writing the record under it again. A change of letter case only
+// renames directly; any other change never replaces a record.
+bool RenameRecordFile(const std::string& oldPath, const std::string& newPath) {
+  bool replace = LSameText(oldPath, newPath);
+  LLockedFile held = LLockedFile::OpenCurrent(oldPath, O_RDONLY, LOCK_EX, kRecordLockTimeoutMs);
+  return LRobustRename(oldPath, newPath, replace);
+}
+
+}  // namespace
+
 bool LFileStoreListBase::Save(LRecord& r) const {
   std::string writeKey = r.GetPrimaryKey();
   if (!r.GetStoredKey().empty() && r.GetStoredKey() != r.GetPrimaryKey()) {
-    std::string oldPath = MakeRecordPath(r.GetStoredKey());
-    std::string newPath = MakeRecordPath(r.GetPrimaryKey());
-    // A change of letter case only renames directly; any other change never replaces a record.
-    bool replace = LSameText(oldPath, newPath);
-    if (LRobustRename(oldPath, newPath, replace)) {
+    if (RenameRecordFile(MakeRecordPath(r.GetStoredKey()), MakeRecordPath(r.GetPrimaryKey()))) {
       r.SetStoredKey(r.GetPrimaryKey());
     } else {
       writeKey = r.GetStoredKey();  // both keys stay as they are
@@ -290,7 +301,16 @@ bool LFileStoreListBase::Save(LRecord& r) const {
       return true;
     }
   }
-  LLockedFile file = LLockedFile::OpenCurrent(path, O_RDWR | O_CREAT, LOCK_EX, kRecordLockTimeoutMs);
+  // Only a record new under its key may create its file: one read from its file whose file is gone
+  // was renamed (a new account number) or deleted by another process since, and writing it under
+  // its old key would bring back the record that change took away.
+  bool isNew = r.GetStoredKey().empty();
+  LLockedFile file = LLockedFile::OpenCurrent(path, isNew ? O_RDWR | O_CREAT : O_RDWR, LOCK_EX, kRecordLockTimeoutMs);
+  if (!file.IsOpen() && file.OpenErrno() == ENOENT && !isNew) {
+    LLogWarning("L'enregistrement \"%s\" a été renommé ou supprimé par un autre processus pendant sa modification : "
+                "il n'est pas recréé sous son ancienne clé.", path.c_str());
+    return false;
+  }
   if (file.IsOpen()) MergeStored(ReadWholeFile(file.Get(), file.Size()), r);
   if (r.GetStoredKey().empty()) r.SetStoredKey(r.GetPrimaryKey());
   // A record file that cannot be opened is reported as saved, as the store has always done. The

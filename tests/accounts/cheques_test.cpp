@@ -186,7 +186,7 @@ TEST_F(ChequesTest, AChequeKilledBeforeItsRecordLeavesNothingBehind) {
     LAccount bank;
     (void)LAccountList(books).Open(bank, "1110");
     LBillPaymentRequest payment{.supplier = "S1", .amount = 30000, .date = date, .payingAccount = bank.GetDescription(),
-                                .method = std::string(kChequeMethod), .cheque = "7"};
+                                .notes = {}, .method = std::string(kChequeMethod), .cheque = "7"};
     std::string key, error;
     bool made = LBillPaymentCreate(books, payment, key, error);
     auto* rentCheque = new LPurchaseChangeIntent(books);

@@ -156,6 +156,7 @@ TEST_F(RenumberLockWait, ARenumberingPastTheWaitLeavesTheHoldersPostingsAndChain
   LLedgerSettleInterrupted(profile_);
   EXPECT_NE(log_.find("6252 en 6251, fait sans le verrou du grand livre et interrompu, a été achevé"), std::string::npos)
       << log_;
+  EXPECT_EQ(log_.find("Une modification des documents a été interrompue"), std::string::npos) << log_;  // its own line says it
   ExpectSettledUnder("6251", "6252", kDays + nHolder + nBack, nBefore + nBack + 1);
 }
 

@@ -126,7 +126,9 @@ TEST_F(SyncItemsCrash, InvoiceRecordEditAndDeleteKilledAtAnyWriteQueueEachMoveme
   for (const Change& change : changes) {
     auto prepare = [&] {
       NextDay();
-      if (change.existing) EXPECT_TRUE(NewInvoice());
+      if (change.existing) {
+        EXPECT_TRUE(NewInvoice());
+      }
     };
     int nKilled = LKillAtEachStep(prepare, change.run, [&](const std::string& where) {
       ExpectInStep(std::string(change.name) + ", killed at " + where);

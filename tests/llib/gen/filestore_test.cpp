@@ -11,9 +11,12 @@
 #include <random>
 #include <map>
 #include <set>
+#include <thread>
 
 #include "llib/gen/datastore.h"
+#include "llib/gen/file.h"
 #include "llib/gen/filelock.h"
+#include "llib/gen/filestoreinplace.h"
 #include "tests/support/testhome.h"
 
 namespace {
@@ -315,6 +318,68 @@ TEST_F(FileStoreTest, ASaveWaitsForAnotherHolderOfTheLock) {
   EXPECT_GE(waitedMs, 600);  // the 313 ms and 626 ms pauses: the lock came free during the second
   EXPECT_EQ(holder.Wait(), 0);
   EXPECT_EQ(File("locked.dat"), "A=1");
+}
+
+// A posting holds an account record to move its balances while a change that went on without the
+// ledger lock gives the account a new number, or someone deletes the record: the posting's save
+// must never bring the record back under the key it was read from.
+TEST_F(FileStoreTest, ASaveNeverRecreatesARecordRenamedOrDeletedUnderIt) {
+  std::string notes(5000, 'n');  // a page or more: not written in place, saved by the full rules
+  Seed("411", {{"Name", "Clients"}, {"Notes", notes.c_str()}});
+  Seed("512", {{"Name", "Banque"}});
+  std::string bigText = File("411.dat");
+  for (const char* key : {"411", "512"}) {
+    LFileStoreInPlaceUpdate held;
+    LRecord account;
+    ASSERT_TRUE(held.Open(list_, key, account));
+    std::string renamed = std::string(key) + "0";
+    ASSERT_EQ(::rename((list_.GetFolder() + "/" + key + ".dat").c_str(),
+                       (list_.GetFolder() + "/" + renamed + ".dat").c_str()), 0);
+    account.SetString("Balance", "12");
+    bool big = std::string(key) == "411";
+    // A short text goes into the file held, whatever its name now; a long one has no file left
+    // under its key to replace.
+    EXPECT_EQ(held.Save(account), !big) << key;
+    account.DetachWithoutSave();
+    EXPECT_FALSE(fs::exists(list_.GetFolder() + "/" + key + ".dat")) << key;
+    EXPECT_EQ(File(renamed + ".dat"), big ? bigText : "Name=Banque&Balance=12") << key;
+  }
+
+  LRecord opened;
+  ASSERT_TRUE(list_.Open(opened, "4110"));
+  ASSERT_TRUE(list_.Delete("4110"));
+  opened.SetString("Balance", "13");
+  EXPECT_FALSE(opened.Flush());
+  opened.DetachWithoutSave();
+  EXPECT_FALSE(fs::exists(list_.GetFolder() + "/4110.dat"));
+
+  // A record new under its key still creates its file, also when another writer made it first.
+  LRecord fresh;
+  list_.CreateNewRecord(fresh, "4110");
+  fresh.SetString("Name", "Clients");
+  ASSERT_TRUE(fresh.Flush());
+  EXPECT_EQ(File("4110.dat"), "Name=Clients");
+}
+
+TEST_F(FileStoreTest, AChangeOfKeyWaitsForTheHolderOfTheRecord) {
+  Seed("411", {{"Name", "Clients"}});
+  LFileStoreInPlaceUpdate held;
+  LRecord account;
+  ASSERT_TRUE(held.Open(list_, "411", account));
+  std::thread renumbering([this] {
+    LRecord record;
+    ASSERT_TRUE(list_.Open(record, "411"));
+    record.SetPrimaryKey("4110");
+    ASSERT_TRUE(record.Flush());
+    EXPECT_EQ(record.GetStoredKey(), "4110");
+  });
+  LSleepMs(300);
+  EXPECT_TRUE(fs::exists(list_.GetFolder() + "/411.dat"));  // the key changes once the holder is done
+  account.SetString("Balance", "12");
+  EXPECT_TRUE(held.Save(account));
+  renumbering.join();
+  EXPECT_EQ(File("4110.dat"), "Name=Clients&Balance=12");
+  EXPECT_FALSE(fs::exists(list_.GetFolder() + "/411.dat"));
 }
 
 // ---- The timed lock -----------------------------------------------------------------------
