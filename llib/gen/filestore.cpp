@@ -266,6 +266,14 @@ bool LFileStoreListBase::SaveUnderNewKey(LRecord& r) const {
 
 namespace {
 
+// A record whose file another process renamed (a new account number) or deleted while it was
+// held: writing it under its old key would bring back the record that change took away.
+bool NotRecreated(const std::string& path) {
+  LLogWarning("L'enregistrement \"%s\" a été renommé ou supprimé par un autre processus pendant sa modification : "
+              "il n'est pas recréé sous son ancienne clé.", path.c_str());
+  return false;
+}
+
 // Gives a record file its new key under the record's exclusive lock: a writer holding the record
 // (a posting's balances) finishes its save first, and one that waits for it afterwards finds the
 // old key gone rather than writing the record under it again. A change of letter case only
@@ -306,11 +314,7 @@ bool LFileStoreListBase::Save(LRecord& r) const {
   // its old key would bring back the record that change took away.
   bool isNew = r.GetStoredKey().empty();
   LLockedFile file = LLockedFile::OpenCurrent(path, isNew ? O_RDWR | O_CREAT : O_RDWR, LOCK_EX, kRecordLockTimeoutMs);
-  if (!file.IsOpen() && file.OpenErrno() == ENOENT && !isNew) {
-    LLogWarning("L'enregistrement \"%s\" a été renommé ou supprimé par un autre processus pendant sa modification : "
-                "il n'est pas recréé sous son ancienne clé.", path.c_str());
-    return false;
-  }
+  if (!file.IsOpen() && file.OpenErrno() == ENOENT && !isNew) return NotRecreated(path);
   if (file.IsOpen()) MergeStored(ReadWholeFile(file.Get(), file.Size()), r);
   if (r.GetStoredKey().empty()) r.SetStoredKey(r.GetPrimaryKey());
   // A record file that cannot be opened is reported as saved, as the store has always done. The
@@ -346,8 +350,11 @@ bool MayBeSavedInPlace(const LFileStoreListBase& list, const LRecord& r) {
 // the new file. A writer that waited on the old file opens the new one (LLockedFile::OpenCurrent).
 bool ReplaceUnderLock(const LLockedFile& file, const std::string& listFolder, const std::string& path,
                       std::string_view text, LRecord& r) {
-  struct stat st;
-  unsigned mode = ::fstat(file.Get(), &st) == 0 ? st.st_mode & 07777 : 0666;
+  struct stat held, named;
+  if (::fstat(file.Get(), &held) != 0 || ::stat(path.c_str(), &named) != 0 || held.st_ino != named.st_ino ||
+      held.st_dev != named.st_dev)
+    return NotRecreated(path);
+  unsigned mode = held.st_mode & 07777;
   ino_t inode = 0;
   if (!WriteRecordFile(path, text, mode, inode)) return false;
   LFileStoreIndexNoteSave(listFolder, r.GetPrimaryKey(), r, inode);
