@@ -15,6 +15,7 @@
 #pragma once
 
 #include <functional>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -86,6 +87,26 @@ long long LCreditNoteApplyToInvoice(LSalesDocument& creditNote, LSalesDocument& 
                                     LProfile& profile);
 long long LCreditNoteUnapply(LSalesDocument& creditNote, LSalesDocument& invoice, LProfile& profile);
 long long LCreditNoteUnapply(LSalesDocument& creditNote, LProfile& profile);
+
+// A run of changes of one payment's or credit note's lists (a payment spread over thousands of
+// invoices) kept in memory and written once: Write sets the entries of the invoices the run
+// changed into the lists as stored, under the record's lock, and keeps every other entry as it is
+// stored. Without a run, each change writes the lists under the lock at once; with one open, the
+// operations above change the applier in memory until Write. A run written or gone ends.
+class LApplierListsRun {
+ public:
+  LApplierListsRun(LProfile& profile, LRecord& applier, bool isCreditNote);
+  ~LApplierListsRun();
+  LApplierListsRun(const LApplierListsRun&) = delete;
+  LApplierListsRun& operator=(const LApplierListsRun&) = delete;
+  // false when the lists could not be written (the applier then holds them, to be saved).
+  [[nodiscard]] bool Write();
+
+  struct State;
+
+ private:
+  std::unique_ptr<State> state_;
+};
 
 // Told of each payment or credit note (stored in list) whose applications a removal of excess
 // changes, before it is saved: before as it is stored, after as it is about to be.

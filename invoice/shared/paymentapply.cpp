@@ -3,6 +3,7 @@
 // holds beyond its "Total".
 #include <algorithm>
 #include <set>
+#include <unordered_map>
 
 #include "invoice/shared/payment.h"
 #include "invoice/shared/profile.h"
@@ -34,6 +35,20 @@ std::vector<LAppliedAmount> Entries(LProfile& profile, Applier& applier) {
   return LReadAppliedAmounts(applier.record);
 }
 
+}  // namespace
+
+struct LApplierListsRun::State {
+  LProfile& profile;
+  LRecord& record;
+  std::string_view list;
+  std::set<std::string> touched;  // the invoices whose entries the run changed
+  State* previous;                // the run this one interrupts, of another applier
+};
+
+namespace {
+
+thread_local LApplierListsRun::State* tRun = nullptr;  // the run open on this thread, if any
+
 // Whether a record of list takes part on that side for the customer.
 bool OnSide(std::string_view list, const LRecord& record, bool refundSide, const std::string& customer) {
   if (record.GetString("Customer") != customer) return false;
@@ -59,12 +74,16 @@ void ForEachOnSide(LProfile& profile, std::string_view list, const LSalesDocumen
 // not stored under its key yet (new or renamed), or whose lists cannot be written (a full disk),
 // is changed in memory, its save to come writing them. One deleted since it was read is changed
 // in memory only and let go of its file: a save would bring the deleted applier back.
+// Within a run (LApplierListsRun) of the applier, the change is made in memory and the invoice
+// noted for the run's write.
 template <class Change>
-void ChangeLists(LProfile& profile, Applier& applier, Change change) {
+void ChangeLists(LProfile& profile, Applier& applier, const std::string& invoice, Change change) {
   LRecord& record = applier.record;
   const std::string& key = record.GetPrimaryKey();
   const LFileStoreListBase& list = profile.MainList(applier.list);
-  bool wasStored = !key.empty() && record.GetStoredKey() == key;
+  bool inRun = tRun != nullptr && &tRun->record == &record;
+  if (inRun) tRun->touched.insert(invoice);
+  bool wasStored = !inRun && !key.empty() && record.GetStoredKey() == key;
   LFileStoreInPlaceUpdate update;
   LPayment stored;  // a payment, or a credit note read through the same fields
   Applier held{stored, applier.list, applier.refundSide};
@@ -101,7 +120,7 @@ long long Unapply(LProfile& profile, Applier& applier, LSalesDocument& invoice) 
   // Read before the lists change: an invoice without the cached figure sums the stored lists.
   long long current = CachedAmount(profile, invoice, applier.refundSide);
   long long removed = 0;
-  ChangeLists(profile, applier, [&](std::vector<LAppliedAmount>& entries) {
+  ChangeLists(profile, applier, invoice.GetPrimaryKey(), [&](std::vector<LAppliedAmount>& entries) {
     removed = TakeOut(entries, invoice.GetPrimaryKey());
   });
   if (removed == 0) return 0;
@@ -110,25 +129,30 @@ long long Unapply(LProfile& profile, Applier& applier, LSalesDocument& invoice) 
   return removed;
 }
 
-// Lets go of every entry, as the lists are stored after each one (each change reads them under
-// the lock): an entry another writer added meanwhile goes too.
+// Lets go of every entry in runs (LApplierListsRun), each over the entries held when it begins,
+// until a run finds none untried: the write of each run brings in the entries another writer
+// stored meanwhile, and the next run lets go of them too.
 long long UnapplyAll(LProfile& profile, Applier& applier) {
   const LFileStoreListBase& invoices = profile.MainList(LSalesDocumentKindOf(LSalesDocumentType::kInvoice).recordedList);
   long long removed = 0;
   std::set<std::string> tried;  // an entry that stays (its invoice cannot be written) is not tried again
   for (;;) {
     std::vector<LAppliedAmount> entries = Entries(profile, applier);
-    auto next = std::find_if(entries.begin(), entries.end(), [&](const LAppliedAmount& e) { return !tried.count(e.invoice); });
-    if (next == entries.end()) return removed;
-    std::string key = next->invoice;
-    tried.insert(key);
-    LSalesDocument invoice;
-    if (invoices.Open(invoice, key)) {
-      removed += Unapply(profile, applier, invoice);
-      continue;
+    LApplierListsRun run(profile, applier.record, applier.list == CreditNotesList());
+    bool any = false;
+    for (const LAppliedAmount& entry : entries) {
+      if (!tried.insert(entry.invoice).second) continue;
+      any = true;
+      LSalesDocument invoice;
+      if (invoices.Open(invoice, entry.invoice)) {
+        removed += Unapply(profile, applier, invoice);
+        continue;
+      }
+      // The invoice is gone: its entry only leaves the lists.
+      ChangeLists(profile, applier, entry.invoice,
+                  [&](std::vector<LAppliedAmount>& held) { (void)TakeOut(held, entry.invoice); });
     }
-    // The invoice is gone: its entry only leaves the lists.
-    ChangeLists(profile, applier, [&](std::vector<LAppliedAmount>& stored) { (void)TakeOut(stored, key); });
+    if (!run.Write() || !any) return removed;
   }
 }
 
@@ -139,7 +163,7 @@ long long Apply(LProfile& profile, Applier& applier, LSalesDocument& invoice, lo
   const std::string& key = invoice.GetPrimaryKey();
   long long current = CachedAmount(profile, invoice, applier.refundSide);
   long long replaced = 0;  // what the applier held on the invoice before
-  ChangeLists(profile, applier, [&](std::vector<LAppliedAmount>& entries) {
+  ChangeLists(profile, applier, key, [&](std::vector<LAppliedAmount>& entries) {
     replaced = TakeOut(entries, key);
     entries.push_back({key, amount});
   });
@@ -259,6 +283,61 @@ long long LCreditNoteUnapply(LSalesDocument& creditNote, LSalesDocument& invoice
 long long LCreditNoteUnapply(LSalesDocument& creditNote, LProfile& profile) {
   Applier applier{creditNote, CreditNotesList(), true};
   return UnapplyAll(profile, applier);
+}
+
+// ---- Runs of changes --------------------------------------------------------------------------
+
+LApplierListsRun::LApplierListsRun(LProfile& profile, LRecord& applier, bool isCreditNote)
+    : state_(new State{profile, applier, isCreditNote ? CreditNotesList() : kPaymentsList, {}, tRun}) {
+  tRun = state_.get();
+}
+
+LApplierListsRun::~LApplierListsRun() {
+  if (tRun == state_.get()) tRun = state_->previous;
+}
+
+bool LApplierListsRun::Write() {
+  State& run = *state_;
+  if (tRun == &run) tRun = run.previous;
+  LRecord& record = run.record;
+  const std::string& key = record.GetPrimaryKey();
+  if (run.touched.empty() || key.empty() || record.GetStoredKey() != key) return true;  // its save writes them
+  const LFileStoreListBase& list = run.profile.MainList(run.list);
+  if (!list.TestRecordExists(key)) {
+    record.DetachWithoutSave();  // deleted meanwhile: as a single change does (ChangeLists)
+    return true;
+  }
+  LFileStoreInPlaceUpdate update;
+  LPayment stored;
+  if (!update.Open(list, key, stored)) return true;  // not writable here: the applier's save writes them
+  Applier held{stored, run.list, false};
+  // The applier's order, the stored amounts of the entries the run left alone, then those others
+  // stored meanwhile.
+  std::unordered_map<std::string, long long> others;
+  std::vector<std::string> othersOrder;
+  for (const LAppliedAmount& entry : Entries(run.profile, held)) {
+    if (run.touched.count(entry.invoice) || !others.emplace(entry.invoice, entry.amount).second) continue;
+    othersOrder.push_back(entry.invoice);
+  }
+  std::vector<LAppliedAmount> merged;
+  for (const LAppliedAmount& entry : LReadAppliedAmounts(record)) {
+    if (run.touched.count(entry.invoice)) {
+      merged.push_back(entry);
+    } else if (auto found = others.find(entry.invoice); found != others.end()) {
+      merged.push_back({entry.invoice, found->second});
+      others.erase(found);
+    }
+  }
+  for (const std::string& invoice : othersOrder)
+    if (auto found = others.find(invoice); found != others.end()) merged.push_back({invoice, found->second});
+  LWriteAppliedAmounts(stored, merged);
+  bool saved = update.Save(stored);
+  for (std::string_view field : {"InvoiceNumber", "InvoiceAmounts"}) {
+    record.SetString(field, stored.GetString(field));
+    record.FindField(field)->modified = !saved;
+  }
+  if (!saved) stored.DetachWithoutSave();
+  return saved;
 }
 
 // ---- The invoice side -------------------------------------------------------------------------

@@ -110,6 +110,7 @@ bool LPaymentApplyList(LProfile& profile, LPayment& payment, const LSortedInvoic
   std::unordered_map<std::string, long long> before;
   for (const auto& entry : LReadAppliedAmounts(payment)) before.emplace(entry.invoice, entry.amount);
   bool written = true;
+  LApplierListsRun run(profile, payment, false);  // one write of the lists for the whole spread
   for (const auto& entry : list.Entries()) {
     long long wanted = isRefund ? entry.GetRefundedAppliedAmount() : entry.GetAppliedAmount();
     auto found = before.find(entry.GetKey());
@@ -120,5 +121,6 @@ bool LPaymentApplyList(LProfile& profile, LPayment& payment, const LSortedInvoic
     else LPaymentUnapply(payment, invoice, profile, isRefund);
     written = invoice.Flush() && written;
   }
+  written = run.Write() && written;
   return payment.Flush() && written;
 }

@@ -315,6 +315,26 @@ TEST_F(Payments, ChangesOfOneCreditNoteReadBeforeAnothersKeepItsEntry) {
   EXPECT_EQ(Refunded(other), 0);
   EXPECT_EQ(Refunded(third), 50);
 
+  // A run changes its copy in memory and writes once, keeping what another change stored meanwhile.
+  LSalesDocument inRun, outside, runInvoice, runThird, outsideOther;
+  ASSERT_TRUE(notes.Open(inRun, note) && notes.Open(outside, note));
+  ASSERT_TRUE(invoices.Open(runInvoice, invoice) && invoices.Open(runThird, third) && invoices.Open(outsideOther, other));
+  {
+    LApplierListsRun run(Profile(), inRun, true);
+    EXPECT_EQ(LCreditNoteUnapply(inRun, runThird, Profile()), 50);
+    EXPECT_EQ(Field("CreditNotes", note, "InvoiceNumber"), invoice + "," + third);  // not written yet
+    EXPECT_EQ(LCreditNoteApplyToInvoice(outside, outsideOther, 20, Profile()), 20);
+    ASSERT_TRUE(outside.Flush() && outsideOther.Flush());
+    EXPECT_EQ(LCreditNoteApplyToInvoice(inRun, runInvoice, 120, Profile()), 120);
+    ASSERT_TRUE(run.Write());
+  }
+  ASSERT_TRUE(inRun.Flush() && runInvoice.Flush() && runThird.Flush());
+  EXPECT_EQ(Field("CreditNotes", note, "InvoiceNumber"), invoice + "," + other);
+  EXPECT_EQ(Field("CreditNotes", note, "InvoiceAmounts"), "120,20");
+  EXPECT_EQ(Refunded(invoice), 120);
+  EXPECT_EQ(Refunded(other), 20);
+  EXPECT_EQ(Refunded(third), 0);
+
   // Deleted meanwhile: a change of the note as read before never brings it back.
   LSalesDocument stale, again;
   ASSERT_TRUE(notes.Open(stale, note));
