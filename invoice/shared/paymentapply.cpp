@@ -29,10 +29,38 @@ long long CachedAmount(LProfile& profile, LSalesDocument& invoice, bool refundSi
   return refundSide ? invoice.GetAmountRefunded(profile) : invoice.GetAmountPaid(profile);
 }
 
+// Rebuilds the lists of an old payment, which kept only "InvoiceNumber".
+void RebuildOld(LProfile& profile, Applier& applier) {
+  if (applier.list == kPaymentsList) static_cast<LPayment&>(applier.record).UpdateInvoiceAmounts(profile);
+}
+
 // The applier's lists, those of an old payment rebuilt first.
 std::vector<LAppliedAmount> Entries(LProfile& profile, Applier& applier) {
-  if (applier.list == kPaymentsList) static_cast<LPayment&>(applier.record).UpdateInvoiceAmounts(profile);
+  RebuildOld(profile, applier);
   return LReadAppliedAmounts(applier.record);
+}
+
+// Whether "InvoiceNumber" names key, without taking the lists apart.
+bool Names(const LRecord& applier, const std::string& key) {
+  std::string keys = applier.GetString("InvoiceNumber");
+  for (std::size_t at = keys.find(key); at != std::string::npos; at = keys.find(key, at + 1)) {
+    bool startsEntry = at == 0 || keys[at - 1] == ',';
+    bool endsEntry = at + key.size() == keys.size() || keys[at + key.size()] == ',';
+    if (startsEntry && endsEntry) return true;
+  }
+  return false;
+}
+
+// Appends one entry to both lists.
+void Append(LRecord& applier, const std::string& key, long long amount) {
+  std::string keys = applier.GetString("InvoiceNumber");
+  std::string amounts = applier.GetString("InvoiceAmounts");
+  if (!keys.empty()) {
+    keys += ',';
+    amounts += ',';
+  }
+  applier.SetString("InvoiceNumber", keys + key);
+  applier.SetString("InvoiceAmounts", amounts + std::to_string(amount));
 }
 
 }  // namespace
@@ -163,10 +191,18 @@ long long Apply(LProfile& profile, Applier& applier, LSalesDocument& invoice, lo
   const std::string& key = invoice.GetPrimaryKey();
   long long current = CachedAmount(profile, invoice, applier.refundSide);
   long long replaced = 0;  // what the applier held on the invoice before
-  ChangeLists(profile, applier, key, [&](std::vector<LAppliedAmount>& entries) {
-    replaced = TakeOut(entries, key);
-    entries.push_back({key, amount});
-  });
+  RebuildOld(profile, applier);
+  if (tRun != nullptr && &tRun->record == &applier.record && !Names(applier.record, key)) {
+    // A run adding entries (a payment spread over thousands of invoices) appends each to the lists
+    // without taking them apart.
+    tRun->touched.insert(key);
+    Append(applier.record, key, amount);
+  } else {
+    ChangeLists(profile, applier, key, [&](std::vector<LAppliedAmount>& entries) {
+      replaced = TakeOut(entries, key);
+      entries.push_back({key, amount});
+    });
+  }
   invoice.SetInt64(CachedField(applier.refundSide), current - replaced + amount);
   invoice.FlushOrKeepDirty();
   RemoveExcess(profile, invoice, applier.refundSide, &applier);
