@@ -353,7 +353,7 @@ int LLedgerSettleIntents(const LProfile& profile) {
   for (const auto& [settler, paths] : abandoned) {
     settler(profile, NotesOf(paths));
     if (!ReportsEach(settler))
-        LLogWarning("Une modification des documents a été interrompue : les documents, leurs écritures et les soldes "
+      LLogWarning("Une modification des documents a été interrompue : les documents, leurs écritures et les soldes "
                   "qui en dépendent ont été remis en accord.");
     for (const std::string& path : paths) nSettled += ::unlink(path.c_str()) == 0;
   }
