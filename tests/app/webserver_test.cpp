@@ -280,6 +280,28 @@ TEST_F(WebServerTest, HeadersTricklingInAreCutAtTheRequestDeadline) {
   ::close(fd);
 }
 
+// A POST announcing the largest body allowed and sending a byte every two seconds would have kept
+// its thread for 50 minutes at a pace of one byte a millisecond; it falls behind the 16 KB a second
+// its body must keep up after the first 40 s, and is dropped when its first 64 KB are due.
+TEST_F(WebServerTest, BodyTricklingInIsCutWhenItFallsBehind) {
+  int fd = LConnectLoopback(port_);
+  ASSERT_GE(fd, 0);
+  ASSERT_TRUE(LSendAll(fd, "POST /logon HTTP/1.1\r\nHost: x\r\nContent-Length: 3000000\r\n\r\n"));
+  long long start = NowMs();
+  bool closed = false;
+  while (!closed && NowMs() - start < 60000) {
+    LSendAll(fd, "a");
+    LReadUntilClose(fd, 2000, &closed);
+  }
+  long long waited = NowMs() - start;
+  EXPECT_TRUE(closed);
+  EXPECT_GE(waited, 43500);
+  EXPECT_LE(waited, 49000);
+  EXPECT_EQ(LHttpGet(port_, "/s.css").status, 200);
+  ::close(fd);
+  EXPECT_NE(server_->Log().find("Request body too slow or cut short: 127.0.0.1 logon"), std::string::npos);
+}
+
 // One address may hold 64 connections; the next is answered 503 at once and closed, and a slot is
 // free again as soon as one of the 64 ends.
 TEST_F(WebServerTest, ConnectionsBeyondTheCapAreAnswered503) {
