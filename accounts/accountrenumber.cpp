@@ -26,6 +26,7 @@
 #include "llib/gen/filelock.h"
 #include "llib/gen/hashtable.h"
 #include "llib/gen/log.h"
+#include "llib/gen/optionalerror.h"
 #include "llib/gen/textnum.h"
 
 namespace {
@@ -226,6 +227,17 @@ void SettleRenumbering(const LProfile& profile, const std::vector<std::string>& 
   }
 }
 
+// The refusal of number while a renumbering not yet settled names it; empty when none does.
+std::string PendingRefusal(const LProfile& profile, std::string_view number) {
+  for (const LRenumberNoted& noted : ReadNotes(LLedgerChangesPending(profile, kRenumberIntentExtension))) {
+    if (noted.oldNumber != number && noted.newNumber != number) continue;
+    return "Le numéro " + std::string(number) + " ne peut pas servir pour l'instant : le changement de numéro du "
+           "compte " + noted.oldNumber + " en " + noted.newNumber + " n'est pas encore achevé. Réessayez dans un "
+           "instant.";
+  }
+  return {};
+}
+
 // Notes the intent and announces the renumbering, before any file changes. With the ledger lock
 // the announcement goes into the trail, then the renumbering is noted begun; without it the trail
 // is not touched (its end is the holder's to know): the announcement waits in the begun note for
@@ -269,6 +281,14 @@ LProcessResult Process(LProcessInterface& process, LAccountRenumberProcess& data
   LProfile& profile = *data.profile;
   LLedgerLock lock(profile);
   process.SetStatus("Modifier le numéro de compte", 0);
+  // Taking the lock settled those left to its holder; one running beside it may have begun since
+  // the caller looked.
+  for (const std::string& number : {data.oldNumber, data.newNumber}) {
+    if (std::string refusal = PendingRefusal(profile, number); !refusal.empty()) {
+      process.SetError(refusal);
+      return kProcessFailed;
+    }
+  }
   LBooksChangeIntent intent(profile, kRenumberIntentExtension);
   if (!Announce(process, data, intent, lock.Locked())) return kProcessFailed;
   bool finished = RenumberFiles(process, data);
@@ -277,6 +297,17 @@ LProcessResult Process(LProcessInterface& process, LAccountRenumberProcess& data
   if (finished && !lock.Locked()) (void)intent.Note(kNoteDone);
   if (!finished || !lock.Locked()) intent.Keep();  // half renumbered: the next holder finishes
   return finished ? kProcessFinished : kProcessFailed;
+}
+
+bool LAccountNumberClearOfRenumbering(const LProfile& profile, std::string_view number, std::string* message) {
+  std::string refusal = PendingRefusal(profile, number);
+  if (refusal.empty()) return true;
+  // Done without the lock, it waits only for a holder to settle it: this thread, when it can.
+  if (LLedgerHoldNumber(profile) == 0) {
+    LLedgerSettleInterrupted(profile);
+    refusal = PendingRefusal(profile, number);
+  }
+  return refusal.empty() || LFail(message, refusal);
 }
 
 void LAccountRenumberInstall() { LLedgerAddIntentSettler(kRenumberIntentExtension, SettleRenumbering, true); }

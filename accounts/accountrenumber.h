@@ -21,6 +21,12 @@
 // writes the announcement into the chain, runs every step again (the holder it passed may have
 // posted under the old number after a day file was rewritten, or to the old record after it took
 // its new key) and recomputes the balances from the day files.
+//
+// That second pass takes every row under the old number for the renumbered account's, so until a
+// renumbering is settled both of its numbers stay its own: no account is created under either,
+// and no renumbering takes either or leaves the new one (LAccountNumberClearOfRenumbering). An
+// account created meanwhile under the freed old number would have its postings moved to the new
+// one; one under the new number would keep the record from taking it.
 #pragma once
 
 #include <string>
@@ -45,6 +51,13 @@ struct LAccountRenumberProcess {
 // its new key (a file of that name appeared meanwhile): the renumbering is then left to the next
 // holder of the ledger lock.
 LProcessResult Process(LProcessInterface& process, LAccountRenumberProcess& data);
+
+// false (message set) while a renumbering not yet settled names number, as the number it leaves
+// or the one it takes: the account must not be created, nor take or leave that number, before
+// it is settled. One that only waits for a holder of the ledger lock is settled first when the
+// lock can be taken (up to the lock's wait, when another holds it).
+[[nodiscard]] bool LAccountNumberClearOfRenumbering(const LProfile& profile, std::string_view number,
+                                                    std::string* message);
 
 // Registers the settler of renumberings cut short. Call once at start-up; again changes nothing.
 void LAccountRenumberInstall();

@@ -3,9 +3,11 @@
 #include <algorithm>
 #include <cstdio>
 
+#include "accounts/accountrenumber.h"
 #include "accounts/ledgerlock.h"
 #include "invoice/shared/options.h"
 #include "invoice/shared/profile.h"
+#include "llib/gen/log.h"
 #include "llib/gen/moneybounds.h"
 #include "llib/gen/textnum.h"
 
@@ -192,6 +194,10 @@ bool LCreateAccount(LProfile& profile, std::string_view number, std::string_view
   if (accounts.Open(account, number)) {
     if (account.IsDeleted()) account.SetBool("Deleted", false);
     return account.Flush();
+  }
+  if (std::string refusal; !LAccountNumberClearOfRenumbering(profile, number, &refusal)) {
+    LLogError("%s", refusal.c_str());
+    return false;
   }
   accounts.CreateNewRecord(account, number);
   account.SetString("Description", description);

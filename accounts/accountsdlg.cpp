@@ -99,6 +99,7 @@ bool LNewAccountDlg::CmAddNewAcct(LProfile& profile, std::string* message) {
   long long opening = 0;
   if (!ParseOpening(profile, openingBalance, opening)) return LFail(message, kBadOpening);
   if (!FreeNumber(profile, accountNumber)) return LFail(message, kNumberTaken);
+  if (!LAccountNumberClearOfRenumbering(profile, accountNumber, message)) return false;
 
   LAccountList accounts(profile);
   LAccount account;
@@ -157,6 +158,9 @@ bool LAccountDlg::CmOk(LProfile& profile, LAsker& asker, LProcessInterface& proc
     LQuestion question{std::string(kRenumberQuestion), "Numéro de compte", "Modifier", "Non", false};
     if (!asker.Ask(question).confirmed) return LFail(message, kRenumberQuestion);
     if (!FreeNumber(profile, newNumber)) return LFail(message, kNumberTaken);
+    if (!LAccountNumberClearOfRenumbering(profile, storedNumber_, message) ||
+        !LAccountNumberClearOfRenumbering(profile, newNumber, message))
+      return false;
     LAccountRenumberProcess renumber{&profile, storedNumber_, newNumber};
     if (Process(process, renumber) != kProcessFinished) return LFail(message, kRenumberFailedMessage);
     storedNumber_ = newNumber;

@@ -4,8 +4,9 @@
 //
 // Adding (LNewAccountDlg::CmAddNewAcct): name, type and its sub-type, cash-flow classification
 // (asked only of asset, liability and equity accounts that are neither heading nor cash), number
-// (present, "NumberOfDigits" long, not held by a live account), opening balance. Then the record
-// is created, the opening balance applied and the chosen linked-account slot set.
+// (present, "NumberOfDigits" long, not held by a live account nor by a renumbering not yet
+// settled), opening balance. Then the record is created, the opening balance applied and the
+// chosen linked-account slot set.
 //
 // Editing (LAccountDlg::CmOk) checks the same things with its own wording, asks before changing
 // the number, and renumbers the account everywhere it is stored (accounts/accountrenumber.h).

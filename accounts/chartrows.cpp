@@ -2,9 +2,11 @@
 
 #include <string>
 
+#include "accounts/accountrenumber.h"
 #include "invoice/shared/options.h"
 #include "invoice/shared/profile.h"
 #include "llib/gen/locale.h"
+#include "llib/gen/log.h"
 
 namespace {
 
@@ -38,6 +40,10 @@ bool LAccountListApplyChartRows(LProfile& profile, std::span<const LChartRow> ro
   for (const LChartRow& row : rows) {
     if (!RowApplies(row, country)) continue;
     bool exists = accounts.Open(account, row.number);
+    if (std::string refusal; !exists && !LAccountNumberClearOfRenumbering(profile, row.number, &refusal)) {
+      LLogError("%s", refusal.c_str());
+      return false;
+    }
     if (!exists || account.IsDeleted()) {
       if (!exists) accounts.CreateNewRecord(account, row.number);
       else account.SetBool("Deleted", false);

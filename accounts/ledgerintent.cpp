@@ -10,7 +10,6 @@
 #include <map>
 #include <mutex>
 #include <optional>
-#include <set>
 #include <vector>
 
 #include "accounts/auditpending.h"
@@ -190,10 +189,15 @@ bool SettleLockFile(const LProfile& profile) {
   return false;
 }
 
+// The settler of one extension, and whether it logs what became of each change itself.
+struct LSettler {
+  LIntentSettler settle = nullptr;
+  bool reportsEach = false;
+};
+
 struct LSettlers {
   std::mutex mutex;
-  std::map<std::string, LIntentSettler, std::less<>> byExtension;
-  std::set<LIntentSettler> reportingEach;  // those that log each change they settle
+  std::map<std::string, LSettler, std::less<>> byExtension;
 };
 
 LSettlers& Settlers() {
@@ -201,19 +205,14 @@ LSettlers& Settlers() {
   return settlers;
 }
 
-LIntentSettler FindSettler(std::string_view name) {
+// The settler of the change file name; none (settle null) for an extension none registered.
+LSettler FindSettler(std::string_view name) {
   LSettlers& settlers = Settlers();
   std::lock_guard<std::mutex> guard(settlers.mutex);
   std::size_t dot = name.rfind('.');
-  if (dot == std::string_view::npos) return nullptr;
+  if (dot == std::string_view::npos) return {};
   auto it = settlers.byExtension.find(name.substr(dot));
-  return it == settlers.byExtension.end() ? nullptr : it->second;
-}
-
-bool ReportsEach(LIntentSettler settler) {
-  LSettlers& settlers = Settlers();
-  std::lock_guard<std::mutex> guard(settlers.mutex);
-  return settlers.reportingEach.contains(settler);
+  return it == settlers.byExtension.end() ? LSettler{} : it->second;
 }
 
 enum class LChangeFileState { kLive, kAbandoned, kIdle };
@@ -301,8 +300,7 @@ std::vector<std::string_view> LIntentNoteParts(std::string_view note) {
 void LLedgerAddIntentSettler(std::string_view extension, LIntentSettler settler, bool reportsEach) {
   LSettlers& settlers = Settlers();
   std::lock_guard<std::mutex> guard(settlers.mutex);
-  settlers.byExtension[std::string(extension)] = settler;
-  if (reportsEach) settlers.reportingEach.insert(settler);
+  settlers.byExtension[std::string(extension)] = {settler, reportsEach};
 }
 
 bool LLedgerChangesRunning(const LProfile& profile, std::string_view extension) {
@@ -314,6 +312,14 @@ bool LLedgerChangesRunning(const LProfile& profile, std::string_view extension) 
   });
 }
 
+std::vector<std::string> LLedgerChangesPending(const LProfile& profile, std::string_view extension) {
+  std::string folder = IntentsFolder(profile);
+  std::vector<std::string> paths;
+  for (const std::string& name : LFile::ListFolder(folder))
+    if (name.ends_with(extension)) paths.push_back(LFile::MakeFilePath(folder, name));
+  return NotesOf(paths);  // the files of processes between changes are empty
+}
+
 int LLedgerSettleIntents(const LProfile& profile) {
   std::string folder = IntentsFolder(profile);
   int nSettled = SettleLockFile(profile) ? 1 : 0;
@@ -321,7 +327,11 @@ int LLedgerSettleIntents(const LProfile& profile) {
   // audit trail's pending entries go first: they judge from the records as the crash left them,
   // which the other settlers may write again.
   std::vector<std::string> pendingAudit;
-  std::map<LIntentSettler, std::vector<std::string>> abandoned;
+  struct LAbandoned {
+    bool reportsEach = false;
+    std::vector<std::string> paths;
+  };
+  std::map<LIntentSettler, LAbandoned> abandoned;
   for (const std::string& name : LFile::ListFolder(folder)) {
     std::string path = LFile::MakeFilePath(folder, name);
     if (name.ends_with(kIntentExtension)) {
@@ -338,24 +348,29 @@ int LLedgerSettleIntents(const LProfile& profile) {
       continue;
     }
     bool audit = name.ends_with(kAuditPendingExtension);
-    LIntentSettler settler = audit ? nullptr : FindSettler(name);
-    if (!audit && settler == nullptr) continue;
+    LSettler settler = audit ? LSettler{} : FindSettler(name);
+    if (!audit && settler.settle == nullptr) continue;
     LChangeFileState state = StateOf(path);
     if (state == LChangeFileState::kIdle && ::unlink(path.c_str()) != 0) LLogWriteFailure("unlink", path, errno);
     if (state != LChangeFileState::kAbandoned) continue;
-    if (audit) pendingAudit.push_back(path);
-    else abandoned[settler].push_back(path);
+    if (audit) {
+      pendingAudit.push_back(path);
+      continue;
+    }
+    LAbandoned& files = abandoned[settler.settle];
+    files.reportsEach = settler.reportsEach;
+    files.paths.push_back(path);
   }
   if (!pendingAudit.empty()) {
     LAuditSettlePending(profile, NotesOf(pendingAudit));
     for (const std::string& path : pendingAudit) nSettled += ::unlink(path.c_str()) == 0;
   }
-  for (const auto& [settler, paths] : abandoned) {
-    settler(profile, NotesOf(paths));
-    if (!ReportsEach(settler))
+  for (const auto& [settle, files] : abandoned) {
+    settle(profile, NotesOf(files.paths));
+    if (!files.reportsEach)
       LLogWarning("Une modification des documents a été interrompue : les documents, leurs écritures et les soldes "
                   "qui en dépendent ont été remis en accord.");
-    for (const std::string& path : paths) nSettled += ::unlink(path.c_str()) == 0;
+    for (const std::string& path : files.paths) nSettled += ::unlink(path.c_str()) == 0;
   }
   return nSettled;
 }

@@ -136,6 +136,10 @@ void LLedgerAddIntentSettler(std::string_view extension, LIntentSettler settler,
 // notes and is locked by its owner). Called by a holder of the ledger lock, whose changes of that
 // kind take the lock: what runs beside it went on without the lock, after the whole wait.
 bool LLedgerChangesRunning(const LProfile& profile, std::string_view extension);
+// The notes of every change of extension not yet settled, each file's complete lines in order:
+// those running now, in this process or another, and those left for the next holder of the
+// ledger lock (cut short, or made without the lock).
+std::vector<std::string> LLedgerChangesPending(const LProfile& profile, std::string_view extension);
 
 //
 // Creating and removing a file is what a file system does slowest, so a process keeps its change

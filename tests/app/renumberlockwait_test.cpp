@@ -2,6 +2,8 @@
 // that very account: the renumbering waits the whole ten seconds, goes on without the lock, and
 // must neither break the holder's audit chain nor lose or misfile a posting the holder made
 // before, during or after it; killed midway, it is finished by the next holder all the same.
+// Until then neither of its numbers may serve another account: the holder's creating one is
+// refused.
 #include <fcntl.h>
 #include <signal.h>
 #include <sys/file.h>
@@ -14,7 +16,9 @@
 #include <string>
 #include <thread>
 
+#include "accounts/accountrenumber.h"
 #include "accounts/accounts.h"
+#include "accounts/accountsdlg.h"
 #include "accounts/audittrail.h"
 #include "accounts/ledger.h"
 #include "accounts/ledgerintent.h"
@@ -53,6 +57,15 @@ class RenumberLockWait : public LHomeTest {
     txn.AddLine(account, "Taxi", 1000 + n, "anne", "", "");
     txn.AddLine("5300", "Taxi", -1000 - n, "anne", "", "");
     return LAccountTransactionRecord(profile_, txn);
+  }
+  // Whether the holder can create an account under number now; message set when refused.
+  bool Create(const std::string& number, std::string& message) {
+    LNewAccountDlg dialog;
+    dialog.name = "Voyages à l'étranger";
+    dialog.type = kAccountExpense;
+    dialog.subTypeEntry = 2;
+    dialog.number = number;
+    return dialog.CmAddNewAcct(profile_, &message);
   }
   bool Exists(const std::string& number) const { return LFile::Exists(folder_ + "/Accounts/" + number + ".dat"); }
   // Whether a renumbering has noted that it began: its files may change from now on.
@@ -120,6 +133,11 @@ TEST_F(RenumberLockWait, ARenumberingPastTheWaitLeavesTheHoldersPostingsAndChain
     LAuditVerifyResult held = LAuditVerify(profile_);
     EXPECT_EQ(held.message, "");
     EXPECT_EQ(held.entryCount, nBefore + nHolder);  // the announcement waits for the next holder
+    // The number freed is still the renumbered account's: its settle moves every row under it.
+    std::string refused;
+    EXPECT_FALSE(Create("6251", refused));
+    EXPECT_NE(refused.find("Le numéro 6251 ne peut pas servir pour l'instant : le changement de numéro du compte 6251 "
+                           "en 6252 n'est pas encore achevé."), std::string::npos) << refused;
   }
   // Let go while the command still runs: its next hold of the lock (the opening balance) settles
   // what it left.
@@ -152,8 +170,13 @@ TEST_F(RenumberLockWait, ARenumberingPastTheWaitLeavesTheHoldersPostingsAndChain
     EXPECT_TRUE(Exists("6252")) << "the renumbering was not stopped midway";
     for (int after = 0; after < 3; ++after, ++nBack) EXPECT_TRUE(PostTaxi("6252", "B" + std::to_string(nBack), nBack));
     EXPECT_EQ(LAuditVerify(profile_).entryCount, nBefore + nBack);
+    std::string refused;  // the number it takes: an account there would keep the record from it
+    EXPECT_FALSE(Create("6251", refused));
+    EXPECT_NE(refused.find("compte 6252 en 6251 n'est pas encore achevé"), std::string::npos) << refused;
   }
-  LLedgerSettleInterrupted(profile_);
+  // Free of the lock, the number's check settles the renumbering, and it serves again.
+  std::string message;
+  EXPECT_TRUE(LAccountNumberClearOfRenumbering(profile_, "6252", &message)) << message;
   EXPECT_NE(log_.find("6252 en 6251, fait sans le verrou du grand livre et interrompu, a été achevé"), std::string::npos)
       << log_;
   EXPECT_EQ(log_.find("Une modification des documents a été interrompue"), std::string::npos) << log_;  // its own line says it
