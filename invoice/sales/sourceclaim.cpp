@@ -40,8 +40,10 @@ LClaimResult LSalesClaimSource(LProfile& profile, LSalesChangeIntent& intent, co
   (void)intent.Note(std::string(kClaimNote) + "\t" + claim.sourceList + "\t" + claim.sourceKey + "\t" + claim.field +
                     "\t" + claim.targetList + "\t" + claim.targetKey);
   LClaimResult result = LClaimRecord(profile.MainList(claim.sourceList), claim.sourceKey, [&](LRecord& source) {
+    // A mark naming the very number just taken names a document deleted before it was taken: it
+    // stands in no one's way.
     std::string found = source.GetString(claim.field);
-    if (blocked(found)) {
+    if (found != claim.targetKey && blocked(found)) {
       mark = found;
       return false;
     }
