@@ -26,8 +26,9 @@
 //
 // The fingerprint is the file's identity, size and time of change: every save writes a new file
 // and renames it into place, so a save changes it even when it writes the same text. Cost of a
-// change: one intent file created and removed, two looks at the record file and one read of the
-// log's last entries.
+// change: one line in the process's change file, two looks at the record file and one read of the
+// log's entries written since. A change writing many entries of one record (a payment spread over
+// thousands of invoices) notes them all in one file and settles them over one read of the log.
 #pragma once
 
 #include <string>
@@ -47,21 +48,31 @@ class LAuditPending {
   // recordPath, before anything of the change is written. Callers hold the ledger lock from
   // before this to the end of the object's life.
   LAuditPending(const LProfile& profile, LAuditEvent event, std::string recordPath);
-  // Brings the log in step with the record (the rule above) and removes the note.
+  // A change of recordPath whose entries are noted and written one by one (Add).
+  LAuditPending(const LProfile& profile, std::string recordPath);
+  // Brings the log in step with the record (the rule above) and removes the notes.
   ~LAuditPending();
   LAuditPending(const LAuditPending&) = delete;
   LAuditPending& operator=(const LAuditPending&) = delete;
 
-  // Writes the entry where the change has it. false when the trail could not be written: the
-  // change is refused and leaves its record as it was (or takes the new one away).
+  // Writes the entry noted last where the change has it. false when the trail could not be
+  // written: the change is refused and leaves its record as it was (or takes the new one away).
   [[nodiscard]] bool Append();
+  // Notes event, then writes it (Append).
+  [[nodiscard]] bool Add(LAuditEvent event);
 
  private:
+  struct LNoted {
+    LAuditEvent event;
+    std::string note;   // the pending entry and what it is checked against, one line
+    bool left = false;  // made without the ledger lock: the entry is the next holder's to write
+  };
+  void Note(LAuditEvent event);
+
   const LProfile& profile_;
-  LAuditEvent event_;
-  std::string note_;          // the pending entry and what it is checked against, one line
-  LBooksChangeIntent intent_;  // the file that keeps note_ for the settler should this process die
-  bool pending_ = false;       // made without the ledger lock: the entry is the next holder's to write
+  std::string recordPath_;
+  std::vector<LNoted> noted_;
+  LBooksChangeIntent intent_;  // the file that keeps the notes for the settler should this process die
 };
 
 // Cancels the entry of event (its action, reference and lines) written after offset size of the

@@ -40,8 +40,8 @@ bool LApplicationAudit::Write(const LRecord& applier) {
     event.amount = moved > 0 ? moved : -moved;
     auto now = after.find(invoice);
     event.lines = std::string(invoiceTitle) + " " + invoice + "=" + std::to_string(now == after.end() ? 0 : now->second);
-    LAuditPending& pending = pending_.emplace_back(profile_, std::move(event), recordPath_);
-    if (!pending.Append()) return false;
+    if (!pending_) pending_.emplace(profile_, recordPath_);
+    if (!pending_->Add(std::move(event))) return false;
   }
   before_ = std::move(after);
   return true;

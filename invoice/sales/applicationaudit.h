@@ -12,7 +12,6 @@
 // not all written has them written by the next holder of the ledger lock.
 #pragma once
 
-#include <list>
 #include <map>
 #include <optional>
 #include <string>
@@ -41,7 +40,7 @@ class LApplicationAudit {
   std::string reference_;
   std::string recordPath_;
   std::map<std::string, long long> before_;  // invoice key: amount held
-  std::list<LAuditPending> pending_;        // kept to the end of the change
+  std::optional<LAuditPending> pending_;    // every entry's note, kept to the end of the change
 };
 
 // Writes the "delete-document" entry of document (named title and key in the trail, stored in

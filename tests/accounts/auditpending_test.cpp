@@ -1,12 +1,15 @@
 // The rule that keeps the audit trail in step with a document's record when the change between
 // its entry and its save does not finish: a save without its entry gets it, with the change's
 // own time; an entry whose save never came is followed by a "cancel" naming it; a record file
-// created and left empty goes; and settling again adds nothing.
+// created and left empty goes; and settling again adds nothing. A change of many entries of one
+// record (a payment's applications) killed at any step ends with each entry written once exactly
+// when the record was saved.
 #include "accounts/auditpending.h"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
 
+#include <map>
 #include <memory>
 #include <string>
 #include <vector>
@@ -15,6 +18,7 @@
 #include "invoice/shared/profile.h"
 #include "llib/gen/file.h"
 #include "llib/gen/hashtable.h"
+#include "tests/support/killpoints.h"
 #include "tests/support/testhome.h"
 
 namespace {
@@ -100,6 +104,40 @@ TEST_F(AuditPendingTest, EntriesOfAwkwardTextAreFoundAgainAndTheLastWordOnTheirD
   EXPECT_STREQ(entries[3].GetString("Lines", ""), deletion.lines.c_str());
   EXPECT_STREQ(entries[3].GetString("Amount", ""), "-4200");
   EXPECT_EQ(LAuditVerify(*profile_).brokenEntry, 0);
+}
+
+TEST_F(AuditPendingTest, ManyEntriesOfOneChangeKilledAtAnyStepAreEachWrittenOnceWhenItsRecordWasSaved) {
+  lock_.reset();  // the change takes the lock in its own process, the inspection after it
+  // The same entry twice: each is its own, found after where it was noted.
+  const std::vector<std::string> lines{"Facture 1=100", "Facture 1=0", "Facture 1=100"};
+  std::size_t before = 0;  // entries of the earlier runs
+  auto prepare = [&] {
+    Save("Total=1");
+    before = Entries().size();
+  };
+  auto change = [&] {
+    LLedgerLock lock(*profile_);
+    LAuditPending applications(*profile_, RecordPath());
+    for (const std::string& line : lines)
+      if (!applications.Add({"apply", "Paiement 7", "2026-03-01", 100, line, {}, {}})) return;
+    (void)LFile::WriteAllAtomic(RecordPath(), "Total=2");
+  };
+  auto inspect = [&](const std::string& where) {
+    SCOPED_TRACE(where);
+    { LLedgerLock settling(*profile_); }
+    bool saved = LReadFile(RecordPath()) == "Total=2";
+    std::vector<LHashTable> entries = Entries();
+    std::map<long long, std::string> linesOfSeq;  // of the entries standing, by "Seq"
+    for (std::size_t i = before; i < entries.size(); ++i) {
+      if (std::string(entries[i].GetString("Action", "")) == "cancel") linesOfSeq.erase(std::stoll(entries[i].GetString("Lines", "")));
+      else linesOfSeq[std::stoll(entries[i].GetString("Seq", ""))] = entries[i].GetString("Lines", "");
+    }
+    std::vector<std::string> standing;
+    for (const auto& [seq, line] : linesOfSeq) standing.push_back(line);
+    EXPECT_EQ(standing, saved ? lines : std::vector<std::string>{});
+    EXPECT_EQ(LAuditVerify(*profile_).brokenEntry, 0);
+  };
+  EXPECT_GT(LKillAtEachStep(prepare, change, inspect), 6);
 }
 
 }  // namespace
