@@ -393,12 +393,9 @@ bool LBillPaymentDelete(LProfile& profile, std::string_view key, std::string& er
 }
 
 bool LBillPaymentDeleteForLedger(LProfile& profile, std::string_view document, std::string_view reference) {
-  LBillPayment payment;
-  if (!profile.List(kBillPaymentsList).Open(payment, document)) return false;
-  bool matches = payment.GetString("JournalTxnRef") == reference;
-  payment.DetachWithoutSave();
   std::string error;
-  return matches && LBillPaymentDelete(profile, document, error);
+  return LDocumentPostedAs(profile, kBillPaymentsList, document, reference) &&
+         LBillPaymentDelete(profile, document, error);
 }
 
 long long LBillPaymentUnapplied(const LRecord& payment) {

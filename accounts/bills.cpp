@@ -288,9 +288,5 @@ bool LBillDelete(LProfile& profile, std::string_view key, std::string* error) {
 }
 
 bool LBillDeleteForLedger(LProfile& profile, std::string_view document, std::string_view reference) {
-  LBill bill;
-  if (!profile.List(kBillsList).Open(bill, document)) return false;
-  bool matches = bill.GetString("JournalTxnRef") == reference;
-  bill.DetachWithoutSave();
-  return matches && LBillDelete(profile, document, nullptr);
+  return LDocumentPostedAs(profile, kBillsList, document, reference) && LBillDelete(profile, document, nullptr);
 }

@@ -72,8 +72,6 @@ bool LCashTxnDelete(LProfile& profile, std::string_view key, std::string* messag
 }
 
 bool LCashTxnDeleteForLedger(LProfile& profile, std::string_view, std::string_view reference) {
-  LRecord record;
-  if (!profile.List(kCashTransactionsList).Open(record, reference) || record.GetString("JournalTxnRef") != reference)
-    return false;
-  return LCashTxnDelete(profile, reference, nullptr);
+  return LDocumentPostedAs(profile, kCashTransactionsList, reference, reference) &&
+         LCashTxnDelete(profile, reference, nullptr);
 }

@@ -265,13 +265,11 @@ bool LChequeDelete(LProfile& profile, std::string_view key, std::string* message
 }
 
 bool LChequeDeleteForLedger(LProfile& profile, std::string_view, std::string_view reference) {
-  LFileStoreListBase list = Cheques(profile);
-  LCheque cheque;
-  if (list.Open(cheque, reference) && cheque.GetString("JournalTxnRef") == reference)
-    return LChequeDelete(profile, reference, nullptr);
+  if (LDocumentPostedAs(profile, kChequesList, reference, reference)) return LChequeDelete(profile, reference, nullptr);
   std::string_view suffix = kChequeVoidSuffix;
   if (reference.size() <= suffix.size() || reference.substr(reference.size() - suffix.size()) != suffix) return false;
-  if (!list.Open(cheque, reference.substr(0, reference.size() - suffix.size())) ||
+  LCheque cheque;
+  if (!Cheques(profile).Open(cheque, reference.substr(0, reference.size() - suffix.size())) ||
       cheque.GetString("VoidTxnRef") != reference)
     return false;
   LLedgerLock lock(profile);

@@ -12,8 +12,10 @@
 #include "accounts/ledger.h"
 #include "accounts/ledgerintent.h"
 #include "accounts/ledgerlock.h"
+#include "invoice/shared/profile.h"
 #include "llib/gen/csv.h"
 #include "llib/gen/file.h"
+#include "llib/gen/record.h"
 #include "llib/gen/textcase.h"
 
 namespace {
@@ -82,6 +84,15 @@ bool LAccountTransactionDelete(LProfile& profile, std::string_view date, std::st
   // Balances not saved keep the intent, which the next holder of the ledger lock settles.
   if (intent.ApplyBalances()) intent.End();
   return true;
+}
+
+bool LDocumentPostedAs(const LProfile& profile, std::string_view listName, std::string_view key,
+                       std::string_view reference) {
+  LRecord document;
+  if (!profile.List(listName).Open(document, key)) return false;
+  bool posted = document.GetString("JournalTxnRef") == reference;
+  document.DetachWithoutSave();  // only read
+  return posted;
 }
 
 void LLedgerSetDocumentDeleteRoute(std::string_view type, LDocumentDeleteRoute route) {

@@ -24,6 +24,10 @@ class LProfile;
 // which removes its postings; true when a document was deleted. false leaves everything as it
 // was, and the ledger delete is used instead.
 using LDocumentDeleteRoute = bool (*)(LProfile& profile, std::string_view document, std::string_view reference);
+// Whether the document key of listName is there and its "JournalTxnRef" equals reference: what a
+// route asks before it deletes the document for that posting.
+bool LDocumentPostedAs(const LProfile& profile, std::string_view listName, std::string_view key,
+                       std::string_view reference);
 // Sets (or, with null, removes) the route of a transaction type.
 void LLedgerSetDocumentDeleteRoute(std::string_view type, LDocumentDeleteRoute route);
 
