@@ -6,6 +6,7 @@
 #include "app/cli.h"
 #include "app/commands.h"
 #include "invoice/shared/profile.h"
+#include "llib/gen/jsontext.h"
 
 int LCmdAudit(LCliContext& context, LCliArgs& args) {
   if (args.TakeVerb() != "verify") return context.Usage();
@@ -15,10 +16,9 @@ int LCmdAudit(LCliContext& context, LCliArgs& args) {
   if (profile == nullptr) return kExitFailed;
   LAuditVerifyResult result = LAuditVerify(*profile);
   if (context.json)
-    context.out << nlohmann::json({{"entries", result.entryCount},
-                                   {"brokenEntry", result.brokenEntry},
-                                   {"message", result.message}})
-                       .dump()
+    context.out << LJsonDump(nlohmann::json({{"entries", result.entryCount},
+                                             {"brokenEntry", result.brokenEntry},
+                                             {"message", result.message}}))
                 << "\n";
   else if (result.message.empty())
     context.out << "Piste d'audit intègre : " << result.entryCount << " entrées.\n";

@@ -14,6 +14,7 @@
 #include "invoice/shared/csvimport.h"
 #include "invoice/shared/profile.h"
 #include "llib/gen/file.h"
+#include "llib/gen/jsontext.h"
 #include "llib/gen/textnum.h"
 
 namespace {
@@ -21,13 +22,12 @@ namespace {
 int CheckFec(LCliContext& context, const std::string& path) {
   LFecCheckReport report = LFecCheckFile(path);
   if (context.json) {
-    context.out << nlohmann::json({{"passed", report.Passed()},
-                                   {"faults", report.faults},
-                                   {"lines", report.lineCount},
-                                   {"entries", report.entryCount},
-                                   {"debit", report.debitTotal},
-                                   {"credit", report.creditTotal}})
-                       .dump()
+    context.out << LJsonDump(nlohmann::json({{"passed", report.Passed()},
+                                             {"faults", report.faults},
+                                             {"lines", report.lineCount},
+                                             {"entries", report.entryCount},
+                                             {"debit", report.debitTotal},
+                                             {"credit", report.creditTotal}}))
                 << "\n";
   } else if (report.Passed()) {
     context.out << "Fichier conforme : " << report.lineCount << " lignes, " << report.entryCount << " écritures.\n";
@@ -63,13 +63,12 @@ int ExportFec(LCliContext& context, LCliArgs& args) {
     context.err << result.replacedCount
                 << " caractère(s) sans équivalent ISO-8859-15 remplacé(s) par « ? » (--utf8 les conserve).\n";
   if (context.json)
-    context.out << nlohmann::json({{"path", result.path},
-                                   {"lines", result.lineCount},
-                                   {"entries", result.entryCount},
-                                   {"debit", result.debitTotal},
-                                   {"credit", result.creditTotal},
-                                   {"replaced", result.replacedCount}})
-                       .dump()
+    context.out << LJsonDump(nlohmann::json({{"path", result.path},
+                                             {"lines", result.lineCount},
+                                             {"entries", result.entryCount},
+                                             {"debit", result.debitTotal},
+                                             {"credit", result.creditTotal},
+                                             {"replaced", result.replacedCount}}))
                 << "\n";
   else
     context.out << result.path << "\n";

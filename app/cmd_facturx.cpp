@@ -5,6 +5,7 @@
 #include "app/cli.h"
 #include "app/commands.h"
 #include "invoice/shared/einvoiceread.h"
+#include "llib/gen/jsontext.h"
 #include "llib/gen/money.h"
 
 namespace {
@@ -76,7 +77,7 @@ int LCmdFacturX(LCliContext& context, LCliArgs& args) {
   if (!context.FinishArgs(args, words, 1, 1)) return kExitUsage;
   LEInvoice invoice;
   if (!LEInvoiceReadFile(words[0], invoice, &error)) return context.Fail(error);
-  if (context.json) context.out << InvoiceJson(invoice).dump() << "\n";
+  if (context.json) context.out << LJsonDump(InvoiceJson(invoice)) << "\n";
   else PrintInvoice(context.out, invoice);
   return kExitOk;
 }

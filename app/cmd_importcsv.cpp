@@ -9,6 +9,7 @@
 #include "app/commands.h"
 #include "invoice/shared/csvimport.h"
 #include "invoice/shared/profile.h"
+#include "llib/gen/jsontext.h"
 #include "llib/gen/processterminal.h"
 
 namespace {
@@ -38,7 +39,7 @@ void PrintJson(LCliContext& context, const LCsvImportReport& report, bool dryRun
                                  {"updated", report.nUpdated},
                                  {"refused", report.errors.GetErrorCount()},
                                  {"errors", report.errors.GetLines()}};
-  context.out << json.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace) << "\n";
+  context.out << LJsonDump(json) << "\n";
 }
 
 }  // namespace

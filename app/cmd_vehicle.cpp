@@ -65,7 +65,7 @@ int VehicleShow(LCliContext& context, LProfile& profile, const std::string& key)
   }
   json.erase("key");
   for (const auto& [name, value] : json.items())
-    context.out << name << "=" << (value.is_string() ? value.get<std::string>() : value.dump()) << "\n";
+    context.out << name << "=" << (value.is_string() ? value.get<std::string>() : LJsonDump(value)) << "\n";
   return kExitOk;
 }
 

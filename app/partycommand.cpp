@@ -7,6 +7,7 @@
 #include "app/cli.h"
 #include "invoice/shared/profile.h"
 #include "llib/gen/filestore.h"
+#include "llib/gen/jsontext.h"
 
 
 int LCliPartyAdd(LCliContext& context, LProfile& profile, LPartyKind kind, const std::vector<std::string>& words) {
@@ -44,7 +45,7 @@ int LCliPartyList(LCliContext& context, LProfile& profile, LPartyKind kind) {
     if (context.json) all.push_back(json);
     else context.out << line << "\n";
   }
-  if (context.json) context.out << all.dump() << "\n";
+  if (context.json) context.out << LJsonDump(all) << "\n";
   return kExitOk;
 }
 

@@ -1,12 +1,16 @@
 // Text of older programs: valid UTF-8 passes unchanged, every other byte is read as Windows-1252,
-// and JSON output never throws on record text, in values or in member names.
+// JSON output never throws on record text, in values or in member names, and the command line's
+// plain output shows it as meant.
 #include "llib/gen/utf8.h"
 
 #include <gtest/gtest.h>
 
+#include <ostream>
+#include <sstream>
 #include <string>
 
 #include "llib/gen/jsontext.h"
+#include "llib/gen/utf8stream.h"
 #include "tests/support/testhome.h"
 
 namespace {
@@ -32,6 +36,23 @@ TEST(Utf8, InvalidBytesAreReadAsWindows1252AndValidTextIsKept) {
   }
 }
 
+// What the command line prints passes through LUtf8OutBuf: a character cut between two writes is
+// held until its end comes, and one never finished is read as Windows-1252 at the end.
+TEST(Utf8, OutputBufferWritesRecordTextAsUtf8) {
+  std::stringbuf target;
+  {
+    LUtf8OutBuf buffer(&target);
+    std::ostream out(&buffer);
+    out << "Soci\xE9t\xE9 d\xC3";
+    EXPECT_EQ(target.str(), "Société d");  // the start of "é" waits for its end
+    out << "\xA9j\xE0 \xE2\x82" << std::flush;
+    out.put('\xAC');
+    EXPECT_EQ(target.str(), "Société déjà €");
+    out << " \xC3";
+  }
+  EXPECT_EQ(target.str(), "Société déjà € Ã");
+}
+
 TEST(JsonText, DumpNeverThrowsOnRecordText) {
   nlohmann::ordered_json document = {{"Name", "Soci\xE9t\xE9"}, {"Lines", {"\x80", "ok"}}};
   document["Cl\xE9"] = 1;
@@ -51,6 +72,16 @@ TEST_F(JsonTextCli, Latin1CustomerIsListedReadably) {
   LRunResult shown = LRunKontavo({"--json", "customer", "show", "C1"});
   ASSERT_EQ(shown.exitCode, 0) << shown.err;
   EXPECT_NE(shown.out.find("Société Dupont"), std::string::npos) << shown.out;
+  // And so does the plain text every command prints.
+  LRunResult plain = LRunKontavo({"customer", "show", "C1"});
+  ASSERT_EQ(plain.exitCode, 0) << plain.err;
+  EXPECT_NE(plain.out.find("Name=Société Dupont\n"), std::string::npos) << plain.out;
+  // The other lists too: the suppliers' aborted on such a name.
+  ASSERT_EQ(LRunKontavo({"supplier", "add", "S1", "Name=x"}).exitCode, 0);
+  LWriteFile(home_.SharedFolder() + "/Suppliers/S1.dat", "Name=Fran%E7ois");
+  LRunResult suppliers = LRunKontavo({"--json", "supplier", "list"});
+  ASSERT_EQ(suppliers.exitCode, 0) << suppliers.err;
+  EXPECT_NE(suppliers.out.find("François"), std::string::npos) << suppliers.out;
 }
 
 }  // namespace
