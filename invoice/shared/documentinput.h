@@ -80,6 +80,8 @@ void LRemoveDocumentLines(LSalesDocument& document);
 // customer's. A sales person given must be a record of "SalesPerson" ("Le vendeur « X »
 // n'existe pas."); given empty, the document has none. Given lines replace all
 // lines. false, with a French message in error and document in an unspecified state, when a
-// value cannot be read (date, amount, line, tax name, JSON).
+// value cannot be read (date, amount, line, tax name, JSON), a line's description or the notes
+// pass 4,000 characters ("La description de la ligne 2 est trop longue : 102400 caractères (4000
+// au plus)."), or a total passes the money ceiling.
 [[nodiscard]] bool LApplyDocumentInput(LProfile& profile, const LSalesDocumentKind& kind, const LDocumentInput& input, bool isNew,
                          LSalesDocument& document, std::string& error);

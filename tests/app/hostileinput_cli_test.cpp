@@ -2,7 +2,7 @@
 // beyond the money ceiling wherever they come in (document lines and document files, journal
 // entries, items and their CSV import, cheque lines, applications to invoices and bank statements;
 // the message names the ceiling the business's way, and `check` then finds nothing), quantities that are not finite numbers, days that do not exist,
-// years beyond four digits and an expression nested 30,000 deep.
+// years beyond four digits, an expression nested 30,000 deep and texts of 100 KB in a document.
 #include <gtest/gtest.h>
 
 #include <string>
@@ -119,6 +119,27 @@ TEST_F(HostileInputCliTest, NonFiniteQuantitiesImpossibleDatesAndDeepExpressions
 
   const std::string deep = std::string(30000, '(') + "1" + std::string(30000, ')');
   LExpectRefused({"expr", deep}, "Expression non valide.");
+}
+
+// Texts of 100 KB in a document, typed or in a document file, are refused before anything is
+// written (printing one took seconds); 4,000 characters pass, accents counted as one.
+TEST_F(HostileInputCliTest, HundredKilobyteTextsOfADocumentAreRefused) {
+  const std::string huge(102400, 'a');
+  const std::string end = " : 102400 caractères (4000 au plus).";
+  LExpectRefused({"invoice", "new", "--customer", "C1", "--line", "|x|1|1|Aucun|", "--line", "|" + huge + "|1|1|Aucun|"},
+                 "La description de la ligne 2 est trop longue" + end);
+  LExpectRefused({"invoice", "new", "--customer", "C1", "--notes", huge, "--line", "|x|1|1|Aucun|"},
+                 "Les notes sont trop longues" + end);
+  std::string file = home_.Path() + "/doc.json";
+  LWriteFile(file, R"({"Customer":"C1","Lines":[{"Description":")" + huge + R"(","Qty":1,"UnitValue":100}]})");
+  LExpectRefused({"invoice", "new", "--file", file}, "La description de la ligne 1 est trop longue" + end);
+  EXPECT_EQ(LRunKontavo({"invoice", "show", "1"}).exitCode, 1);
+  EXPECT_EQ(LExpectSuccess({"ledger"}), "");
+
+  std::string longest;
+  for (int i = 0; i < 2000; ++i) longest += "é ";
+  EXPECT_EQ(LExpectSuccess({"invoice", "new", "--customer", "C1", "--notes", longest, "--line", "|" + longest + "|1|1|Aucun|"}),
+            "1\n");
 }
 
 }  // namespace
