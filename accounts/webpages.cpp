@@ -1,5 +1,6 @@
 #include "accounts/webpages.h"
 
+#include "accounts/ledgerintent.h"
 #include "accounts/webbank.h"
 #include "accounts/webbillpayments.h"
 #include "accounts/webbills.h"
@@ -7,6 +8,8 @@
 #include "accounts/webledger.h"
 #include "accounts/webreports.h"
 #include "accounts/websuppliers.h"
+#include "invoice/shared/profile.h"
+#include "invoice/shared/webaccess.h"
 #include "invoice/shared/weblistperiod.h"
 #include "invoice/shared/webnavtabs.h"
 #include "llib/web/webletroutes.h"
@@ -45,10 +48,17 @@ const LWebletRoute kAccountsRoutes[] = {
     {"prdselchange", WLPeriodSelectionChange},
 };
 
+// A page reads the books as a command does: once what a change cut short left is settled.
+void SettleBeforeAnswering(const std::string& folder) {
+  LProfile profile(folder);
+  LLedgerSettleInterrupted(profile);
+}
+
 }  // namespace
 
 void LAccountsInstallWebPages() {
   LWebletInstallScripts(kAccountsRoutes);
+  LWebSetBooksOpener(SettleBeforeAnswering);
   LAccountsInstallBankPages();
   LAccountsInstallReportPages();
   LAccountsInstallLedgerPages();

@@ -68,20 +68,37 @@ bool WLIsDeskSession(LWebletForm& form) {
   return form.session.IsPresent() && std::string_view(form.session.GetString(kDeskSessionValue, "")) == "1";
 }
 
+namespace {
+
+LWebBooksOpener gBooksOpener = nullptr;  // set once at start-up, before the server runs
+
+// The session's business as a page may read it (see LWebSetBooksOpener).
+void OpenBooks(LWebletForm& form) {
+  std::string folder = WLSessionBusinessFolder(form);
+  if (gBooksOpener != nullptr && LFile::IsFolder(folder)) gBooksOpener(folder);
+}
+
+}  // namespace
+
+void LWebSetBooksOpener(LWebBooksOpener opener) { gBooksOpener = opener; }
+
 bool AuthenticateEx(LWebletForm& form) {
   if (!form.session.IsPresent()) {
     WLRedirect(form, "logon");
     return false;
   }
-  if (WLIsDeskSession(form)) return true;
+  bool allowed = WLIsDeskSession(form);
   LWebAccount account;
-  bool allowed = OpenSessionAccount(form, account) && account.IsEnabled() &&
-                 (account.IsAdministrator() || account.HasProfile(LWebCompanyName(WLSessionBusinessFolder(form))));
+  allowed = allowed || (OpenSessionAccount(form, account) && account.IsEnabled() &&
+                        (account.IsAdministrator() ||
+                         account.HasProfile(LWebCompanyName(WLSessionBusinessFolder(form)))));
   if (!allowed) {
     form.session.DestroySession();
     WLRedirect(form, "logon");
+    return false;
   }
-  return allowed;
+  OpenBooks(form);
+  return true;
 }
 
 bool WLAjaxAuthenticate(LWebletForm& form) {

@@ -37,8 +37,13 @@ bool WLIsDeskSession(LWebletForm& form);
 // true when the page may run: a desk session always may. Otherwise the session (if any) is
 // destroyed and the answer is a redirect to "logon": no session; an account that is missing or
 // disabled; a user who is not an administrator and whose "Profiles" do not name the session's
-// business.
+// business. A page that may run has the session's business opened first (LWebSetBooksOpener).
 bool AuthenticateEx(LWebletForm& form);
+// What opens the books of a business before a page reads them: the ledger side installs it
+// (accounts/webpages.cpp) to bring back in step what a change cut short left, as every command
+// does before it answers. folder: an existing business folder. Set once at start-up; none at first.
+using LWebBooksOpener = void (*)(const std::string& folder);
+void LWebSetBooksOpener(LWebBooksOpener opener);
 // AuthenticateEx for the AJAX calls of a page: without a session the answer is script that
 // sends the browser to "logon" (false), as a redirect would only bring the logon page into the
 // script.

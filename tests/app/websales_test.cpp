@@ -3,6 +3,7 @@
 // with keys and parameters they should not get.
 #include <gtest/gtest.h>
 
+#include "llib/gen/file.h"
 #include "llib/gen/filestoreindex.h"
 #include "tests/app/websalestest.h"
 
@@ -33,6 +34,21 @@ TEST_F(WebSalesTest, CustomerDialogChecksFieldsAndDeleteSparesCustomersWithDocum
   EXPECT_EQ(LRunKontavo({"customer", "show", "DUP"}).exitCode, 0);
   EXPECT_EQ(LHttpGet(port_, "/customerdelete?id=MAR", session).headers["location"], "customerlist");
   EXPECT_EQ(LRunKontavo({"customer", "show", "MAR"}).exitCode, 1);
+}
+
+// A page reads the books as a command does, once what a change cut short left is settled: here an
+// invoice saved and posted by a recording killed before it moved its customer's balance.
+TEST_F(WebSalesTest, AChangeCutShortIsSettledBeforeAPageAnswers) {
+  std::string session = Session();
+  ASSERT_EQ(LRunKontavo({"invoice", "new", "--customer", "DUP", "--line", "PAIN||4||"}).exitCode, 0);
+  ASSERT_EQ(LRunKontavo({"record", "set", "Customers", "DUP", "Balance=0"}).exitCode, 0);
+  std::string intents = home_.SharedFolder() + "/Ledger/Intents";
+  LWriteFile(intents + "/999999-0.sales", "reserve\tInvoices\npost\tInvoices\t1\t\t\npost\tInvoices\t1\t\tSLS10000\n");
+  std::string list = LHttpGet(port_, "/customerlist", session).body;
+  EXPECT_NE(list.find(Euros("12,00")), std::string::npos) << list;
+  EXPECT_TRUE(LFile::ListFolder(intents).empty());
+  EXPECT_NE(server_->Log().find("Une modification des documents a été interrompue"), std::string::npos)
+      << server_->Log();
 }
 
 TEST_F(WebSalesTest, InvoiceDialogReadsFrenchAmountsAndKeepsItsLinesAcrossSaves) {
