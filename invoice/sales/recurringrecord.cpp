@@ -92,7 +92,6 @@ bool MakeOccurrence(LProfile& profile, const LSalesDocumentKind& kind, std::stri
                         LSalesReserveFirstFreeKey(list, {})};
   const std::string& key = claim.documentKey;
   if (key.empty()) return LFail(error, kDocumentNotSavedMessage);
-  if (kind.type == LSalesDocumentType::kInvoice) intent.NotePosting(kind.recordedList, key, {}, {});
   (void)intent.Note(std::string(kRecurringNote) + "\t" + std::string(kind.recordedList) + "\t" + key + "\t" +
                     claim.templateList + "\t" + claim.templateKey + "\t" + date + "\t" + claim.lastBefore);
   LClaimResult claimed = ClaimOccurrence(profile, claim);
@@ -100,6 +99,8 @@ bool MakeOccurrence(LProfile& profile, const LSalesDocumentKind& kind, std::stri
     (void)list.Delete(key);  // the number goes back
     return claimed == LClaimResult::kLost ? false : LFail(error, "Impossible d'enregistrer le modèle.");
   }
+  // Noted once the number is this run's for good: the settler finishes the invoice under it.
+  if (kind.type == LSalesDocumentType::kInvoice) intent.NotePosting(kind.recordedList, key, {}, {});
   list.Open(document, key);
   for (const auto& field : schedule.Fields())
     if (!field.deleted && !field.binary && !IsTemplateOnly(field.name)) document.SetString(field.name, field.text);
