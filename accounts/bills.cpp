@@ -133,7 +133,12 @@ namespace {
 // when the counter could not be written).
 std::string BillReference(LProfile& profile, const LBill& bill) {
   std::string reference = bill.GetString("JournalTxnRef");
-  if (!reference.empty()) return reference;
+  return reference.empty() ? LBillTakeReference(profile) : reference;
+}
+
+}  // namespace
+
+std::string LBillTakeReference(LProfile& profile) {
   std::string prefix = LReferencePrefix(profile, kPurchasesCounter);
   LFileStoreListBase bills = profile.List(kBillsList);
   int number = LTakeReferenceNumber(profile, kPurchasesCounter, [&](int candidate) {
@@ -141,8 +146,6 @@ std::string BillReference(LProfile& profile, const LBill& bill) {
   });
   return number == 0 ? std::string() : LFormatReference(prefix, number);
 }
-
-}  // namespace
 
 bool LBillRecordTransactions(LProfile& profile, LBill& bill, std::string_view userName) {
   std::string reference = BillReference(profile, bill);
@@ -186,20 +189,15 @@ bool LBillSave(LProfile& profile, LBill& bill, std::string_view userName, std::s
   if (reference.empty()) return false;
   bill.SetPrimaryKey(reference);
   bill.SetString("JournalTxnRef", reference);
-  // The trail records the bill as it will stand before anything changes; without it, nothing does.
-  // Should the bill's record not be written after all, a "cancel" entry follows (auditpending.h).
-  std::string_view action = bills.TestRecordExists(reference) ? kAuditEdit : kAuditRecord;
-  LAuditPending audit(profile, LAuditDocumentEvent(action, kBillTitle, reference, bill), bills.MakeRecordPath(reference));
-  if (!audit.Append()) return false;
-  // The posting a stored bill of that reference made, taken out first and put back on failure.
-  LLedgerTransaction previous;
-  bool replacing = false, stored = false;
+  // The bill stored under that reference, if any. An empty record file is a reference taken for a
+  // bill not written yet (a purchase order being billed claims its order with it first): new.
+  bool stored = false;
   std::string oldSupplier;
   long long oldTotal = 0, paid = 0;
   std::vector<std::string> oldCodes;
   std::string previousDate;
   if (LBill old; bills.Open(old, reference)) {
-    stored = true;
+    stored = !old.Fields().empty();
     previousDate = old.GetString("Date");
     oldSupplier = old.GetString("Supplier");
     oldTotal = old.GetInt64("Total", 0);
@@ -207,6 +205,14 @@ bool LBillSave(LProfile& profile, LBill& bill, std::string_view userName, std::s
     oldCodes = StockCodes(old);
     old.DetachWithoutSave();
   }
+  // The trail records the bill as it will stand before anything changes; without it, nothing does.
+  // Should the bill's record not be written after all, a "cancel" entry follows (auditpending.h).
+  std::string_view action = stored ? kAuditEdit : kAuditRecord;
+  LAuditPending audit(profile, LAuditDocumentEvent(action, kBillTitle, reference, bill), bills.MakeRecordPath(reference));
+  if (!audit.Append()) return false;
+  // The posting a stored bill of that reference made, taken out first and put back on failure.
+  LLedgerTransaction previous;
+  bool replacing = false;
   intent.NoteBill(reference, previousDate, bill.GetString("Date"));
   if (stored)
     replacing = LLedgerTransactionLoad(profile, previous, previousDate, reference) &&

@@ -66,6 +66,9 @@ std::string LBillTaxPaidAccountNumber(const LProfile& profile, int tax);
 // "JournalTxnRef" are the reference (the caller saves the bill). false when the ledger could
 // not be written.
 [[nodiscard]] bool LBillRecordTransactions(LProfile& profile, LBill& bill, std::string_view userName);
+// Takes the next purchases number not already a bill's identifier, as a new bill's posting does;
+// empty when the counter could not be written.
+std::string LBillTakeReference(LProfile& profile);
 // The transaction that posting makes under reference, into txn.
 void LBillBuildTransaction(const LProfile& profile, const LBill& bill, std::string_view reference,
                            std::string_view userName, LLedgerTransaction& txn);

@@ -1,7 +1,8 @@
 // A purchase order turned into a bill when the goods and the supplier's invoice arrive
 // (accounts/porderbill.h says what the bill takes): the order is received on the bill's date
 // unless it was received before, so its goods come into stock once; the bill is saved and posted
-// as `bill add` does; the order then names its bill ("BillNumber").
+// as `bill add` does. The order names its bill ("BillNumber") from before the bill is written: a
+// claim under the order's own lock (sourceclaim.h), so that it is billed once.
 #pragma once
 
 #include <string>

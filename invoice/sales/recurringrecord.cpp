@@ -1,6 +1,7 @@
 #include "invoice/sales/recurringrecord.h"
 
 #include <algorithm>
+#include <cerrno>
 
 #include "accounts/ledgerlock.h"
 #include "accounts/linkedaccounts.h"
@@ -8,6 +9,7 @@
 #include "invoice/sales/salesledger.h"
 #include "invoice/sales/salesposting.h"
 #include "invoice/sales/salesstock.h"
+#include "invoice/sales/sourceclaim.h"
 #include "invoice/shared/customer.h"
 #include "invoice/shared/profile.h"
 #include "llib/gen/date.h"
@@ -18,26 +20,67 @@
 
 namespace {
 
-// The one field of a template that an occurrence does not take: the ledger reference belongs to
-// one posted document only. The schedule fields go along with every other field.
-constexpr std::string_view kTemplateOnly[] = {"JournalTxnRef"};
+// The template's record of the document made for "RecurLast": its key, written with "RecurLast"
+// when the occurrence is claimed, so that a claim left by a killed run is told apart from
+// another run's.
+constexpr std::string_view kRecurLastKeyField = "RecurLastNumber";
+
+// The fields of a template that an occurrence does not take: the ledger reference belongs to one
+// posted document only, and the claim's key to the template. The schedule fields go along with
+// every other field.
+constexpr std::string_view kTemplateOnly[] = {"JournalTxnRef", kRecurLastKeyField};
 
 bool IsTemplateOnly(std::string_view field) {
   return std::find(std::begin(kTemplateOnly), std::end(kTemplateOnly), field) != std::end(kTemplateOnly);
 }
 
 // The note of an occurrence being recorded: "recurring", the document's list and key, the
-// template's list and key, the date. Killed midway, the settler moves the template on once the
-// document is there (LRecurringSettle), so that the next run does not record the date again.
+// template's list and key, the date, the template's "RecurLast" before. The template is claimed
+// (moved on to the date, naming the document) before the document is written: killed between,
+// the settler puts the template back (LRecurringSettle), so that the next run records the date.
 constexpr std::string_view kRecurringNote = "recurring";
+
+// One occurrence's claim of its template.
+struct OccurrenceClaim {
+  std::string templateList, templateKey;
+  std::string date;      // the occurrence's, "RecurLast" once claimed
+  std::string lastBefore;  // "RecurLast" before
+  std::string documentKey;
+};
+
+// Claims the occurrence dated claim.date under the template's own lock: it must still be due on
+// that date, as two runs past the ledger lock's wait may both have found it.
+LClaimResult ClaimOccurrence(LProfile& profile, const OccurrenceClaim& claim) {
+  return LClaimRecord(profile.MainList(claim.templateList), claim.templateKey, [&](LRecord& schedule) {
+    if (LRecurringGetDueDateText(schedule) != claim.date) return false;  // recorded by another run
+    schedule.SetString("RecurLast", claim.date);
+    schedule.SetString(kRecurLastKeyField, claim.documentKey);
+    return true;
+  });
+}
+
+// Puts the template back as it was before the claim, when it still stands on that claim. true when
+// it was put back.
+bool ReleaseOccurrence(LProfile& profile, const OccurrenceClaim& claim) {
+  LClaimResult result = LClaimRecord(profile.MainList(claim.templateList), claim.templateKey, [&](LRecord& schedule) {
+    if (schedule.GetString("RecurLast") != claim.date || schedule.GetString(kRecurLastKeyField) != claim.documentKey)
+      return false;
+    if (claim.lastBefore.empty()) schedule.DeleteField("RecurLast");
+    else schedule.SetString("RecurLast", claim.lastBefore);
+    schedule.DeleteField(kRecurLastKeyField);
+    return true;
+  });
+  return result == LClaimResult::kClaimed;
+}
 
 // Makes the occurrence dated date of the template of templateList in the kind's recorded list
 // (refused when its customer no longer exists): fields copied, lines refreshed from the items,
 // totalled, recorded. beforeTotals runs once the document has its key (an invoice puts its copied
 // total on the balance there, and the totaller then moves the balance by what the refresh
-// changed). The number is taken (an empty file) and noted with the template before anything is
-// written: the settler of a killed occurrence finishes it from its record, or takes the number
-// back.
+// changed). The number is taken (an empty file) and noted with the template, and the template
+// claimed, before anything is written: the settler of a killed occurrence finishes it from its
+// record, or puts the template back and takes the number back. false with error unset: another
+// run recorded that date meanwhile.
 template <class BeforeTotals>
 bool MakeOccurrence(LProfile& profile, const LSalesDocumentKind& kind, std::string_view templateList,
                     const LRecord& schedule, const std::string& date, LSalesChangeIntent& intent,
@@ -45,11 +88,18 @@ bool MakeOccurrence(LProfile& profile, const LSalesDocumentKind& kind, std::stri
   if (!LSalesCheckParty(profile, kind, schedule.GetString("Customer"), error)) return false;
   const LFileStoreListBase& list = profile.MainList(kind.recordedList);
   intent.NoteReserving(kind.recordedList);
-  std::string key = LSalesReserveFirstFreeKey(list, {});
-  if (key.empty()) return LFail(error, "Impossible d'enregistrer le document.");
+  OccurrenceClaim claim{std::string(templateList), schedule.GetPrimaryKey(), date, schedule.GetString("RecurLast"),
+                        LSalesReserveFirstFreeKey(list, {})};
+  const std::string& key = claim.documentKey;
+  if (key.empty()) return LFail(error, kDocumentNotSavedMessage);
   if (kind.type == LSalesDocumentType::kInvoice) intent.NotePosting(kind.recordedList, key, {}, {});
   (void)intent.Note(std::string(kRecurringNote) + "\t" + std::string(kind.recordedList) + "\t" + key + "\t" +
-                    std::string(templateList) + "\t" + schedule.GetPrimaryKey() + "\t" + date);
+                    claim.templateList + "\t" + claim.templateKey + "\t" + date + "\t" + claim.lastBefore);
+  LClaimResult claimed = ClaimOccurrence(profile, claim);
+  if (claimed != LClaimResult::kClaimed) {
+    (void)list.Delete(key);  // the number goes back
+    return claimed == LClaimResult::kLost ? false : LFail(error, "Impossible d'enregistrer le modèle.");
+  }
   list.Open(document, key);
   for (const auto& field : schedule.Fields())
     if (!field.deleted && !field.binary && !IsTemplateOnly(field.name)) document.SetString(field.name, field.text);
@@ -57,18 +107,20 @@ bool MakeOccurrence(LProfile& profile, const LSalesDocumentKind& kind, std::stri
   document.SetInt64("AmountPaid", 0);
   document.SetInt64("AmountRefunded", 0);  // so that no list works it out and writes it on the way
   document.SetString("OrderNumber", "");
+  document.SetString("IsDraft", "0");
+  // Refreshed before the first save, so that the record holds all but its totals, which the
+  // settler works out again should they not be written.
+  LRecurringUpdateDescriptionAndPrice(profile, document);
   if (!document.Flush()) {
     document.DetachWithoutSave();
     (void)list.Delete(key);  // the number goes back
-    return LFail(error, "Impossible d'enregistrer le document.");
+    (void)ReleaseOccurrence(profile, claim);
+    return LFail(error, kDocumentNotSavedMessage);
   }
   bool written = beforeTotals();
-  LRecurringUpdateDescriptionAndPrice(profile, document);
-  written = written && LSalesDocumentSumTotals(profile, kind, document).written;
-  document.SetString("IsDraft", "0");
-  if (written && document.Flush()) return true;
-  intent.Keep();  // the document is there: the next holder of the ledger lock finishes it
-  return LFail(error, "Impossible d'enregistrer le document.");
+  if (written && LSalesDocumentSumTotals(profile, kind, document).written) return true;
+  LSetError(error, kDocumentNotSavedMessage);
+  return intent.LeaveUnfinished(key, error);  // the document is there: the next holder of the ledger lock finishes it
 }
 
 // The due date of the template as text; empty (with the message) when it is never due.
@@ -78,33 +130,30 @@ std::string DueDateOf(const LRecord& schedule, std::string* error) {
   return date;
 }
 
-// false when the template cannot be written: it would stay due and be recorded again and again.
-bool MoveScheduleOn(LRecord& schedule, const std::string& date, std::string* error) {
-  schedule.SetString("RecurLast", date);
-  if (schedule.Flush()) return true;
-  return LFail(error, "Impossible d'enregistrer le modèle.");
-}
-
 }  // namespace
 
 void LRecurringSettle(LProfile& profile, const std::vector<std::string>& notes) {
   for (const std::string& note : notes) {
     std::vector<std::string_view> parts = LIntentNoteParts(note);
-    if (parts.size() != 6 || parts[0] != kRecurringNote) continue;
-    std::string document = std::string(parts[1]) + "/" + std::string(parts[2]);
-    std::string templateName = std::string(parts[3]) + "/" + std::string(parts[4]);
-    std::string date(parts[5]);
-    LRecord made, schedule;
+    if (parts.size() != 7 || parts[0] != kRecurringNote) continue;
+    OccurrenceClaim claim{std::string(parts[3]), std::string(parts[4]), std::string(parts[5]), std::string(parts[6]),
+                          std::string(parts[2])};
+    std::string templateName = claim.templateList + "/" + claim.templateKey;
+    LSalesDocument made;
     bool written = profile.MainList(parts[1]).Open(made, parts[2]) && !made.Fields().empty();
-    made.DetachWithoutSave();
-    if (!written || !profile.MainList(parts[3]).Open(schedule, parts[4])) continue;
-    if (LRecurringGetDueDateText(schedule) != date) {
-      schedule.DetachWithoutSave();  // moved on already
+    if (written) {
+      // An invoice is totalled again with the other noted documents; an order has only this.
+      const LSalesDocumentKind& orders = LSalesDocumentKindOf(LSalesDocumentType::kOrder);
+      if (parts[1] == orders.recordedList && !LSalesDocumentSumTotals(profile, orders, made).written)
+        LLogWriteFailure("write", profile.MainList(parts[1]).MakeRecordPath(claim.documentKey), errno);
+      made.DetachWithoutSave();
       continue;
     }
-    if (MoveScheduleOn(schedule, date, nullptr))
-      LLogWarning("Modèle %s : l'occurrence du %s, interrompue, a été achevée (%s).", templateName.c_str(), date.c_str(),
-                  document.c_str());
+    made.DetachWithoutSave();
+    if (ReleaseOccurrence(profile, claim))
+      LLogWarning("Modèle %s : l'occurrence du %s, interrompue avant que son document soit écrit, a été annulée ; le "
+                  "modèle est de nouveau dû à cette date.",
+                  templateName.c_str(), claim.date.c_str());
   }
 }
 
@@ -121,7 +170,7 @@ std::string LRecurringRecord(LProfile& profile, LRecord& schedule, std::string* 
   LSalesDocument invoice;
   auto addToBalance = [&] { return LCustomerChangeBalance(profile, invoice.GetCustomer(), invoice.GetTotal()); };
   if (!MakeOccurrence(profile, kind, kRecurringInvoicesList, schedule, date, intent, invoice, addToBalance, error))
-    return {};
+    return invoice.IsAttached() ? invoice.GetPrimaryKey() : std::string();
   std::string stockError;
   bool stocked = LSalesDocumentMoveStock(profile, kind, invoice.GetPrimaryKey(), nullptr, &invoice, &stockError);
   // The reference is noted before anything is posted under it, so that the settler posts under it.
@@ -129,11 +178,10 @@ std::string LRecurringRecord(LProfile& profile, LRecord& schedule, std::string* 
   if (!reference.empty()) intent.NotePosting(kind.recordedList, invoice.GetPrimaryKey(), {}, reference);
   bool posted = !reference.empty() && LInvoiceRecordTransactions(profile, invoice, LGetPostingUserName(), true);
   bool saved = invoice.Flush();  // keeps "JournalTxnRef"
-  bool moved = MoveScheduleOn(schedule, date, error);
-  if (!(stocked && posted && saved && moved)) intent.Keep();  // finished by the next holder of the ledger lock
-  if (moved && !posted) LSetError(error, "Impossible d'écrire dans le grand livre.");
-  else if (moved && !saved) LSetError(error, "Impossible d'enregistrer le document.");
-  else if (moved && !stocked) LSetError(error, stockError);
+  if (!(stocked && posted && saved)) intent.Keep();  // finished by the next holder of the ledger lock
+  if (!posted) LSetError(error, "Impossible d'écrire dans le grand livre.");
+  else if (!saved) LSetError(error, kDocumentNotSavedMessage);
+  else if (!stocked) LSetError(error, stockError);
   return invoice.GetPrimaryKey();
 }
 
@@ -143,11 +191,9 @@ std::string LRecurringOrderRecord(LProfile& profile, LRecord& schedule, std::str
   LLedgerLock lock(profile);
   LSalesChangeIntent intent(profile);
   LSalesDocument order;
-  if (!MakeOccurrence(profile, LSalesDocumentKindOf(LSalesDocumentType::kOrder), kRecurringOrdersList, schedule, date,
-                      intent, order, [] { return true; }, error))
-    return {};
-  if (!MoveScheduleOn(schedule, date, error)) intent.Keep();
-  return order.GetPrimaryKey();
+  (void)MakeOccurrence(profile, LSalesDocumentKindOf(LSalesDocumentType::kOrder), kRecurringOrdersList, schedule, date,
+                       intent, order, [] { return true; }, error);
+  return order.IsAttached() ? order.GetPrimaryKey() : std::string();
 }
 
 bool LRecurringRun(LProfile& profile, bool all, time_t now, std::vector<LRecurringMade>& made, std::string& error,
@@ -165,8 +211,8 @@ bool LRecurringRun(LProfile& profile, bool all, time_t now, std::vector<LRecurri
     for (const Source& source : sources) {
       if (only && *only != source.type) continue;
       for (const std::string& key : LRecurringTemplateKeys(profile, source.list)) {
-        // Two desks running at once must not both record the same occurrence: the due test and
-        // the recording that moves "RecurLast" on happen under the ledger lock.
+        // One sales change at a time; two runs past the lock's wait both finding the template due
+        // meet at its claim (MakeOccurrence), where one of them records the date.
         LLedgerLock lock(profile);
         LRecord schedule;
         if (!profile.MainList(source.list).Open(schedule, key)) continue;  // removed meanwhile
@@ -179,7 +225,7 @@ bool LRecurringRun(LProfile& profile, bool all, time_t now, std::vector<LRecurri
         std::string newKey = source.record(profile, schedule, &error);
         if (!newKey.empty()) made.push_back({source.type, newKey, date});
         if (!error.empty()) return false;
-        recorded = true;
+        recorded = recorded || !newKey.empty();
       }
     }
     if (!all) break;

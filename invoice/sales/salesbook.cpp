@@ -28,11 +28,10 @@
 namespace {
 
 constexpr std::string_view kSuppliersList = "Suppliers";
-constexpr std::string_view kDocumentNotSaved = "Impossible d'enregistrer le document.";
 constexpr std::string_view kLedgerNotWritten = "Impossible d'écrire dans le grand livre.";
 
 // A write failed: the user is told and the change goes no further.
-bool NotSaved(std::string* error) { return LFail(error, kDocumentNotSaved); }
+bool NotSaved(std::string* error) { return LFail(error, kDocumentNotSavedMessage); }
 
 bool DeleteRefused(std::string_view key, std::string* error) {
   return LFail(error, "Impossible de supprimer le document " + std::string(key) + ".");
@@ -57,11 +56,8 @@ bool LSalesCheckParty(LProfile& profile, const LSalesDocumentKind& kind, const s
   return true;
 }
 
-namespace {
-
-// Takes key in list by creating its file exclusively; false when it exists already. The list's
-// first record makes its folder, as a save does.
-bool ReserveKey(const LFileStoreListBase& list, const std::string& key) {
+bool LSalesReserveKey(const LFileStoreListBase& list, const std::string& key) {
+  // The list's first record makes its folder, as a save does.
   std::string path = list.MakeRecordPath(key);
   int fd = LRobustOpen(path, O_RDWR | O_CREAT | O_EXCL, 0666);
   if (fd < 0 && errno == ENOENT && LFile::MakeFolder(list.GetFolder())) fd = LRobustOpen(path, O_RDWR | O_CREAT | O_EXCL, 0666);
@@ -70,12 +66,10 @@ bool ReserveKey(const LFileStoreListBase& list, const std::string& key) {
   return true;
 }
 
-}  // namespace
-
 std::string LSalesReserveFirstFreeKey(const LFileStoreListBase& list, std::string_view prefix) {
   for (long number = 1;; ++number) {
     std::string key = std::string(prefix) + std::to_string(number);
-    if (ReserveKey(list, key)) return key;
+    if (LSalesReserveKey(list, key)) return key;
     if (!list.TestRecordExists(key)) return {};  // the folder cannot be written
   }
 }
@@ -137,7 +131,7 @@ bool Post(LProfile& profile, const LSalesDocumentKind& kind, LSalesDocument& doc
                     : LCreditNoteRecordTransactions(profile, document, userName);
   bool saved = document.Flush();  // keeps "JournalTxnRef"
   if (!posted) LSetError(error, kLedgerNotWritten);
-  else if (!saved) LSetError(error, kDocumentNotSaved);
+  else if (!saved) LSetError(error, kDocumentNotSavedMessage);
   return posted && saved;
 }
 
@@ -158,28 +152,20 @@ LFKTotalsChange LSalesDocumentSumTotals(LProfile& profile, const LSalesDocumentK
   return {};
 }
 
-bool LSalesDocumentCreate(LProfile& profile, const LSalesDocumentKind& kind, const LRecord& content, bool draft,
-                          std::string_view key, std::string& newKey, std::string* error) {
-  LLedgerLock lock(profile);  // one sales change at a time (salesledger.h)
-  LSalesChangeIntent intent(profile);
-  if (!CheckLinkedAccounts(profile, kind, error)) return false;
-  if (!LSalesCheckParty(profile, kind, content.GetString("Customer"), error)) return false;
-  if (draft && !key.empty() && !IsDraftKey(key)) {
-    return LFail(error, "Le numéro d'un brouillon doit commencer par DFT.");
-  }
-  if (!draft && IsDraftKey(key)) return LFail(error, "Le numéro DFT… est réservé aux brouillons.");
+namespace {
+
+// Whether a new document of content may be made at all: its customer and, for an invoice, the
+// linked accounts.
+bool MayCreate(LProfile& profile, const LSalesDocumentKind& kind, const LRecord& content, std::string* error) {
+  return CheckLinkedAccounts(profile, kind, error) && LSalesCheckParty(profile, kind, content.GetString("Customer"), error);
+}
+
+// Writes the new document of content under takenKey, a number of its list taken already (an empty
+// file), then totals, moves and posts it. newKey is set once its record is written; a failure
+// before that gives the number back.
+bool CreateTaken(LProfile& profile, const LSalesDocumentKind& kind, const LRecord& content, bool draft,
+                 const std::string& takenKey, LSalesChangeIntent& intent, std::string& newKey, std::string* error) {
   const LFileStoreListBase& list = profile.MainList(draft ? kind.draftsList : kind.recordedList);
-  // The number is taken (an empty file) before anything is written, so that the intent can name
-  // the document from its first write on; should the change die between, the settler takes
-  // back the empty file.
-  std::string takenKey(key);
-  if (!draft && IsPosted(kind)) intent.NoteReserving(kind.recordedList);
-  if (key.empty()) {
-    takenKey = LSalesReserveFirstFreeKey(list, draft ? kDraftKeyPrefix : std::string_view());
-    if (takenKey.empty()) return NotSaved(error);
-  } else if (!ReserveKey(list, takenKey)) {
-    return LFail(error, "Un document porte déjà le numéro " + takenKey + ".");
-  }
   if (!draft && IsPosted(kind)) intent.NotePosting(kind.recordedList, takenKey, {}, {});
   LSalesDocument document;
   list.Open(document, takenKey);
@@ -230,6 +216,41 @@ bool LSalesDocumentCreate(LProfile& profile, const LSalesDocumentKind& kind, con
   };
   if (finish()) return true;
   return draft ? false : intent.LeaveUnfinished(newKey, error);
+}
+
+}  // namespace
+
+bool LSalesDocumentCreate(LProfile& profile, const LSalesDocumentKind& kind, const LRecord& content, bool draft,
+                          std::string_view key, std::string& newKey, std::string* error) {
+  LLedgerLock lock(profile);  // one sales change at a time (salesledger.h)
+  LSalesChangeIntent intent(profile);
+  if (!MayCreate(profile, kind, content, error)) return false;
+  if (draft && !key.empty() && !IsDraftKey(key)) {
+    return LFail(error, "Le numéro d'un brouillon doit commencer par DFT.");
+  }
+  if (!draft && IsDraftKey(key)) return LFail(error, "Le numéro DFT… est réservé aux brouillons.");
+  const LFileStoreListBase& list = profile.MainList(draft ? kind.draftsList : kind.recordedList);
+  // The number is taken (an empty file) before anything is written, so that the intent can name
+  // the document from its first write on; should the change die between, the settler takes
+  // back the empty file.
+  std::string takenKey(key);
+  if (!draft && IsPosted(kind)) intent.NoteReserving(kind.recordedList);
+  if (key.empty()) {
+    takenKey = LSalesReserveFirstFreeKey(list, draft ? kDraftKeyPrefix : std::string_view());
+    if (takenKey.empty()) return NotSaved(error);
+  } else if (!LSalesReserveKey(list, takenKey)) {
+    return LFail(error, "Un document porte déjà le numéro " + takenKey + ".");
+  }
+  return CreateTaken(profile, kind, content, draft, takenKey, intent, newKey, error);
+}
+
+bool LSalesDocumentCreateTaken(LProfile& profile, const LSalesDocumentKind& kind, const LRecord& content, bool draft,
+                               const std::string& key, std::string& newKey, std::string* error) {
+  LLedgerLock lock(profile);
+  LSalesChangeIntent intent(profile);
+  if (MayCreate(profile, kind, content, error)) return CreateTaken(profile, kind, content, draft, key, intent, newKey, error);
+  (void)profile.MainList(draft ? kind.draftsList : kind.recordedList).Delete(key);  // the number goes back
+  return false;
 }
 
 bool LSalesDocumentOpen(LProfile& profile, const LSalesDocumentKind& kind, std::string_view key,

@@ -25,6 +25,9 @@
 class LFileStoreListBase;
 class LProfile;
 
+// What the user is told when a document's record could not be written.
+inline constexpr std::string_view kDocumentNotSavedMessage = "Impossible d'enregistrer le document.";
+
 // Moves the customer's balance by -sign × "Total" of the credit note: +1 when a credit note is
 // recorded, -1 when it is taken back. false when the customer could not be written.
 [[nodiscard]] bool LCoreDataCreditNoteApply(LProfile& profile, const LSalesDocument& creditNote, int sign);
@@ -40,6 +43,13 @@ bool LSalesCheckParty(LProfile& profile, const LSalesDocumentKind& kind, const s
 // is recomputed. newKey receives the key.
 bool LSalesDocumentCreate(LProfile& profile, const LSalesDocumentKind& kind, const LRecord& content, bool draft,
                           std::string_view key, std::string& newKey, std::string* error);
+
+// As LSalesDocumentCreate, under key of the list draft names, which the caller took already (an
+// empty record file: LSalesReserveKey, LSalesReserveFirstFreeKey) before claiming what the
+// document is made from (sourceclaim.h). When newKey stays empty nothing of the document was
+// written and the number is given back.
+bool LSalesDocumentCreateTaken(LProfile& profile, const LSalesDocumentKind& kind, const LRecord& content, bool draft,
+                               const std::string& key, std::string& newKey, std::string* error);
 
 // Opens the document key of that kind from its recorded list, else from its drafts list.
 // false when neither holds it; document is then detached and empty.
@@ -68,6 +78,9 @@ bool LSalesDocumentDelete(LProfile& profile, const LSalesDocumentKind& kind, std
 // settler of an interrupted sales change): as LSalesDocumentDelete, without a second audit entry.
 bool LSalesDocumentFinishDelete(LProfile& profile, const LSalesDocumentKind& kind, std::string_view key);
 
+// Takes key in list by creating its record file empty, exclusively; false when it exists already
+// (or cannot be made).
+bool LSalesReserveKey(const LFileStoreListBase& list, const std::string& key);
 // Takes the first free key "<prefix>1", "<prefix>2"... of list by creating its record file empty.
 // Empty when the folder cannot be written.
 std::string LSalesReserveFirstFreeKey(const LFileStoreListBase& list, std::string_view prefix);

@@ -1,8 +1,8 @@
 // Turning a quote or a sales order into an invoice, as the desk does it: the invoice is filled by
 // LInvoice::LoadFromQuote / LoadFromOrder (invoice/shared/documentconversion.h), dated today when
 // the source gives no date, and created like any new invoice (totalled; recorded ones move the
-// customer's balance and are posted). The source then keeps the invoice's key in
-// "InvoiceNumber", and a second conversion of it is refused.
+// customer's balance and are posted). The source keeps the invoice's key in "InvoiceNumber",
+// written before the invoice (a claim, sourceclaim.h), and a second conversion of it is refused.
 //
 // A quote also becomes a sales order: the order is filled as an invoice from the quote would be
 // ("QuoteNumber" names the quote, lines keep their frozen rates), keeps the quote's payment
@@ -22,7 +22,7 @@ class LProfile;
 // draft is set; newKey receives the invoice's key. false with a French message in error when the
 // kind is neither a quote nor an order, the source does not exist or was already converted, or
 // the invoice is refused (unknown customer, missing linked account); nothing is written then.
-// When only the source's mark cannot be written, the invoice stays made and error says so.
+// When the invoice was written but not all it moves, error says so (LSalesChangeIntent::LeaveUnfinished).
 bool LSalesDocumentConvertToInvoice(LProfile& profile, const LSalesDocumentKind& kind, std::string_view key,
                                     bool draft, std::string& newKey, std::string& error);
 

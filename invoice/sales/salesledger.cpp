@@ -21,6 +21,7 @@
 #include "invoice/sales/salesbook.h"
 #include "invoice/sales/salesposting.h"
 #include "invoice/sales/salesstock.h"
+#include "invoice/sales/sourceclaim.h"
 #include "invoice/sales/taxaccounts.h"
 #include "invoice/shared/customer.h"
 #include "invoice/shared/listindexes.h"
@@ -119,6 +120,10 @@ void SettleSalesChange(const LProfile& profile, const std::vector<std::string>& 
   if (unlocked)
     LLogWarning("Ventes : une modification faite sans le verrou du grand livre est remise en accord avec les "
                 "documents (soldes des clients, montants payés des factures, stock, écritures).");
+  // Claims first: a claim whose document was never written lets go of its source, whose mark
+  // names a number taken back next.
+  LSalesClaimsSettle(books, notes);
+  LRecurringSettle(books, notes);
   for (const std::string& list : reserving) TakeBackReservations(books, list);
   // Stock first: an invoice's posting reads the cost of what left.
   LCheckReport stock;
@@ -129,7 +134,6 @@ void SettleSalesChange(const LProfile& profile, const std::vector<std::string>& 
     LLogWarning("Stock interrompu : article %s, %s remis à %lld (au lieu de %lld).", difference.key.c_str(),
                 difference.field.c_str(), difference.computed, difference.stored);
   for (const auto& [document, noted] : documents) SettleDocument(books, document.first, document.second, noted);
-  LRecurringSettle(books, notes);
   LCheckReport report;
   LCheckCustomerBalances(books, true, report);
   LCheckInvoiceAmounts(books, true, report);

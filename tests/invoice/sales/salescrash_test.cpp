@@ -13,8 +13,11 @@
 #include "accounts/check.h"
 #include "invoice/sales/paymentbook.h"
 #include "invoice/sales/salesbook.h"
+#include "invoice/sales/salesconversion.h"
+#include "invoice/shared/documentconversion.h"
 #include "invoice/shared/payment.h"
 #include "llib/gen/date.h"
+#include "llib/gen/filestore.h"
 #include "llib/gen/syscallfault.h"
 #include "tests/support/killpoints.h"
 #include "tests/support/salestestbusiness.h"
@@ -105,6 +108,36 @@ TEST_F(SalesCrash, ApplicationsAndDeletionsKilledAtAnyStepAreBroughtInStep) {
                                   [&](const std::string& where) { ExpectInStep(name + ", killed at " + where, true); });
     EXPECT_GT(nKilled, 3) << name;
   }
+}
+
+// A quote turned into an invoice, killed at each step: the quote is claimed before the invoice is
+// written, so the next opener finds either the invoice made and named by the quote, or none and
+// the quote's claim released, free to be converted again; never an invoice the quote does not name.
+TEST_F(SalesCrash, AConversionKilledAtAnyStepMakesItsInvoiceOnceOrFreesTheQuote) {
+  const LSalesDocumentKind& quotes = LSalesDocumentKindOf(LSalesDocumentType::kQuote);
+  const LSalesDocumentKind& invoices = LSalesDocumentKindOf(LSalesDocumentType::kInvoice);
+  std::string quote;
+  auto prepare = [&] {
+    NextDay();
+    quote = Document(LSalesDocumentType::kQuote, 700);
+  };
+  auto convert = [&] {
+    std::string key, error;
+    (void)LSalesDocumentConvertToInvoice(Profile(), quotes, quote, false, key, error);
+  };
+  int nKilled = LKillAtEachStep(prepare, convert, [&](const std::string& where) {
+    ExpectInStep("conversion, killed at " + where, false);
+    std::vector<std::string> made;
+    LSalesDocument invoice;
+    for (LFileStoreIteratorBase it(Profile().MainList(invoices.recordedList), invoice); invoice.IsAttached(); it.Next(invoice))
+      if (invoice.GetString("QuoteNumber") == quote) made.push_back(invoice.GetPrimaryKey());
+    LSalesDocument source;
+    ASSERT_TRUE(LSalesDocumentOpen(Profile(), quotes, quote, source));
+    source.DetachWithoutSave();
+    std::string mark = LConvertedInvoiceKey(source);
+    EXPECT_EQ(made, mark.empty() ? std::vector<std::string>{} : std::vector<std::string>{mark}) << where;
+  });
+  EXPECT_GT(nKilled, 3);
 }
 
 // A save refused after the trail took the change (a write or rename failing): the change says the
