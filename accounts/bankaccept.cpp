@@ -40,7 +40,7 @@ bool LBankAccept(LProfile& profile, std::string_view account, const std::vector<
   for (const LBankAcceptance& entry : entries) {
     LBankLine* line = store.Find(entry.line);
     if (line == nullptr) {
-      error = "Ligne de relevé introuvable : " + entry.line + ".";
+      error = LBankLineNotFoundMessage(entry.line);
       return false;
     }
     if (entry.reference.empty() || LSameText(entry.reference, line->ledgerReference)) {

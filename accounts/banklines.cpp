@@ -47,6 +47,10 @@ std::string_view LBankLineStatusName(LBankLineStatus status) {
   return "new";
 }
 
+std::string LBankLineNotFoundMessage(std::string_view id) {
+  return "Ligne de relevé introuvable : " + std::string(id) + ".";
+}
+
 std::string LBankLineKey(const LStatementEntry& line, int occurrence) {
   if (!line.bankId.empty()) return "B:" + line.bankId;
   std::string material = line.date + "|" + std::to_string(line.amount) + "|" + line.text + "|" + std::to_string(occurrence);

@@ -55,6 +55,9 @@ struct LBankLine {
 // a file the new number already has is left as it is. false when a file could not be moved.
 [[nodiscard]] bool LBankLinesRenumber(const LProfile& profile, std::string_view oldNumber, std::string_view newNumber);
 
+// "Ligne de relevé introuvable : <id>.": the refusal of a statement line id the account has not.
+std::string LBankLineNotFoundMessage(std::string_view id);
+
 // The key of line: its bank identifier, or the hash of its date, amount, text and occurrence
 // (0 for the first line of the file with those three, 1 for the next...).
 std::string LBankLineKey(const LStatementEntry& line, int occurrence);

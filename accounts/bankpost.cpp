@@ -27,7 +27,7 @@ bool LBankPostLine(LProfile& profile, std::string_view account, std::string_view
   LBankLineStore store(profile, account);
   LBankLine* line = store.Find(lineId);
   if (line == nullptr) {
-    error = "Ligne de relevé introuvable : " + std::string(lineId) + ".";
+    error = LBankLineNotFoundMessage(lineId);
     return false;
   }
   if (line->HoldsLedgerLine()) {

@@ -232,7 +232,7 @@ void LWebRecordTxnFromBSTDialog::Generate() {
     LBankLineStore store(profile, account);
     const LBankLine* found = store.Find(lineId);
     if (found == nullptr) {
-      AddRowError("Ligne de relevé introuvable : " + lineId + ".");
+      AddRowError(LBankLineNotFoundMessage(lineId));
       return;
     }
     line = *found;

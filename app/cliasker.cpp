@@ -36,9 +36,6 @@ bool LCliParseDate(bool given, std::string_view text, LDate& date) {
   return LDate::Parse(text, date);
 }
 
-std::string LCliBadDateMessage(std::string_view text) {
-  return "La date \"" + std::string(text) + "\" n'est pas une date valide (AAAA-MM-JJ).";
-}
 
 bool LCliParseEntryLine(const LProfile& profile, std::string_view word, LJournalEntryLine& line, std::string& problem) {
   std::size_t first = word.find(':');

@@ -37,5 +37,3 @@ bool LCliParseDate(bool given, std::string_view text, LDate& date);
 // "dr:ACCOUNT:AMOUNT" or "cr:ACCOUNT:AMOUNT" into a journal-entry line (the account column read
 // as the entry reads it); false with problem set otherwise.
 bool LCliParseEntryLine(const LProfile& profile, std::string_view word, LJournalEntryLine& line, std::string& problem);
-// The refusal for a date that is not a day.
-std::string LCliBadDateMessage(std::string_view text);

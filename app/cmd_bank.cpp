@@ -15,6 +15,7 @@
 #include "app/commands.h"
 #include "invoice/sales/bankpayment.h"
 #include "invoice/shared/profile.h"
+#include "llib/gen/datemessage.h"
 #include "llib/gen/processterminal.h"
 #include "llib/gen/system.h"
 #include "llib/gen/jsontext.h"
@@ -204,7 +205,7 @@ int Reconcile(LCliContext& context, LProfile& profile, LCliArgs& args) {
   if (dateGiven) {
     long long balance = 0;
     LDate date;
-    if (!LCliParseDate(true, dateText, date)) return context.Fail(LCliBadDateMessage(dateText));
+    if (!LCliParseDate(true, dateText, date)) return context.Fail(LInvalidDateMessage(dateText));
     if (!LCliParseAmount(profile, balanceText, balance)) return context.Usage(LCliBadAmountMessage(profile, balanceText));
     if (!LReconcileUpdate(profile, account, date.ToText(), balance, clear, unclear, error)) return context.Fail(error);
   } else if (!clear.empty() || !unclear.empty()) {

@@ -14,6 +14,7 @@
 #include "app/cliasker.h"
 #include "app/commands.h"
 #include "invoice/shared/profile.h"
+#include "llib/gen/datemessage.h"
 #include "llib/gen/system.h"
 #include "llib/gen/jsontext.h"
 
@@ -35,15 +36,17 @@ int PrintReference(LCliContext& context, const std::string& reference) {
   return kExitOk;
 }
 
-// "ACCOUNT:AMOUNT[:TAXTEXT]" into a bill's item line.
-bool ParseItem(const LProfile& profile, const std::string& word, std::string& account, long long& amount,
-               std::string& taxText) {
+// "ACCOUNT:AMOUNT[:TAXTEXT]" into a bill's item line. false when it is not so; amountText is then
+// the amount's text when that is what could not be read, empty otherwise.
+bool ParseItem(const LProfile& profile, const std::string& word, std::string& account, std::string& amountText,
+               long long& amount, std::string& taxText) {
   std::size_t first = word.find(':');
   if (first == std::string::npos) return false;
   std::size_t second = word.find(':', first + 1);
   account = word.substr(0, first);
   taxText = second == std::string::npos ? std::string() : word.substr(second + 1);
-  std::string amountText = word.substr(first + 1, second == std::string::npos ? std::string::npos : second - first - 1);
+  amountText = word.substr(first + 1, second == std::string::npos ? std::string::npos : second - first - 1);
+  if (account.empty() || amountText.empty()) return amountText.clear(), false;
   return LCliParseAmount(profile, amountText, amount);
 }
 
@@ -61,7 +64,7 @@ int Import(LCliContext& context, LCliArgs& args) {
   LBillImport plan;
   if (!LBillImportPrepare(*profile, invoice, supplier, plan, &error)) return context.Fail(error);
   LDate date;
-  if (!LDate::Parse(plan.date, date)) return context.Fail(LCliBadDateMessage(plan.date));
+  if (!LDate::Parse(plan.date, date)) return context.Fail(LInvalidDateMessage(plan.date));
   if (!CanPost(context, *profile, date, error)) return context.Fail(error);
   std::string reference;
   if (!LBillImportPost(*profile, plan, LGetPostingUserName(), reference, &error)) return context.Fail(error);
@@ -93,8 +96,10 @@ int LCmdBill(LCliContext& context, LCliArgs& args) {
   for (const std::string& word : words) {
     std::string itemAccount, taxText;
     long long amount = 0;
-    if (!ParseItem(*profile, word, itemAccount, amount, taxText))
-      return context.Usage("ligne attendue sous la forme COMPTE:MONTANT[:TAXE] : " + word);
+    std::string amountText;
+    if (!ParseItem(*profile, word, itemAccount, amountText, amount, taxText))
+      return context.Usage(amountText.empty() ? "ligne attendue sous la forme COMPTE:MONTANT[:TAXE] : " + word
+                                              : LCliBadAmountMessage(*profile, amountText));
     if (!LAccountIsLive(*profile, itemAccount)) return context.Fail(LAccountNotInChartMessage(itemAccount));
     bill.AddItemLine(itemAccount, amount, taxText);
   }
@@ -103,8 +108,9 @@ int LCmdBill(LCliContext& context, LCliArgs& args) {
     std::size_t equals = tax.find('=');
     int number = equals == 1 && tax[0] >= '1' && tax[0] <= '9' ? tax[0] - '0' : 0;
     long long amount = 0;
-    if (number == 0 || !LCliParseAmount(*profile, tax.substr(equals + 1), amount))
-      return context.Usage("taxe attendue sous la forme K=MONTANT : " + tax);
+    if (number == 0) return context.Usage("taxe attendue sous la forme K=MONTANT : " + tax);
+    if (!LCliParseAmount(*profile, tax.substr(equals + 1), amount))
+      return context.Usage(LCliBadAmountMessage(*profile, tax.substr(equals + 1)));
     if (number > nTaxes) return context.Fail("La taxe " + std::to_string(number) + " n'est pas définie.");
     bill.SetInt64("TaxAmount" + std::to_string(number), amount);
   }
@@ -113,7 +119,7 @@ int LCmdBill(LCliContext& context, LCliArgs& args) {
     bill.SetString("DepositAccount", account);
   }
   LDate date;
-  if (!LCliParseDate(dateGiven, dateText, date)) return context.Fail(LCliBadDateMessage(dateText));
+  if (!LCliParseDate(dateGiven, dateText, date)) return context.Fail(LInvalidDateMessage(dateText));
   bill.SetString("Date", date.ToText());
   std::string message;
   if (!CanPost(context, *profile, date, message)) return context.Fail(message);
@@ -146,7 +152,7 @@ int LCmdBillPayment(LCliContext& context, LCliArgs& args) {
   long long amount = 0;
   if (!LCliParseAmount(*profile, amountText, amount)) return context.Usage(LCliBadAmountMessage(*profile, amountText));
   LDate date;
-  if (!LCliParseDate(dateGiven, dateText, date)) return context.Fail(LCliBadDateMessage(dateText));
+  if (!LCliParseDate(dateGiven, dateText, date)) return context.Fail(LInvalidDateMessage(dateText));
   std::string paying = accountGiven ? account : std::string(kDefaultPaymentAccount);
   if (LGetAccountNumberUsingDescription(*profile, paying).empty())
     return context.Fail("Le compte \"" + paying + "\" n'existe pas dans le plan comptable.");

@@ -16,6 +16,7 @@
 #include "app/paymentinput.h"
 #include "invoice/sales/documentprint.h"
 #include "invoice/shared/profile.h"
+#include "llib/gen/datemessage.h"
 #include "llib/gen/jsontext.h"
 #include "llib/gen/money.h"
 
@@ -62,7 +63,7 @@ int ChequeAdd(LCliContext& context, LProfile& profile, LCliArgs& args) {
   if (!amountGiven || request.account.empty() || (request.autoApply && !applied.empty())) return context.Usage();
   if (!LCliParseApplications(profile, applied, request.applications, error)) return context.Usage(error);
   if (!LCliParseAmount(profile, amount, request.amount)) return context.Usage(LCliBadAmountMessage(profile, amount));
-  if (!LCliParseDate(dateGiven, date, request.date)) return context.Fail(LCliBadDateMessage(date));
+  if (!LCliParseDate(dateGiven, date, request.date)) return context.Fail(LInvalidDateMessage(date));
   int status = kExitOk;
   if (!ParseSplitLines(context, profile, words, request.lines, status)) return status;
   LCliAsker asker(context);
@@ -108,7 +109,7 @@ int ChequeVoidOrDelete(LCliContext& context, LProfile& profile, LCliArgs& args, 
   if (!LChequeResolve(profile, words[0], account, key, &error)) return context.Fail(error);
   if (voiding) {
     LDate when;
-    if (!LCliParseDate(dateGiven, date, when)) return context.Fail(LCliBadDateMessage(date));
+    if (!LCliParseDate(dateGiven, date, when)) return context.Fail(LInvalidDateMessage(date));
     LCliAsker asker(context);
     if (!LChequeVoid(profile, asker, key, when, &error)) return context.Fail(error);
   } else if (!LChequeDelete(profile, key, &error)) {
@@ -200,7 +201,7 @@ int TemplateUse(LCliContext& context, LProfile& profile, LCliArgs& args) {
   LTxnTemplate tpl;
   if (!LTxnTemplateLoad(profile, words[0], tpl)) return context.Fail("Le modèle « " + words[0] + " » n'existe pas.");
   LDate when;
-  if (!LCliParseDate(dateGiven, date, when)) return context.Fail(LCliBadDateMessage(date));
+  if (!LCliParseDate(dateGiven, date, when)) return context.Fail(LInvalidDateMessage(date));
   long long total = 0;
   if (amountGiven && (!LCliParseAmount(profile, amount, total) || total <= 0))
     return context.Usage(LCliBadAmountMessage(profile, amount));
@@ -246,7 +247,7 @@ int LCmdCash(LCliContext& context, LCliArgs& args) {
   if (receipt == payment || !amountGiven || request.account.empty()) return context.Usage();
   request.receipt = receipt;
   if (!LCliParseAmount(*profile, amount, request.amount)) return context.Usage(LCliBadAmountMessage(*profile, amount));
-  if (!LCliParseDate(dateGiven, date, request.date)) return context.Fail(LCliBadDateMessage(date));
+  if (!LCliParseDate(dateGiven, date, request.date)) return context.Fail(LInvalidDateMessage(date));
   int status = kExitOk;
   if (!ParseSplitLines(context, *profile, words, request.lines, status)) return status;
   LCliAsker asker(context);

@@ -10,6 +10,7 @@
 #include "app/cliasker.h"
 #include "app/commands.h"
 #include "invoice/shared/profile.h"
+#include "llib/gen/datemessage.h"
 #include "llib/gen/jsontext.h"
 
 namespace {
@@ -53,7 +54,7 @@ int Save(LCliContext& context, LProfile& profile, LCliArgs& args, bool editing) 
   } else {
     dialog.date = LDate::Today();
   }
-  if (dateGiven && !LDate::Parse(date, dialog.date)) return context.Fail(LCliBadDateMessage(date));
+  if (dateGiven && !LDate::Parse(date, dialog.date)) return context.Fail(LInvalidDateMessage(date));
   if (typeGiven) {
     if (type.size() != 1 || type[0] < '0' || type[0] > '4') return context.Usage("--type attend 0 à 4");
     dialog.typeIndex = type[0] - '0';
@@ -103,7 +104,7 @@ int LCmdTransfer(LCliContext& context, LCliArgs& args) {
   long long amount = 0;
   if (!LCliParseAmount(*profile, amountText, amount)) return context.Usage(LCliBadAmountMessage(*profile, amountText));
   LDate date;
-  if (!LCliParseDate(dateGiven, dateText, date)) return context.Fail(LCliBadDateMessage(dateText));
+  if (!LCliParseDate(dateGiven, dateText, date)) return context.Fail(LInvalidDateMessage(dateText));
   LCliAsker asker(context);
   std::string reference, message;
   if (!LAccountTransfer(*profile, asker, from, to, amount, date, &reference, &message)) return context.Fail(message);

@@ -12,6 +12,7 @@
 #include "app/commands.h"
 #include "invoice/shared/profile.h"
 #include "llib/gen/date.h"
+#include "llib/gen/datemessage.h"
 #include "llib/gen/process.h"
 #include "llib/gen/processterminal.h"
 #include "llib/gen/jsontext.h"
@@ -26,8 +27,8 @@ int Show(LCliContext& context, LProfile& profile, LCliArgs& args) {
   std::vector<std::string> words;
   if (!context.FinishArgs(args, words, 0, 0)) return kExitUsage;
   LDate day;
-  if (fromGiven && !LDate::Parse(from, day)) return context.Fail(LCliBadDateMessage(from));
-  if (toGiven && !LDate::Parse(to, day)) return context.Fail(LCliBadDateMessage(to));
+  if (fromGiven && !LDate::Parse(from, day)) return context.Fail(LInvalidDateMessage(from));
+  if (toGiven && !LDate::Parse(to, day)) return context.Fail(LInvalidDateMessage(to));
 
   nlohmann::ordered_json json = nlohmann::ordered_json::array();
   LLedgerAccountLineIterator it(profile, from, to);

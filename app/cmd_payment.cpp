@@ -16,6 +16,7 @@
 #include "invoice/shared/payment.h"
 #include "invoice/shared/profile.h"
 #include "llib/gen/date.h"
+#include "llib/gen/datemessage.h"
 #include "llib/gen/filestore.h"
 #include "llib/gen/jsontext.h"
 
@@ -53,7 +54,7 @@ int Add(LCliContext& context, LCliArgs& args) {
   if (!LCliParseAmount(*profile, amountText, request.amount)) return context.Usage(LCliBadAmountMessage(*profile, amountText));
   if (!LCliParseApplications(*profile, applications, request.applications, error)) return context.Usage(error);
   LDate date;
-  if (!LCliParseDate(dateGiven, dateText, date)) return context.Fail(LCliBadDateMessage(dateText));
+  if (!LCliParseDate(dateGiven, dateText, date)) return context.Fail(LInvalidDateMessage(dateText));
   request.date = date.ToText();
   LCliAsker asker(context);
   if (!LCheckTransactionDate(*profile, asker, date, &error)) return context.Fail(error);

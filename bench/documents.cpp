@@ -14,9 +14,7 @@
 #include <memory>
 #include <string>
 
-#include "accounts/accounts.h"
-#include "app/appinstall.h"
-#include "bench/benchfolder.h"
+#include "bench/benchbusiness.h"
 #include "invoice/sales/salesbook.h"
 #include "invoice/shared/customer.h"
 #include "invoice/shared/documentform.h"
@@ -27,14 +25,8 @@
 namespace {
 
 // A French business with its legal identity, one customer and the ten-line invoice "1".
-struct Business {
-  LBenchHome home{"documents"};
-  std::unique_ptr<LProfile> profile;
-  Business() {
-    ::setenv("KONTAVO_COUNTRY", "FR", 1);
-    LAppInstall();
-    profile = std::make_unique<LProfile>(home.Business());
-    LBenchRequire(LAccountListCreateDefault(*profile), "LAccountListCreateDefault");
+struct Business : LBenchBusiness {
+  Business() : LBenchBusiness("documents") {
     {
       LRecord company;
       profile->List(kMiscList).OpenAlways(company, "Company");

@@ -9,10 +9,8 @@
 
 #include <string>
 
-#include "accounts/accounts.h"
 #include "accounts/audittrail.h"
-#include "app/appinstall.h"
-#include "bench/benchfolder.h"
+#include "bench/benchbusiness.h"
 #include "invoice/sales/salesbook.h"
 #include "invoice/shared/customer.h"
 #include "invoice/shared/item.h"
@@ -27,14 +25,8 @@ constexpr int kDueInvoices = 100000;
 constexpr int kCustomers = 100;
 
 // A French business (TVA 20 % and 5,5 % among its taxes) with kCustomers customers.
-struct Business {
-  LBenchHome home{"sales"};
-  std::unique_ptr<LProfile> profile;
-  Business() {
-    ::setenv("KONTAVO_COUNTRY", "FR", 1);
-    LAppInstall();
-    profile = std::make_unique<LProfile>(home.Business());
-    LBenchRequire(LAccountListCreateDefault(*profile), "LAccountListCreateDefault");
+struct Business : LBenchBusiness {
+  Business() : LBenchBusiness("sales") {
     for (int c = 0; c < kCustomers; ++c) {
       LCustomer customer;
       profile->MainList(kCustomersList).OpenAlways(customer, "C" + std::to_string(c));

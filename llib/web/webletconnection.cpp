@@ -4,6 +4,7 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cctype>
 #include <cstdint>
@@ -156,9 +157,11 @@ Outcome RunRoute(LWebletSocket& socket, std::unique_ptr<LWebletForm> form, LWebl
       }
       if (length > 0) {
         std::string body;
-        if (!socket.ReadExact(body, static_cast<std::size_t>(length),
-                              static_cast<unsigned>(length + kWebletBodyExtraMs)))
+        if (!LWebletReadBody(socket, body, static_cast<std::size_t>(length))) {
+          LLogWarning("Weblet: Request body too slow or cut short: %s %s", form->ClientAddressText().c_str(),
+                      form->scriptName.c_str());
           return Outcome::kEnd;
+        }
         form->parameters.LoadHTTPStringUTF8(body);
       }
     }
@@ -243,6 +246,21 @@ Outcome ServeOneRequest(LWebletSocket& socket, const unsigned char clientAddress
 }
 
 }  // namespace
+
+bool LWebletReadBody(LWebletSocket& socket, std::string& body, std::size_t size,
+                     const std::function<void(std::size_t)>& progress) {
+  long long startMs = LWebletNowMs();
+  std::size_t read = 0;
+  while (read < size) {
+    std::size_t piece = std::min(kWebletBodyPieceBytes, size - read);
+    read += piece;
+    long long leftMs = startMs + kWebletBodyExtraMs + static_cast<long long>(read) / kWebletBodyMinBytesPerMs -
+                       LWebletNowMs();
+    if (leftMs <= 0 || !socket.ReadExact(body, piece, static_cast<unsigned>(leftMs))) return false;
+    if (progress) progress(read);
+  }
+  return true;
+}
 
 void LWebletSetThreadName(const std::string& name) {
   std::string shortName = name.substr(0, 15);

@@ -2,7 +2,8 @@
 // detached connection thread ("WEBC" while idle, "WEB-<script>" while a handler runs) that reads
 // the client's requests one after the other: the request line (30 s), the header lines (20 s
 // each, and 30 s for all of them together, so that a client sending a byte now and then cannot
-// keep its thread), the body of a POST (its length in bytes plus 40 s, in ms), then routes the request or
+// keep its thread), the body of a POST (40 s, then at least 16 KB a second on average, however
+// long the body it announced), then routes the request or
 // sends a static file of the "Web" folder. The connection stays open for another request only
 // when the answer allows it (keep-alive: an HTTP/1.1 GET without "Connection: close", answered
 // by a static file or a handler that says so).
@@ -18,6 +19,8 @@
 #pragma once
 
 #include <atomic>
+#include <cstddef>
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -27,7 +30,13 @@
 
 inline constexpr unsigned kWebletRequestLineMs = 30000;
 inline constexpr unsigned kWebletHeaderLineMs = 20000;
+// A request body may take this long to start coming, and must then keep up an average of
+// kWebletBodyMinBytesPerMs: a client announcing a large body and sending a byte now and then is
+// dropped as soon as it falls behind, not when a time in proportion to that length is over.
 inline constexpr unsigned kWebletBodyExtraMs = 40000;
+inline constexpr long long kWebletBodyMinBytesPerMs = 16;
+// A body is read in pieces of this size, each due by the pace above.
+inline constexpr std::size_t kWebletBodyPieceBytes = 65536;
 // All the header lines of one request, however slowly they come.
 inline constexpr unsigned kWebletHeadersMs = 30000;
 inline constexpr long long kWebletMaxBodyBytes = 3000000;
@@ -79,6 +88,13 @@ int LWebletConnectionCount();
 // connection threads; exposed for the fuzz target, which runs it over a socket pair.
 void LWebletServeConnection(LWebletSocket& socket, const unsigned char clientAddress[4],
                             const std::string& webFolder, const LTlsServerContext* tls = nullptr);
+
+// Appends a request body of size bytes to body, read in pieces of kWebletBodyPieceBytes each due
+// by the pace of kWebletBodyMinBytesPerMs after kWebletBodyExtraMs; progress (may be empty) is
+// called with the bytes read after each piece. false when the client fell behind or the
+// connection ended (body then holds what arrived).
+[[nodiscard]] bool LWebletReadBody(LWebletSocket& socket, std::string& body, std::size_t size,
+                                   const std::function<void(std::size_t)>& progress = {});
 
 // Names the calling thread (cut to the 15 bytes the system keeps).
 void LWebletSetThreadName(const std::string& name);

@@ -177,18 +177,10 @@ LWebletUploadResult LWebletReadUpload(LWebletForm& form, LWebletUpload& upload, 
   LWebletSetUploadProgress(id, progress);
   std::string body;
   body.reserve(progress.total);
-  long long deadline = LWebletNowMs() + length + kWebletBodyExtraMs;
-  bool whole = true;
-  while (body.size() < progress.total) {
-    long long left = deadline - LWebletNowMs();
-    std::size_t piece = std::min(kWebletUploadPieceBytes, progress.total - body.size());
-    if (left <= 0 || !socket->ReadExact(body, piece, static_cast<unsigned>(left))) {
-      whole = false;
-      break;
-    }
-    progress.received = body.size();
+  bool whole = LWebletReadBody(*socket, body, progress.total, [&](std::size_t received) {
+    progress.received = received;
     LWebletSetUploadProgress(id, progress);
-  }
+  });
   progress.finished = true;
   LWebletSetUploadProgress(id, progress);
   if (!whole || !LWebletParseMultipart(contentType, body, form.parameters, upload.files))

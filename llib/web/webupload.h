@@ -17,13 +17,15 @@
 #include <string_view>
 #include <vector>
 
+#include "llib/web/webletconnection.h"
+
 class LHashTable;
 class LWebletForm;
 
 // An upload larger than this is refused before any of it is read.
 inline constexpr std::size_t kWebletMaxUploadBytes = 3000000;
 // The body is read in pieces of this size, the progress published after each.
-inline constexpr std::size_t kWebletUploadPieceBytes = 65536;
+inline constexpr std::size_t kWebletUploadPieceBytes = kWebletBodyPieceBytes;
 
 struct LWebletUploadedFile {
   std::string fieldName;    // the form field's name

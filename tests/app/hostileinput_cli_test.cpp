@@ -42,6 +42,10 @@ TEST_F(HostileInputCliTest, EveryWayInRefusesAmountsBeyondTheCeilingAndWritesNot
   EXPECT_EQ(journal.exitCode, 2);
   EXPECT_NE(journal.err.find(std::string("Montant trop grand : 92233720368547758.07 ") + kCeiling), std::string::npos)
       << journal.err;
+  LRunResult bill = LRunKontavo({"bill", "add", "--supplier", "S1", "606000:92233720368547758.07"});
+  EXPECT_EQ(bill.exitCode, 2);
+  EXPECT_NE(bill.err.find(std::string("Montant trop grand : 92233720368547758.07 ") + kCeiling), std::string::npos)
+      << bill.err;
   EXPECT_EQ(LExpectSuccess({"ledger"}), before);
 
   LExpectRefused({"item", "add", "GROS", "--description", "Gros", "--price", "1000000000000"},

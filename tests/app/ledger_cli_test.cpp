@@ -156,7 +156,7 @@ TEST_F(LedgerCliTest, JournalEntriesCheckNumberAndPost) {
                  "Aucun compte n'a été imputé. Veuillez cliquer ici pour ajouter un compte.");
   LExpectRefused({"journal", "add", "--date", day, "--ref", "GJ[auto]", "--desc", "d", "dr:641:1", "cr:1110:1"},
                  "Le compte 641 n'existe pas dans le plan comptable.");
-  LExpectRefused(Entry("", "R"), "La date \"\" n'est pas une date valide (AAAA-MM-JJ).");
+  LExpectRefused(Entry("", "R"), "Date invalide : .");
   LExpectUsageErrors({{"journal", "add", "--ref", "R", "--desc", "d", "dr:6410:1,5", "cr:1110:1"},
                       {"journal", "add", "--ref", "R", "--desc", "d", "dx:6410:1"}});
   // Refused entries used no number.
