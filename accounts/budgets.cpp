@@ -6,6 +6,7 @@
 #include "accounts/accounts.h"
 #include "invoice/shared/profile.h"
 #include "llib/gen/filestore.h"
+#include "llib/gen/filestorekeys.h"
 #include "llib/gen/record.h"
 #include "llib/gen/textnum.h"
 
@@ -51,12 +52,7 @@ bool LBudgetLoad(LProfile& profile, std::string_view name, LBudget& budget) {
 }
 
 std::vector<std::string> LBudgetNames(LProfile& profile) {
-  std::vector<std::string> names;
-  LRecord record;
-  for (LFileStoreIteratorBase it(profile.MainList(kBudgetsList), record); record.IsAttached(); it.Next(record))
-    names.push_back(record.GetPrimaryKey());
-  std::sort(names.begin(), names.end());
-  return names;
+  return LFileStoreSortedKeys(profile.MainList(kBudgetsList));
 }
 
 bool LBudgetSave(LProfile& profile, const LBudget& budget, bool replace, std::string& error) {

@@ -14,6 +14,7 @@
 #include "invoice/shared/partyfields.h"
 #include "invoice/shared/profile.h"
 #include "llib/gen/filestore.h"
+#include "llib/gen/filestorekeys.h"
 #include "llib/gen/log.h"
 #include "llib/gen/system.h"
 
@@ -99,12 +100,7 @@ bool LChequeResolve(const LProfile& profile, std::string_view word, std::string_
 }
 
 std::vector<std::string> LChequeKeys(const LProfile& profile) {
-  std::vector<std::string> keys;
-  LFileStoreListBase list = Cheques(profile);
-  LCheque cheque;
-  for (LFileStoreIteratorBase it(list, cheque); cheque.IsAttached(); it.Next(cheque)) keys.push_back(cheque.GetPrimaryKey());
-  std::sort(keys.begin(), keys.end());
-  return keys;
+  return LFileStoreSortedKeys(Cheques(profile));
 }
 
 std::string LChequeOfBillPayment(const LProfile& profile, std::string_view payment) {

@@ -1,11 +1,10 @@
 #include "accounts/txntemplates.h"
 
-#include <algorithm>
-
 #include "accounts/accounts.h"
 #include "invoice/shared/itemfield.h"
 #include "invoice/shared/profile.h"
 #include "llib/gen/filestore.h"
+#include "llib/gen/filestorekeys.h"
 #include "llib/gen/optionalerror.h"
 #include "llib/gen/record.h"
 
@@ -85,12 +84,7 @@ bool LTxnTemplateLoad(const LProfile& profile, std::string_view name, LTxnTempla
 }
 
 std::vector<std::string> LTxnTemplateNames(const LProfile& profile) {
-  std::vector<std::string> names;
-  LFileStoreListBase list = profile.List(kTransactionTemplatesList);
-  LRecord record;
-  for (LFileStoreIteratorBase it(list, record); record.IsAttached(); it.Next(record)) names.push_back(record.GetPrimaryKey());
-  std::sort(names.begin(), names.end());
-  return names;
+  return LFileStoreSortedKeys(profile.List(kTransactionTemplatesList));
 }
 
 bool LTxnTemplateDelete(const LProfile& profile, std::string_view name) {

@@ -4,6 +4,7 @@
 
 #include "invoice/shared/profile.h"
 #include "llib/gen/filestore.h"
+#include "llib/gen/filestorekeys.h"
 #include "llib/gen/record.h"
 #include "llib/gen/textnum.h"
 
@@ -102,12 +103,7 @@ bool LVehicleLoad(LProfile& profile, std::string_view key, LVehicle& vehicle) {
 }
 
 std::vector<std::string> LVehicleKeys(LProfile& profile) {
-  std::vector<std::string> keys;
-  LRecord record;
-  for (LFileStoreIteratorBase it(profile.MainList(kVehiclesList), record); record.IsAttached(); it.Next(record))
-    keys.push_back(record.GetPrimaryKey());
-  std::sort(keys.begin(), keys.end());
-  return keys;
+  return LFileStoreSortedKeys(profile.MainList(kVehiclesList));
 }
 
 bool LVehicleSetFields(LVehicle& vehicle, const std::vector<std::pair<std::string, std::string>>& fields,

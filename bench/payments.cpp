@@ -1,12 +1,14 @@
 // Payments over a large customer: one payment spread over the unpaid invoices of a customer who
 // has 10,000 of them (loading and sorting the candidates, applying to each, posting), and the
 // loading and sorting alone. Each applied payment is deleted again, untimed, so that every
-// iteration starts from the same unpaid invoices; the deletion is timed on its own.
+// iteration starts from the same unpaid invoices; the deletion is timed on its own, and so is a
+// payment applied as typed to many invoices.
 #include <benchmark/benchmark.h>
 #include <stdlib.h>
 
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "accounts/accounts.h"
 #include "app/appinstall.h"
@@ -102,5 +104,28 @@ void BM_DeletePaymentOverInvoicesOf10000(benchmark::State& state) {
   state.SetItemsProcessed(state.iterations() * state.range(0));
 }
 BENCHMARK(BM_DeletePaymentOverInvoicesOf10000)->Arg(1000)->Arg(kInvoices)->Unit(benchmark::kMillisecond)->Iterations(2);
+
+// An unapplied payment applied as typed to the first n invoices, each settled whole.
+void BM_PaymentAppliedAsTypedToInvoicesOf10000(benchmark::State& state) {
+  Business business;
+  LPaymentRequest request;
+  request.customer = "C1";
+  request.date = "2026-01-15";
+  request.amount = state.range(0) * kInvoiceTotal;
+  std::vector<LAppliedAmount> applications;
+  for (int i = 1; i <= state.range(0); ++i) applications.push_back({std::to_string(i), kInvoiceTotal});
+  for (auto _ : state) {
+    state.PauseTiming();
+    std::string key, error;
+    LBenchRequire(LPaymentCreate(*business.profile, request, key, nullptr), "LPaymentCreate");
+    state.ResumeTiming();
+    LBenchRequire(LPaymentApply(*business.profile, key, applications, &error), "LPaymentApply");
+    state.PauseTiming();
+    LBenchRequire(LPaymentDelete(*business.profile, key, nullptr), "LPaymentDelete");
+    state.ResumeTiming();
+  }
+  state.SetItemsProcessed(state.iterations() * state.range(0));
+}
+BENCHMARK(BM_PaymentAppliedAsTypedToInvoicesOf10000)->Arg(1000)->Arg(kInvoices)->Unit(benchmark::kMillisecond)->Iterations(2);
 
 }  // namespace

@@ -281,6 +281,9 @@ bool ApplyToInvoices(LProfile& profile, LSalesChangeIntent& intent, const LAppli
   }
   for (const auto& application : applications) intent.NoteApplying(kind.list, key, application.invoice);
   LApplicationAudit audit(profile, kind.title, applier, profile.MainList(kind.list).MakeRecordPath(key));
+  // The lists change in memory and are written once, under the record's lock, after the trail
+  // has their entries: one write each made applying to thousands of invoices quadratic.
+  LApplierListsRun run(profile, applier, kind.list != kPaymentsList);
   bool written = true;
   for (const auto& application : applications) {
     LSalesDocument invoice;
@@ -295,6 +298,7 @@ bool ApplyToInvoices(LProfile& profile, LSalesChangeIntent& intent, const LAppli
     if (!RecomputeInvoices(profile, applications)) intent.Keep();
     return false;
   }
+  written = run.Write() && written;
   if (applier.Flush() && written) return true;
   LSetError(error, std::string(kind.notSavedMessage));
   return intent.LeaveUnfinished(key, error);

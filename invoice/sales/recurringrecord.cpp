@@ -48,11 +48,16 @@ struct OccurrenceClaim {
   std::string documentKey;
 };
 
-// Claims the occurrence dated claim.date under the template's own lock: it must still be due on
-// that date, as two runs past the ledger lock's wait may both have found it.
-LClaimResult ClaimOccurrence(LProfile& profile, const OccurrenceClaim& claim) {
+// Claims the occurrence dated claim.date of the kind's recorded list under the template's own
+// lock: it must still be due on that date, as two runs past the ledger lock's wait may both have
+// found it. The winner alone notes it, before the template is saved.
+LClaimResult ClaimOccurrence(LProfile& profile, const LSalesDocumentKind& kind, const OccurrenceClaim& claim,
+                             LSalesChangeIntent& intent) {
   return LClaimRecord(profile.MainList(claim.templateList), claim.templateKey, [&](LRecord& schedule) {
     if (LRecurringGetDueDateText(schedule) != claim.date) return false;  // recorded by another run
+    (void)intent.Note(std::string(kRecurringNote) + "\t" + std::string(kind.recordedList) + "\t" + claim.documentKey +
+                      "\t" + claim.templateList + "\t" + claim.templateKey + "\t" + claim.date + "\t" +
+                      claim.lastBefore);
     schedule.SetString("RecurLast", claim.date);
     schedule.SetString(kRecurLastKeyField, claim.documentKey);
     return true;
@@ -77,8 +82,8 @@ bool ReleaseOccurrence(LProfile& profile, const OccurrenceClaim& claim) {
 // (refused when its customer no longer exists): fields copied, lines refreshed from the items,
 // totalled, recorded. beforeTotals runs once the document has its key (an invoice puts its copied
 // total on the balance there, and the totaller then moves the balance by what the refresh
-// changed). The number is taken (an empty file) and noted with the template, and the template
-// claimed, before anything is written: the settler of a killed occurrence finishes it from its
+// changed). The number is taken (an empty file) and the template claimed for it, before anything
+// is written: the settler of a killed occurrence finishes it from its
 // record, or puts the template back and takes the number back. false with error unset: another
 // run recorded that date meanwhile.
 template <class BeforeTotals>
@@ -92,14 +97,13 @@ bool MakeOccurrence(LProfile& profile, const LSalesDocumentKind& kind, std::stri
                         LSalesReserveFirstFreeKey(list, {})};
   const std::string& key = claim.documentKey;
   if (key.empty()) return LFail(error, kDocumentNotSavedMessage);
-  if (kind.type == LSalesDocumentType::kInvoice) intent.NotePosting(kind.recordedList, key, {}, {});
-  (void)intent.Note(std::string(kRecurringNote) + "\t" + std::string(kind.recordedList) + "\t" + key + "\t" +
-                    claim.templateList + "\t" + claim.templateKey + "\t" + date + "\t" + claim.lastBefore);
-  LClaimResult claimed = ClaimOccurrence(profile, claim);
+  LClaimResult claimed = ClaimOccurrence(profile, kind, claim, intent);
   if (claimed != LClaimResult::kClaimed) {
     (void)list.Delete(key);  // the number goes back
     return claimed == LClaimResult::kLost ? false : LFail(error, "Impossible d'enregistrer le modèle.");
   }
+  // Noted once the number is this run's for good: the settler finishes the invoice under it.
+  if (kind.type == LSalesDocumentType::kInvoice) intent.NotePosting(kind.recordedList, key, {}, {});
   list.Open(document, key);
   for (const auto& field : schedule.Fields())
     if (!field.deleted && !field.binary && !IsTemplateOnly(field.name)) document.SetString(field.name, field.text);

@@ -245,9 +245,9 @@ bool LSalesDocumentCreate(LProfile& profile, const LSalesDocumentKind& kind, con
 }
 
 bool LSalesDocumentCreateTaken(LProfile& profile, const LSalesDocumentKind& kind, const LRecord& content, bool draft,
-                               const std::string& key, std::string& newKey, std::string* error) {
+                               const std::string& key, LSalesChangeIntent& intent, std::string& newKey,
+                               std::string* error) {
   LLedgerLock lock(profile);
-  LSalesChangeIntent intent(profile);
   if (MayCreate(profile, kind, content, error)) return CreateTaken(profile, kind, content, draft, key, intent, newKey, error);
   (void)profile.MainList(draft ? kind.draftsList : kind.recordedList).Delete(key);  // the number goes back
   return false;

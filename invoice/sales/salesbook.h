@@ -24,6 +24,7 @@
 
 class LFileStoreListBase;
 class LProfile;
+class LSalesChangeIntent;
 
 // What the user is told when a document's record could not be written.
 inline constexpr std::string_view kDocumentNotSavedMessage = "Impossible d'enregistrer le document.";
@@ -46,10 +47,11 @@ bool LSalesDocumentCreate(LProfile& profile, const LSalesDocumentKind& kind, con
 
 // As LSalesDocumentCreate, under key of the list draft names, which the caller took already (an
 // empty record file: LSalesReserveKey, LSalesReserveFirstFreeKey) before claiming what the
-// document is made from (sourceclaim.h). When newKey stays empty nothing of the document was
-// written and the number is given back.
+// document is made from (sourceclaim.h); intent is the caller's change, which noted the number.
+// When newKey stays empty nothing of the document was written and the number is given back.
 bool LSalesDocumentCreateTaken(LProfile& profile, const LSalesDocumentKind& kind, const LRecord& content, bool draft,
-                               const std::string& key, std::string& newKey, std::string* error);
+                               const std::string& key, LSalesChangeIntent& intent, std::string& newKey,
+                               std::string* error);
 
 // Opens the document key of that kind from its recorded list, else from its drafts list.
 // false when neither holds it; document is then detached and empty.

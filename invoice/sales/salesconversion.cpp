@@ -45,7 +45,7 @@ bool CreateClaimed(LProfile& profile, const LSalesDocumentKind& kind, const LRec
     case LClaimResult::kLost: error = refusal(mark); return false;
     case LClaimResult::kNotSaved: error = kDocumentNotSavedMessage; return false;
   }
-  if (LSalesDocumentCreateTaken(profile, kind, content, draft, claim.targetKey, newKey, &error)) return true;
+  if (LSalesDocumentCreateTaken(profile, kind, content, draft, claim.targetKey, intent, newKey, &error)) return true;
   if (newKey.empty()) (void)LSalesClaimRelease(profile, claim);
   return false;
 }

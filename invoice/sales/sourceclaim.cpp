@@ -37,8 +37,6 @@ LClaimResult LClaimRecord(const LFileStoreListBase& list, std::string_view key,
 
 LClaimResult LSalesClaimSource(LProfile& profile, LSalesChangeIntent& intent, const LSalesClaim& claim,
                                const std::function<bool(const std::string& mark)>& blocked, std::string& mark) {
-  (void)intent.Note(std::string(kClaimNote) + "\t" + claim.sourceList + "\t" + claim.sourceKey + "\t" + claim.field +
-                    "\t" + claim.targetList + "\t" + claim.targetKey);
   LClaimResult result = LClaimRecord(profile.MainList(claim.sourceList), claim.sourceKey, [&](LRecord& source) {
     // A mark naming the very number just taken names a document deleted before it was taken: it
     // stands in no one's way.
@@ -47,6 +45,10 @@ LClaimResult LSalesClaimSource(LProfile& profile, LSalesChangeIntent& intent, co
       mark = found;
       return false;
     }
+    // Noted by the winner alone, before its mark is saved: a claim that lost leaves the settler
+    // nothing, not even a number it gave back and another document may take.
+    (void)intent.Note(std::string(kClaimNote) + "\t" + claim.sourceList + "\t" + claim.sourceKey + "\t" +
+                      claim.field + "\t" + claim.targetList + "\t" + claim.targetKey);
     source.SetString(claim.field, claim.targetKey);
     return true;
   });

@@ -5,9 +5,9 @@
 // may go past), meet there: the first claims, the second finds the claim and makes nothing.
 //
 // A conversion takes the new document's number first (an empty record file, noted as reserved in
-// the sales change's intent), notes the claim, then reads the source's field that names what it
-// became ("InvoiceNumber", "OrderNumber", "BillNumber") and, when nothing stands in it, writes the
-// number there; a claim that loses gives its number back at once. A claim whose document was never
+// the sales change's intent), then reads the source's field that names what it became
+// ("InvoiceNumber", "OrderNumber", "BillNumber") and, when nothing stands in it, notes the claim
+// and writes the number there; a claim that loses gives its number back at once. A claim whose document was never
 // written (the document refused, or the change killed between) is released: the mark goes, so that
 // the source can be made into a document again; by the change itself when it fails, and by the
 // settler of the sales change after a crash (LSalesClaimsSettle), which logs it. The empty record
@@ -43,7 +43,7 @@ struct LSalesClaim {
   std::string targetKey;   // its number, taken already (an empty record file)
 };
 
-// Notes the claim in intent, then claims: the source's field is set to the target's key unless
+// Claims: the source's field is set to the target's key, the claim noted in intent first, unless
 // blocked says that the mark found there stands in the way (mark then receives it). Unless
 // claimed, the number is given back.
 LClaimResult LSalesClaimSource(LProfile& profile, LSalesChangeIntent& intent, const LSalesClaim& claim,

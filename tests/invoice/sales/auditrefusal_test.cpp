@@ -107,6 +107,8 @@ TEST_F(AuditRefusal, EveryChangeIsRefusedWhenItsEntryCannotBeWritten) {
   // Each change, made again with each of its first writes failing: every change writes its
   // trail's entry before anything but its intents (its own and its pending entry's) and its first
   // record (with its index line), so each is refused at least once.
+  std::string applied;  // a payment whose share of invoice 1 changes
+  int nApplied = 0;
   std::vector<std::pair<std::string, std::function<bool(std::string&)>>> changes{
       {"posting",
        [&](std::string&) {
@@ -137,8 +139,11 @@ TEST_F(AuditRefusal, EveryChangeIsRefusedWhenItsEntryCannotBeWritten) {
          std::string key;
          return LPaymentCreate(Profile(), request, key, &error);
        }},
+      {"payment apply",
+       [&](std::string& error) { return LPaymentApply(Profile(), applied, {{"1", 100 + ++nApplied}}, &error); }},
   };
   NewInvoice(5000);  // invoice "1", edited below
+  applied = NewPayment();
   std::map<std::string, int> refusals;
   for (auto& [name, change] : changes)
     for (unsigned nth = 1; nth <= 7; ++nth) refusals[name] += RunFailing(name, nth, change);
@@ -171,7 +176,7 @@ TEST_F(AuditRefusal, EveryChangeIsRefusedWhenItsEntryCannotBeWritten) {
       return done;
     });
   for (const char* name : {"posting", "ledger deletion", "invoice", "invoice edit", "invoice deletion", "payment",
-                           "payment deletion", "renumbering"})
+                           "payment apply", "payment deletion", "renumbering"})
     EXPECT_GT(refusals[name], 0) << name << " was never refused for want of its audit entry";
 }
 
