@@ -10,6 +10,7 @@
 #include "invoice/shared/profile.h"
 #include "invoice/shared/stock.h"
 #include "invoice/shared/taxoptions.h"
+#include "invoice/shared/textlimit.h"
 #include "invoice/shared/totals.h"
 #include "llib/gen/date.h"
 #include "llib/gen/datemessage.h"
@@ -153,33 +154,18 @@ bool WithinCeiling(LProfile& profile, const LSalesDocument& document, std::strin
   return false;
 }
 
-// What one text of a document (a line's description, the notes) may hold at most, in characters:
-// room for any description or terms, and a length a printed page lays out at once (a description
-// of 100 KB took seconds of drawing to print).
-constexpr std::size_t kDocumentTextMaxChars = 4000;
-
-std::size_t CharCount(std::string_view text) {
-  std::size_t count = 0;
-  for (char c : text) count += (static_cast<unsigned char>(c) & 0xC0) != 0x80;  // bytes that start a character
-  return count;
-}
-
-std::string TooLongEnd(std::size_t count) {
-  return " : " + std::to_string(count) + " caractères (" + std::to_string(kDocumentTextMaxChars) + " au plus).";
-}
-
-// Every line's description and the notes within kDocumentTextMaxChars, however they came (a line,
-// a document file, the notes).
+// Every line's description and the notes within kTypedTextMaxChars, however they came (a line, a
+// document file, the notes).
 bool TextsFit(const LSalesDocument& document, std::string& error) {
   LFKItemCollectionRecord items = document.Items();
-  for (int i = 0; i < items.GetItemCount(); ++i) {
-    std::size_t count = CharCount(items.GetItemDescription(i));
-    if (count > kDocumentTextMaxChars)
-      return error = "La description de la ligne " + std::to_string(i + 1) + " est trop longue" + TooLongEnd(count),
+  std::size_t count = 0;
+  for (int i = 0; i < items.GetItemCount(); ++i)
+    if (LTypedTextIsTooLong(items.GetItemDescription(i), count))
+      return error = "La description de la ligne " + std::to_string(i + 1) + " est trop longue" +
+                     LTypedTextTooLongEnd(count),
              false;
-  }
-  std::size_t count = CharCount(document.GetString("Notes"));
-  if (count > kDocumentTextMaxChars) return error = "Les notes sont trop longues" + TooLongEnd(count), false;
+  if (LTypedTextIsTooLong(document.GetString("Notes"), count))
+    return error = "Les notes sont trop longues" + LTypedTextTooLongEnd(count), false;
   return true;
 }
 

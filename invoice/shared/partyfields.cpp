@@ -6,6 +6,7 @@
 #include "invoice/shared/customer.h"
 #include "invoice/shared/item.h"
 #include "invoice/shared/profile.h"
+#include "invoice/shared/textlimit.h"
 #include "llib/gen/filestore.h"
 #include "llib/gen/money.h"
 #include "llib/gen/moneybounds.h"
@@ -277,7 +278,13 @@ bool LPartyFieldStore(const LPartyField& field, std::string_view text, const LCu
     return true;
   }
   switch (field.type) {
-    case LFieldType::kText: stored.assign(text); return true;
+    case LFieldType::kText: {
+      std::size_t count = 0;
+      if (LTypedTextIsTooLong(text, count))
+        return LFail(error, "Texte trop long pour " + std::string(field.name) + LTypedTextTooLongEnd(count));
+      stored.assign(text);
+      return true;
+    }
     case LFieldType::kAmount:
     case LFieldType::kPercent:
     case LFieldType::kQuantity: return StoreNumber(field, text, currency, stored, error);

@@ -60,6 +60,12 @@ std::size_t LUtf8CharLength(std::string_view text) {
   return length;
 }
 
+std::size_t LUtf8CharCount(std::string_view text) {
+  std::size_t count = 0;
+  for (char c : text) count += (static_cast<unsigned char>(c) & 0xC0) != 0x80;
+  return count;
+}
+
 bool LIsValidUtf8(std::string_view text) {
   while (!text.empty()) {
     std::size_t length = LUtf8CharLength(text);

@@ -14,6 +14,9 @@ void LAppendUtf8(char32_t code, std::string& out);
 // Length of the valid UTF-8 character at the start of text (1 to 4), 0 when it does not start
 // with one (stray continuation byte, overlong form, surrogate, beyond U+10FFFF, cut short).
 std::size_t LUtf8CharLength(std::string_view text);
+// The characters of text as a terminal counts them: every byte that does not continue a character
+// ("é" in UTF-8 is one, as is a Latin-1 byte).
+std::size_t LUtf8CharCount(std::string_view text);
 // true when the whole text is valid UTF-8.
 bool LIsValidUtf8(std::string_view text);
 // text with every byte that is not part of a valid UTF-8 character read as Windows-1252

@@ -121,8 +121,9 @@ TEST_F(HostileInputCliTest, NonFiniteQuantitiesImpossibleDatesAndDeepExpressions
   LExpectRefused({"expr", deep}, "Expression non valide.");
 }
 
-// Texts of 100 KB in a document, typed or in a document file, are refused before anything is
-// written (printing one took seconds); 4,000 characters pass, accents counted as one.
+// Texts of 100 KB in a document, typed or in a document file, or in a customer's record, are
+// refused before anything is written (printing one took seconds); 4,000 characters pass, accents
+// counted as one.
 TEST_F(HostileInputCliTest, HundredKilobyteTextsOfADocumentAreRefused) {
   const std::string huge(102400, 'a');
   const std::string end = " : 102400 caractères (4000 au plus).";
@@ -135,6 +136,8 @@ TEST_F(HostileInputCliTest, HundredKilobyteTextsOfADocumentAreRefused) {
   LExpectRefused({"invoice", "new", "--file", file}, "La description de la ligne 1 est trop longue" + end);
   EXPECT_EQ(LRunKontavo({"invoice", "show", "1"}).exitCode, 1);
   EXPECT_EQ(LExpectSuccess({"ledger"}), "");
+  LExpectRefused({"customer", "add", "C2", "Name=" + huge}, "Texte trop long pour Name" + end);
+  EXPECT_EQ(LRunKontavo({"customer", "show", "C2"}).exitCode, 1);
 
   std::string longest;
   for (int i = 0; i < 2000; ++i) longest += "é ";
