@@ -7,11 +7,11 @@
 // A conversion takes the new document's number first (an empty record file, noted as reserved in
 // the sales change's intent), then reads the source's field that names what it became
 // ("InvoiceNumber", "OrderNumber", "BillNumber") and, when nothing stands in it, notes the claim
-// and writes the number there; a claim that loses gives its number back at once. A claim whose document was never
-// written (the document refused, or the change killed between) is released: the mark goes, so that
-// the source can be made into a document again; by the change itself when it fails, and by the
-// settler of the sales change after a crash (LSalesClaimsSettle), which logs it. The empty record
-// file is taken back as every number reserved by a killed change is.
+// and writes the number there; a claim that loses gives its number back at once. A claim whose
+// document was never written (the document refused, or the change killed between) is released:
+// the mark goes, so that the source can be made into a document again; by the change itself when
+// it fails, and by the settler of the sales change after a crash (LSalesClaimsSettle), which logs
+// it. The empty record file is taken back as every number reserved by a killed change is.
 #pragma once
 
 #include <functional>

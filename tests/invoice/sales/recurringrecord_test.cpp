@@ -149,7 +149,9 @@ TEST_F(RecurringRecord, OccurrenceLeftUnfinishedIsFinishedByTheNextOpener) {
       ++nLeft;
       EXPECT_EQ(Field(documents, made, "Total"), "5500");
       EXPECT_EQ(Field(list, key, "RecurLast"), "2024-05-01");
-      if (!order) EXPECT_NE(Field(documents, made, "JournalTxnRef"), "");
+      if (!order) {
+        EXPECT_NE(Field(documents, made, "JournalTxnRef"), "");
+      }
     }
     EXPECT_GT(nLeft, 0) << documents << ": no failure fell after the document was written";
   }
