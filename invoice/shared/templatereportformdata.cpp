@@ -3,12 +3,12 @@
 #include <algorithm>
 #include <clocale>
 #include <cmath>
-#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 
 #include "llib/gen/locale.h"
+#include "llib/gen/moneybounds.h"
 #include "llib/gen/text.h"
 
 namespace {
@@ -19,6 +19,7 @@ constexpr std::string_view kErrorParentheses =
     "Les parenthèses ne sont pas équilibrées ou elles sont utilisées de façon incorrrecte.";
 constexpr std::string_view kErrorInvalid = "Expression non valide.";
 constexpr std::string_view kErrorDivisionByZero = "Expression non valide. Division par 0.";
+constexpr std::string_view kErrorBeyondCeiling = "Expression non valide. Résultat au-delà du plafond des montants.";
 constexpr std::string_view kErrorSubstitution =
     "Impossile de substituer l'expression. Détection de nom(s) de champ non reconnu(s).";
 
@@ -37,14 +38,6 @@ long long PowerOfTen(int digits) {
   long long power = 1;
   for (int i = 0; i < digits && i < 18; ++i) power *= 10;
   return power;
-}
-
-// Truncation toward zero, held at the ends of the 64-bit range; NaN gives 0.
-long long TruncateToInt64(double value) {
-  if (std::isnan(value)) return 0;
-  if (value >= 9223372036854775808.0) return INT64_MAX;
-  if (value <= -9223372036854775808.0) return INT64_MIN;
-  return static_cast<long long>(value);
 }
 
 }  // namespace
@@ -270,6 +263,13 @@ long long KVTemplateReportFormManager::EvaluateSimpleExpression(std::string_view
     errorText = solver.GetError();
     return 0;
   }
+  // A result beyond the ceiling of money would print a figure no document can hold: refused as
+  // a typed amount is.
+  double amount = solver.GetResult() * static_cast<double>(PowerOfTen(currencyDigits_));
+  if (!(std::fabs(amount) < static_cast<double>(kMoneyMaxMinorUnits) + 1.0)) {
+    errorText = kErrorBeyondCeiling;
+    return 0;
+  }
   errorText.clear();
-  return TruncateToInt64(solver.GetResult() * static_cast<double>(PowerOfTen(currencyDigits_)));
+  return static_cast<long long>(amount);  // toward zero
 }

@@ -97,8 +97,8 @@ class KVTemplateReportFormManager {
   // holds the substituted text as far as it was built.
   [[nodiscard]] bool SubstituteFieldExpression(std::string_view expression, std::string& text) const;
   // The amount of a field expression in minor units, truncated toward zero (1.999 with two
-  // decimals is 199). errorText is empty on success; on failure it holds the message and the
-  // amount is 0.
+  // decimals is 199). errorText is empty on success; on failure (a result beyond the ceiling of
+  // money among them) it holds the message and the amount is 0.
   long long EvaluateSimpleExpression(std::string_view expression, std::string& errorText) const;
 
  private:

@@ -23,6 +23,7 @@ constexpr const char* kParentheses =
     "Les parenthèses ne sont pas équilibrées ou elles sont utilisées de façon incorrrecte.";
 constexpr const char* kInvalid = "Expression non valide.";
 constexpr const char* kDivision = "Expression non valide. Division par 0.";
+constexpr const char* kBeyondCeiling = "Expression non valide. Résultat au-delà du plafond des montants.";
 constexpr const char* kSubstitution =
     "Impossile de substituer l'expression. Détection de nom(s) de champ non reconnu(s).";
 
@@ -185,8 +186,8 @@ TEST(TemplateReportForm, SubstitutionPrintsValuesInCurrencyUnits) {
   EXPECT_EQ(text.size(), 259u);
 }
 
-// Results are truncated toward zero in minor units and held at the ends of the 64-bit range;
-// failures give their text and 0.
+// Results are truncated toward zero in minor units; failures, a result beyond the ceiling of
+// money among them, give their text and 0.
 TEST(TemplateReportForm, AmountsAreTruncatedTowardZeroAndFailuresGiveZero) {
   KVTemplateReportFormManager form(2, ".");
   const std::pair<const char*, long long> fields[] = {{"Loyer", 100000}, {"Charges", 25050}, {"Cent", 100},
@@ -198,8 +199,9 @@ TEST(TemplateReportForm, AmountsAreTruncatedTowardZeroAndFailuresGiveZero) {
       {"-1.999", -199, ""},
       {"-Cent/3", -33, ""},
       {"Prix", 1998, ""},  // 19.99 is 1998.9999999999998 hundredths in binary: truncation loses the cent
-      {huge, INT64_MAX, ""},
-      {"-" + huge, INT64_MIN, ""},
+      {"99999999999.99", 9999999999999, ""},
+      {"100000000000", 0, kBeyondCeiling},
+      {"-" + huge, 0, kBeyondCeiling},
       {"Cent+Inconnu", 0, kSubstitution},
       {"Cent#2", 0, kSubstitution},
       {"Cent/Rien", 0, kDivision},
