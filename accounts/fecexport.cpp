@@ -87,9 +87,9 @@ class LFecWriter {
   // Writes what is left and puts the file in place; false when any write failed.
   bool Commit() {
     Flush();
-    if (!ok_ || ::fsync(fd_.Get()) != 0) return false;
+    if (!ok_ || !LRobustFsync(fd_.Get())) return false;
     fd_.Close();
-    if (::rename(temporary_.c_str(), path_.c_str()) != 0) return false;
+    if (!LRobustRename(temporary_, path_)) return false;
     committed_ = true;
     return true;
   }
